@@ -1,0 +1,19 @@
+# add_console_library(TARGET SOURCES... ) and add_console_program(TARGET SOURCES...): a library or
+# program of our own code, which compiles without a warning. Included headers are named from the
+# project's root.
+
+function(warnings_are_errors target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
+  target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}")
+endfunction()
+
+function(add_console_library target)
+  add_library(${target} STATIC ${ARGN})
+  warnings_are_errors(${target})
+endfunction()
+
+function(add_console_program target)
+  add_executable(${target} ${ARGN})
+  warnings_are_errors(${target})
+endfunction()

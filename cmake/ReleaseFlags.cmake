@@ -1,0 +1,37 @@
+# How the programs are compiled for release: small, and hardened as far as the compiler and the
+# processor can. Every other build type is left as CMake has it.
+
+include(CheckCXXCompilerFlag)
+include(CheckPIESupported)
+
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
+# Position-independent programs, which the system loads at an address of its choice.
+check_pie_supported(LANGUAGES CXX)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# -U first: some compilers come with a level of their own, and defining it again is a warning.
+add_compile_options("$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
+foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection
+        -fcf-protection -mbranch-protection=standard)  # the last two: x86, and 64-bit ARM
+  string(MAKE_C_IDENTIFIER "HAVE${flag}" have)
+  check_cxx_compiler_flag(${flag} ${have})
+  if(${have})
+    add_compile_options("$<$<CONFIG:Release>:${flag}>")
+  endif()
+endforeach()
+
+# The objects hold both code and what the link-time optimizer needs: the programs that are shipped
+# come out smaller, and the tests, which are many, link quickly.
+add_compile_options("$<$<CONFIG:Release>:-flto=auto;-ffat-lto-objects>")
+set(shipped "$<BOOL:$<TARGET_PROPERTY:LINEUP_SHIPPED>>")
+add_link_options("$<$<CONFIG:Release>:$<IF:${shipped},-flto=auto,-fno-lto>>")
+
+# ship_program(PROGRAM): optimizes a program as a whole, and installs it.
+function(ship_program program)
+  set_target_properties(${program} PROPERTIES LINEUP_SHIPPED ON)
+  install(TARGETS ${program})
+endfunction()
+
+# Everything the loader resolves is resolved at start and read-only from then on.
+add_link_options("$<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack,--as-needed>")
