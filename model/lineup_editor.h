@@ -1,0 +1,171 @@
+// The console's one object: the configuration being edited and every operation on it.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+namespace hub_module = korvel::thrift::hub_module;
+namespace general = korvel::thrift::general;
+namespace module = korvel::thrift::module;
+
+/// Edits one HeadendConfig for the length of a run. Created by main, used by one thread.
+///
+/// Operations change `config` in memory and set `pendingChanges`; only commitHeadendConfig() and
+/// the RF input operations reach the controller. Unless an operation says otherwise:
+///  - what the user is told goes to standard output, each line flushed;
+///  - a refused argument or a failed lookup is raised as std::runtime_error whose what() is the
+///    whole text for the user, and `config` is then as it was;
+///  - numbers are the controller's signed 32-bit integers.
+/// The operations are defined in the folders named above each group.
+class LineupEditor {
+ public:
+  hub_module::HeadendConfig config;
+  hub_module::HeadendStatus status;
+  bool pendingChanges = false;
+  const std::vector<int32_t> tdtInputIds{1, 2};
+  const std::vector<int32_t> satInputIds{3, 4, 5, 6, 7, 8, 9, 10};
+
+  // ---- app/: the prompt and the dispatcher
+
+  /// Fetches the running configuration, then reads and runs command lines from standard input until
+  /// its end or "quit". Never commits. Errors that are not std::runtime_error pass through.
+  void runPromptLoop();
+
+  /// Fetches, sets the headend type (`typeWord`: "standard" or "skyit"), commits and says so. A
+  /// refused word is printed and ends the operation without a commit.
+  void runTypeMode(const std::string& typeWord);
+
+  /// Runs one command line. `quiet` silences what the "type" command says about its change. Returns
+  /// false for "quit", true for every other line, unknown commands included.
+  bool dispatchCommand(const std::string& line, bool quiet);
+
+  // ---- controller/: remote calls, one connection each
+  //
+  // A failure of any kind prints the operation's line, which begins "ERROR: ", and is not reported
+  // to the caller. A signal that is caught meanwhile throws EndedBySignal when the call is over.
+
+  /// Replaces `config` by the controller's and clears `pendingChanges`. If the reply breaks off,
+  /// `config` holds what had been read of it; on any other failure it is as it was.
+  void fetchHeadendConfig();
+
+  /// Replaces `status` by the controller's; a reply that breaks off leaves what had been read of
+  /// it.
+  void fetchHeadendStatus();
+
+  /// Sends `config` and, once the controller has answered, clears `pendingChanges`.
+  void commitHeadendConfig();
+
+  /// Switches the two terrestrial inputs, which are always sent as a pair.
+  void sendTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt1,
+                            const hub_module::TDTRFInputConfig& tdt2);
+
+  /// Switches the satellite input `id` (3 to 10).
+  void sendSATRFInputConfig(general::RFInputId::type id,
+                            const hub_module::SATRFInputConfig& config);
+
+  // ---- controller/: configuration files and the dump
+
+  /// Writes the configuration to `path`: the controller's, fetched first, when nothing is pending,
+  /// else the edited one. Says "Saved config to: " even if that failed.
+  void saveConfig(const std::string& path);
+
+  /// Reads `path` over `config` and commits at once, whatever came of the reading. Says "Restored
+  /// config from: " in every case.
+  void restoreConfig(const std::string& path);
+
+  /// Prints `config` field by field.
+  void showLineup() const;
+
+  // ---- catalogue/: finding services and storing them
+  //
+  // `name` is a part of the service name, inserted into the select as typed. The catalogue is read
+  // only. A catalogue that cannot be read counts as one without a match, after up to six seconds
+  // and three lines on standard error for each table.
+
+  void findTdtServices(const std::string& name) const;
+  void findSatServices(const std::string& name) const;
+  void findCableServices(const std::string& name) const;
+  void findIPServices(const std::string& name) const;
+  /// The four above, in this order.
+  void findServices(const std::string& name) const;
+
+  /// Stores a copy under the smallest free key of `dvbInputServices` and returns the key.
+  int32_t storeDVBService(const hub_module::DVBInputServiceConfig& config);
+
+  /// Stores the service with the catalogue id `id` from the first table that has it (satellite,
+  /// terrestrial, cable, IP) and returns its key. Raises std::runtime_error "Service not found"; a
+  /// malformed integer list raises what std::stoi does and ends the search.
+  int32_t addCatalogueService(int32_t id);
+
+  // ---- lineup/: entries of the RF and IP lineups
+
+  /// Stores a copy under the smallest free key of `encInputServices` and returns the key.
+  int32_t addEncService(const hub_module::ENCInputServiceConfig& enc);
+
+  /// Reserves a slot for a service of DVB service_type `serviceType`; returns its key in
+  /// `emptyInputServices`.
+  int32_t addEmptyService(int32_t serviceType);
+
+  /// The DVB service_type of the service that `kind` and `key` name: 1 for every ENC service, 0 if
+  /// there is no such service.
+  int32_t entryServiceType(int32_t key, hub_module::LineupEntryKind::type kind) const;
+
+  /// Names the entry after its service; the name is empty if there is no such service.
+  void entryName(hub_module::LineupRFEntryConfig& entry) const;
+  void entryName(hub_module::LineupIPEntryConfig& entry) const;
+
+  /// Appends an entry to the IP lineup.
+  void addIPEntry(int32_t key, hub_module::LineupEntryKind::type kind);
+
+  /// Puts a service into the first slot of the RF lineup reserved for its type, which keeps its
+  /// place and its name, or appends an entry if there is none. A reservation (EMPTY) is always
+  /// appended.
+  void addRFEntry(int32_t key, hub_module::LineupEntryKind::type kind);
+
+  /// Empties both lineups and the DVB and encoder services; reservations stay. Sets
+  /// `pendingChanges` only if there was something to remove.
+  void clearLineup();
+
+  // ---- lineup/: IP muxes
+
+  /// Adds a mux with a fresh UUID to the IP input at `slot` and `interface`. Raises
+  /// std::runtime_error if there is no such input or it already has a mux of this URL.
+  void addIPMux(int32_t slot, int32_t interface, const std::string& url);
+
+  // ---- lineup/: RF inputs, switched at once and not part of `config`
+
+  /// Fetches the status and prints which inputs are switched on.
+  void getRFInputState();
+
+  /// Switches the input, or the group, that `name` gives ("TDT1", "SAT3", "TDTALL", in any case),
+  /// waits 1.25 s and prints the table. An input that the status lacks raises std::out_of_range;
+  /// what was sent before it stays sent.
+  void setRFInputState(bool enable, const std::string& name);
+
+  // ---- lineup/: scan settings
+
+  /// Prints which carrier types the terrestrial inputs scan for.
+  void showTdtScan() const;
+
+  /// Sets whether carriers of `type` ("COFDM" or "QAMS", in any case; upper-cased in place) are
+  /// scanned for.
+  void setTdtScan(bool enable, std::string& type);
+
+  /// Asks for a PLS item, reads one line of standard input and appends the item.
+  void addPlsItem();
+
+  /// Removes every item of the PLS list, if there is a list.
+  void clearPlsItems();
+};
+
+/// The lineup that is running, as a configuration: the global, IP and RF settings, the RF entries
+/// in order and the DVB and encoder services of `status`; everything else at its defaults.
+hub_module::LineupConfig lineupFromStatus(const hub_module::LineupStatus& status);
+
+}  // namespace lineup
