@@ -1,0 +1,23 @@
+// Editing a line on a terminal: moving in it, earlier lines, completion.
+
+#pragma once
+
+#include <string>
+
+#include "support/line_input.h"
+
+enum class Edited { Line, Dropped, End };
+
+/// Whether standard input and output are a terminal on which lines can be edited. The same at every
+/// call.
+bool canEditLines();
+
+/// Reads a line behind `prompt`, edited by the person at the terminal; `complete` may be null.
+/// `line` is empty unless the result is Line. Throws EndedBySignal as readCommandLine() does,
+/// except that SIGINT drops the line. Between two calls the terminal is in the mode in which it was
+/// found, and what was typed ahead is kept. Only where canEditLines().
+Edited editLine(const std::string& prompt, Completer complete, std::string& line);
+
+/// Adds `line` to the lines that can be found again, unless it is empty or the same as the last
+/// one.
+void rememberLine(const std::string& line);

@@ -1,0 +1,92 @@
+#include "support/line_input.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <iostream>
+#include <string_view>
+
+#include "support/ending_signals.h"
+#include "support/line_editing.h"
+
+namespace {
+
+/// Standard input, buffered.
+class Input {
+ public:
+  bool readLine(std::string& line) {
+    line.clear();
+    while (true) {
+      const std::string_view rest(buffer_.data() + begin_, end_ - begin_);
+      const std::size_t lineFeed = rest.find('\n');
+      if (lineFeed != std::string_view::npos) {
+        line.append(rest, 0, lineFeed);
+        begin_ += lineFeed + 1;
+        return true;
+      }
+      line.append(rest);
+      begin_ = end_ = 0;
+      if (!fill()) {
+        return !line.empty();
+      }
+    }
+  }
+
+ private:
+  /// Reads more into the empty buffer; false at the end of input, which is final.
+  bool fill() {
+    while (!ended_) {
+      waitForInput(STDIN_FILENO);
+      const ssize_t count = read(STDIN_FILENO, buffer_.data(), buffer_.size());
+      if (count > 0) {
+        end_ = static_cast<std::size_t>(count);
+        return true;
+      }
+      if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+        continue;
+      }
+      ended_ = true;
+      endIfSignalled();  // a signal that came with the end of input is why it ended
+      if (terminal_) {
+        endIfHungUp(STDIN_FILENO);
+      }
+    }
+    return false;
+  }
+
+  const bool terminal_ = isatty(STDIN_FILENO) == 1;
+  bool ended_ = false;
+  std::array<char, 4096> buffer_;
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+};
+
+bool readPlainLine(const std::string& prompt, std::string& line) {
+  static Input input;
+  std::cout << prompt << std::flush;
+  return input.readLine(line);
+}
+
+}  // namespace
+
+bool readCommandLine(const std::string& prompt, Completer complete, std::string& line) {
+  if (!canEditLines()) {
+    return readPlainLine(prompt, line);
+  }
+  while (true) {
+    switch (editLine(prompt, complete, line)) {
+      case Edited::Line:
+        rememberLine(line);
+        return true;
+      case Edited::Dropped:
+        break;
+      case Edited::End:
+        return false;
+    }
+  }
+}
+
+bool readAnswer(std::string& line) {
+  return canEditLines() ? editLine("", nullptr, line) != Edited::End : readPlainLine("", line);
+}

@@ -1,0 +1,30 @@
+// Reading standard input by lines: command lines, and the line that "addpls" asks for. On a
+// terminal that can do it, lines are edited; everything else is read as it comes.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// A word that the one being typed may become.
+struct Possibility {
+  std::string word;
+  std::string note;  ///< shown behind the word; may be empty
+};
+
+/// Returns what the last word of `begun`, a line up to its cursor, may become. Words are separated
+/// by blanks; the last one is empty behind a blank. Whatever it raises counts as no possibility.
+using Completer = std::vector<Possibility> (*)(const std::string& begun);
+
+/// Reads one line of standard input up to a line feed, which is not stored, behind `prompt` on
+/// standard output. A last line without a line feed counts. Returns false at the end of input or on
+/// a read error, and from then on. Throws EndedBySignal if a signal ends the wait, or if the
+/// terminal that standard input is has hung up. Nothing else may read standard input.
+///
+/// On a terminal the line can be edited, completed by `complete`, and found again later. SIGINT
+/// then drops the line and asks for another one.
+bool readCommandLine(const std::string& prompt, Completer complete, std::string& line);
+
+/// Reads a line likewise, without prompt and completion, and does not remember it. SIGINT makes it
+/// an empty one.
+bool readAnswer(std::string& line);

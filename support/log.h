@@ -1,0 +1,16 @@
+// Log records: a stand-in for the logging of the board's module-software support library, on
+// syslog.
+
+#pragma once
+
+/// The levels are syslog's own: 3 error, 4 warning, 5 notice, 6 information, 7 debug.
+enum LogLevel { LOG_LEVEL_ERROR = 3, LOG_LEVEL_WARNING = 4, LOG_LEVEL_DEBUG = 7 };
+
+/// Sets up logging; call it once, before the first record. Records above `level` (3 to 7) are
+/// dropped. `targets` is 1 for syslog alone and 3 for syslog and standard error.
+void log_setup(int level, int targets);
+
+/// Writes one record of `level`, printf-style. `module` names the part of the program that speaks
+/// and stands before the message; it may be null and holds no conversion of its own.
+void log_function(int level, const char* module, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));

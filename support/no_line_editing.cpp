@@ -1,0 +1,14 @@
+// Takes the place of line_editing.cpp in a build without libedit.
+
+#include "support/line_editing.h"
+
+bool canEditLines() {
+  return false;
+}
+
+Edited editLine(const std::string& /*prompt*/, Completer /*complete*/, std::string& line) {
+  line.clear();
+  return Edited::End;
+}
+
+void rememberLine(const std::string& /*line*/) {}

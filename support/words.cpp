@@ -1,0 +1,31 @@
+#include "support/words.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <limits>
+
+std::vector<std::string> splitWords(const std::string& text, char delimiter) {
+  std::vector<std::string> words;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    const std::size_t end = text.find(delimiter, start);
+    words.push_back(text.substr(start, end - start));
+    if (end == std::string::npos) {
+      break;
+    }
+    start = end + 1;
+  }
+  return words;
+}
+
+int32_t readNumber(const std::string& word) {
+  constexpr long kLeast = std::numeric_limits<int32_t>::min();
+  constexpr long kMost = std::numeric_limits<int32_t>::max();
+  return static_cast<int32_t>(std::clamp(std::strtol(word.c_str(), nullptr, 10), kLeast, kMost));
+}
+
+void upperCase(std::string& text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char byte) { return static_cast<char>(std::toupper(byte)); });
+}
