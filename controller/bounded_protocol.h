@@ -1,0 +1,116 @@
+// Reading records from a peer or a file that may be broken or hostile: what it claims is believed
+// only as far as it can be true.
+
+#pragma once
+
+#include <thrift/protocol/TProtocol.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+namespace lineup {
+
+/// A transport that knows how much there is to read: one reply frame, or one file.
+class BoundedSource {
+ public:
+  /// What size() and bytesLeft() return where nobody can know, as for a pipe.
+  static constexpr uint64_t kUnknown = std::numeric_limits<uint64_t>::max();
+
+  virtual ~BoundedSource() = default;
+  /// Bytes of the whole frame or file.
+  virtual uint64_t size() const = 0;
+  /// Bytes of it that have not been read yet.
+  virtual uint64_t bytesLeft() const = 0;
+};
+
+/// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
+/// does, but raises TProtocolException(SIZE_LIMIT) for
+///  - a container that claims more elements than there are bytes left, and
+///  - more records in containers than one for every ten bytes. An absent field takes no byte but
+///    its place in memory all the same, so that a megabyte of empty records would take several
+///    hundred.
+///    Of the interface's records the shortest that can stand in a container takes twelve bytes when
+///    its fields are written, and a number of records that takes little memory is never refused.
+template <class Base>
+class BoundedProtocol : public Base {
+ public:
+  /// `transport` is a TTransport and a BoundedSource in one; the protocol shares it.
+  template <class Transport>
+  explicit BoundedProtocol(const std::shared_ptr<Transport>& transport)
+      : Base(transport), source_(*transport) {}
+
+  uint32_t readFieldBegin_virt(std::string& name, apache::thrift::protocol::TType& type,
+                               int16_t& id) override {
+    const uint32_t read = Base::readFieldBegin(name, type, id);
+    recordIsField_ = type == apache::thrift::protocol::T_STRUCT;
+    return read;
+  }
+
+  uint32_t readStructBegin_virt(std::string& name) override {
+    if (!recordIsField_) {
+      countElement();
+    }
+    recordIsField_ = false;
+    return Base::readStructBegin(name);
+  }
+
+  uint32_t readListBegin_virt(apache::thrift::protocol::TType& type, uint32_t& size) override {
+    const uint32_t read = Base::readListBegin(type, size);
+    checkClaim(size);
+    return read;
+  }
+
+  uint32_t readSetBegin_virt(apache::thrift::protocol::TType& type, uint32_t& size) override {
+    const uint32_t read = Base::readSetBegin(type, size);
+    checkClaim(size);
+    return read;
+  }
+
+  uint32_t readMapBegin_virt(apache::thrift::protocol::TType& keyType,
+                             apache::thrift::protocol::TType& valueType, uint32_t& size) override {
+    const uint32_t read = Base::readMapBegin(keyType, valueType, size);
+    checkClaim(size);
+    return read;
+  }
+
+  /// Skips through the functions above; `Base` would skip through its own.
+  uint32_t skip_virt(apache::thrift::protocol::TType type) override {
+    return apache::thrift::protocol::skip(static_cast<apache::thrift::protocol::TProtocol&>(*this),
+                                          type);
+  }
+
+ protected:
+  /// Begins the count of records anew, for the next frame of the source.
+  void restartCount() {
+    elements_ = 0;
+    recordIsField_ = false;
+  }
+
+ private:
+  using Exception = apache::thrift::protocol::TProtocolException;
+
+  static constexpr uint64_t kBytesPerElement = 10;
+  static constexpr uint64_t kElementsAlwaysAllowed = 65536;
+
+  void countElement() {
+    if (++elements_ > std::max(kElementsAlwaysAllowed, source_.size() / kBytesPerElement)) {
+      throw Exception(Exception::SIZE_LIMIT, "more records than the bytes can hold");
+    }
+  }
+
+  void checkClaim(uint32_t elements) const {
+    if (elements > source_.bytesLeft()) {
+      throw Exception(Exception::SIZE_LIMIT,
+                      "a container claims more elements than there are bytes");
+    }
+  }
+
+  const BoundedSource& source_;
+  uint64_t elements_ = 0;
+  bool recordIsField_ = false;  // the next record is a field's value, no element of a container
+};
+
+}  // namespace lineup

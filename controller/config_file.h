@@ -1,0 +1,26 @@
+// Files that hold one HeadendConfig in the Thrift JSON protocol and nothing else.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// What the file operations return. They print nothing and raise nothing.
+enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_FILE_FAILED = -2 };
+
+/// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing
+/// one is truncated and keeps its permissions. Returns 0 when the whole record is on the disk, -1
+/// if the file could not be opened, -2 if anything failed after that: the file then holds a part at
+/// most.
+int writeConfigFile(const std::string& path,
+                    const korvel::thrift::hub_module::HeadendConfig& config);
+
+/// Reads `path` over `config`, whose fields keep their values where the file has none. Returns 0,
+/// -1 if the file could not be opened, -2 if anything failed after that: `config` then holds what
+/// had been read.
+int readConfigFile(const std::string& path, korvel::thrift::hub_module::HeadendConfig& config);
+
+}  // namespace lineup

@@ -1,0 +1,49 @@
+#include "controller/dump.h"
+
+#include <thrift/protocol/TDebugProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TVirtualTransport.h>
+
+#include <iostream>
+#include <memory>
+
+#include "model/lineup_editor.h"
+
+namespace lineup {
+
+namespace {
+
+using apache::thrift::transport::TMemoryBuffer;
+using apache::thrift::transport::TTransport;
+using apache::thrift::transport::TVirtualTransport;
+
+/// Writes to standard output, which keeps its failures to itself.
+class StandardOutput : public TVirtualTransport<StandardOutput> {
+ public:
+  void write(const uint8_t* bytes, uint32_t count) {
+    std::cout.write(reinterpret_cast<const char*>(bytes), count);
+  }
+};
+
+void dump(const hub_module::HeadendConfig& config, const std::shared_ptr<TTransport>& transport) {
+  apache::thrift::protocol::TDebugProtocol protocol(transport);
+  config.write(&protocol);
+}
+
+}  // namespace
+
+std::string configDebugString(const hub_module::HeadendConfig& config) {
+  const auto buffer = std::make_shared<TMemoryBuffer>();
+  dump(config, buffer);
+  return buffer->getBufferAsString();
+}
+
+// The text goes out as it is made: it may be fifty times as long as the reply or the file that the
+// configuration came from.
+void LineupEditor::showLineup() const {
+  std::cout << "Current lineup:" << std::endl;
+  dump(config, std::make_shared<StandardOutput>());
+  std::cout << std::endl;
+}
+
+}  // namespace lineup

@@ -1,0 +1,15 @@
+// The configuration as text for the eye.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// Every field of `config` in the layout of the Thrift debug protocol, which shortens strings of
+/// more than 256 bytes to their first 16.
+std::string configDebugString(const korvel::thrift::hub_module::HeadendConfig& config);
+
+}  // namespace lineup

@@ -1,0 +1,42 @@
+// The console's end of a framed connection: every request is answered by exactly one frame.
+
+#pragma once
+
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TSocket.h>
+
+#include <cstdint>
+#include <memory>
+
+#include "controller/bounded_protocol.h"
+
+namespace lineup {
+
+/// A TFramedTransport over a socket that reads one frame for each request sent. It raises
+/// TTransportException when a message does not fit its frame and when bytes follow the message, in
+/// the frame or already behind it, instead of waiting for another frame. Memory for a frame grows
+/// as its bytes arrive, whatever length its header claims.
+class FrameTransport : public apache::thrift::transport::TFramedTransport, public BoundedSource {
+ public:
+  explicit FrameTransport(const std::shared_ptr<apache::thrift::transport::TSocket>& socket);
+
+  /// Sends the request; from now on one frame may be read.
+  void flush() override;
+
+  /// Ends the reading of a message; returns the bytes of its frame with the header.
+  uint32_t readEnd() override;
+
+  uint64_t size() const override { return frameSize_; }
+  uint64_t bytesLeft() const override { return static_cast<uint64_t>(rBound_ - rBase_); }
+
+ protected:
+  bool readFrame() override;
+  const uint8_t* borrowSlow(uint8_t* buffer, uint32_t* length) override;
+
+ private:
+  const std::shared_ptr<apache::thrift::transport::TSocket> socket_;
+  bool replyExpected_ = false;
+  uint32_t frameSize_ = 0;
+};
+
+}  // namespace lineup

@@ -1,0 +1,114 @@
+// The binary protocol of a client that makes one call at a time.
+
+#pragma once
+
+#include <thrift/TApplicationException.h>
+#include <thrift/protocol/TBinaryProtocol.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "controller/bounded_protocol.h"
+
+namespace lineup {
+
+/// A TBinaryProtocol that reads headers of fields and containers by itself. The library takes any
+/// byte for one of its types and multiplies a count before anyone could check it, neither of which
+/// C++ defines. Raises TProtocolException for a type that there is not and for a negative count.
+class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocol {
+ public:
+  using TBinaryProtocolT::TBinaryProtocolT;
+  using TType = apache::thrift::protocol::TType;
+
+  uint32_t readFieldBegin(std::string& /*name*/, TType& type, int16_t& id) {
+    id = 0;
+    const uint32_t read = readType(type);
+    return type == apache::thrift::protocol::T_STOP ? read : read + readI16(id);
+  }
+
+  uint32_t readListBegin(TType& type, uint32_t& size) {
+    const uint32_t read = readType(type);
+    return read + readCount(size);
+  }
+
+  uint32_t readSetBegin(TType& type, uint32_t& size) { return readListBegin(type, size); }
+
+  uint32_t readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
+    const uint32_t read = readType(keyType);
+    return read + readListBegin(valueType, size);
+  }
+
+ private:
+  using Exception = apache::thrift::protocol::TProtocolException;
+
+  uint32_t readType(TType& type) {
+    int8_t byte = 0;
+    const uint32_t read = readByte(byte);
+    if (byte < apache::thrift::protocol::T_STOP || byte > apache::thrift::protocol::T_LIST) {
+      throw Exception(Exception::INVALID_DATA, "unknown type");
+    }
+    type = static_cast<TType>(byte);
+    return read;
+  }
+
+  uint32_t readCount(uint32_t& count) {
+    int32_t number = 0;
+    const uint32_t read = readI32(number);
+    if (number < 0) {
+      throw Exception(Exception::NEGATIVE_SIZE);
+    }
+    count = static_cast<uint32_t>(number);
+    return read;
+  }
+};
+
+/// A binary protocol that raises TApplicationException at once for any message that does not answer
+/// the call last written: one that is neither reply nor exception, or has another method name or
+/// sequence number. A generated client skips such a message and waits for another.
+class ReplyProtocol : public BoundedProtocol<CheckedBinaryProtocol> {
+ public:
+  using BoundedProtocol::BoundedProtocol;
+
+  uint32_t writeMessageBegin_virt(const std::string& name,
+                                  const apache::thrift::protocol::TMessageType type,
+                                  const int32_t sequence) override {
+    method_ = name;
+    sequence_ = sequence;
+    return BoundedProtocol::writeMessageBegin(name, type, sequence);
+  }
+
+  uint32_t readMessageBegin_virt(std::string& name, apache::thrift::protocol::TMessageType& type,
+                                 int32_t& sequence) override {
+    using apache::thrift::TApplicationException;
+    restartCount();
+    const uint32_t read = BoundedProtocol::readMessageBegin(name, type, sequence);
+    if (!answersACall(type)) {
+      throw TApplicationException(TApplicationException::INVALID_MESSAGE_TYPE, "not a reply");
+    }
+    if (name != method_) {
+      throw TApplicationException(TApplicationException::WRONG_METHOD_NAME, "another call's reply");
+    }
+    if (sequence != sequence_) {
+      throw TApplicationException(TApplicationException::BAD_SEQUENCE_ID, "another call's reply");
+    }
+    return read;
+  }
+
+ private:
+  /// Whether `type`, which the library may have made of any byte, is that of a reply or an
+  /// exception.
+  static bool answersACall(const apache::thrift::protocol::TMessageType& type) {
+    static_assert(sizeof(type) == sizeof(uint32_t));
+    uint32_t number = 0;
+    std::memcpy(&number, &type, sizeof(number));
+    return number == apache::thrift::protocol::T_REPLY ||
+           number == apache::thrift::protocol::T_EXCEPTION;
+  }
+
+  std::string method_;
+  int32_t sequence_ = 0;
+};
+
+}  // namespace lineup

@@ -1,0 +1,74 @@
+// A Thrift client that is connected for as long as it lives.
+
+#pragma once
+
+#include <thrift/transport/TSocket.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "controller/frame_transport.h"
+#include "controller/reply_protocol.h"
+#include "controller/unlimited.h"
+
+namespace korvel::thrift::utils {
+
+/// The generated `Client` over a connection of its own: framed transport, binary protocol. For one
+/// thread; calls raise what `Client` raises.
+template <class Client>
+class SimpleClient : public virtual Client {
+ public:
+  /// Connects to `address` and `port`, or, with `unixSocket`, to the Unix socket
+  /// /tmp/sock-ADDRESS-PORT. The time-outs are in milliseconds and apply when greater than 0: to
+  /// connecting, and to each wait for bytes of a reply and each wait for room to send. Raises
+  /// TTransportException if there is no connection.
+  SimpleClient(const std::string& address, int32_t port, bool unixSocket, int32_t connectTimeout,
+               int32_t receiveTimeout, int32_t sendTimeout)
+      : SimpleClient(makeSocket(address, port, unixSocket)) {
+    if (connectTimeout > 0) {
+      socket_->setConnTimeout(connectTimeout);
+    }
+    if (receiveTimeout > 0) {
+      socket_->setRecvTimeout(receiveTimeout);
+    }
+    if (sendTimeout > 0) {
+      socket_->setSendTimeout(sendTimeout);
+    }
+    transport_->open();
+  }
+
+ private:
+  using Socket = apache::thrift::transport::TSocket;
+
+  explicit SimpleClient(const std::shared_ptr<Socket>& socket)
+      : SimpleClient(socket, std::make_shared<lineup::FrameTransport>(socket)) {}
+
+  SimpleClient(const std::shared_ptr<Socket>& socket,
+               const std::shared_ptr<lineup::FrameTransport>& transport)
+      : SimpleClient(socket, transport, std::make_shared<lineup::ReplyProtocol>(transport)) {}
+
+  SimpleClient(std::shared_ptr<Socket> socket, std::shared_ptr<lineup::FrameTransport> transport,
+               std::shared_ptr<lineup::ReplyProtocol> protocol)
+      : Client(protocol),
+        socket_(std::move(socket)),
+        transport_(std::move(transport)),
+        protocol_(std::move(protocol)) {}
+
+  static std::shared_ptr<Socket> makeSocket(const std::string& address, int32_t port,
+                                            bool unixSocket) {
+    if (unixSocket) {
+      return std::make_shared<Socket>("/tmp/sock-" + address + "-" + std::to_string(port),
+                                      lineup::unlimited());
+    }
+    return std::make_shared<Socket>(address, port, lineup::unlimited());
+  }
+
+  // Released in reverse order; the connection closes with the socket.
+  std::shared_ptr<Socket> socket_;
+  std::shared_ptr<lineup::FrameTransport> transport_;
+  std::shared_ptr<lineup::ReplyProtocol> protocol_;
+};
+
+}  // namespace korvel::thrift::utils
