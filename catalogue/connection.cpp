@@ -1,0 +1,110 @@
+#include "catalogue/connection.h"
+
+#include "support/ending_signals.h"
+#include "support/log.h"
+
+namespace korveldb {
+
+namespace {
+
+constexpr const char* kModule = "db";
+
+/// Lets SQLite compile what only reads, and the transactions of the class. Everything else, above
+/// all ATTACH and VACUUM INTO, which make files, and PRAGMA, is refused.
+int allowReading(void* /*unused*/, int action, const char* /*unused*/, const char* /*unused*/,
+                 const char* /*unused*/, const char* /*unused*/) {
+  switch (action) {
+    case SQLITE_SELECT:
+    case SQLITE_READ:
+    case SQLITE_FUNCTION:
+    case SQLITE_RECURSIVE:
+    case SQLITE_TRANSACTION:
+      return SQLITE_OK;
+    default:
+      return SQLITE_DENY;
+  }
+}
+
+/// Breaks a statement off once a signal has been caught; whoever ran it ends the program.
+int breakOffIfSignalled(void* /*unused*/) {
+  try {
+    endIfSignalled();
+    return 0;
+  } catch (const EndedBySignal&) {
+    return 1;
+  }
+}
+
+}  // namespace
+
+tSqlite3db::tSqlite3db(const std::string& fileName) {
+  // Without locks between threads (there is one) and memory statistics (nobody asks for them), the
+  // listing of a big catalogue is a fifth faster. The latter works before the first connection
+  // only.
+  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  // As sqlite3_open does it, except that a missing file is not created.
+  sqlite3_open_v2(fileName.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (handle == nullptr) {
+    return;  // out of memory: every statement fails
+  }
+  sqlite3_exec(handle, "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
+  sqlite3_set_authorizer(handle, allowReading, nullptr);
+  constexpr int kStepsBetweenLooks = 100'000;  // some milliseconds
+  sqlite3_progress_handler(handle, kStepsBetweenLooks, breakOffIfSignalled, nullptr);
+}
+
+tSqlite3db::~tSqlite3db() {
+  if (inTransaction) {
+    log_function(LOG_LEVEL_ERROR, kModule,
+                 "Closing DB connection while still in a transaction: executing rollback");
+    rollbackTransaction();
+  }
+  sqlite3_close(handle);
+}
+
+bool tSqlite3db::exec(const std::string& sql) {
+  constexpr int kTries = 3;
+  int result = SQLITE_OK;
+  for (int n = 0; n < kTries; ++n) {
+    result = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr);
+    if (result == SQLITE_OK) {
+      return true;
+    }
+  }
+  log_function(LOG_LEVEL_ERROR, kModule, "Query could not be executed (%d): %s", result,
+               sql.c_str());
+  return false;
+}
+
+bool tSqlite3db::beginTransaction() {
+  log_function(LOG_LEVEL_DEBUG, kModule, "DB: Begin transaction");
+  if (inTransaction) {
+    log_function(LOG_LEVEL_ERROR, kModule, "DB: Already in transaction");
+    return false;
+  }
+  const bool begun = exec("BEGIN TRANSACTION");
+  inTransaction = true;
+  return begun;
+}
+
+bool tSqlite3db::commitTransaction() {
+  log_function(LOG_LEVEL_DEBUG, kModule, "DB: Commit transaction");
+  return endTransaction("COMMIT");
+}
+
+bool tSqlite3db::rollbackTransaction() {
+  log_function(LOG_LEVEL_DEBUG, kModule, "DB: Rollback transaction");
+  return endTransaction("ROLLBACK");
+}
+
+bool tSqlite3db::endTransaction(const char* sql) {
+  if (!inTransaction) {
+    log_function(LOG_LEVEL_ERROR, kModule, "DB: Not in transaction");
+    return false;
+  }
+  const bool ended = exec(sql);
+  inTransaction = false;
+  return ended;
+}
+
+}  // namespace korveldb

@@ -1,0 +1,49 @@
+// A connection to the service catalogue, the SQLite database that ControllerTask writes.
+
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+
+namespace korveldb {
+
+/// Opens a database file for reading and closes it when it goes. Statements that would change
+/// anything, the file or another, are refused by SQLite, and a missing file is not created. What
+/// stays SQLite's own business is to bring a database back to its last commit when its writer died.
+///
+/// A statement that runs when a signal is to end the program is broken off and fails.
+///
+/// Nothing is reported by the constructor: on a file that could not be opened, every statement
+/// fails. Messages go to the log under the module name "db".
+class tSqlite3db {
+ public:
+  explicit tSqlite3db(const std::string& fileName);
+  tSqlite3db(const tSqlite3db&) = delete;
+  tSqlite3db& operator=(const tSqlite3db&) = delete;
+  /// Rolls an open transaction back, then closes the connection.
+  ~tSqlite3db();
+
+  /// The connection, for selects; never to be closed by the caller.
+  sqlite3* getHandle() const { return handle; }
+
+  /// Runs a statement, whose rows are dropped, with up to three tries. False if all three failed.
+  bool exec(const std::string& sql);
+
+  /// False if a transaction is open already, or the statement failed: the transaction counts as
+  /// begun even then.
+  bool beginTransaction();
+
+  /// False if no transaction is open, or the statement failed: the transaction counts as ended even
+  /// then.
+  bool commitTransaction();
+  bool rollbackTransaction();
+
+ private:
+  bool endTransaction(const char* sql);
+
+  sqlite3* handle = nullptr;
+  bool inTransaction = false;
+};
+
+}  // namespace korveldb

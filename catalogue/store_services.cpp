@@ -1,0 +1,34 @@
+// Putting services of the catalogue into the configuration.
+
+#include <array>
+#include <stdexcept>
+
+#include "catalogue/build_services.h"
+#include "model/lineup_editor.h"
+#include "model/service_keys.h"
+
+namespace lineup {
+
+int32_t LineupEditor::storeDVBService(const hub_module::DVBInputServiceConfig& service) {
+  auto& services = config.lineupConfig.dvbInputServices;
+  const int32_t key = allocateServiceKey(services);
+  services[key] = service;
+  pendingChanges = true;
+  return key;
+}
+
+int32_t LineupEditor::addCatalogueService(int32_t id) {
+  // The first table that has the id wins.
+  constexpr std::array kBuilders{buildSatService, buildTdtService, buildCableService,
+                                 buildIPService};
+  for (const auto build : kBuilders) {
+    try {
+      return storeDVBService(build(id));
+    } catch (const std::runtime_error&) {
+      continue;
+    }
+  }
+  throw std::runtime_error("Service not found");
+}
+
+}  // namespace lineup
