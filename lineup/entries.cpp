@@ -1,0 +1,175 @@
+#include "lineup/entries.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "model/lineup_editor.h"
+#include "model/service_keys.h"
+#include "support/words.h"
+
+namespace lineup {
+
+namespace {
+
+using hub_module::LineupEntryKind;
+
+/// The service under `key`, or null.
+template <class Map>
+const typename Map::mapped_type* find(const Map& services, int32_t key) {
+  const auto found = services.find(key);
+  return found == services.end() ? nullptr : &found->second;
+}
+
+/// The name of an entry for the service, empty if there is no such service.
+std::string serviceName(const hub_module::LineupConfig& lineup, int32_t key,
+                        LineupEntryKind::type kind) {
+  switch (kind) {
+    case LineupEntryKind::DVB:
+      if (const auto* dvb = find(lineup.dvbInputServices, key)) {
+        return dvb->inputService.name;
+      }
+      break;
+    case LineupEntryKind::ENC:
+      if (const auto* enc = find(lineup.encInputServices, key)) {
+        return "ENC " + std::to_string(enc->address.slot) + "/" + std::to_string(enc->address.port);
+      }
+      break;
+    case LineupEntryKind::EMPTY:
+      if (find(lineup.emptyInputServices, key) != nullptr) {
+        return "EMPTY SLOT";
+      }
+      break;
+  }
+  return "";
+}
+
+/// The first slot of the RF lineup reserved for services of `serviceType`, or null.
+hub_module::LineupRFEntryConfig* firstReservedSlot(LineupEditor& editor, int32_t serviceType) {
+  // Most lineups reserve nothing: without a reservation of the type only an EMPTY entry whose
+  // reservation is missing, which counts as type 0, can match. Walking the lineup at each addition
+  // would make a long script slow.
+  const auto& reservations = editor.config.lineupConfig.emptyInputServices;
+  if (serviceType != 0 &&
+      std::none_of(reservations.begin(), reservations.end(), [serviceType](const auto& reserved) {
+        return reserved.second.inputService.serviceType == serviceType;
+      })) {
+    return nullptr;
+  }
+  auto& entries = editor.config.lineupConfig.rfEntries;
+  const auto slot = std::find_if(entries.begin(), entries.end(), [&](const auto& entry) {
+    return entry.serviceKind == LineupEntryKind::EMPTY &&
+           editor.entryServiceType(entry.serviceKey, LineupEntryKind::EMPTY) == serviceType;
+  });
+  return slot == entries.end() ? nullptr : &*slot;
+}
+
+/// The number that `word` begins with. Raises std::runtime_error(`message`) if it is not between
+/// `low` and `high`.
+int32_t numberBetween(int32_t low, int32_t high, const std::string& word, const char* message) {
+  const int32_t number = readNumber(word);
+  if (number < low || number > high) {
+    throw std::runtime_error(message);
+  }
+  return number;
+}
+
+}  // namespace
+
+int32_t LineupEditor::addEncService(const hub_module::ENCInputServiceConfig& enc) {
+  auto& services = config.lineupConfig.encInputServices;
+  const int32_t key = allocateServiceKey(services);
+  services[key] = enc;
+  pendingChanges = true;
+  return key;
+}
+
+int32_t LineupEditor::addEmptyService(int32_t serviceType) {
+  auto& services = config.lineupConfig.emptyInputServices;
+  const int32_t key = allocateServiceKey(services);
+  services[key].inputService.serviceType = serviceType;
+  pendingChanges = true;
+  return key;
+}
+
+int32_t LineupEditor::entryServiceType(int32_t key, LineupEntryKind::type kind) const {
+  switch (kind) {
+    case LineupEntryKind::DVB: {
+      const auto* dvb = find(config.lineupConfig.dvbInputServices, key);
+      return dvb == nullptr ? 0 : dvb->inputService.serviceType;
+    }
+    case LineupEntryKind::ENC:
+      return 1;
+    case LineupEntryKind::EMPTY: {
+      const auto* empty = find(config.lineupConfig.emptyInputServices, key);
+      return empty == nullptr ? 0 : empty->inputService.serviceType;
+    }
+  }
+  return 0;
+}
+
+void LineupEditor::entryName(hub_module::LineupRFEntryConfig& entry) const {
+  entry.name = serviceName(config.lineupConfig, entry.serviceKey, entry.serviceKind);
+}
+
+void LineupEditor::entryName(hub_module::LineupIPEntryConfig& entry) const {
+  entry.name = serviceName(config.lineupConfig, entry.serviceKey, entry.serviceKind);
+}
+
+void LineupEditor::addIPEntry(int32_t key, LineupEntryKind::type kind) {
+  auto& entry = config.lineupConfig.ipEntries.emplace_back();
+  entry.serviceKey = key;
+  entry.serviceKind = kind;
+  entryName(entry);
+  pendingChanges = true;
+}
+
+void LineupEditor::addRFEntry(int32_t key, LineupEntryKind::type kind) {
+  pendingChanges = true;
+  if (kind != LineupEntryKind::EMPTY) {
+    if (auto* slot = firstReservedSlot(*this, entryServiceType(key, kind))) {
+      config.lineupConfig.emptyInputServices.erase(slot->serviceKey);
+      slot->serviceKey = key;
+      slot->serviceKind = kind;
+      return;
+    }
+  }
+  auto& entry = config.lineupConfig.rfEntries.emplace_back();
+  entry.serviceKey = key;
+  entry.serviceKind = kind;
+  entryName(entry);
+}
+
+void LineupEditor::clearLineup() {
+  auto& lineup = config.lineupConfig;
+  if (lineup.ipEntries.empty() && lineup.rfEntries.empty() && lineup.dvbInputServices.empty() &&
+      lineup.encInputServices.empty()) {
+    return;
+  }
+  lineup.ipEntries.clear();
+  lineup.rfEntries.clear();
+  lineup.dvbInputServices.clear();
+  lineup.encInputServices.clear();
+  pendingChanges = true;
+}
+
+hub_module::ENCInputServiceConfig makeEncService(const std::vector<std::string>& words) {
+  hub_module::ENCInputServiceConfig service;
+  service.address = parseEncAddress(words);
+  service.settings.videoCodec = 0;
+  service.settings.videoResolution = 0;
+  service.settings.videoProfile = 3;
+  service.settings.audioCodec = 2;
+  return service;
+}
+
+module::ModuleChainAddress parseEncAddress(const std::vector<std::string>& words) {
+  if (words.size() < 3) {
+    throw std::runtime_error("Please give a SLOT_ID and HDMI_ID");
+  }
+  module::ModuleChainAddress address;
+  address.slot = numberBetween(3, 12, words[1], "Invalid module id, please enter an integer 3-12");
+  address.port = numberBetween(0, 3, words[2], "Invalid HDMI id, please enter an integer 0-3");
+  return address;
+}
+
+}  // namespace lineup

@@ -1,0 +1,173 @@
+#include "lineup/rf_inputs.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <iterator>
+#include <map>
+
+#include "model/lineup_editor.h"
+#include "support/ending_signals.h"
+#include "support/log.h"
+#include "support/words.h"
+
+namespace lineup {
+
+namespace {
+
+using general::RFInputId;
+
+struct InputName {
+  const char* name;
+  RFInputId::type id;
+};
+
+constexpr InputName kInputs[] = {
+    {"SAT1", RFInputId::SAT1}, {"SAT2", RFInputId::SAT2}, {"SAT3", RFInputId::SAT3},
+    {"SAT4", RFInputId::SAT4}, {"SAT5", RFInputId::SAT5}, {"SAT6", RFInputId::SAT6},
+    {"SAT7", RFInputId::SAT7}, {"SAT8", RFInputId::SAT8}, {"TDT1", RFInputId::TDT1},
+    {"TDT2", RFInputId::TDT2},
+};
+
+constexpr InputName kGroups[] = {{"TDTALL", RFInputId::TDTALL}, {"SATALL", RFInputId::SATALL}};
+
+/// How long the headend takes to show a switched input in its status.
+constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
+
+/// The marks of inputs 0 to 8 are padded to the width of a name; the last of the ten needs no
+/// padding, and whatever a controller might send beyond it gets none.
+constexpr std::size_t kPaddedMarks = 9;
+
+/// Switches the terrestrial input `id`, or both if it is the group. They are sent as a pair.
+void switchTdtInputs(LineupEditor& editor, bool enable, RFInputId::type id) {
+  auto tdt1 = editor.status.tdtRFInputs.at(RFInputId::TDT1).config;
+  auto tdt2 = editor.status.tdtRFInputs.at(RFInputId::TDT2).config;
+  if (id != RFInputId::TDT2) {
+    tdt1.enabled = enable;
+  }
+  if (id != RFInputId::TDT1) {
+    tdt2.enabled = enable;
+  }
+  editor.sendTDTRFInputConfig(tdt1, tdt2);
+}
+
+/// Switches the satellite input `id`.
+void switchSatInput(LineupEditor& editor, bool enable, RFInputId::type id) {
+  auto config = editor.status.satRFInputs.at(id).config;
+  config.enabled = enable;
+  editor.sendSATRFInputConfig(id, config);
+}
+
+void logNotReady(const char* operation) {
+  log_function(LOG_LEVEL_DEBUG, nullptr, "%s: exception hub_module::ControllerTaskIsNotReady",
+               operation);
+}
+
+/// Adds which of `inputs` are switched on; an input that is there already stays as it is.
+template <class Inputs>
+void gatherStates(const Inputs& inputs, std::map<RFInputId::type, bool>& states) {
+  for (const auto& [id, input] : inputs) {
+    states.emplace(id, input.config.enabled);
+  }
+}
+
+void printStates(const std::map<RFInputId::type, bool>& states) {
+  std::string names;
+  std::string marks;
+  std::size_t position = 0;
+  for (const auto& [id, enabled] : states) {
+    names += rfInputName(id) + "   ";
+    marks += enabled ? "✓" : "✕";
+    marks += position < kPaddedMarks ? "      " : "";
+    ++position;
+  }
+  std::puts("\n");
+  std::printf("   %s\n    %s\n\n\n", names.c_str(), marks.c_str());
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+std::string rfInputName(RFInputId::type id) {
+  for (const InputName& input : kInputs) {
+    if (input.id == id) {
+      return input.name;
+    }
+  }
+  return "UNKNOWN";
+}
+
+bool parseRFInputName(std::string& name, RFInputId::type& id) {
+  upperCase(name);
+  const auto isNamed = [&](const InputName& input) {
+    if (name != input.name) {
+      return false;
+    }
+    id = input.id;
+    return true;
+  };
+  return std::any_of(std::begin(kInputs), std::end(kInputs), isNamed) ||
+         std::any_of(std::begin(kGroups), std::end(kGroups), isNamed);
+}
+
+std::vector<std::string> rfInputNames() {
+  std::vector<std::string> names;
+  for (const InputName& input : kInputs) {
+    names.emplace_back(input.name);
+  }
+  for (const InputName& group : kGroups) {
+    names.emplace_back(group.name);
+  }
+  return names;
+}
+
+void LineupEditor::getRFInputState() {
+  std::map<RFInputId::type, bool> states;
+  try {
+    fetchHeadendStatus();
+    gatherStates(status.tdtRFInputs, states);
+    gatherStates(status.satRFInputs, states);
+  } catch (const hub_module::ControllerTaskIsNotReady&) {
+    logNotReady("getRFInputState");
+  }
+  printStates(states);
+}
+
+void LineupEditor::setRFInputState(bool enable, const std::string& name) {
+  try {
+    RFInputId::type id{};
+    std::string upperCaseName = name;
+    if (!parseRFInputName(upperCaseName, id)) {
+      std::puts("Error RF Input value. ");
+      std::fflush(stdout);
+      return;
+    }
+    fetchHeadendStatus();
+    switch (id) {
+      case RFInputId::TDT1:
+      case RFInputId::TDT2:
+        switchTdtInputs(*this, enable, id);
+        break;
+      case RFInputId::TDTALL:
+        // The headend is sent the pair once for each of the two inputs.
+        for ([[maybe_unused]] const int32_t input : tdtInputIds) {
+          switchTdtInputs(*this, enable, id);
+        }
+        break;
+      case RFInputId::SATALL:
+        for (const int32_t input : satInputIds) {
+          switchSatInput(*this, enable, static_cast<RFInputId::type>(input));
+        }
+        break;
+      default:
+        switchSatInput(*this, enable, id);
+        break;
+    }
+    waitFor(kSwitchingTime);
+    getRFInputState();
+  } catch (const hub_module::ControllerTaskIsNotReady&) {
+    logNotReady("setRFInputState");
+  }
+}
+
+}  // namespace lineup

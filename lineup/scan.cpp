@@ -1,0 +1,81 @@
+#include "lineup/scan.h"
+
+#include <cstdio>
+#include <iostream>
+#include <stdexcept>
+
+#include "model/lineup_editor.h"
+#include "support/line_input.h"
+#include "support/words.h"
+
+namespace lineup {
+
+namespace {
+
+const char* mark(bool enabled) {
+  return enabled ? "✓" : "✕";
+}
+
+}  // namespace
+
+void LineupEditor::showTdtScan() const {
+  const auto& global = config.lineupConfig.globalConfig;
+  const std::string names = "DVB-T   DVB-C   ";
+  const std::string marks =
+      std::string(mark(global.cofdmScanEnabled)) + "       " + mark(global.qamsScanEnabled);
+  std::puts("\n");
+  std::printf("    %s\n      %s\n\n\n", names.c_str(), marks.c_str());
+  std::fflush(stdout);
+}
+
+void LineupEditor::setTdtScan(bool enable, std::string& type) {
+  upperCase(type);
+  const bool isQams = type == kQamsScan;
+  if (!isQams && type != kCofdmScan) {
+    throw std::runtime_error("Scan type not supported ");
+  }
+  auto& global = config.lineupConfig.globalConfig;
+  bool& enabled = isQams ? global.qamsScanEnabled : global.cofdmScanEnabled;
+  // A request for QAMS counts as a change even when it changes nothing.
+  pendingChanges = pendingChanges || isQams || enabled != enable;
+  if (enabled == enable) {
+    std::cout << "It has the same configuration: " << (enable ? "ENABLED" : "DISABLED")
+              << std::endl;
+    return;
+  }
+  enabled = enable;
+  std::cout << "Updated scan type. Please remember to commit the changes." << std::endl;
+}
+
+void LineupEditor::addPlsItem() {
+  std::cout << "Enter the information of the non-standard PLS item:" << std::endl
+            << " plsType                      plsCode" << std::endl
+            << " (0 Auto | 1 Gold | 2 Root)   131070 " << std::endl;
+  std::string line;
+  readAnswer(line);
+  const std::vector<std::string> words = splitWords(line, ' ');
+  if (words.size() < 2) {
+    throw std::runtime_error("Please enter all the parameters");
+  }
+  hub_module::PLSItem item;
+  item.plsType = readNumber(words[0]);
+  item.plsCode = readNumber(words[1]);
+  auto& scan = config.rfInputsScanConfig;
+  if (scan.__isset.plsItemList) {
+    scan.plsItemList.push_back(item);
+  } else {
+    scan.__set_plsItemList({item});
+  }
+  pendingChanges = true;
+}
+
+void LineupEditor::clearPlsItems() {
+  auto& scan = config.rfInputsScanConfig;
+  if (!scan.__isset.plsItemList) {
+    return;
+  }
+  scan.plsItemList.clear();
+  pendingChanges = true;
+}
+
+}  // namespace lineup
