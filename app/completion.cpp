@@ -1,0 +1,102 @@
+#include "app/completion.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
+
+#include "catalogue/service_names.h"
+#include "lineup/rf_inputs.h"
+#include "lineup/scan.h"
+#include "support/words.h"
+
+namespace lineup {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void offerInAnyCase(const std::string& word, const std::string& typed,
+                    std::vector<Possibility>& possibilities) {
+  std::string upper = typed;
+  upperCase(upper);
+  if (word.starts_with(upper)) {
+    possibilities.push_back({word, ""});
+  }
+}
+
+bool canBeTyped(std::string_view name) {
+  return std::none_of(name.begin(), name.end(), [](char letter) {
+    const auto byte = static_cast<unsigned char>(letter);
+    return byte <= ' ' || byte == 0x7f;
+  });
+}
+
+bool isHidden(std::string_view name) {
+  return name.starts_with('.');
+}
+
+}  // namespace
+
+std::vector<Possibility> completeChoice(const Setting& setting, const std::string& typed) {
+  std::vector<Possibility> possibilities;
+  for (const Choice& choice : setting.choices) {
+    if (choice.word.starts_with(typed)) {
+      possibilities.push_back({std::string(choice.word), ""});
+    }
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeRFInput(const std::string& typed) {
+  std::vector<Possibility> possibilities;
+  for (const std::string& name : rfInputNames()) {
+    offerInAnyCase(name, typed, possibilities);
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeScanType(const std::string& typed) {
+  std::vector<Possibility> possibilities;
+  for (const char* const type : {kCofdmScan, kQamsScan}) {
+    offerInAnyCase(type, typed, possibilities);
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeFile(const std::string& typed) {
+  const std::size_t nameBegin = typed.rfind('/') + 1;
+  const std::string folder = typed.substr(0, nameBegin);
+  const std::string begun = typed.substr(nameBegin);
+  std::vector<Possibility> possibilities;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename();
+    if (name.starts_with(begun) && isHidden(name) == isHidden(begun) && canBeTyped(name)) {
+      std::error_code unknown;  // a link that leads nowhere is no folder
+      const char* const slash = fs::is_directory(entry->path(), unknown) ? "/" : "";
+      possibilities.push_back({folder + name + slash, ""});
+    }
+  }
+  std::sort(possibilities.begin(), possibilities.end(),
+            [](const Possibility& a, const Possibility& b) { return a.word < b.word; });
+  return possibilities;
+}
+
+std::vector<Possibility> completeService(const std::string& typed) {
+  std::vector<Possibility> ids;
+  std::vector<Possibility> named;
+  for (const auto& [number, service] : readServiceNames()) {
+    const std::string id = std::to_string(number);
+    const std::string note = service.name + " (" + service.kind + ")";
+    if (id.starts_with(typed)) {
+      ids.push_back({id, note});
+    } else if (strcasestr(service.name.c_str(), typed.c_str()) != nullptr) {
+      named.push_back({id, note});
+    }
+  }
+  return ids.empty() ? named : ids;
+}
+
+}  // namespace lineup

@@ -1,0 +1,32 @@
+// What the arguments of a command may be, for the person who types them. Each function returns the
+// words that `typed`, an argument or the beginning of one, may become.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/settings.h"
+#include "support/line_input.h"
+
+namespace lineup {
+
+/// What a line up to its cursor may become: command words, then what the command table says of
+/// their arguments.
+std::vector<Possibility> completeCommandLine(const std::string& begun);
+
+std::vector<Possibility> completeChoice(const Setting& setting, const std::string& typed);
+
+/// In any case of letters, as the names are read.
+std::vector<Possibility> completeRFInput(const std::string& typed);
+std::vector<Possibility> completeScanType(const std::string& typed);
+
+/// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
+/// control character in them, are left out, and hidden ones until their dot is typed.
+std::vector<Possibility> completeFile(const std::string& typed);
+
+/// Ids of the catalogue, each with the name of its service. If none begins with `typed`, those of
+/// the services that have it in their names, in any case of ASCII letters.
+std::vector<Possibility> completeService(const std::string& typed);
+
+}  // namespace lineup

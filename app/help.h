@@ -1,0 +1,8 @@
+#pragma once
+
+namespace lineup {
+
+/// Writes the list of commands to standard output.
+void printHelp();
+
+}  // namespace lineup

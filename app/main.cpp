@@ -1,0 +1,77 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <stdexcept>
+
+#include "app/options.h"
+#include "app/rescue.h"
+#include "controller/thrift_log.h"
+#include "model/lineup_editor.h"
+#include "support/ending_signals.h"
+#include "support/log.h"
+
+namespace {
+
+constexpr char kVersion[] = "2.10.1+d20260617";
+
+constexpr int kLogToSyslog = 1;
+constexpr int kLogToSyslogAndConsole = 3;
+
+// No destructor runs: nothing has been built yet.
+[[noreturn]] void printVersionAndLeave() {
+  std::printf("\nVersion: %s\n", kVersion);
+  std::fflush(stdout);
+  _exit(0);
+}
+
+void runMode(lineup::LineupEditor& editor, const lineup::CommandLineOptions& options) {
+  if (!options.saveFile.empty()) {
+    editor.saveConfig(options.saveFile);
+  } else if (!options.restoreFile.empty()) {
+    editor.restoreConfig(options.restoreFile);
+  } else if (options.headendType.empty()) {
+    editor.runPromptLoop();
+  } else {
+    editor.runTypeMode(options.headendType);
+  }
+}
+
+int run(const lineup::CommandLineOptions& options) {
+  if (options.version) {
+    printVersionAndLeave();
+  }
+  if (options.help) {
+    lineup::printUsage(options.programName, 0);
+  }
+  log_setup(options.level, options.console ? kLogToSyslogAndConsole : kLogToSyslog);
+  lineup::routeThriftOutputToLog();
+  catchEndingSignals();
+  lineup::LineupEditor editor;
+  try {
+    runMode(editor, options);
+    endIfSignalled();
+  } catch (const std::runtime_error& error) {
+    std::cout << "Error: " << error.what() << std::endl;
+  } catch (const EndedBySignal& end) {
+    lineup::rescuePendingChanges(editor);
+    endBySignal(end.signal);
+  } catch (...) {
+    lineup::rescuePendingChanges(editor);
+    throw;  // ends the program: nobody catches it
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  lineup::CommandLineOptions options;
+  try {
+    options = lineup::parseOptions(argc, argv);
+  } catch (const std::string& message) {
+    std::cerr << message << std::endl;
+    return 1;
+  }
+  return run(options);
+}

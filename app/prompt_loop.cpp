@@ -1,0 +1,47 @@
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "app/completion.h"
+#include "model/lineup_editor.h"
+#include "support/ending_signals.h"
+#include "support/line_input.h"
+
+namespace lineup {
+
+void LineupEditor::runPromptLoop() {
+  fetchHeadendConfig();
+  std::cout << "Enter 'help' and press return for help" << std::endl;
+  std::string line;
+  while (true) {
+    const char* const prompt = pendingChanges ? "(changes to commit) > " : "> ";
+    if (!readCommandLine(prompt, completeCommandLine, line)) {
+      break;
+    }
+    try {
+      if (!dispatchCommand(line, false)) {
+        break;
+      }
+    } catch (const std::runtime_error& error) {
+      std::cout << error.what() << std::endl;
+    }
+    endIfSignalled();
+  }
+  std::cout << std::endl;
+  if (pendingChanges) {
+    std::cout << "NOTE: Changes have not been committed" << std::endl;
+  }
+}
+
+void LineupEditor::runTypeMode(const std::string& typeWord) {
+  fetchHeadendConfig();
+  try {
+    dispatchCommand("type " + typeWord, true);
+    commitHeadendConfig();
+    std::cout << "Headend type set to: " << typeWord << std::endl;
+  } catch (const std::runtime_error& error) {
+    std::cout << error.what() << std::endl;
+  }
+}
+
+}  // namespace lineup

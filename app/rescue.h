@@ -1,0 +1,14 @@
+// What happens to staged edits when the program is about to end abnormally.
+
+#pragma once
+
+#include "model/lineup_editor.h"
+
+namespace lineup {
+
+/// If changes are pending, writes the configuration to a new file of mode 0600 in $TMPDIR, or in
+/// /tmp if that is unset or cannot be written to, and says on standard error where it is and how to
+/// bring it back, or that it could not be written. Never throws.
+void rescuePendingChanges(const LineupEditor& editor) noexcept;
+
+}  // namespace lineup
