@@ -1,0 +1,30 @@
+// The command line.
+
+#pragma once
+
+#include <chrono>
+#include <set>
+#include <string>
+
+#include "general_types.h"
+
+namespace lineup::simulator {
+
+struct Options {
+  int port = 9190;
+  std::string stateFile = "/etc/korvel/conf/ControllerTask/headend-simulator.json";
+  std::string catalogueFile = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
+  bool writeCatalogue = true;
+  bool replaceCatalogue = false;
+  std::set<korvel::thrift::general::RFInputId::type> absentInputs;
+  std::chrono::seconds startupTime{0};
+  bool help = false;
+  bool version = false;
+};
+
+extern const char kHelpText[];
+
+/// Reads the command line. Raises std::invalid_argument for one that is wrong.
+Options parseOptions(int argc, char** argv);
+
+}  // namespace lineup::simulator

@@ -1,0 +1,84 @@
+#include "simulator/replace_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace lineup::simulator {
+namespace {
+
+/// `result` unless it is negative: then the system's last error is raised.
+int checked(int result) {
+  if (result < 0) throw std::system_error(errno, std::generic_category());
+  return result;
+}
+
+FileDescriptor openFile(const std::string& path, int flags) {
+  return FileDescriptor(checked(open(path.c_str(), flags | O_CLOEXEC, 0644)));
+}
+
+void writeAll(int file, const std::string& contents) {
+  size_t done = 0;
+  while (done < contents.size()) {
+    const ssize_t count = write(file, contents.data() + done, contents.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw std::system_error(errno, std::generic_category());
+    done += static_cast<size_t>(count);
+  }
+}
+
+}  // namespace
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+  if (this != &other) {
+    reset();
+    number_ = other.release();
+  }
+  return *this;
+}
+
+void FileDescriptor::reset() {
+  if (number_ >= 0) close(number_);
+  number_ = -1;
+}
+
+int FileDescriptor::release() {
+  return std::exchange(number_, -1);
+}
+
+bool fileExists(const std::string& path) {
+  std::error_code unknown;
+  const std::filesystem::file_status file = std::filesystem::status(path, unknown);
+  if (!std::filesystem::exists(file)) return false;
+  if (!std::filesystem::is_regular_file(file)) {
+    throw std::runtime_error("cannot use " + path + ": it is no regular file");
+  }
+  return true;
+}
+
+FileDescriptor replaceFile(const std::string& path, const std::string& contents) {
+  // One fixed name: what a crash left behind is overwritten next time.
+  const std::string temporary = path + ".headend-simulator-new";
+  try {
+    const std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    std::filesystem::create_directories(folder);
+    FileDescriptor file = openFile(temporary, O_WRONLY | O_CREAT | O_TRUNC);
+    checked(flock(file.number(), LOCK_EX | LOCK_NB));
+    writeAll(file.number(), contents);
+    checked(fsync(file.number()));
+    checked(rename(temporary.c_str(), path.c_str()));
+    checked(fsync(openFile(folder.string(), O_RDONLY | O_DIRECTORY).number()));
+    return file;
+  } catch (const std::system_error& error) {
+    unlink(temporary.c_str());
+    throw std::runtime_error("cannot write " + path + ": " + error.code().message());
+  }
+}
+
+}  // namespace lineup::simulator

@@ -1,0 +1,82 @@
+// headend-simulator: stands in for the headend's controller on a desk without a headend.
+
+#include <signal.h>
+#include <thrift/Thrift.h>
+
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+#include "simulator/catalogue.h"
+#include "simulator/headend_service.h"
+#include "simulator/options.h"
+#include "simulator/server.h"
+#include "simulator/state_store.h"
+
+namespace lineup::simulator {
+namespace {
+
+void complain(const char* message) {
+  std::cerr << "headend-simulator: " << message << std::endl;
+}
+
+/// Leaves SIGTERM and SIGINT to the thread that waits for them; threads inherit it. Nobody reading
+/// standard output is no reason to end.
+void prepareSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+}
+
+/// Serves until told to end.
+void run(const Options& options) {
+  prepareSignals();
+  // The port first: where another simulator is serving, none of its files is touched.
+  Server server(options.port);
+  StateStore store(options.stateFile);
+  if (options.writeCatalogue) writeCatalogue(options.catalogueFile, options.replaceCatalogue);
+  const auto service =
+      std::make_shared<HeadendService>(store, options.absentInputs, options.startupTime);
+  std::cout << "headend-simulator: ready on 127.0.0.1:" << server.port() << std::endl;
+  if (!server.serveUntilSignal(service)) throw std::runtime_error("the port broke");
+}
+
+int runProgram(int argc, char** argv) {
+  // The library's own remarks on connections that break; start-up errors are told by their
+  // exception.
+  apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
+  Options options;
+  try {
+    options = parseOptions(argc, argv);
+  } catch (const std::invalid_argument& error) {
+    complain(error.what());
+    std::cerr << "Try 'headend-simulator --help' for more information." << std::endl;
+    return 1;
+  }
+  if (options.help) {
+    std::cout << kHelpText;
+    return 0;
+  }
+  if (options.version) {
+    std::cout << "headend-simulator " SIMULATOR_VERSION "\n";
+    return 0;
+  }
+  try {
+    run(options);
+  } catch (const std::exception& error) {
+    complain(error.what());
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace lineup::simulator
+
+int main(int argc, char** argv) {
+  return lineup::simulator::runProgram(argc, argv);
+}

@@ -1,0 +1,82 @@
+#include "simulator/state_store.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <thrift/protocol/TJSONProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "simulator/initial_state.h"
+#include "simulator/unlimited.h"
+
+namespace lineup::simulator {
+
+using apache::thrift::protocol::TJSONProtocol;
+using apache::thrift::transport::TMemoryBuffer;
+
+namespace {
+
+std::string toJson(const HeadendState& state) {
+  const auto buffer = std::make_shared<TMemoryBuffer>(unlimited());
+  TJSONProtocol protocol(buffer);
+  state.write(&protocol);
+  return buffer->getBufferAsString();
+}
+
+HeadendState fromJson(std::string text) {
+  const auto buffer = std::make_shared<TMemoryBuffer>(reinterpret_cast<uint8_t*>(text.data()),
+                                                      static_cast<uint32_t>(text.size()),
+                                                      TMemoryBuffer::OBSERVE, unlimited());
+  TJSONProtocol protocol(buffer);
+  HeadendState state;
+  state.read(&protocol);
+  if (buffer->available_read() != 0) throw std::runtime_error("there is more after its end");
+  return state;
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file) throw std::runtime_error("it cannot be read");
+  return text;
+}
+
+}  // namespace
+
+StateStore::StateStore(std::string path) : path_(std::move(path)) {
+  if (fileExists(path_)) {
+    load();
+  } else {
+    replace(initialState());
+  }
+}
+
+void StateStore::load() {
+  file_ = FileDescriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file_.number() < 0) {
+    throw std::runtime_error("cannot open " + path_ + ": " +
+                             std::generic_category().message(errno));
+  }
+  if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0) {
+    throw std::runtime_error("the state file " + path_ + " is in use by another process");
+  }
+  try {
+    state_ = fromJson(readFile(path_));
+  } catch (const std::exception& error) {
+    throw std::runtime_error("the state file " + path_ + " is damaged or no state file (" +
+                             error.what() + "); move it away to begin with a new headend");
+  }
+}
+
+void StateStore::replace(HeadendState next) {
+  file_ = replaceFile(path_, toJson(next));
+  state_ = std::move(next);
+}
+
+}  // namespace lineup::simulator
