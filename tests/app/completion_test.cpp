@@ -1,0 +1,202 @@
+#include "app/completion.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "model/lineup_editor.h"
+#include "simulator/sandbox.h"
+#include "tests/support/catalogue_file.h"
+
+namespace {
+
+using lineup::completeCommandLine;
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::Cells;
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+Words wordsFor(const std::string& begun) {
+  Words words;
+  for (const Possibility& possibility : completeCommandLine(begun)) {
+    EXPECT_EQ(possibility.note, "");
+    words.push_back(possibility.word);
+  }
+  return words;
+}
+
+TEST(CommandCompletion, OffersEveryCommandOnAnEmptyLine) {
+  const Words words = wordsFor("");
+  EXPECT_EQ(words.size(), 35U);
+  EXPECT_EQ(words.front(), "help");
+  EXPECT_EQ(words.back(), "c");
+}
+
+TEST(CommandCompletion, OffersTheCommandsThatBeginAsTyped) {
+  EXPECT_EQ(wordsFor("rf"),
+            Words({"rfadddvb", "rfaddenc", "rfaddempty", "rfmod", "rfnum", "rfinput"}));
+  EXPECT_EQ(wordsFor("quit"), Words({"quit"}));
+  EXPECT_EQ(wordsFor("Q"), Words());
+  EXPECT_EQ(wordsFor("quitx"), Words());
+}
+
+TEST(CommandCompletion, OffersTheChoicesOfEachSetting) {
+  EXPECT_EQ(wordsFor("rfmod "), Words({"cofdm", "qam", "qamb"}));
+  EXPECT_EQ(wordsFor("rfnum "), Words({"4", "6"}));
+  EXPECT_EQ(wordsFor("drm "), Words({"lynk", "vsecure", "off"}));
+  EXPECT_EQ(wordsFor("eit "), Words({"off", "actual", "others"}));
+  EXPECT_EQ(wordsFor("id 1"), Words({"1", "10"}));
+  EXPECT_EQ(wordsFor("country s"), Words({"spain", "sweden", "southkorea"}));
+  EXPECT_EQ(wordsFor("country ").size(), 15U);
+  EXPECT_EQ(wordsFor("type "), Words({"standard", "skyit"}));
+  EXPECT_EQ(wordsFor("vlan "), Words({"1", "2"}));
+  EXPECT_EQ(wordsFor("stdp "), Words({"video", "sub", "ttx"}));
+}
+
+TEST(CommandCompletion, OffersSubcommandsAndTheirWordsInAnyCase) {
+  EXPECT_EQ(wordsFor("rfinput "), Words({"enable", "disable", "status"}));
+  EXPECT_EQ(wordsFor("tdtscan s"), Words({"status"}));
+  EXPECT_EQ(wordsFor("rfinput enable ").size(), 12U);
+  EXPECT_EQ(wordsFor("rfinput disable tDt"), Words({"TDT1", "TDT2", "TDTALL"}));
+  EXPECT_EQ(wordsFor("tdtscan enable "), Words({"COFDM", "QAMS"}));
+  EXPECT_EQ(wordsFor("tdtscan disable q"), Words({"QAMS"}));
+}
+
+TEST(CommandCompletion, OffersNothingWhereNothingIsKnown) {
+  for (const char* begun :
+       {"help ", "find x", "rfaddempty ", "nonsense ", "rfmod qam ", "rfmod  q", " q",
+        "rfinput status ", "rfinput x ", "rfinput enable TDT1 ", "addipmux 1 "}) {
+    EXPECT_EQ(wordsFor(begun), Words()) << begun;
+  }
+}
+
+class FileCompletion : public testing::Test {
+ protected:
+  FileCompletion() {
+    std::string name = testing::TempDir() + "/completion_test-XXXXXX";
+    folder = mkdtemp(name.data());
+    fs::create_directory(folder / "sub");
+    for (const char* name_ : {"sub/b.json", "sub/a.json", "sub/.hidden", "sub/a blank",
+                              "sub/a\ttab", "sub/a\nline", "sub/añ", "south"}) {
+      std::ofstream file(folder / name_);
+    }
+    fs::create_symlink("sub", folder / "link");
+    fs::create_symlink("nowhere", folder / "broken");
+  }
+  ~FileCompletion() override {
+    fs::current_path("/");
+    fs::remove_all(folder);
+  }
+
+  fs::path folder;
+};
+
+TEST_F(FileCompletion, OffersNamesInOrderAndFoldersWithASlash) {
+  fs::current_path(folder);
+  EXPECT_EQ(wordsFor("save "), Words({"broken", "link/", "south", "sub/"}));
+  EXPECT_EQ(wordsFor("restore s"), Words({"south", "sub/"}));
+  EXPECT_EQ(wordsFor("save sub/"), Words({"sub/a.json", "sub/añ", "sub/b.json"}));
+  EXPECT_EQ(wordsFor("save ./sub/b"), Words({"./sub/b.json"}));
+}
+
+TEST_F(FileCompletion, OffersAbsolutePaths) {
+  const std::string path = (folder / "sub").string();
+  EXPECT_EQ(wordsFor("save " + path), Words({path + "/"}));
+  EXPECT_EQ(wordsFor("save " + path + "/b"), Words({path + "/b.json"}));
+}
+
+TEST_F(FileCompletion, OffersHiddenNamesOnceTheirDotIsTyped) {
+  fs::current_path(folder);
+  EXPECT_EQ(wordsFor("save sub/."), Words({"sub/.hidden"}));
+}
+
+TEST_F(FileCompletion, OffersNothingInAFolderThatCannotBeRead) {
+  EXPECT_EQ(wordsFor("save " + folder.string() + "/nowhere/"), Words());
+  EXPECT_EQ(wordsFor("save " + folder.string() + "/south/"), Words());
+}
+
+class ServiceCompletion : public testing::Test {
+ protected:
+  static Words servicesFor(const std::string& begun) {
+    Words services;
+    for (const Possibility& possibility : completeCommandLine(begun)) {
+      services.push_back(possibility.word + ":" + possibility.note);
+    }
+    return services;
+  }
+
+  CatalogueFile catalogue{lineup::kCataloguePath};
+};
+
+TEST_F(ServiceCompletion, OffersIdsWithNamesFromAllTablesInOrder) {
+  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
+  catalogue.insert(lineup::test::kCable, {{10, "30"}, {11, "Three"}});
+  catalogue.insert(lineup::test::kSat, {{15, "100"}, {16, "One"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "20"}, {11, "Two"}});
+  const Words all = {"20:Two (TDT)", "30:Three (Cable)", "40:Four (IP)", "100:One (SAT)"};
+  for (const char* command : {"adddvb ", "rfadddvb ", "ipadddvb "}) {
+    EXPECT_EQ(servicesFor(command), all);
+  }
+  EXPECT_EQ(servicesFor("adddvb 3"), Words({"30:Three (Cable)"}));
+}
+
+TEST_F(ServiceCompletion, OffersServicesByPartsOfTheirNamesIfNoIdBeginsAsTyped) {
+  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "Canal 24"}});
+  catalogue.insert(lineup::test::kSat, {{15, "2"}, {16, "24 Horas"}});
+  catalogue.insert(lineup::test::kSat, {{15, "3"}, {16, "El Niño"}});
+  EXPECT_EQ(servicesFor("adddvb 24"), Words({"1:Canal 24 (SAT)", "2:24 Horas (SAT)"}));
+  EXPECT_EQ(servicesFor("adddvb HORAS"), Words({"2:24 Horas (SAT)"}));
+  EXPECT_EQ(servicesFor("adddvb iño"), Words({"3:El Niño (SAT)"}));
+  EXPECT_EQ(servicesFor("adddvb 2"), Words({"2:24 Horas (SAT)"}));
+  EXPECT_EQ(servicesFor("adddvb %"), Words());
+}
+
+TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
+  catalogue.insert(lineup::test::kTdt, {{10, "7"}, {11, "Terrestrial"}});
+  catalogue.insert(lineup::test::kSat, {{15, "7"}, {16, "First"}});
+  catalogue.insert(lineup::test::kSat, {{15, "7"}, {16, "Second"}});
+  EXPECT_EQ(servicesFor("adddvb "), Words({"7:First (SAT)"}));
+  lineup::LineupEditor editor;
+  editor.addCatalogueService(7);
+  EXPECT_EQ(editor.config.lineupConfig.dvbInputServices[1].inputService.name, "First");
+}
+
+TEST_F(ServiceCompletion, LeavesOutWhatCannotBeAdded) {
+  for (const Cells& cells : {Cells{{16, "No id"}}, Cells{{15, "x"}, {16, "No number"}},
+                             Cells{{15, "99999999999"}, {16, "Too large"}}}) {
+    catalogue.insert(lineup::test::kSat, cells);
+  }
+  catalogue.insert(lineup::test::kSat, {{15, "-5"}});
+  EXPECT_EQ(servicesFor("adddvb "), Words({"-5: (SAT)"}));
+}
+
+TEST_F(ServiceCompletion, ATableThatIsMissingIsPassedOver) {
+  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
+  catalogue.execute("DROP TABLE availableSatService");
+  EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
+}
+
+TEST_F(ServiceCompletion, ACatalogueThatCannotBeReadOffersNothingAndSaysNothing) {
+  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
+  testing::internal::CaptureStderr();
+  {
+    const CatalogueLock lock(lineup::kCataloguePath);
+    EXPECT_EQ(servicesFor("adddvb "), Words());
+  }
+  EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
+  fs::resize_file(lineup::kCataloguePath, 700);
+  EXPECT_EQ(servicesFor("adddvb "), Words());
+  fs::remove(lineup::kCataloguePath);
+  EXPECT_EQ(servicesFor("adddvb "), Words());
+  EXPECT_FALSE(fs::exists(lineup::kCataloguePath));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+}  // namespace

@@ -1,0 +1,313 @@
+#include "catalogue/available_services.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "catalogue/connection.h"
+#include "support/words.h"
+#include "tests/support/catalogue_file.h"
+#include "tests/support/temporary_folder.h"
+
+namespace korveldb {
+namespace {
+
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::Cells;
+using lineup::test::filesIn;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+using Lines = std::vector<std::string>;
+
+/// The text "c" and its position in each of `columns` columns.
+Cells cellsNamedByPosition(std::size_t columns) {
+  Cells cells;
+  for (std::size_t column = 0; column < columns; ++column) {
+    cells[column] = "c" + std::to_string(column);
+  }
+  return cells;
+}
+
+class AvailableServices : public testing::Test {
+ protected:
+  /// What is written to standard error while `action` runs.
+  template <typename Action>
+  static Lines errorsOf(Action action) {
+    testing::internal::CaptureStderr();
+    action();
+    return splitWords(testing::internal::GetCapturedStderr(), '\n');
+  }
+
+  lineup::test::TemporaryFolder folder;
+  const std::string path = folder.file("catalogue.sqlite");
+};
+
+TEST_F(AvailableServices, EveryColumnOfEveryTableIsRead) {
+  CatalogueFile file(path);
+  file.insert(lineup::test::kSat, cellsNamedByPosition(25));
+  file.insert(lineup::test::kTdt, cellsNamedByPosition(17));
+  file.insert(lineup::test::kCable, cellsNamedByPosition(17));
+  file.insert(lineup::test::kIP, cellsNamedByPosition(13));
+  const tSqlite3db db(path);
+
+  const auto expectNamedByPosition = [](const auto& list, std::size_t columns) {
+    ASSERT_EQ(list->rows.size(), 1U);
+    const auto& row = list->rows[0];
+    ASSERT_EQ(row.columns.size(), columns);
+    ASSERT_EQ(row.flags.size(), columns);
+    for (std::size_t column = 0; column < columns; ++column) {
+      EXPECT_EQ(row.columns[column]->asString(), "c" + std::to_string(column));
+      EXPECT_FALSE(row.flags[column]);
+    }
+  };
+  expectNamedByPosition(tAvailableSatService::doSelect(db.getHandle(), nullptr), 25);
+  expectNamedByPosition(tAvailableTdtService::doSelect(db.getHandle(), nullptr), 17);
+  expectNamedByPosition(tAvailableCableService::doSelect(db.getHandle(), nullptr), 17);
+  expectNamedByPosition(tAvailableIPService::doSelect(db.getHandle(), nullptr), 13);
+}
+
+TEST_F(AvailableServices, ColumnsAreIntegersOrTextsByTheirPosition) {
+  const auto typesOf = [](const auto& row) {
+    std::string types;
+    for (const auto& cell : row.columns) {
+      types += dynamic_cast<const tSqlite3int*>(cell.get()) != nullptr ? 'I' : 'S';
+    }
+    return types;
+  };
+  CatalogueFile file(path);
+  for (const char* table :
+       {lineup::test::kSat, lineup::test::kTdt, lineup::test::kCable, lineup::test::kIP}) {
+    file.insert(table, {});
+  }
+  const tSqlite3db db(path);
+  EXPECT_EQ(typesOf(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows[0]),
+            "IIISISIIIIIIIISISIIISIISS");
+  EXPECT_EQ(typesOf(tAvailableTdtService::doSelect(db.getHandle(), nullptr)->rows[0]),
+            "IIIIIIIIISISIIISS");
+  EXPECT_EQ(typesOf(tAvailableCableService::doSelect(db.getHandle(), nullptr)->rows[0]),
+            "IIIIIIIIIIISIIISS");
+  EXPECT_EQ(typesOf(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows[0]),
+            "ISSIISISIIISS");
+}
+
+TEST_F(AvailableServices, NullCellsAreZeroOrEmpty) {
+  CatalogueFile(path).insert(lineup::test::kSat, {});
+  const tSqlite3db db(path);
+  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  ASSERT_EQ(list->rows.size(), 1U);
+  EXPECT_EQ(list->rows[0].asInt(11), 0);
+  EXPECT_EQ(list->rows[0].asText(11), "0");
+  EXPECT_EQ(list->rows[0].asText(16), "");
+}
+
+TEST_F(AvailableServices, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
+  CatalogueFile(path).insert(lineup::test::kSat, {{7, "11778 MHz"}, {17, "none"}});
+  const tSqlite3db db(path);
+  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  EXPECT_EQ(list->rows[0].asInt(7), 11778);
+  EXPECT_EQ(list->rows[0].asText(7), "11778");
+  EXPECT_EQ(list->rows[0].asInt(17), 0);
+}
+
+TEST_F(AvailableServices, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
+  CatalogueFile file(path, 3);
+  for (const char* number : {"1", "2", "3"}) {
+    Cells cells = cellsNamedByPosition(28);
+    cells[0] = number;
+    file.insert(lineup::test::kSat, cells);
+  }
+  const tSqlite3db db(path);
+  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  ASSERT_EQ(list->rows.size(), 3U);
+  for (std::size_t row = 0; row < 3; ++row) {
+    EXPECT_EQ(list->rows[row].asInt(0), static_cast<int>(row) + 1);
+    EXPECT_EQ(list->rows[row].asText(24), "c24");
+  }
+}
+
+TEST_F(AvailableServices, ColumnsThatTheResultLacksAreNull) {
+  // Only a second statement typed into a name brings this about.
+  const CatalogueFile file(path);
+  const tSqlite3db db(path);
+  const auto list =
+      tAvailableSatService::doSelect(db.getHandle(), "WHERE 0; SELECT 5 UNION SELECT 6");
+  ASSERT_EQ(list->rows.size(), 2U);
+  EXPECT_EQ(list->rows[0].asInt(0), 5);
+  EXPECT_EQ(list->rows[0].asInt(1), 0);
+  EXPECT_EQ(list->rows[1].asInt(0), 6);
+  EXPECT_EQ(list->rows[1].asText(24), "");
+}
+
+TEST_F(AvailableServices, NoMatchIsAnEmptyListWithoutAMessage) {
+  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}});
+  const tSqlite3db db(path);
+  EXPECT_EQ(errorsOf([&] {
+              const auto list = tAvailableSatService::doSelect(db.getHandle(), "WHERE 0");
+              ASSERT_NE(list, nullptr);
+              EXPECT_TRUE(list->rows.empty());
+            }),
+            Lines{});
+}
+
+TEST_F(AvailableServices, FilterArgumentsAreInsertedAsTheyAre) {
+  CatalogueFile file(path);
+  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  file.insert(lineup::test::kSat, {{15, "18"}, {16, "100% Folk"}});
+  const tSqlite3db db(path);
+  const auto namesLike = [&](const char* name) {
+    const auto list =
+        tAvailableSatService::doSelect(db.getHandle(), "WHERE service_name LIKE '%%%s%%'", name);
+    std::string names;
+    for (const auto& row : list->rows) {
+      names += "[" + row.asText(16) + "]";
+    }
+    return names;
+  };
+  EXPECT_EQ(namesLike("nel"), "[Channel One]");
+  EXPECT_EQ(namesLike("CHANNEL"), "[Channel One]");
+  EXPECT_EQ(namesLike("C%e"), "[Channel One]");
+  EXPECT_EQ(namesLike("0_ f"), "[100% Folk]");
+  EXPECT_EQ(namesLike(""), "[Channel One][100% Folk]");
+  EXPECT_EQ(namesLike("%s%d%n"), "");
+  EXPECT_EQ(namesLike("x' OR service_name LIKE '100"), "[100% Folk]");
+
+  const auto byId = tAvailableSatService::doSelect(db.getHandle(), "WHERE service_id='%d'", 17);
+  ASSERT_EQ(byId->rows.size(), 1U);
+  EXPECT_EQ(byId->rows[0].asText(16), "Channel One");
+  EXPECT_TRUE(
+      tAvailableSatService::doSelect(db.getHandle(), "WHERE service_id='%d'", -17)->rows.empty());
+}
+
+TEST_F(AvailableServices, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
+  CatalogueFile(path).execute("DROP TABLE availableTdtService");
+  const tSqlite3db db(path);
+  const auto start = steady_clock::now();
+  const Lines lines = errorsOf([&] {
+    const auto list = tAvailableTdtService::doSelect(db.getHandle(), nullptr);
+    ASSERT_NE(list, nullptr);
+    EXPECT_TRUE(list->rows.empty());
+  });
+  EXPECT_GE(steady_clock::now() - start, seconds(6));
+  ASSERT_EQ(lines.size(), 9U);
+  for (std::size_t attempt = 0; attempt < 3; ++attempt) {
+    EXPECT_EQ(lines[3 * attempt],
+              "[ERROR_DB]doSelect: Error leyendo datos tabla availableTdtService . intento: " +
+                  std::to_string(attempt));
+    EXPECT_EQ(lines[3 * attempt + 1], "[ERROR_DB]doSelect: no such table: availableTdtService");
+    // The last one ends in the system's own error text.
+    EXPECT_EQ(lines[3 * attempt + 2].rfind("no such table: availableTdtService: ", 0), 0U);
+  }
+}
+
+TEST_F(AvailableServices, AMissingFileHasNoErrorTextAndIsNotCreated) {
+  const Lines lines = errorsOf([&] {
+    const tSqlite3db db(path);
+    EXPECT_TRUE(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows.empty());
+  });
+  EXPECT_EQ(
+      lines,
+      (Lines{"[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 0",
+             "[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 1",
+             "[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 2"}));
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(AvailableServices, ALockThatGoesAwayCostsOneAttempt) {
+  CatalogueFile(path).insert(lineup::test::kCable, {{10, "17"}, {11, "Channel One"}});
+  const tSqlite3db db(path);
+  CatalogueLock lock(path);
+
+  // Standard error is a pipe meanwhile, and the first line on it releases the lock.
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const int standardError = dup(STDERR_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  close(ends[1]);
+  std::string errors;
+  std::thread reader([&] {
+    char byte = 0;
+    while (read(ends[0], &byte, 1) == 1) {
+      if (byte == '\n' && errors.find('\n') == std::string::npos) {
+        lock.release();
+      }
+      errors += byte;
+    }
+  });
+  const auto start = steady_clock::now();
+  const auto list = tAvailableCableService::doSelect(db.getHandle(), nullptr);
+  const auto duration = steady_clock::now() - start;
+  dup2(standardError, STDERR_FILENO);
+  close(standardError);
+  reader.join();
+  close(ends[0]);
+
+  ASSERT_EQ(list->rows.size(), 1U);
+  EXPECT_EQ(list->rows[0].asText(11), "Channel One");
+  EXPECT_GE(duration, seconds(1));
+  const Lines lines = splitWords(errors, '\n');
+  ASSERT_EQ(lines.size(), 3U) << errors;
+  EXPECT_EQ(lines[0],
+            "[ERROR_DB]doSelect: Error leyendo datos tabla availableCableService . intento: 0");
+  EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: database is locked");
+}
+
+TEST_F(AvailableServices, ASecondStatementThatWritesIsRefused) {
+  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  const auto before = filesIn(folder.path());
+  const Lines lines = errorsOf([&] {
+    const tSqlite3db db(path);
+    EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), "WHERE service_name LIKE '%%%s%%'",
+                                               "One';DROP TABLE availableSatService;--")
+                    ->rows.empty());
+  });
+  ASSERT_EQ(lines.size(), 9U);
+  EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: not authorized");
+  EXPECT_EQ(filesIn(folder.path()), before);
+}
+
+TEST_F(AvailableServices, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
+  {
+    CatalogueFile file(path);
+    file.execute("PRAGMA journal_mode=WAL");
+    file.insert(lineup::test::kSat, {{15, "17"}});
+    const tSqlite3db db(path);
+    EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U)
+        << "with its writer connected";
+  }
+  const auto before = filesIn(folder.path());
+  ASSERT_EQ(before.size(), 1U);
+  {
+    const tSqlite3db db(path);
+    EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U)
+        << "on its own";
+  }
+  EXPECT_EQ(filesIn(folder.path()), before);
+}
+
+TEST_F(AvailableServices, AWriteThatItsWriterDidNotSurviveIsNotSeen) {
+  const lineup::test::TemporaryFolder crashed;
+  CatalogueFile file(path);
+  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  file.execute(
+      "PRAGMA cache_size=1; BEGIN; UPDATE availableSatService SET service_name='Half written';"
+      "CREATE TABLE filler(x); WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n LIMIT "
+      "100) INSERT INTO filler SELECT zeroblob(2000) FROM n");
+  // The file and its journal as a power cut would leave them.
+  std::filesystem::copy(folder.path(), crashed.path());
+  ASSERT_EQ(filesIn(crashed.path()).count("catalogue.sqlite-journal"), 1U);
+
+  const tSqlite3db db(crashed.file("catalogue.sqlite"));
+  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  ASSERT_EQ(list->rows.size(), 1U);
+  EXPECT_EQ(list->rows[0].asText(16), "Channel One");
+}
+
+}  // namespace
+}  // namespace korveldb

@@ -1,0 +1,212 @@
+#include "catalogue/connection.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/log.h"
+#include "support/words.h"
+#include "tests/support/catalogue_file.h"
+#include "tests/support/temporary_folder.h"
+
+namespace korveldb {
+namespace {
+
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::filesIn;
+
+class Connection : public testing::Test {
+ protected:
+  /// The log records of `action`, each from its module's name on.
+  static std::vector<std::string> logOf(const std::function<void()>& action) {
+    log_setup(LOG_LEVEL_DEBUG, 3);
+    testing::internal::CaptureStderr();
+    action();
+    std::vector<std::string> records = splitWords(testing::internal::GetCapturedStderr(), '\n');
+    for (std::string& record : records) {
+      record.erase(0, record.find('['));     // the program's name
+      record.erase(0, record.find('[', 1));  // and its process id
+    }
+    return records;
+  }
+
+  lineup::test::TemporaryFolder folder;
+  const std::string path = folder.file("catalogue.sqlite");
+  CatalogueFile file{path};
+};
+
+using Records = std::vector<std::string>;
+
+TEST_F(Connection, CommitWithoutBeginIsLoggedAndRunsNothing) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.commitTransaction()); }),
+            (Records{"[db] DB: Commit transaction", "[db] DB: Not in transaction"}));
+}
+
+TEST_F(Connection, RollbackWithoutBeginIsLoggedAndRunsNothing) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
+            (Records{"[db] DB: Rollback transaction", "[db] DB: Not in transaction"}));
+}
+
+TEST_F(Connection, ATransactionBeginsAndCommits) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] {
+              EXPECT_TRUE(db.beginTransaction());
+              EXPECT_EQ(sqlite3_get_autocommit(db.getHandle()), 0);
+              EXPECT_TRUE(db.commitTransaction());
+              EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
+            }),
+            (Records{"[db] DB: Begin transaction", "[db] DB: Commit transaction"}));
+}
+
+TEST_F(Connection, ATransactionRollsBack) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] {
+              EXPECT_TRUE(db.beginTransaction());
+              EXPECT_TRUE(db.rollbackTransaction());
+              EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
+            }),
+            (Records{"[db] DB: Begin transaction", "[db] DB: Rollback transaction"}));
+}
+
+TEST_F(Connection, ASecondBeginIsRefused) {
+  tSqlite3db db(path);
+  EXPECT_TRUE(db.beginTransaction());
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
+            (Records{"[db] DB: Begin transaction", "[db] DB: Already in transaction"}));
+  EXPECT_TRUE(db.commitTransaction());
+}
+
+TEST_F(Connection, AFailedBeginCountsAsBegun) {
+  tSqlite3db db(folder.file("missing.sqlite"));
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
+            (Records{"[db] DB: Begin transaction",
+                     "[db] Query could not be executed (21): BEGIN TRANSACTION"}));
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
+            (Records{"[db] DB: Begin transaction", "[db] DB: Already in transaction"}));
+  EXPECT_EQ(
+      logOf([&] { EXPECT_FALSE(db.commitTransaction()); }),
+      (Records{"[db] DB: Commit transaction", "[db] Query could not be executed (21): COMMIT"}));
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
+            (Records{"[db] DB: Rollback transaction", "[db] DB: Not in transaction"}));
+}
+
+TEST_F(Connection, AFailedRollbackEndsTheTransaction) {
+  tSqlite3db db(folder.file("missing.sqlite"));
+  db.beginTransaction();
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
+            (Records{"[db] DB: Rollback transaction",
+                     "[db] Query could not be executed (21): ROLLBACK"}));
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.commitTransaction()); }).back(),
+            "[db] DB: Not in transaction");
+}
+
+TEST_F(Connection, ClosedInATransactionItRollsBack) {
+  EXPECT_EQ(logOf([&] {
+              tSqlite3db db(path);
+              db.beginTransaction();
+            }),
+            (Records{"[db] DB: Begin transaction",
+                     "[db] Closing DB connection while still in a transaction: executing rollback",
+                     "[db] DB: Rollback transaction"}));
+}
+
+TEST_F(Connection, ClosedWithoutATransactionItIsSilent) {
+  EXPECT_EQ(logOf([&] { const tSqlite3db db(path); }), Records{});
+}
+
+TEST_F(Connection, RunsAStatement) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] { EXPECT_TRUE(db.exec("SELECT * FROM availableSatService")); }), Records{});
+}
+
+TEST_F(Connection, AFailedStatementIsLoggedOnceWithItsCode) {
+  tSqlite3db db(path);
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.exec("no such statement")); }),
+            (Records{"[db] Query could not be executed (1): no such statement"}));
+}
+
+TEST_F(Connection, AStatementIsTriedThreeTimes) {
+  tSqlite3db db(path);
+  ASSERT_TRUE(db.exec("SELECT * FROM availableSatService"));
+  const CatalogueLock lock(path);
+  int tries = 0;
+  sqlite3_trace_v2(
+      db.getHandle(), SQLITE_TRACE_STMT,
+      [](unsigned, void* counter, void*, void*) { return ++*static_cast<int*>(counter), 0; },
+      &tries);
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.exec("SELECT * FROM availableSatService")); }),
+            (Records{"[db] Query could not be executed (5): SELECT * FROM availableSatService"}));
+  EXPECT_EQ(tries, 3);
+}
+
+TEST_F(Connection, AMissingFileIsNotCreated) {
+  {
+    tSqlite3db db(folder.file("missing.sqlite"));
+    EXPECT_FALSE(db.exec("SELECT 1"));
+  }
+  EXPECT_EQ(filesIn(folder.path()).count("missing.sqlite"), 0U);
+}
+
+TEST_F(Connection, NoStatementChangesTheFileOrMakesAnother) {
+  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  file.execute("CREATE INDEX names ON availableSatService(service_name)");
+  const CatalogueFile other(folder.file("other.sqlite"));
+  const auto before = filesIn(folder.path());
+  for (const std::string sql : {
+           "INSERT INTO availableSatService(service_id) VALUES(18)",
+           "REPLACE INTO availableSatService(service_id) VALUES(18)",
+           "UPDATE availableSatService SET service_id=18",
+           "DELETE FROM availableSatService",
+           "DROP TABLE availableSatService",
+           "CREATE TABLE extra(x)",
+           "CREATE TEMP TABLE extra(x)",
+           "CREATE TABLE extra AS SELECT * FROM availableSatService",
+           "CREATE VIEW extra AS SELECT 1",
+           "CREATE TEMP VIEW extra AS SELECT 1",
+           "CREATE INDEX extra ON availableSatService(service_id)",
+           "CREATE TRIGGER extra AFTER DELETE ON availableSatService BEGIN SELECT 1; END",
+           "CREATE VIRTUAL TABLE extra USING fts5(x)",
+           "ALTER TABLE availableSatService RENAME TO extra",
+           "ALTER TABLE availableSatService ADD COLUMN extra",
+           "REINDEX",
+           "ANALYZE",
+           "VACUUM",
+           "VACUUM INTO 'FOLDER/copy.sqlite'",
+           "ATTACH 'FOLDER/new.sqlite' AS extra",
+           "ATTACH 'FOLDER/other.sqlite' AS extra",
+           "ATTACH '' AS extra",
+           "DETACH main",
+           "PRAGMA query_only=0",
+           "PRAGMA journal_mode=WAL",
+           "PRAGMA journal_mode",
+           "PRAGMA user_version=7",
+           "PRAGMA writable_schema=1",
+           "PRAGMA wal_checkpoint",
+           "PRAGMA temp_store_directory='FOLDER'",
+           "SELECT * FROM pragma_optimize",
+           "BEGIN IMMEDIATE",
+           "BEGIN EXCLUSIVE",
+           "SAVEPOINT extra",
+           "SELECT load_extension('FOLDER/extra.so')",
+           "SELECT writefile('FOLDER/new', 'text')",
+           "EXPLAIN DELETE FROM availableSatService",
+       }) {
+    std::string statement = sql;
+    if (const auto position = statement.find("FOLDER"); position != std::string::npos) {
+      statement.replace(position, 6, folder.path());
+    }
+    tSqlite3db db(path);
+    EXPECT_NE(sqlite3_exec(db.getHandle(), statement.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << statement;
+    EXPECT_EQ(filesIn(folder.path()), before) << statement << ", connection open";
+  }
+  EXPECT_EQ(filesIn(folder.path()), before);
+}
+
+}  // namespace
+}  // namespace korveldb

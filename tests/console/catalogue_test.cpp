@@ -1,0 +1,449 @@
+// Finding and adding services of the catalogue as an installer does it.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/catalogue_file.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+
+namespace {
+
+using korvel::thrift::hub_module::DVBInputServiceConfig;
+using korvel::thrift::hub_module::HeadendConfig;
+using korvel::thrift::hub_module::LineupEntryKind;
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::Cells;
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::filesIn;
+using lineup::test::kCable;
+using lineup::test::kIP;
+using lineup::test::kSat;
+using lineup::test::kTdt;
+using lineup::test::Outcome;
+using lineup::test::runConsole;
+using lineup::test::Start;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+using Methods = std::vector<std::string>;
+
+constexpr char kFolder[] = "/etc/korvel/conf/ControllerTask";
+constexpr char kPath[] = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
+constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
+constexpr char kPending[] = "(changes to commit) > ";
+constexpr char kNote[] = "NOTE: Changes have not been committed\n";
+constexpr char kMuxUuid[] = "0f1e2d3c-0000-4000-8000-000000000001";
+
+/// The line that says that a select on `table` failed.
+std::string retryLine(const std::string& table, int attempt) {
+  return "[ERROR_DB]doSelect: Error leyendo datos tabla " + table +
+         " . intento: " + std::to_string(attempt) + "\n";
+}
+
+/// The lines of a select that gives up on a catalogue that cannot be opened.
+std::string retryLines(const std::string& table) {
+  return retryLine(table, 0) + retryLine(table, 1) + retryLine(table, 2);
+}
+
+/// How often `part` is in `text`.
+int count(const std::string& text, const std::string& part) {
+  int found = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++found;
+  }
+  return found;
+}
+
+/// The clock ticks (a hundredth of a second) that a process has computed so far.
+long processorTime(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  std::string word;
+  for (int field = 1; field < 14; ++field) {
+    file >> word;
+  }
+  long ticks = 0;
+  file >> ticks;
+  return ticks;
+}
+
+/// A controller that answers, and a catalogue with a service in each table.
+class CatalogueCommands : public testing::Test {
+ protected:
+  CatalogueCommands() {
+    file->insert(kSat, {{2, "120"},
+                        {4, "1"},
+                        {7, "11778"},
+                        {8, "27500"},
+                        {11, "4"},
+                        {12, "1"},
+                        {13, "26"},
+                        {15, "1017"},
+                        {16, "Channel One"},
+                        {17, "4101"},
+                        {18, "1"},
+                        {19, "25"},
+                        {23, "a,b"},
+                        {24, "101,102"}});
+    file->insert(kTdt, {{5, "490000"},
+                        {6, "8"},
+                        {7, "2"},
+                        {8, "1"},
+                        {10, "17"},
+                        {11, "Télé Uno"},
+                        {12, "101"},
+                        {13, "0"},
+                        {14, "1"},
+                        {15, "spa,eng"},
+                        {16, "1,-2"}});
+    file->insert(kCable, {{5, "306000"},
+                          {6, "6875"},
+                          {7, "64"},
+                          {10, "18"},
+                          {11, "Kabel Eins"},
+                          {12, "201"},
+                          {13, "0"},
+                          {14, "2"}});
+    file->insert(kIP, {{1, kMuxUuid},
+                       {2, "udp://239.1.1.1:1234"},
+                       {6, "19"},
+                       {7, "IP Uno"},
+                       {8, "301"},
+                       {9, "1"},
+                       {10, "1"},
+                       {11, "x"},
+                       {12, "9"}});
+  }
+
+  /// What the console prints on `lines` behind its greeting.
+  static std::string printed(const Outcome& outcome) {
+    const std::string greeting = kGreeting;
+    EXPECT_EQ(outcome.out.substr(0, greeting.size()), greeting);
+    return outcome.out.substr(std::min(greeting.size(), outcome.out.size()));
+  }
+
+  static std::string printedBy(const std::string& lines) {
+    const Outcome outcome = runConsole({}, lines);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    return printed(outcome);
+  }
+
+  FakeController controller;
+  std::unique_ptr<CatalogueFile> file = std::make_unique<CatalogueFile>(kPath);
+};
+
+TEST_F(CatalogueCommands, EachTableIsFoundByItsOwnCommand) {
+  EXPECT_EQ(printedBy("findsat channel\nfindtdt Uno\nfindcable Eins\nfindip IP\n"),
+            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
+            "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n"
+            "> 18\tKabel Eins FR: 306000 kHz SID: 201 L: \n"
+            "> 19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n"
+            "> \n");
+}
+
+TEST_F(CatalogueCommands, FindSearchesAllFourTables) {
+  EXPECT_EQ(printedBy("find\n"),
+            "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n"
+            "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
+            "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n"
+            "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n"
+            "> \n");
+}
+
+TEST_F(CatalogueCommands, FindWithoutAMatchSaysSoForEachTable) {
+  EXPECT_EQ(printedBy("find nothing\n"),
+            "> No TDT services found.\n"
+            "No SAT services found.\n"
+            "No Cable services found.\n"
+            "No IP services found.\n"
+            "> \n");
+}
+
+TEST_F(CatalogueCommands, FindsatWithoutANameListsEverySatelliteService) {
+  file->insert(kSat, {{15, "7"}, {16, "Channel Two"}});
+  const std::string all =
+      "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
+      "7\tChannel Two FR: 0 MHz SID: 0 L: \n";
+  EXPECT_EQ(printedBy("findsat\n"), "> " + all + "> \n");
+  EXPECT_EQ(printedBy("findsat  Two\n"), "> " + all + "> \n") << "an empty second word";
+}
+
+TEST_F(CatalogueCommands, AWordOfAnotherColumnDoesNotMatchAndFurtherWordsAreIgnored) {
+  EXPECT_EQ(printedBy("findsat 4101\nfindsat One Two\n"),
+            "> No SAT services found.\n"
+            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n> \n");
+}
+
+TEST_F(CatalogueCommands, ANameWithAQuoteIsRetriedAndFindsNothing) {
+  const auto start = steady_clock::now();
+  const Outcome outcome = runConsole({}, "findsat O'Neil\n");
+  EXPECT_GE(steady_clock::now() - start, seconds(6));
+  EXPECT_EQ(printed(outcome), "> No SAT services found.\n> \n");
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    EXPECT_EQ(count(outcome.err, retryLine(kSat, attempt)), 1) << outcome.err;
+  }
+  EXPECT_EQ(count(outcome.err, "intento"), 3);
+  EXPECT_EQ(count(outcome.err, "[ERROR_DB]doSelect: near \"Neil\": syntax error\n"), 3);
+}
+
+TEST_F(CatalogueCommands, ATypedSelectMayReadButNothingElse) {
+  EXPECT_EQ(printedBy("findsat x';SELECT/**/*/**/FROM/**/availableSatService;--\n"
+                      "findsat x'OR/**/service_id='1017';--\n"),
+            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
+            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n> \n");
+
+  const std::vector<std::string> names{
+      "x';DELETE/**/FROM/**/availableSatService;--",
+      "x';DROP\tTABLE\tavailableSatService;--",
+      "x';UPDATE/**/availableSatService/**/SET/**/service_id=1;--",
+      "x';CREATE/**/TABLE/**/extra(x);--",
+      std::string("x';ATTACH'") + kFolder +
+          "/new.sqlite'AS/**/extra;CREATE/**/TABLE/**/extra.t(x);--",
+      std::string("x';VACUUM/**/INTO'") + kFolder + "/copy.sqlite';--",
+      "x';PRAGMA/**/journal_mode=WAL;--",
+      "x';PRAGMA/**/query_only=0;DELETE/**/FROM/**/availableSatService;--",
+      "x';BEGIN/**/EXCLUSIVE;--",
+  };
+  const auto before = filesIn(kFolder);
+  ASSERT_EQ(before.size(), 1U);
+  std::vector<std::unique_ptr<ConsoleProcess>> consoles;  // side by side: each waits six seconds
+  for (const std::string& name : names) {
+    consoles.push_back(std::make_unique<ConsoleProcess>(Start{}));
+    consoles.back()->send("findsat " + name + "\n");
+  }
+  for (std::size_t index = 0; index < names.size(); ++index) {
+    const Outcome outcome = consoles[index]->finish();
+    EXPECT_EQ(printed(outcome), "> No SAT services found.\n> \n") << names[index];
+    EXPECT_EQ(count(outcome.err, "intento"), 3) << names[index] << '\n' << outcome.err;
+  }
+  EXPECT_EQ(filesIn(kFolder), before);
+}
+
+TEST_F(CatalogueCommands, AMissingCatalogueHasNoServicesAndIsNotMade) {
+  file.reset();
+  std::filesystem::remove(kPath);
+  ConsoleProcess finding{Start{}};
+  ConsoleProcess adding{Start{}};
+  finding.send("find\n");
+  adding.send("adddvb 17\n");
+
+  const auto start = steady_clock::now();
+  const Outcome found = finding.finish();
+  EXPECT_GE(steady_clock::now() - start, seconds(22));
+  EXPECT_EQ(printed(found),
+            "> No TDT services found.\n"
+            "No SAT services found.\n"
+            "No Cable services found.\n"
+            "No IP services found.\n"
+            "> \n");
+  EXPECT_EQ(found.err, retryLines(kTdt) + retryLines(kSat) + retryLines(kCable) + retryLines(kIP));
+
+  const Outcome added = adding.finish();
+  EXPECT_EQ(printed(added), "> Service not found\n> \n");
+  EXPECT_EQ(added.err, retryLines(kSat) + retryLines(kTdt) + retryLines(kCable) + retryLines(kIP));
+  EXPECT_TRUE(filesIn(kFolder).empty());
+}
+
+TEST_F(CatalogueCommands, ALockedCatalogueHasNoServices) {
+  const CatalogueLock lock(kPath);
+  const Outcome outcome = runConsole({}, "findip\n");
+  EXPECT_EQ(printed(outcome), "> No IP services found.\n> \n");
+  EXPECT_EQ(count(outcome.err, "[ERROR_DB]doSelect: database is locked\n"), 3) << outcome.err;
+  EXPECT_EQ(count(outcome.err, "intento"), 3);
+}
+
+TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
+  CatalogueLock lock(kPath);
+  ConsoleProcess console{Start{}};
+  console.send("findip\nipadddvb 19\n");
+  console.readErrorsUntil(retryLine(kIP, 0));
+  lock.release();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(printed(outcome),
+            std::string("> 19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n> ") + kPending +
+                "\n" + kNote);
+  EXPECT_EQ(count(outcome.err, "intento"), 1) << outcome.err;
+}
+
+TEST_F(CatalogueCommands, ASignalEndsASelectThatTakesForever) {
+  ConsoleProcess console{Start{}};
+  console.send(
+      "findsat x';WITH\tRECURSIVE\tn(i)AS(SELECT\t1\tUNION\tALL\tSELECT\ti+1\tFROM\tn)"
+      "SELECT\tmax(i)FROM\tn;--\n");
+  console.readUntil("> ");
+  const auto start = processorTime(console.pid());
+  while (processorTime(console.pid()) < start + 20) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_EQ(printed(outcome), "> ");
+}
+
+TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
+  EXPECT_EQ(printedBy("adddvb 1017\nrfadddvb 17\nipadddvb 18\nadddvb 19 ignored\ncommit\n"),
+            std::string("> ") + kPending + kPending + kPending + kPending + "> \n");
+  EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "setHeadendConfig"}));
+
+  HeadendConfig expected;
+  auto& lineup = expected.lineupConfig;
+  const auto add = [&lineup](int32_t key, const DVBInputServiceConfig& service, bool rf, bool ip) {
+    lineup.dvbInputServices[key] = service;
+    if (ip) {
+      auto& entry = lineup.ipEntries.emplace_back();
+      entry.serviceKey = key;
+      entry.serviceKind = LineupEntryKind::DVB;
+      entry.name = service.inputService.name;
+    }
+    if (rf) {
+      auto& entry = lineup.rfEntries.emplace_back();
+      entry.serviceKey = key;
+      entry.serviceKind = LineupEntryKind::DVB;
+      entry.name = service.inputService.name;
+    }
+  };
+
+  DVBInputServiceConfig sat;
+  sat.inputService.sid = 4101;
+  sat.inputService.name = "Channel One";
+  sat.inputService.catalogueFlag = true;
+  sat.inputService.inputType = 2;
+  sat.inputService.serviceType = 25;
+  sat.inputService.intItems = {101, 102};
+  sat.inputService.lItems = {"a", "b"};
+  korvel::thrift::hub_module::LineupSATMux satMux;
+  satMux.frequency = 11778;
+  satMux.satParam2 = 120;
+  satMux.satParam3 = 1;
+  satMux.satParam4 = 27500;
+  satMux.satParam5 = 4;
+  satMux.satParam6 = 1;
+  satMux.satParam7 = 26;
+  sat.inputService.__set_lineupSATMux(satMux);
+  add(1, sat, true, true);
+
+  DVBInputServiceConfig tdt;
+  tdt.inputService.sid = 101;
+  tdt.inputService.name = "Télé Uno";
+  tdt.inputService.inputType = 1;
+  tdt.inputService.serviceType = 1;
+  tdt.inputService.intItems = {1, -2};
+  tdt.inputService.lItems = {"spa", "eng"};
+  tdt.configFlag = false;
+  korvel::thrift::hub_module::LineupTDTMux tdtMux;
+  tdtMux.frequency = 490000;
+  tdtMux.tdtParam2 = 8;
+  tdtMux.tdtParam3 = 2;
+  tdtMux.tdtParam4 = 1;
+  tdt.inputService.__set_lineupTDTMux(tdtMux);
+  add(2, tdt, true, false);
+
+  DVBInputServiceConfig cable;
+  cable.inputService.sid = 201;
+  cable.inputService.name = "Kabel Eins";
+  cable.inputService.inputType = 3;
+  cable.inputService.serviceType = 2;
+  cable.configFlag = false;
+  korvel::thrift::hub_module::LineupCableMux cableMux;
+  cableMux.frequency = 306000;
+  cableMux.cableParam2 = 6875;
+  cableMux.cableParam3 = 64;
+  cable.inputService.__set_lineupCableMux(cableMux);
+  add(3, cable, false, true);
+
+  DVBInputServiceConfig ip;
+  ip.inputService.sid = 301;
+  ip.inputService.name = "IP Uno";
+  ip.inputService.catalogueFlag = true;
+  ip.inputService.inputType = 4;
+  ip.inputService.serviceType = 1;
+  ip.inputService.intItems = {9};
+  ip.inputService.lItems = {"x"};
+  ip.inputService.__set_ipMuxUUID(kMuxUuid);
+  add(4, ip, true, true);
+
+  EXPECT_EQ(controller.config(), expected);
+}
+
+TEST_F(CatalogueCommands, AddingTakesTheSmallestFreeKey) {
+  HeadendConfig config;
+  for (const int32_t key : {-3, 0, 1, 2, 4}) {
+    config.lineupConfig.dvbInputServices[key].inputService.name = std::to_string(key);
+  }
+  controller.setConfig(config);
+  printedBy("rfadddvb 17\nrfadddvb 17\ncommit\n");
+  const auto lineup = controller.config().lineupConfig;
+  EXPECT_EQ(lineup.dvbInputServices.size(), 7U);
+  EXPECT_EQ(lineup.dvbInputServices.at(3).inputService.name, "Télé Uno");
+  EXPECT_EQ(lineup.dvbInputServices.at(5).inputService.name, "Télé Uno");
+  ASSERT_EQ(lineup.rfEntries.size(), 2U);
+  EXPECT_EQ(lineup.rfEntries[0].serviceKey, 3);
+  EXPECT_EQ(lineup.rfEntries[1].serviceKey, 5);
+}
+
+TEST_F(CatalogueCommands, AnIdInSeveralTablesIsTheSatelliteService) {
+  file->insert(kSat, {{15, "17"}, {16, "From space"}});
+  printedBy("adddvb 17\ncommit\n");
+  const auto service = controller.config().lineupConfig.dvbInputServices.at(1).inputService;
+  EXPECT_EQ(service.name, "From space");
+  EXPECT_EQ(service.inputType, 2);
+  EXPECT_EQ(service.lineupSATMux.satParam5, 0) << "a NULL cell, where the default is -1";
+}
+
+TEST_F(CatalogueCommands, AnIdIsReadAsFarAsItIsANumber) {
+  EXPECT_EQ(printedBy("adddvb abc\nadddvb 4711\nadddvb  17\n"),
+            "> Service not found\n> Service not found\n> Service not found\n> \n");
+  file->insert(kTdt, {{10, "0"}, {11, "Nought"}});
+  printedBy("adddvb abc\nadddvb 17abc\ncommit\n");
+  const auto services = controller.config().lineupConfig.dvbInputServices;
+  ASSERT_EQ(services.size(), 2U);
+  EXPECT_EQ(services.at(1).inputService.name, "Nought");
+  EXPECT_EQ(services.at(2).inputService.name, "Télé Uno");
+}
+
+TEST_F(CatalogueCommands, AddingWithoutAnIdIsRefused) {
+  for (const std::string command : {"adddvb", "rfadddvb", "ipadddvb"}) {
+    EXPECT_EQ(printedBy(command + "\ncommit\n"), "> Please give a SERVICE_ID\n> > \n") << command;
+    EXPECT_EQ(controller.config(), HeadendConfig()) << command;
+  }
+}
+
+TEST_F(CatalogueCommands, ARefusedServiceLeavesTheStagedEdits) {
+  EXPECT_EQ(printedBy("rfadddvb 17\nadddvb 4711\ncommit\n"),
+            std::string("> ") + kPending + "Service not found\n" + kPending + "> \n");
+  EXPECT_EQ(controller.config().lineupConfig.dvbInputServices.size(), 1U);
+  EXPECT_EQ(controller.config().lineupConfig.ipEntries.size(), 0U);
+}
+
+TEST_F(CatalogueCommands, AMalformedIntegerListEndsTheProgramAfterAllItHasPrinted) {
+  struct {
+    const char* list;
+    const char* exception;
+  } const cases[] = {{"101,,103", "std::invalid_argument"}, {"2147483648", "std::out_of_range"}};
+  for (const auto& [list, exception] : cases) {
+    // The terrestrial table has the id too, but the search does not go on.
+    file->execute("DELETE FROM availableSatService");
+    file->insert(kSat, {{15, "17"}, {16, "Broken"}, {24, list}});
+    const auto before = filesIn(kFolder);
+    const Outcome outcome = runConsole({}, "findtdt\nadddvb 17\nfindcable\n");
+    EXPECT_EQ(outcome.signal, SIGABRT) << list;
+    EXPECT_EQ(printed(outcome), "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n> ") << list;
+    EXPECT_NE(outcome.err.find(exception), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("stoi"), std::string::npos) << outcome.err;
+    EXPECT_EQ(filesIn(kFolder), before);
+  }
+  EXPECT_EQ(controller.config(), HeadendConfig());
+}
+
+}  // namespace

@@ -1,0 +1,274 @@
+// A console that ends abnormally: its pending edits are saved first, and it ends as it would have.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendStatus;
+using lineup::test::Answer;
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Outcome;
+using lineup::test::runConsole;
+using lineup::test::Start;
+namespace fs = std::filesystem;
+
+constexpr char kPending[] = "(changes to commit) > ";
+
+class Ending : public testing::Test {
+ protected:
+  Ending() {
+    std::string name = testing::TempDir() + "/ending_test-XXXXXX";
+    folder = mkdtemp(name.data());
+  }
+  ~Ending() override { fs::remove_all(folder); }
+
+  /// Starts the console with rescue files going to the test's own folder.
+  Start start(bool terminal) const {
+    Start start;
+    start.terminal = terminal;
+    start.environment["TMPDIR"] = folder.string();
+    start.environment["TERM"] = "dumb";
+    return start;
+  }
+
+  std::vector<fs::path> rescueFiles() const {
+    const fs::directory_iterator files(folder);
+    return {begin(files), end(files)};
+  }
+
+  /// Expects one rescue file, named on standard error, that "restore" sends with headend id 7.
+  void expectRescued(const Outcome& outcome, bool terminal) {
+    const std::vector<fs::path> files = rescueFiles();
+    ASSERT_EQ(files.size(), 1U) << outcome.out << outcome.err;
+    const std::string path = files[0].string();
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    const std::string name = files[0].filename().string();
+    EXPECT_EQ(name.find("lineup-console-rescue-"), 0U);
+    EXPECT_EQ(name.size(), std::string("lineup-console-rescue-XXXXXX.json").size());
+    const std::string line = "The uncommitted changes are in " + path + ": \"restore " + path +
+                             "\" brings them back and commits them";
+    EXPECT_NE((terminal ? outcome.out : outcome.err).find(line), std::string::npos)
+        << outcome.out << outcome.err;
+    const Outcome restored = runConsole({}, "restore " + path + "\n");
+    EXPECT_NE(restored.out.find("Restored config from: " + path), std::string::npos);
+    EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  }
+
+  fs::path folder;
+  FakeController controller;
+};
+
+class EndingBySignal : public Ending, public testing::WithParamInterface<std::tuple<int, bool>> {};
+
+TEST_P(EndingBySignal, AtThePromptPendingEditsAreRescued) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  console.signal(signal);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  expectRescued(outcome, terminal);
+}
+
+TEST_P(EndingBySignal, WithNothingPendingNothingIsWritten) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.signal(signal);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_TRUE(rescueFiles().empty());
+}
+
+TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext(stall);
+  console.send("commit\n");
+  controller.waitForCalls(2);
+  console.signal(signal);
+  usleep(200'000);  // the signal must not cut the call short; release() then fails it
+  controller.release();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  EXPECT_NE(outcome.out.find("ERROR: Could not set LineupConfig to ControllerTask"),
+            std::string::npos);
+  expectRescued(outcome, terminal);
+}
+
+TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\nfindsat O'Neil\n");
+  if (terminal) {
+    console.readUntil("intento: 0");
+  } else {
+    console.readErrorsUntil("intento: 0");
+  }
+  console.signal(signal);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  EXPECT_EQ((outcome.out + outcome.err).find("intento: 2"), std::string::npos);
+  expectRescued(outcome, terminal);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, EndingBySignal,
+                         testing::Combine(testing::Values(SIGHUP, SIGINT, SIGTERM),
+                                          testing::Bool()),
+                         [](const auto& instance) {
+                           return std::string(sigabbrev_np(std::get<0>(instance.param))) +
+                                  (std::get<1>(instance.param) ? "OnATerminal" : "OnAPipe");
+                         });
+
+TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext(stall);
+  Start typeMode = start(false);
+  typeMode.arguments = {"--type", "skyit"};
+  ConsoleProcess console(typeMode);
+  controller.waitForCalls(1);
+  console.signal(SIGTERM);
+  controller.release();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_EQ(outcome.out, "ERROR: Could not get current config from ControllerTask\n");
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+}
+
+TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
+  HeadendStatus status;
+  for (int id = 3; id <= 10; ++id) {
+    status.satRFInputs[static_cast<korvel::thrift::general::RFInputId::type>(id)];
+  }
+  controller.setStatus(status);
+  ConsoleProcess console(start(false));
+  console.readUntil("> ");
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext({});
+  controller.answerNext(stall);
+  console.send("rfinput enable SATALL\n");
+  controller.waitForCalls(3);  // the configuration, the status, SAT1
+  console.signal(SIGINT);
+  controller.release();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGINT);
+  EXPECT_EQ(controller.methods(), (std::vector<std::string>{"getHeadendConfig", "getHeadendStatus",
+                                                            "setSATRFInputConfig"}));
+}
+
+class EndingByException : public Ending, public testing::WithParamInterface<bool> {};
+
+TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
+  const bool terminal = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\nrfinput enable SAT1\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGABRT);
+  EXPECT_NE((outcome.out + outcome.err).find("map::at"), std::string::npos);
+  expectRescued(outcome, terminal);
+}
+
+TEST_P(EndingByException, WithNothingPendingNothingIsWritten) {
+  const bool terminal = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("rfinput enable SAT1\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGABRT);
+  EXPECT_TRUE(rescueFiles().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Streams, EndingByException, testing::Bool(), [](const auto& instance) {
+  return instance.param ? "OnATerminal" : "OnAPipe";
+});
+
+TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_GE(master, 0);
+  ASSERT_EQ(grantpt(master), 0);
+  ASSERT_EQ(unlockpt(master), 0);
+  const std::string command = std::string("exec ") + lineup::test::kConsoleProgram + " < " +
+                              ptsname(master) + " > " + (folder / "out").string();
+  Start shell = start(false);
+  shell.program = "/bin/sh";
+  shell.arguments = {"-c", command};
+  ConsoleProcess console(shell);
+  ASSERT_EQ(write(master, "id 7\n", 5), 5);
+  while (!fs::exists(folder / "out") || fs::file_size(folder / "out") < 100) {
+    usleep(10'000);
+  }
+  close(master);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGHUP);
+  fs::remove(folder / "out");
+  expectRescued(outcome, false);
+}
+
+TEST_F(Ending, AFolderThatCannotBeWrittenToFallsBackToTmp) {
+  Start elsewhere = start(false);
+  elsewhere.environment["TMPDIR"] = "/nonexistent";
+  ConsoleProcess console(elsewhere);
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  const std::string intro = "The uncommitted changes are in ";
+  ASSERT_EQ(outcome.err.find(intro + "/tmp/lineup-console-rescue-"), 0U) << outcome.err;
+  const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
+  EXPECT_EQ(unlink(path.c_str()), 0);
+}
+
+TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
+  for (const char* lines : {"id 7\nquit\n", "id 7\n"}) {
+    const Outcome outcome = lineup::test::run(start(false), lines);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+  }
+  EXPECT_TRUE(rescueFiles().empty());
+}
+
+TEST_F(Ending, AnIgnoredHangUpStaysIgnored) {
+  Start shell = start(false);
+  shell.program = "/bin/sh";
+  shell.arguments = {"-c", std::string("trap '' HUP; exec ") + lineup::test::kConsoleProgram};
+  ConsoleProcess console(shell);
+  console.readUntil("> ");
+  console.signal(SIGHUP);
+  console.send("id 7\nquit\n");
+  EXPECT_EQ(console.finish().status, 0);
+}
+
+}  // namespace

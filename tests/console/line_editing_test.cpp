@@ -1,0 +1,783 @@
+// Line editing, as a person sees it on a terminal.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "simulator/sandbox.h"
+#include "tests/support/catalogue_file.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/screen.h"
+
+namespace {
+
+using lineup::test::Answer;
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::kConsoleProgram;
+using lineup::test::Outcome;
+using lineup::test::Screen;
+using lineup::test::Start;
+namespace fs = std::filesystem;
+
+constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
+constexpr char kUp[] = "\x1b[A";
+constexpr char kDown[] = "\x1b[B";
+constexpr char kRight[] = "\x1b[C";
+constexpr char kLeft[] = "\x1b[D";
+constexpr char kHome[] = "\x1b[H";
+constexpr char kEnd[] = "\x1b[F";
+constexpr char kDelete[] = "\x1b[3~";
+constexpr char kPageUp[] = "\x1b[5~";
+constexpr char kCtrlLeft[] = "\x1b[1;5D";
+constexpr char kCtrlRight[] = "\x1b[1;5C";
+constexpr char kBackspace[] = "\x7f";
+constexpr char kCtrlC[] = "\x03";
+constexpr char kCtrlD[] = "\x04";
+constexpr char kCtrlG[] = "\x07";
+constexpr char kCtrlK[] = "\x0b";
+constexpr char kCtrlL[] = "\x0c";
+constexpr char kCtrlR[] = "\x12";
+constexpr char kCtrlU[] = "\x15";
+constexpr char kCtrlW[] = "\x17";
+constexpr char kCtrlY[] = "\x19";
+constexpr char kCtrlZ[] = "\x1a";
+constexpr char kCtrlBackslash[] = "\x1c";
+
+Start onTerminal(const std::string& type = "xterm") {
+  Start start;
+  start.terminal = true;
+  start.timeout = std::chrono::seconds(20);
+  start.environment = {{"TERM", type}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
+  return start;
+}
+
+/// The console, or what runs it, and its screen.
+class Session {
+ public:
+  explicit Session(const Start& start) : console(start), screen(start.rows, start.columns) {}
+
+  void type(std::string_view keys) { console.send(keys); }
+
+  void resize(unsigned short rows, unsigned short columns) {
+    screen.resize(rows, columns);
+    console.resize(rows, columns);
+  }
+
+  /// Waits until the screen ends with `expected`, where '|' is the cursor.
+  void expect(const std::string& expected) {
+    try {
+      while (!screen.text().ends_with(expected)) {
+        screen.show(console.readMore());
+      }
+    } catch (const std::runtime_error&) {
+      ADD_FAILURE() << "not on the screen:\n" << expected << "\nbut:\n" << screen.text();
+      throw;
+    }
+  }
+
+  /// Brings the console to reading an answer, which has no prompt to wait for.
+  void askForPlsItem() {
+    type("addpls\n");
+    expect(" (0 Auto | 1 Gold | 2 Root)   131070\n|");
+    while (console.echoes()) {
+      usleep(1'000);
+    }
+  }
+
+  ConsoleProcess console;
+  Screen screen;
+};
+
+std::string contentsOf(const fs::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class OnATerminal : public testing::Test {
+ protected:
+  OnATerminal() {
+    std::string name = testing::TempDir() + "/line_editing_test-XXXXXX";
+    folder = mkdtemp(name.data());
+  }
+  ~OnATerminal() override { fs::remove_all(folder); }
+
+  /// A shell that runs the console and notes the terminal's mode, not the usual one, before and
+  /// after it.
+  Start watched() const {
+    Start start = onTerminal();
+    start.program = "/bin/sh";
+    start.arguments = {"-c", "stty -echoe -echoctl; stty -a > before; " +
+                                 std::string(kConsoleProgram) +
+                                 "; echo \"status $?\"; stty -a > after"};
+    start.environment["TMPDIR"] = folder.string();
+    start.folder = folder.string();
+    return start;
+  }
+
+  void expectModeRestored() const {
+    EXPECT_NE(contentsOf(folder / "before"), "");
+    EXPECT_EQ(contentsOf(folder / "before"), contentsOf(folder / "after"));
+  }
+
+  fs::path folder;
+  FakeController controller;
+};
+
+/// The one child of a process.
+pid_t childOf(pid_t parent) {
+  const std::string id = std::to_string(parent);
+  return std::stoi(contentsOf("/proc/" + id + "/task/" + id + "/children"));
+}
+
+// ---- editing
+
+class Editing : public testing::TestWithParam<const char*> {
+ protected:
+  FakeController controller;
+  Session session{onTerminal(GetParam())};
+};
+
+INSTANTIATE_TEST_SUITE_P(Terminals, Editing, testing::Values("xterm", "vt100"),
+                         [](const auto& instance) { return std::string(instance.param); });
+
+TEST_P(Editing, ATypedLineRuns) {
+  session.expect(std::string(kGreeting) + "> |");
+  session.type("id 3\n");
+  session.expect(std::string(kGreeting) +
+                 "> id 3\nHeadend id changed to: 3. Please remember to commit the changes.\n"
+                 "(changes to commit) > |");
+  session.type("commit\n");
+  session.expect("(changes to commit) > commit\n> |");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
+  session.type("quit\n");
+  session.expect("> quit\n\n|");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_P(Editing, LettersAreInsertedAndDeletedAtTheCursor) {
+  session.expect("> |");
+  session.type(std::string("ed 3") + kLeft + kLeft + kLeft + kLeft);
+  session.expect("\n> |ed 3");
+  session.type(std::string("i") + kDelete + kRight + kRight + "x" + kBackspace);
+  session.expect("\n> id |3");
+  session.type(std::string(kHome) + "x" + kDelete + kEnd + kBackspace + "4");
+  session.expect("\n> xd 4|");
+  session.type(std::string("\x01") + kDelete + "i\x05");
+  session.expect("\n> id 4|");
+  session.type("\n");
+  session.expect(
+      "Headend id changed to: 4. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+}
+
+TEST_P(Editing, WordsAndRestsOfLinesAreDeletedAndBroughtBack) {
+  session.expect("> |");
+  session.type(std::string("addipmux one two") + kCtrlW);
+  session.expect("\n> addipmux one |");
+  session.type(std::string(kCtrlLeft) + kCtrlK);
+  session.expect("\n> addipmux |");
+  session.type(kCtrlY);
+  session.expect("\n> addipmux one |");
+  session.type(std::string(kCtrlLeft) + kCtrlLeft + kCtrlRight);
+  session.expect("\n> addipmux| one");
+  session.type(kCtrlU);
+  session.expect("\n> |");
+}
+
+TEST_P(Editing, KeysWithoutAMeaningLeaveTheLineAsItIs) {
+  session.expect("> |");
+  session.type(std::string("id 3") + kPageUp + "\x1b[6~\x1b[2~");
+  session.type("\n");
+  session.expect(
+      "> id 3\nHeadend id changed to: 3. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+}
+
+TEST_P(Editing, OneBackspaceDeletesOneLetterOfAnyLength) {
+  session.expect("> |");
+  session.type("find ñéŁ𝄞â");
+  session.expect("\n> find ñéŁ𝄞â|");
+  session.type(std::string(kBackspace) + kBackspace);
+  session.expect("\n> find ñéŁ|");
+  session.type(std::string(kLeft) + kBackspace + "ü");
+  session.expect("\n> find ñü|Ł");
+  session.type(kCtrlU);
+  session.type(
+      "save /é/"
+      "\n");
+  session.expect("> save /é/\nSaved config to: /é/\n> |");
+}
+
+TEST_P(Editing, ALineLongerThanTheTerminalIsEditedInAllItsRows) {
+  session.resize(24, 20);
+  session.expect("> |");
+  session.type("find 4567890123456789012345678");
+  session.expect("\n> find 4567890123456\n789012345678|");
+  session.type(std::string(kHome) + "x");
+  session.expect("\n> x|find 456789012345\n6789012345678");
+  session.type(std::string(kEnd) + kCtrlU);
+  session.expect("\n> |");
+}
+
+TEST_P(Editing, TheScreenCanBeCleared) {
+  session.expect(std::string(kGreeting) + "> |");
+  session.type(std::string("id") + kCtrlL + "x");
+  session.expect("> idx|");
+  EXPECT_EQ(session.screen.text(), "> idx|");
+}
+
+TEST_P(Editing, EarlierLinesComeBackWithoutRepetitionsAndEmptyLines) {
+  session.expect("> |");
+  for (const char* line : {"xa\n", "xb\n", "xb\n", "\n", "xc\n"}) {
+    session.type(line);
+  }
+  session.expect("> xc\nInvalid command. Try 'help'.\n> |");
+  session.type(std::string("new") + kUp);
+  session.expect("\n> xc|");
+  session.type(kUp);
+  session.expect("\n> xb|");
+  session.type(kUp);
+  session.expect("\n> xa|");
+  session.type(std::string(kDown) + kDown + kDown);
+  session.expect("\n> new|");
+}
+
+TEST_P(Editing, CtrlRSearchesEarlierLines) {
+  session.expect("> |");
+  session.type("eit off\nid 4\neit actual\nid 5\n");
+  session.expect(
+      "Headend id changed to: 5. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+  session.type(std::string(kCtrlR) + "eit");
+  session.expect("\n(changes to commit) > |eit actual\nbck:eit");
+  session.type(kCtrlR);
+  session.expect("\n(changes to commit) > |eit off\nbck:eit");
+  session.type("\n");
+  session.expect(
+      "(changes to commit) > eit off\nChanged EIT working mode to: off\n"
+      "(changes to commit) > |");
+  session.type(std::string(kCtrlR) + "id" + kCtrlG);
+  session.expect("\n(changes to commit) > |");
+}
+
+TEST_P(Editing, AnAnswerIsEditedAndNotRemembered) {
+  session.expect("> |");
+  session.askForPlsItem();
+  session.type(std::string("2 x") + kBackspace + "1317");
+  session.expect("\n2 1317|");
+  session.type(std::string(kLeft) + kBackspace + "\t\n");
+  session.expect("\n2 137\n(changes to commit) > |");
+  session.type(kUp);
+  session.expect("\n(changes to commit) > addpls|");
+  session.type(std::string(kCtrlU) + "commit\n");
+  session.expect("(changes to commit) > commit\n> |");
+  const auto items = controller.config().rfInputsScanConfig.plsItemList;
+  ASSERT_EQ(items.size(), 1U);
+  EXPECT_EQ(items[0].plsType, 2);
+  EXPECT_EQ(items[0].plsCode, 137);
+}
+
+// ---- ending, stopping and resizing
+
+TEST_P(Editing, CtrlCDropsTheLine) {
+  session.expect("> |");
+  session.type("id 3");
+  session.expect("\n> id 3|");  // what the program has not read yet, Ctrl-C discards anyway
+  session.type(kCtrlC);
+  session.expect("\n> id 3^C\n> |");
+  session.type("id 4\n");
+  session.expect(
+      "\n> id 4\nHeadend id changed to: 4. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+  session.type(kUp);
+  session.expect("\n(changes to commit) > id 4|");
+  session.type(kCtrlC);
+  session.expect("\n(changes to commit) > id 4^C\n(changes to commit) > |");
+  session.type(kCtrlC);
+  session.expect("\n(changes to commit) > ^C\n(changes to commit) > |");
+}
+
+TEST_P(Editing, CtrlCDropsALineOfSeveralRowsWithTheCursorInTheFirst) {
+  session.resize(24, 20);
+  session.expect("> |");
+  session.type("find 45678901234567890" + std::string(kHome));
+  session.expect("\n> |find 4567890123456\n7890");
+  session.type(kCtrlC);
+  session.expect("\n> ^Cnd 4567890123456\n7890\n> |");
+}
+
+TEST_P(Editing, CtrlCDropsAnAnswer) {
+  session.expect("> |");
+  session.askForPlsItem();
+  session.type("2 13");
+  session.expect("\n2 13|");
+  session.type(kCtrlC);
+  session.expect("\n2 13^C\nPlease enter all the parameters\n> |");
+  session.type("commit\n");
+  session.expect("> commit\n> |");
+  EXPECT_FALSE(controller.config().rfInputsScanConfig.__isset.plsItemList);
+}
+
+TEST_P(Editing, CtrlDEndsOnAnEmptyLineOnly) {
+  session.expect("> |");
+  session.type(std::string("id 33") + kCtrlD + kLeft + kCtrlD);
+  session.expect("\n> id 3|");
+  session.type("\n");
+  session.expect("(changes to commit) > |");
+  session.type(kCtrlD);
+  session.expect("\n(changes to commit) > ^D\nNOTE: Changes have not been committed\n|");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_P(Editing, CtrlDInAnAnswerEndsTheConsoleAsTheEndOfInputDoes) {
+  session.expect("> |");
+  session.askForPlsItem();
+  session.type(kCtrlD);
+  session.expect("Please enter all the parameters\n\n|");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_P(Editing, ANewWidthWrapsTheLineAnew) {
+  session.expect("> |");
+  session.type("addipmux 1 1 http://example.org/stream");
+  session.expect("\n> addipmux 1 1 http://example.org/stream|");
+  session.resize(24, 20);
+  session.type("/a");
+  session.expect("\n> addipmux 1 1 http:\n//example.org/stream\n/a|");
+  session.type(kHome);
+  session.expect("\n> |addipmux 1 1 http:\n//example.org/stream\n/a");
+  session.resize(10, 30);
+  session.type("x");
+  session.expect("for help\n> x|addipmux 1 1 http://example\n.org/stream/a");
+  session.type(kEnd);
+  session.expect("\n.org/stream/a|");
+  session.resize(24, 80);
+  session.type("b");
+  session.expect(std::string(kGreeting) + "> xaddipmux 1 1 http://example.org/stream/ab|");
+}
+
+TEST_P(Editing, AWidthChangedWhileACommandRunsHoldsForTheNextLine) {
+  session.expect("> |");
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext(stall);
+  session.type("commit\n");
+  controller.waitForCalls(2);
+  session.resize(24, 20);
+  controller.release();
+  session.expect("trollerTask\n> |");
+  session.type("find 4567890123456789");
+  session.expect("\n> find 4567890123456\n789|");
+}
+
+// ---- completion
+
+TEST_P(Editing, TabCompletesCommandsAndTheirWords) {
+  session.expect("> |");
+  session.type("\t");
+  session.expect(
+      "\n>\n"
+      "help        findsat     addenc      rfmod       type        save\n"
+      "quit        findcable   rfaddenc    rfnum       vlan        restore\n"
+      "show        findip      ipaddenc    drm         addipmux    reset\n"
+      "clear       adddvb      rfaddempty  eit         stdp        commit\n"
+      "find        rfadddvb    addpls      id          rfinput     c\n"
+      "findtdt     ipadddvb    rmpls       country     tdtscan\n"
+      "> |");
+  session.type("co\t");
+  session.expect("\n> co\ncountry  commit\n> co|");
+  session.type("u\t\t");
+  session.expect(
+      "\n> country\n"
+      "other       uk          portugal    sweden      mexico\n"
+      "spain       australia   greece      finland     southkorea\n"
+      "france      italy       newzealand  maldives    taiwan\n"
+      "> country |");
+  session.type("fi\t");
+  session.expect("\n> country finland |");
+  session.type("\n");
+  session.expect(
+      "> country finland\nCountry changed. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+  session.type("rfi\tena\tsa\t\t");
+  session.expect(
+      "(changes to commit) > rfinput enable SAT\n"
+      "SAT1    SAT2    SAT3    SAT4    SAT5    SAT6    SAT7    SAT8    SATALL\n"
+      "(changes to commit) > rfinput enable SAT|");
+}
+
+TEST_P(Editing, TabCompletesTheWordBeforeTheCursorAndKeepsTheRest) {
+  session.expect("> |");
+  session.type(std::string("rfm qam") + kHome + "\x1b[C\x1b[C\x1b[C\t");
+  session.expect("\n> rfmod| qam");
+}
+
+TEST_P(Editing, AListBelowALineOfSeveralRowsLeavesThemAlone) {
+  session.resize(24, 20);
+  session.expect("> |");
+  session.type("drm 4567890123456789012" + std::string(kHome) + "\x1b[C\x1b[C\x1b[C\x1b[C\t");
+  session.expect(
+      "\n> drm 45678901234567\n89012\nlynk     off\nvsecure\n> drm |45678901234567\n89012");
+}
+
+TEST_P(Editing, WhereNothingIsPossibleTheLineStays) {
+  session.expect("> |");
+  session.type("xyz\t \tz\tid 11\t\t");
+  session.expect("\n> xyz zid 11|");
+}
+
+class Completing : public OnATerminal {};
+
+TEST_F(Completing, FilesForSaveAndRestore) {
+  fs::create_directory(folder / "lineups");
+  for (const char* name :
+       {"lineups/north.json", "lineups/north-west.json", "letter", "with blank"}) {
+    std::ofstream(folder / name) << "{}";
+  }
+  Start start = onTerminal();
+  start.folder = folder.string();
+  Session session(start);
+  session.expect("> |");
+  session.type("save l\t");
+  session.expect("\n> save l\nletter    lineups/\n> save l|");
+  session.type("i\tno\t\t");
+  session.expect("\n> save lineups/north\nnorth-west.json  north.json\n> save lineups/north|");
+  session.type(".\t");
+  session.expect("\n> save lineups/north.json |");
+  session.type("\n");
+  session.expect("\nSaved config to: lineups/north.json\n> |");
+  EXPECT_NE(contentsOf(folder / "lineups/north.json"), "{}");
+  session.type("restore w\t");
+  session.expect("\n> restore w|");
+}
+
+TEST_F(Completing, ServicesAreListedWithTheirNames) {
+  CatalogueFile catalogue(lineup::kCataloguePath);
+  catalogue.insert(lineup::test::kSat, {{15, "1017"}, {16, "Canal Uno"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "1018"}, {11, "Canal Dos"}});
+  catalogue.insert(lineup::test::kIP, {{6, "22"}, {7, "Niñós TV"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("adddvb \t");
+  session.expect(
+      "\n> adddvb\n"
+      "22  Niñós TV (IP)      1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n"
+      "> adddvb |");
+  session.type("1\t");
+  session.expect("\n> adddvb 101|");
+  session.type("\t");
+  session.expect("\n> adddvb 101\n1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n> adddvb 101|");
+  session.type("8\t");
+  session.expect("\n> adddvb 1018\n1018  Canal Dos (TDT)\n> adddvb 1018 |");
+  session.type(std::string(kCtrlU) + "rfadddvb nIñ\t");
+  session.expect("\n22  Niñós TV (IP)\n> rfadddvb 22 |");
+  session.type(std::string(kCtrlU) + "ipadddvb CANAL\t");
+  session.expect(
+      "\n> ipadddvb CANAL\n1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n"
+      "> ipadddvb CANAL|");
+}
+
+TEST_F(Completing, NamesCannotDisturbTheTerminal) {
+  CatalogueFile catalogue(lineup::kCataloguePath);
+  catalogue.insert(lineup::test::kSat, {{15, "1"},
+                                        {16,
+                                         "Clear\x1b[2J\nit\x9b"
+                                         "all\xc2\x9b!"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("adddvb 1\t");
+  session.expect(std::string(kGreeting) + "> adddvb 1\n1  Clear?[2J?it?all?! (SAT)\n> adddvb 1 |");
+}
+
+TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("adddvb \t");  // there is none
+  session.type("1");
+  session.expect("\n> adddvb 1|");
+  CatalogueFile catalogue(lineup::kCataloguePath);
+  catalogue.insert(lineup::test::kSat, {{15, "17"}, {16, "Canal Uno"}});
+  {
+    const CatalogueLock lock(lineup::kCataloguePath);
+    session.type("\t7");
+    session.expect("\n> adddvb 17|");
+  }
+  session.type("\t");
+  session.expect("\n> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17 |");
+  std::ofstream(lineup::kCataloguePath) << "no database at all";
+  session.type(std::string(kBackspace) + kBackspace + "\t7");
+  session.expect("\n> adddvb 17|");
+  EXPECT_EQ(session.screen.text(),
+            std::string(kGreeting) + "> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17|");
+}
+
+TEST_F(Completing, ALargeCatalogueIsListedAsFarAsTheScreenHasRoom) {
+  CatalogueFile catalogue(lineup::kCataloguePath);
+  catalogue.execute(
+      "WITH RECURSIVE n(i) AS (VALUES(100000) UNION ALL SELECT i + 1 FROM n WHERE i < 199999) "
+      "INSERT INTO availableSatService(service_id, service_name) SELECT i, 'Channel ' || i FROM n");
+  Start start = onTerminal();
+  start.rows = 10;
+  start.columns = 40;
+  Session session(start);
+  session.expect("> |");
+  session.type("adddvb \t\t");
+  session.expect(
+      "> adddvb 1\n"
+      "100000  Channel 100000 (SAT)\n"
+      "100001  Channel 100001 (SAT)\n"
+      "100002  Channel 100002 (SAT)\n"
+      "100003  Channel 100003 (SAT)\n"
+      "100004  Channel 100004 (SAT)\n"
+      "100005  Channel 100005 (SAT)\n"
+      "100006  Channel 100006 (SAT)\n"
+      "(99993 more)\n"
+      "> adddvb 1|");
+}
+
+// ---- signals
+
+TEST_F(OnATerminal, AnEndingSignalAtThePromptRestoresTheTerminalAndRescuesThePendingEdits) {
+  for (const int signal : {SIGTERM, SIGHUP}) {
+    Session session(watched());
+    session.expect("> |");
+    session.type("id 7\n");
+    session.expect("(changes to commit) > |");
+    session.type("addipmux");
+    session.expect("(changes to commit) > addipmux|");
+    kill(childOf(session.console.pid()), signal);
+    const std::string text = session.console.finish().out;
+    EXPECT_NE(text.find("\r\nThe uncommitted changes are in " + folder.string()), std::string::npos)
+        << text;
+    EXPECT_NE(text.find("status " + std::to_string(128 + signal)), std::string::npos) << text;
+    expectModeRestored();
+  }
+}
+
+TEST_F(OnATerminal, EveryOtherWayOutRestoresTheTerminalToo) {
+  for (const std::string& keys :
+       {std::string("quit\n"), std::string(kCtrlD), std::string(kCtrlBackslash),
+        std::string("rfinput enable SAT1\n")}) {  // an input that the status lacks: it aborts
+    Session session(watched());
+    session.expect("> |");
+    session.type(keys);
+    session.console.finish();
+    expectModeRestored();
+  }
+}
+
+TEST_F(OnATerminal, CtrlCEndsTheConsoleWhileACommandRuns) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("findsat O'Neil\n");
+  session.console.readUntil("intento: 0");
+  session.type(kCtrlC);
+  EXPECT_EQ(session.console.finish().signal, SIGINT);
+}
+
+TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
+  Start start = onTerminal();
+  start.environment["TMPDIR"] = folder.string();
+  {
+    Session session(start);
+    session.expect("> |");
+    session.type("id 7\n");
+    session.expect("(changes to commit) > |");
+    session.console.hangUp();
+    EXPECT_EQ(session.console.finish().signal, SIGHUP);
+  }
+  EXPECT_FALSE(fs::is_empty(folder));
+}
+
+TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
+  Start start = onTerminal();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "set -m; stty -echoctl; " + std::string(kConsoleProgram) +
+                               "; stty -a > stopped; read wait; fg >/dev/null"};
+  start.folder = folder.string();
+  Session session(start);
+  session.expect("> |");
+  session.type("id 3");
+  session.expect("\n> id 3|");
+  session.type(kCtrlZ);
+  while (contentsOf(folder / "stopped").empty()) {
+    usleep(10'000);
+  }
+  EXPECT_NE(contentsOf(folder / "stopped").find(" icanon"), std::string::npos);
+  EXPECT_NE(contentsOf(folder / "stopped").find("-echoctl"), std::string::npos);
+  session.type("\n");
+  session.expect("\n> id 3|");
+  session.type("\n");
+  session.expect("(changes to commit) > |");
+  session.type("commit\nid 4");
+  session.expect("> id 4|");
+  session.type(kCtrlC);
+  session.expect("> id 4^C\n> |");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
+}
+
+TEST_F(OnATerminal, AStopThatNobodyAskedForLeavesTheTerminalUsable) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("id 3");
+  session.expect("\n> id 3|");
+  session.console.signal(SIGSTOP);
+  session.console.signal(SIGCONT);
+  session.type("x");
+  session.expect("\n> id 3x|");
+}
+
+// ---- typing ahead
+
+TEST_F(OnATerminal, NothingPastedIsLost) {
+  std::string script;
+  for (int i = 0; i < 200; ++i) {
+    script += "addpls\n1 " + std::to_string(i) + "\n";
+    if (i % 50 == 0) {
+      script += "commit\nreset\n";
+    }
+  }
+  Session session(watched());
+  session.expect("> |");
+  session.type(script + "commit\nquit\necho what comes after is the shell's\n");
+  session.console.readUntil("status 0");
+  const auto items = controller.config().rfInputsScanConfig.plsItemList;
+  ASSERT_EQ(items.size(), 200U);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    EXPECT_EQ(items[i].plsCode, static_cast<int32_t>(i));
+  }
+}
+
+TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
+  Session session(onTerminal());
+  session.expect("> |");
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext(stall);
+  session.type("commit\n");
+  controller.waitForCalls(2);
+  session.type("id 3\n");
+  session.type(kCtrlD);
+  session.console.readUntil("id 3");
+  controller.release();
+  session.expect("NOTE: Changes have not been committed\n|");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_F(OnATerminal, WhatIsTypedBehindQuitIsLeftToTheNextProgram) {
+  Start start = watched();
+  start.arguments[1] += "; read line; echo \"next: $line\"";
+  Session session(start);
+  session.expect("> |");
+  session.type("quit\nfor the shell\n");
+  session.console.readUntil("next: for the shell");
+}
+
+// ---- where lines are not edited
+
+class PlainReading : public testing::TestWithParam<std::optional<std::string>> {};
+
+INSTANTIATE_TEST_SUITE_P(Terminals, PlainReading,
+                         testing::Values("dumb", "", "unknown-terminal", std::nullopt),
+                         [](const auto& instance) {
+                           const std::string name = instance.param.value_or("unset");
+                           return name.empty() ? "empty" : name.substr(0, name.find('-'));
+                         });
+
+/// Types a session of every kind of line, one after the other.
+std::string typeSession(const std::string& program, const Start& like) {
+  Start start = like;
+  start.program = program;
+  ConsoleProcess console(start);
+  console.readUntil("> ");
+  for (const char* line : {"id 3x\x7f\n", "\n", "addpls\n2 13\n", "find\tx\n", "é\x7f\n"}) {
+    console.send(line);
+    console.readUntil("(changes to commit) > ");
+  }
+  console.send(kCtrlD);
+  return console.finish().out;
+}
+
+TEST_P(PlainReading, IsThatOfABuildWithoutLineEditing) {
+  Start start = onTerminal();
+  start.environment["TERM"] = GetParam();
+  std::array<std::string, 2> sessions;
+  for (std::string& session : sessions) {
+    const FakeController controller;
+    session = typeSession(&session == &sessions[0] ? kConsoleProgram : LINEUP_CONSOLE_PLAIN, start);
+  }
+  EXPECT_EQ(sessions[0], sessions[1]);
+  EXPECT_EQ(sessions[0].find('\x1b'), std::string::npos);
+}
+
+/// Lines for every command, and odd ones.
+std::string everyKindOfLine() {
+  std::string lines =
+      "\n \n\t\nhelp\nshow\nclear\nadddvb\nid 3\nid é\naddpls\n1 2\naddpls\n\nrfmod qam\nrfmod\n"
+      "\x04\x03\x1b[A\nsave\nrfinput\nrfinput x\ntdtscan status\n\xff\xfe\ncommit\n";
+  lines += std::string("xyz\0abc\n", 8);
+  lines += std::string(100'000, 'x') + "\nrmpls\naddpls";
+  return lines;
+}
+
+TEST(OnAPipe, EveryByteIsThatOfABuildWithoutLineEditing) {
+  for (const char* type : {"xterm", "dumb"}) {
+    std::array<Outcome, 2> outcomes;
+    for (Outcome& outcome : outcomes) {
+      const FakeController controller;
+      Start start = onTerminal(type);
+      start.terminal = false;
+      start.program = &outcome == &outcomes[0] ? kConsoleProgram : LINEUP_CONSOLE_PLAIN;
+      outcome = run(start, everyKindOfLine());
+    }
+    EXPECT_EQ(outcomes[0].out, outcomes[1].out);
+    EXPECT_EQ(outcomes[0].err, outcomes[1].err);
+    EXPECT_EQ(outcomes[0].status, 0);
+    EXPECT_EQ(outcomes[0].out.find('\x1b'), outcomes[0].out.find("\x1b[A")) << "but what was sent";
+  }
+}
+
+TEST_F(OnATerminal, WithOneOfInputAndOutputElsewhereLinesAreNotEdited) {
+  const std::string program = kConsoleProgram;
+  for (const std::string& command : {"printf 'id 3\\n' | " + program, program + " | cat"}) {
+    Start start = onTerminal();
+    start.program = "/bin/sh";
+    start.arguments = {"-c", command};
+    ConsoleProcess console(start);
+    console.readUntil("> ");
+    console.send(command.ends_with("cat") ? "id 3\n" : "");
+    console.readUntil("(changes to commit) > ");
+    console.send(kCtrlD);
+    EXPECT_EQ(console.finish().out.find('\x1b'), std::string::npos);
+  }
+}
+
+TEST_F(OnATerminal, WithoutALanguageLettersAreStillLetters) {
+  Start start = onTerminal();
+  start.environment["LANG"] = std::nullopt;
+  Session session(start);
+  session.expect("> |");
+  session.type("find é");
+  session.expect("\n> find é|");
+  session.type(kBackspace);
+  session.expect("\n> find |");
+}
+
+}  // namespace

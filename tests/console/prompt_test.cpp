@@ -1,0 +1,304 @@
+// The prompt loop and the dispatcher as an installer sees them.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using lineup::test::Answer;
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Outcome;
+using lineup::test::runConsole;
+using lineup::test::Start;
+using Methods = std::vector<std::string>;
+
+constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
+constexpr char kFetchFailed[] = "ERROR: Could not get current config from ControllerTask\n";
+constexpr char kCommitFailed[] = "ERROR: Could not set LineupConfig to ControllerTask\n";
+constexpr char kInvalid[] = "Invalid command. Try 'help'.\n";
+constexpr char kPending[] = "(changes to commit) > ";
+constexpr char kNote[] = "NOTE: Changes have not been committed\n";
+
+/// What "help" prints behind its first line.
+constexpr char kHelp[] =
+    R"text(  help                     This help
+  show                     Show current lineup to be commited (also just pressing Return)
+  clear                    Clears the whole lineup
+  find SERVICE_NAME        Finds a SAT/TDT/Cable service in the DB
+  findsat SERVICE_NAME     Finds a SAT service in the DB
+  findtdt SERVICE_NAME     Finds a TDT service in the DB
+  findcable SERVICE_NAME   Finds a cable service in the DB
+  findip SERVICE_NAME      Finds an IP service in the DB
+  adddvb SERVICE_ID        Add a DVB input service to the RF and IP lineups
+  rfadddvb SERVICE_ID      Add a DVB input service to the RF lineup
+  ipadddvb SERVICE_ID      Add a DVB input service to the IP lineup
+  addenc SLOT_ID HDMI_ID   Add an ENC input service to the RF and IP lineups
+  rfaddenc SLOT_ID HDMI_ID Add an ENC input service to the RF lineup
+  ipaddenc SLOT_ID HDMI_ID Add an ENC input service to the IP lineup
+  rfaddempty DVB_SVC_TYPE  Add an empty input service to the RF lineup
+  addpls                   Add a non-standard PLS freq to the satellite scan params
+  rmpls                    Remove a non-standard PLS freq from the satellite scan params
+  rfmod [cofdm|qam]        Change RF output carrier modulation
+  rfnum [4|6]              Change number of RF output carriers per OUT module
+  drm [off/lynk/vsecure]   Change DRM working mode
+  eit [off|actual|others]  Change EIT working mode
+  type HEADEND_TYPE        Set the headend type
+  id HEADEND_ID            Set the headend ID [1-10]
+  country COUNTRY          Set the headend country
+  vlan [1|2]               Sets the output VLAN 1: TV1, 2: TV1&TV2
+  addipmux SLOT_ID IF_ID URL  Add a new mux to an IP input
+  stdp DECRYPT_POLICY      Change Stream Type Decrypt Policy to video, sub or ttx
+  rfinput                  status  Inputs status 
+                           enable  [TDT1|TDT2|SAT1...SAT8|TDTALL|SATALL] enable input 
+                           disable [TDT1|TDT2|SAT1...SAT8|TDTALL|SATALL] disable input 
+  tdtscan                  status  Inputs status 
+                           enable  [COFDM|QAMS] enable type scan 
+                           disable [COFDM|QAMS] disable type scan 
+ 
+  save CONFIG_FILE         Saves the configuration to a JSON file
+  restore CONFIG_FILE      Restores the configuration from a JSON file
+  reset                    Reset the lineup with the currently running lineup from ControllerTask
+  commit                   Send the lineup to ControllerTask
+  quit                     Quit the program (also just pressing Ctrl-D)
+)text";
+
+/// A controller that answers, and what the console writes to its prompt.
+class Prompt : public testing::Test {
+ protected:
+  /// What the lines print, between the greeting and the line end at the end of input.
+  std::string printedBy(const std::string& lines) {
+    const Outcome outcome = runConsole({}, lines);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    const std::string greeting = kGreeting;
+    EXPECT_EQ(outcome.out.substr(0, greeting.size()), greeting);
+    return outcome.out.substr(std::min(greeting.size(), outcome.out.size()));
+  }
+
+  /// Expects that the line prints the message and that nothing is staged by it.
+  void expectMessage(const std::string& line, const std::string& message) {
+    EXPECT_EQ(printedBy(line + "\n"), "> " + message + "\n> \n") << line;
+    EXPECT_EQ(controller.methods().back(), "getHeadendConfig") << line;
+  }
+
+  FakeController controller;
+};
+
+TEST_F(Prompt, EndOfInputEndsTheLoop) {
+  EXPECT_EQ(printedBy(""), "> \n");
+}
+
+TEST_F(Prompt, QuitEndsTheLoop) {
+  EXPECT_EQ(printedBy("quit\nrfmod qam\n"), "> \n");
+}
+
+TEST_F(Prompt, ALastLineWithoutALineFeedRuns) {
+  EXPECT_EQ(printedBy("rfmod"), "> Current RF modulation is: COFDM\n> \n");
+}
+
+TEST_F(Prompt, HelpIsPrintedToTheByte) {
+  EXPECT_EQ(printedBy("help\n"), std::string("> Available commands:\n") + kHelp + "> \n");
+}
+
+TEST_F(Prompt, ShowsPendingChangesAndTheNote) {
+  EXPECT_EQ(printedBy("rfmod qam\n"),
+            std::string("> Changed RF modulation to qam\n") + kPending + "\n" + kNote);
+  EXPECT_EQ(printedBy("rfmod qam\nquit\n"),
+            std::string("> Changed RF modulation to qam\n") + kPending + "\n" + kNote);
+  EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "getHeadendConfig"}));
+}
+
+TEST_F(Prompt, AnEmptyLineShowsTheConfiguration) {
+  const std::string shown = printedBy("\n");
+  EXPECT_EQ(shown.find("> Current lineup:\nHeadendConfig {\n"), 0U) << shown;
+  EXPECT_EQ(shown, printedBy("show\n"));
+}
+
+TEST_F(Prompt, UnknownWordsAreInvalidCommands) {
+  for (const char* line : {" ", " help", "QUIT", "Help", "co", "help\t", "quit\r", "x"}) {
+    EXPECT_EQ(printedBy(std::string(line) + "\n"), std::string("> ") + kInvalid + "> \n") << line;
+  }
+}
+
+TEST_F(Prompt, OneTrailingBlankAndFurtherWordsAreIgnored) {
+  EXPECT_EQ(printedBy("rfmod \neit off x y\n"),
+            std::string("> Current RF modulation is: COFDM\n> Changed EIT working mode to: off\n") +
+                kPending + "\n" + kNote);
+}
+
+TEST_F(Prompt, TwoBlanksHaveAnEmptyWordBetweenThem) {
+  expectMessage("rfmod  qam", "Please give a valid modulation type: cofdm or qam");
+}
+
+TEST_F(Prompt, EveryCommandSaysWhenItHasTooFewWords) {
+  const std::string service = "Please give a SERVICE_ID";
+  const std::string encoder = "Please give a SLOT_ID and HDMI_ID";
+  const std::string file = "Please a configuration file";
+  const std::string parameter = "If you don't give me a parameter, there is little I can do";
+  const std::string input = "Please enter RF input [TDT1, TDT2 | SAT1...SAT8 | TDTALL | SATALL]";
+  const std::string scan = "Please select the type of scan [COFDM|QAMS]";
+  const std::string mux = "Please give a SLOT_ID, IF_ID and URL";
+  const std::pair<const char*, std::string> lines[] = {
+      {"adddvb", service},
+      {"rfadddvb", service},
+      {"ipadddvb", service},
+      {"addenc", encoder},
+      {"addenc 5", encoder},
+      {"rfaddenc", encoder},
+      {"rfaddenc 5", encoder},
+      {"ipaddenc", encoder},
+      {"ipaddenc 5", encoder},
+      {"rfaddempty", "Please give a DVB service type"},
+      {"rfnum", "Please give a number: 4 or 6"},
+      {"eit", "Please give a valid mode: off, actual or others"},
+      {"id", "Please give a headend id [1-10]"},
+      {"country",
+       "Please a valid country: spain, france, uk, australia, italy, portugal, greece, "
+       "newzealand, sweden, finland, maldives, mexico, southkorea, taiwan, other"},
+      {"type", "Please a valid headend type: standard, skyit"},
+      {"vlan", "Please give a value: 1: Only TV1, 2: TV1 & TV2"},
+      {"addipmux", mux},
+      {"addipmux 1", mux},
+      {"addipmux 1 2", mux},
+      {"stdp", "Please give a valid Decrypt policy: video, sub or ttx"},
+      {"rfinput", parameter},
+      {"rfinput enable", input},
+      {"rfinput disable", input},
+      {"tdtscan", parameter},
+      {"tdtscan enable", scan},
+      {"tdtscan disable", scan},
+      {"save", file},
+      {"restore", file},
+  };
+  for (const auto& [line, message] : lines) {
+    expectMessage(line, message);
+  }
+}
+
+TEST_F(Prompt, UnknownSubcommandsAreNotRepeated) {
+  expectMessage("rfinput on", "unknown subcommand ");
+  expectMessage("rfinput Status", "unknown subcommand ");
+  expectMessage("tdtscan on TDT1", "unknown subcommand ");
+  expectMessage("tdtscan ENABLE COFDM", "unknown subcommand ");
+}
+
+TEST_F(Prompt, CommitSendsTheConfigurationAndClearsThePrompt) {
+  for (const char* word : {"commit", "c"}) {
+    EXPECT_EQ(printedBy(std::string("id 7\n") + word + "\nid 1\ncommit\n"),
+              std::string("> Headend id changed to: 7. Please remember to commit the changes.\n") +
+                  kPending +
+                  "> Headend id changed to: 1. Please remember to commit the changes.\n" +
+                  kPending + "> \n");
+  }
+  const auto calls = controller.calls();
+  ASSERT_EQ(calls.size(), 6U);
+  EXPECT_EQ(calls[1].method, "setHeadendConfig");
+  EXPECT_EQ(calls[1].config.headendGlobalConfig.headendId, 7);
+}
+
+TEST_F(Prompt, TwoCommitsInARowOpenTwoConnections) {
+  EXPECT_EQ(printedBy("commit\ncommit\n"), "> > > \n");
+  EXPECT_EQ(controller.methods(),
+            (Methods{"getHeadendConfig", "setHeadendConfig", "setHeadendConfig"}));
+  EXPECT_EQ(controller.connections(), 3U);
+}
+
+TEST_F(Prompt, AFailedCommitKeepsTheChangesPending) {
+  Answer refusal;
+  refusal.kind = Answer::kNotReady;
+  ConsoleProcess console({});
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  controller.answerNext(refusal);
+  console.send("commit\n");
+  EXPECT_EQ(console.readUntil(kPending), std::string(kCommitFailed) + kPending);
+  console.send("commit\n");
+  EXPECT_EQ(console.readUntil("> "), "> ");
+  EXPECT_EQ(console.finish().status, 0);
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+}
+
+TEST_F(Prompt, ResetDropsTheEditsAndClearsThePrompt) {
+  HeadendConfig config;
+  config.headendGlobalConfig.headendId = 3;
+  controller.setConfig(config);
+  EXPECT_EQ(printedBy("id 7\nreset\nid 3\n"),
+            std::string("> Headend id changed to: 7. Please remember to commit the changes.\n") +
+                kPending + "> Headend was already set to: 3\n> \n");
+}
+
+TEST_F(Prompt, AFailedResetKeepsTheEdits) {
+  ConsoleProcess console({});
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  Answer hangUp;
+  hangUp.sentBytes = 0;
+  controller.answerNext(hangUp);
+  console.send("reset\n");
+  EXPECT_EQ(console.readUntil(kPending), std::string(kFetchFailed) + kPending);
+  console.send("id 7\n");
+  EXPECT_EQ(console.readUntil(kPending), std::string("Headend was already set to: 7\n") + kPending);
+}
+
+TEST_F(Prompt, ResetRemovesACountryThatTheControllerDoesNotHave) {
+  EXPECT_EQ(printedBy("country uk\nreset\ncountry uk\ncommit\n"),
+            std::string("> Country changed. Please remember to commit the changes.\n") + kPending +
+                "> Country changed. Please remember to commit the changes.\n" + kPending + "> \n");
+}
+
+TEST(PromptWithoutController, WorksOnTheDefaultConfiguration) {
+  const Outcome outcome = runConsole({}, "id\nvlan 2\nid 2\ncommit\nreset\n");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out,
+            std::string(kFetchFailed) + kGreeting +
+                "> Please give a headend id [1-10]\n> Output port was already: 2\n"
+                "> Headend id changed to: 2. Please remember to commit the changes.\n" +
+                kPending + kCommitFailed + kPending + kFetchFailed + kPending + "\n" + kNote);
+}
+
+TEST(PromptOnATerminal, CtrlDWithPendingChangesPrintsTheNote) {
+  const FakeController controller;
+  Start start;
+  start.terminal = true;
+  start.environment["TERM"] = "dumb";
+  ConsoleProcess console(start);
+  console.readUntil("> ");
+  console.send("rfmod qam\n");
+  console.readUntil(kPending);
+  console.closeInput();
+  EXPECT_EQ(console.readUntil("committed\r\n"), "\r\nNOTE: Changes have not been committed\r\n");
+  EXPECT_EQ(console.finish().status, 0);
+}
+
+TEST(PromptSession, EverySettingCanBeChangedSeenAndCommitted) {
+  FakeController controller;
+  const Outcome outcome =
+      runConsole({},
+                 "rfmod qam\nrfnum 6\ndrm lynk\neit off\nid 4\ncountry greece\nvlan 1\nstdp ttx\n"
+                 "show\ncommit\n");
+  for (const char* line :
+       {"modulation (i32) = 1", "carriersPerModule (i32) = 1", "enabled (bool) = true",
+        "eitMode (i32) = 0", "headendId (i32) = 4", "countryCode (i32) = 7", "outputVlan (i32) = 1",
+        "decryptPolicy (i32) = 3"}) {
+    EXPECT_NE(outcome.out.find(line), std::string::npos) << line << outcome.out;
+  }
+  const HeadendConfig config = controller.config();
+  EXPECT_EQ(config.lineupConfig.rfConfig.modulation, 1);
+  EXPECT_EQ(config.lineupConfig.rfConfig.carriersPerModule, 1);
+  EXPECT_TRUE(config.lineupConfig.globalConfig.drmConfig.lynkConfig.enabled);
+  EXPECT_EQ(config.lineupConfig.globalConfig.eitMode, 0);
+  EXPECT_EQ(config.headendGlobalConfig.headendId, 4);
+  EXPECT_EQ(config.headendGlobalConfig.countryCode, 7);
+  EXPECT_EQ(config.lineupConfig.ipConfig.outputVlan, 1);
+  EXPECT_EQ(config.lineupConfig.globalConfig.decryptPolicy, 3);
+}
+
+}  // namespace

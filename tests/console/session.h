@@ -1,0 +1,52 @@
+// A session at the prompt, given as a list of lines with all that each must print.
+
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/console_process.h"
+
+namespace lineup::test {
+
+/// One line typed at the prompt.
+struct Step {
+  std::string line;      ///< with a further line behind a line feed if the command asks for one
+  std::string output{};  ///< all that it prints
+  bool pending = true;   ///< whether the prompt after it says that there are changes
+};
+
+inline std::string promptFor(bool pending) {
+  return pending ? "(changes to commit) > " : "> ";
+}
+
+/// All that the console prints up to the last prompt, if there is a controller.
+inline std::string printedBy(const std::vector<Step>& steps) {
+  std::string text = "Enter 'help' and press return for help\n" + promptFor(false);
+  for (const Step& step : steps) {
+    text += step.output + promptFor(step.pending);
+  }
+  return text;
+}
+
+inline std::string typed(const std::vector<Step>& steps) {
+  std::string text;
+  for (const Step& step : steps) {
+    text += step.line + "\n";
+  }
+  return text;
+}
+
+/// Types the lines, then ends the input. Expects exactly the output of the steps and a proper end.
+inline void expectSession(const std::vector<Step>& steps) {
+  const bool pending = !steps.empty() && steps.back().pending;
+  const Outcome outcome = runConsole({}, typed(steps));
+  EXPECT_EQ(outcome.out,
+            printedBy(steps) + "\n" + (pending ? "NOTE: Changes have not been committed\n" : ""));
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+}  // namespace lineup::test

@@ -1,0 +1,202 @@
+// How the program starts and ends: options, modes and exit statuses.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using lineup::test::Answer;
+using lineup::test::FakeController;
+using lineup::test::kConsoleProgram;
+using lineup::test::Outcome;
+using lineup::test::runConsole;
+using Methods = std::vector<std::string>;
+
+constexpr char kFetchFailed[] = "ERROR: Could not get current config from ControllerTask\n";
+constexpr char kCommitFailed[] = "ERROR: Could not set LineupConfig to ControllerTask\n";
+
+/// The usage text behind "usage: " and the program's name.
+constexpr char kUsage[] =
+    R"text( [ -clvhsrt ] 
+Lineup command line interface
+Options:
+   [ -c ] [ --console ] (type=FLAG)
+          Log to console. Default: not print to console.
+   [ -l ] [ --level ] (type=INTEGER, range=3...7, default=5)
+          Max log level value to print:
+           3 == ERROR
+           4 == WARNING
+           5 == NOTICE
+           6 == INFORMATION
+           7 == DEBUG
+   [ -v ] [ --version ] (type=FLAG)
+          Program version and exit.
+   [ -h ] [ --help ] (type=FLAG)
+          Display this help and exit.
+   [ -s ] [ --save ] (type=STRING)
+          Save HeadendConfig to JSON file
+   [ -r ] [ --restore ] (type=STRING)
+          Restore HeadendConfig from JSON file
+   [ -t ] [ --type ] (type=STRING)
+          Set headend type. standard skyit
+)text";
+
+std::string tryHelp() {
+  return std::string("Try `") + kConsoleProgram + " --help' for more information.\n";
+}
+
+void expectOutcome(const Outcome& outcome, int status, const std::string& out,
+                   const std::string& err) {
+  EXPECT_EQ(outcome.signal, 0);
+  EXPECT_EQ(outcome.status, status);
+  EXPECT_EQ(outcome.out, out);
+  EXPECT_EQ(outcome.err, err);
+}
+
+TEST(Start, VersionIsPrintedAndNothingElseIsDone) {
+  const FakeController controller;
+  for (const char* option : {"-v", "--version"}) {
+    expectOutcome(runConsole({option, "-s", "/nonexistent/file"}), 0,
+                  "\nVersion: 2.10.1+d20260617\n", "");
+  }
+  EXPECT_EQ(controller.connections(), 0U);
+}
+
+TEST(Start, VersionDoesNotHideARangeError) {
+  expectOutcome(runConsole({"-v", "-l", "9"}), 1, "",
+                "parameter range error: level must be <= 7\n");
+}
+
+TEST(Start, HelpIsPrintedDuringParsing) {
+  const std::string usage = std::string("usage: ") + kConsoleProgram + kUsage;
+  expectOutcome(runConsole({"-h"}), 0, usage, "");
+  expectOutcome(runConsole({"--help"}), 0, usage, "");
+  expectOutcome(runConsole({"-v", "-h"}), 0, usage, "");
+  expectOutcome(runConsole({"-h", "-x"}), 0, usage, "");
+  expectOutcome(runConsole({"-h", "-l", "9"}), 0, usage, "");
+}
+
+TEST(Start, LevelOutOfRangeExitsWithOne) {
+  const std::string tooLow = "parameter range error: level must be >= 3\n";
+  expectOutcome(runConsole({"-l", "2"}), 1, "", tooLow);
+  expectOutcome(runConsole({"-l", "abc"}), 1, "", tooLow);
+  expectOutcome(runConsole({"--level=8"}), 1, "", "parameter range error: level must be <= 7\n");
+}
+
+TEST(Start, LevelWithTrailingJunkIsAccepted) {
+  expectOutcome(runConsole({"-l", "7x", "-v"}), 0, "\nVersion: 2.10.1+d20260617\n", "");
+}
+
+TEST(Start, UnknownOptionExitsWithOne) {
+  expectOutcome(runConsole({"-x"}), 1, "",
+                std::string(kConsoleProgram) + ": invalid option -- 'x'\n" + tryHelp());
+  expectOutcome(runConsole({"--nothing"}), 1, "",
+                std::string(kConsoleProgram) + ": unrecognized option '--nothing'\n" + tryHelp());
+}
+
+TEST(Start, MissingArgumentExitsWithOne) {
+  for (const char* option : {"l", "s", "r", "t"}) {
+    expectOutcome(runConsole({std::string("-") + option}), 1, "",
+                  std::string(kConsoleProgram) + ": option requires an argument -- '" + option +
+                      "'\n" + tryHelp());
+  }
+}
+
+TEST(Start, OperandsAreIgnored) {
+  expectOutcome(runConsole({"operand", "-v", "another"}), 0, "\nVersion: 2.10.1+d20260617\n", "");
+}
+
+TEST(Start, StandardErrorStaysEmptyWithoutAController) {
+  expectOutcome(runConsole({}), 0,
+                std::string(kFetchFailed) + "Enter 'help' and press return for help\n> \n", "");
+}
+
+TEST(Start, ConsoleOptionShowsTheLogOnStandardError) {
+  const Outcome outcome = runConsole({"-c", "-l", "7"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(outcome.err.find("lineup-console["), std::string::npos) << outcome.err;
+}
+
+TEST(Start, TypeModeSetsTheTypeAndCommits) {
+  FakeController controller;
+  HeadendConfig config;
+  config.headendGlobalConfig.headendName = "North";
+  controller.setConfig(config);
+  expectOutcome(runConsole({"--type", "skyit"}), 0, "Headend type set to: skyit\n", "");
+  EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "setHeadendConfig"}));
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendType, 1);
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendName, "North");
+  EXPECT_EQ(controller.config().headendGlobalConfig.timeZone, "Europe/Rome");
+}
+
+TEST(Start, TypeModeCommitsAlsoWhenTheTypeIsHeldAlready) {
+  const FakeController controller;
+  expectOutcome(runConsole({"-t", "standard"}), 0, "Headend type set to: standard\n", "");
+  EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "setHeadendConfig"}));
+}
+
+TEST(Start, TypeModeWithAnInvalidWordCommitsNothing) {
+  const FakeController controller;
+  expectOutcome(runConsole({"-t", "sky"}), 0, "Please a valid headend type: standard, skyit\n", "");
+  EXPECT_EQ(controller.methods(), Methods{"getHeadendConfig"});
+}
+
+TEST(Start, TypeModeTakesTheFirstWordOfItsArgument) {
+  const FakeController controller;
+  expectOutcome(runConsole({"-t", "skyit x"}), 0, "Headend type set to: skyit x\n", "");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendType, 1);
+}
+
+TEST(Start, TypeModeGoesOnFromTheDefaultsAfterAFailedFetch) {
+  FakeController controller;
+  Answer refusal;
+  refusal.kind = Answer::kNotReady;
+  controller.answerNext(refusal);
+  expectOutcome(runConsole({"-t", "skyit"}), 0,
+                std::string(kFetchFailed) + "Headend type set to: skyit\n", "");
+  HeadendConfig expected;
+  expected.headendGlobalConfig.headendType = 1;
+  expected.headendGlobalConfig.timeZone = "Europe/Rome";
+  expected.headendGlobalConfig.__set_countryCode(korvel::thrift::general::CountryCode::ITALY);
+  expected.lineupConfig.rfConfig.rfProfileFlag = true;
+  ASSERT_EQ(controller.calls().size(), 2U);
+  EXPECT_EQ(controller.calls()[1].config, expected);
+}
+
+TEST(Start, TypeModeSaysItsLineAlsoWhenTheCommitFailed) {
+  expectOutcome(runConsole({"-t", "skyit"}), 0,
+                std::string(kFetchFailed) + kCommitFailed + "Headend type set to: skyit\n", "");
+}
+
+TEST(Start, SaveBeatsRestoreAndType) {
+  const FakeController controller;
+  const std::string path = testing::TempDir() + "/start_test_save.json";
+  expectOutcome(runConsole({"-t", "skyit", "-r", "/nonexistent/b.json", "-s", path}), 0,
+                "Saved config to: " + path + "\n", "");
+  EXPECT_EQ(controller.methods(), Methods{"getHeadendConfig"});
+  EXPECT_EQ(unlink(path.c_str()), 0);
+}
+
+TEST(Start, RestoreBeatsType) {
+  const FakeController controller;
+  expectOutcome(runConsole({"-t", "skyit", "-r", "/nonexistent/b.json"}), 0,
+                "Restored config from: /nonexistent/b.json\n", "");
+  EXPECT_EQ(controller.methods(), Methods{"setHeadendConfig"});
+  EXPECT_EQ(controller.config(), HeadendConfig());
+}
+
+TEST(Start, EveryModeReturnsZeroWithoutAController) {
+  expectOutcome(runConsole({"-s", "/nonexistent/a.json"}), 0,
+                std::string(kFetchFailed) + "Saved config to: /nonexistent/a.json\n", "");
+  expectOutcome(runConsole({"-r", "/nonexistent/a.json"}), 0,
+                std::string(kCommitFailed) + "Restored config from: /nonexistent/a.json\n", "");
+}
+
+}  // namespace

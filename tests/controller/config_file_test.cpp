@@ -1,0 +1,589 @@
+// Configuration files, and saving and restoring through the editor with the controller at hand.
+
+#include "controller/config_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "controller/thrift_log.h"
+#include "model/lineup_editor.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/memory_use.h"
+#include "tests/support/random_records.h"
+
+namespace {
+
+/// What the code under test asks of the kernel, as the stand-ins below see it.
+struct Syncing {
+  std::vector<std::string> calls{};  ///< "syncfs" or "sync", and the size of the watched file
+  std::string watched{};
+  bool watchedWasOpen = false;  ///< while sync() ran
+  int syncfsResult = 0;
+};
+
+Syncing syncing;
+
+std::string fileOf(int descriptor) {
+  std::error_code none;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none);
+}
+
+std::string sizeOfWatched() {
+  std::error_code none;
+  return " " + std::to_string(std::filesystem::file_size(syncing.watched, none));
+}
+
+}  // namespace
+
+// These take the place of the C library's.
+
+int syncfs(int descriptor) noexcept {
+  const bool watched = fileOf(descriptor) == syncing.watched;
+  syncing.calls.push_back(watched ? "syncfs" + sizeOfWatched() : "syncfs of another file");
+  return syncing.syncfsResult;
+}
+
+void sync() noexcept {
+  syncing.calls.push_back("sync" + sizeOfWatched());
+  for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code none;
+    syncing.watchedWasOpen |=
+        std::filesystem::read_symlink(descriptor.path(), none) == syncing.watched;
+  }
+}
+
+namespace lineup::test {
+namespace {
+
+using hub_module::HeadendConfig;
+
+const char* const kFetchError = "ERROR: Could not get current config from ControllerTask\n";
+const char* const kCommitError = "ERROR: Could not set LineupConfig to ControllerTask\n";
+
+std::string printed(const std::function<void()>& work) {
+  testing::internal::CaptureStdout();
+  work();
+  return testing::internal::GetCapturedStdout();
+}
+
+size_t openDescriptors() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+class ConfigFile : public testing::Test {
+ protected:
+  ConfigFile() {
+    routeThriftOutputToLog();
+    std::string name = std::filesystem::temp_directory_path() / "config-file-test-XXXXXX";
+    folder_ = mkdtemp(name.data());
+    path_ = folder_ + "/config.json";
+    descriptors_ = openDescriptors();
+  }
+  ~ConfigFile() override {
+    EXPECT_EQ(openDescriptors(), descriptors_);
+    std::filesystem::remove_all(folder_);
+  }
+
+  void fill(const std::string& content) const { std::ofstream(path_) << content; }
+
+  std::string content() const {
+    std::ostringstream text;
+    text << std::ifstream(path_).rdbuf();
+    return text.str();
+  }
+
+  mode_t mode() const {
+    struct stat status {};
+    stat(path_.c_str(), &status);
+    return status.st_mode & 07777;
+  }
+
+  std::string folder_;
+  std::string path_;
+  size_t descriptors_ = 0;
+};
+
+// ---- writing
+
+TEST_F(ConfigFile, HoldsTheJsonOfTheRecordAndNothingElse) {
+  EXPECT_EQ(writeConfigFile(path_, randomHeadendConfig(1)), 0);
+  EXPECT_EQ(content(), toJson(randomHeadendConfig(1)));
+}
+
+TEST_F(ConfigFile, IsCreatedForItsOwnerAlone) {
+  const mode_t old = umask(0);
+  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), 0);
+  umask(old);
+  EXPECT_EQ(mode(), mode_t{0600});
+}
+
+TEST_F(ConfigFile, ThatExistsIsTruncatedAndKeepsItsPermissions) {
+  fill(std::string(100000, 'x'));
+  chmod(path_.c_str(), 0644);
+  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), 0);
+  EXPECT_EQ(content(), toJson(HeadendConfig()));
+  EXPECT_EQ(mode(), mode_t{0644});
+}
+
+TEST_F(ConfigFile, IsSyncedBeforeItsLastBytesAreWrittenAndOnceMoreWhenItIsClosed) {
+  syncing = {.watched = path_};
+  EXPECT_EQ(writeConfigFile(path_, randomHeadendConfig(1)), 0);
+  const size_t size = toJson(randomHeadendConfig(1)).size();
+  ASSERT_EQ(syncing.calls.size(), 2U);
+  EXPECT_EQ(syncing.calls[0].substr(0, 7), "syncfs ");
+  EXPECT_LT(std::stoul(syncing.calls[0].substr(7)), size);
+  EXPECT_EQ(syncing.calls[1], "sync " + std::to_string(size));
+  EXPECT_FALSE(syncing.watchedWasOpen);
+}
+
+TEST_F(ConfigFile, IsWrittenToItsEndEvenIfTheFirstSyncFails) {
+  syncing = {.watched = path_, .syncfsResult = -1};
+  EXPECT_EQ(writeConfigFile(path_, randomHeadendConfig(1)), -2);
+  EXPECT_EQ(content(), toJson(randomHeadendConfig(1)));
+  EXPECT_EQ(syncing.calls.size(), 2U);
+}
+
+TEST_F(ConfigFile, ThatCannotBeOpenedForWritingIsMinusOne) {
+  syncing = {};
+  EXPECT_EQ(writeConfigFile(folder_ + "/missing/config.json", HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile(folder_, HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile("", HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile(std::string(10000, 'x'), HeadendConfig()), -1);
+  EXPECT_EQ(syncing.calls, std::vector<std::string>());
+  EXPECT_TRUE(std::filesystem::is_empty(folder_));
+}
+
+TEST_F(ConfigFile, OnAFullDiskIsMinusTwo) {
+  EXPECT_EQ(printed([] { EXPECT_EQ(writeConfigFile("/dev/full", HeadendConfig()), -2); }), "");
+}
+
+TEST_F(ConfigFile, WhoseLastBytesFindNoRoomIsMinusTwo) {
+  const size_t size = toJson(HeadendConfig()).size();
+  const rlim_t wholeBuffers = size - size % 512;
+  ASSERT_NE(size, wholeBuffers);
+  struct rlimit limit {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, SIG_IGN);
+  const struct rlimit lower { wholeBuffers, limit.rlim_max };
+  setrlimit(RLIMIT_FSIZE, &lower);
+  syncing = {.watched = path_};
+  const int result = writeConfigFile(path_, HeadendConfig());
+  setrlimit(RLIMIT_FSIZE, &limit);
+  EXPECT_EQ(result, -2);
+  EXPECT_EQ(syncing.calls, std::vector<std::string>{"syncfs " + std::to_string(wholeBuffers)});
+  EXPECT_EQ(std::filesystem::file_size(path_), wholeBuffers);
+}
+
+// ---- reading
+
+TEST_F(ConfigFile, IsReadBackEqual) {
+  for (uint32_t seed = 0; seed < 20; ++seed) {
+    ASSERT_EQ(writeConfigFile(path_, randomHeadendConfig(seed)), 0);
+    HeadendConfig config;
+    ASSERT_EQ(readConfigFile(path_, config), 0);
+    ASSERT_EQ(config, randomHeadendConfig(seed));
+  }
+}
+
+TEST_F(ConfigFile, OfFortyMegabytesIsReadBackEqual) {
+  HeadendConfig config = randomHeadendConfig(1);
+  for (int32_t key = 1; key <= 10000; ++key) {
+    config.lineupConfig.dvbInputServices[key].inputService.name = std::string(4096, 'n');
+    config.lineupConfig.rfEntries.emplace_back().serviceKey = key;
+  }
+  ASSERT_EQ(writeConfigFile(path_, config), 0);
+  EXPECT_GT(std::filesystem::file_size(path_), 40'000'000U);
+  HeadendConfig read;
+  EXPECT_EQ(readConfigFile(path_, read), 0);
+  EXPECT_TRUE(read == config);
+}
+
+TEST_F(ConfigFile, ThatLacksFieldsLeavesTheirValues) {
+  fill(R"({"2":{"rec":{"1":{"i32":7},"4":{"i32":5}}},"5":{"map":["str","rec",0,{}]}})");
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  HeadendConfig expected = randomHeadendConfig(1);
+  expected.headendGlobalConfig.headendId = 7;
+  expected.headendGlobalConfig.__set_countryCode(general::CountryCode::ITALY);
+  expected.ipInputs.clear();
+  EXPECT_EQ(config, expected);
+}
+
+TEST_F(ConfigFile, OfAnEmptyRecordChangesNothing) {
+  fill("{}");
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, WithUnknownFieldsIsReadWithoutThem) {
+  std::string text = toJson(randomHeadendConfig(1));
+  text.insert(1, R"("77":{"rec":{"1":{"lst":["rec",2,{"1":{"str":"a"}},{}]},"2":{"dbl":1.5},)"
+                 R"("3":{"map":["i32","lst",1,{"5":["tf",1,1]}]},"4":{"set":["i64",1,9]}}},)"
+                 R"("78":{"tf":1},)");
+  fill(text);
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, WithAFieldOfAnotherTypeIsReadWithoutIt) {
+  fill(R"({"2":{"str":"no record"},"1":{"rec":{"5":{"map":["i32","i32",1,{"1":2}]}}}})");
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, FollowedByALineEndIsRead) {
+  fill(toJson(randomHeadendConfig(1)) + "\n");
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, MayBeAPipe) {
+  mkfifo(path_.c_str(), 0600);
+  std::thread writer([this] { fill(toJson(randomHeadendConfig(1))); });
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+  writer.join();
+}
+
+TEST_F(ConfigFile, ThatCannotBeOpenedForReadingIsMinusOneAndChangesNothing) {
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(path_, config), -1);
+  EXPECT_EQ(readConfigFile("", config), -1);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, ThatIsAFolderIsMinusTwoAndChangesNothing) {
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(folder_, config), -2);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, ThatIsEmptyIsMinusTwoAndChangesNothing) {
+  fill("");
+  HeadendConfig config = randomHeadendConfig(1);
+  EXPECT_EQ(readConfigFile(path_, config), -2);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(ConfigFile, ThatIsNoConfigurationIsMinusTwoAndChangesNothing) {
+  for (const char* text :
+       {"x", "[]", "null", "\n{}", "hello world", "{\"2\"}", "{\"a\":{\"i32\":1}}",
+        "{\"2\":{\"foo\":1}}", "{\"2\":{\"rec\":1}}", "\xff\xfe", "{{{{"}) {
+    fill(text);
+    HeadendConfig config = randomHeadendConfig(1);
+    EXPECT_EQ(readConfigFile(path_, config), -2) << text;
+    EXPECT_EQ(config, randomHeadendConfig(1)) << text;
+  }
+}
+
+/// The seed, of the first fifty, of the configuration with the shortest file.
+uint32_t smallestSeed() {
+  uint32_t smallest = 0;
+  for (uint32_t seed = 1; seed < 50; ++seed) {
+    if (toJson(randomHeadendConfig(seed)).size() < toJson(randomHeadendConfig(smallest)).size()) {
+      smallest = seed;
+    }
+  }
+  return smallest;
+}
+
+TEST_F(ConfigFile, TruncatedAtAnyLengthIsMinusTwoAndKeepsWhatHadBeenRead) {
+  const std::string whole = toJson(randomHeadendConfig(smallestSeed()));
+  const HeadendConfig before = randomHeadendConfig(smallestSeed() + 1);
+  fill(whole);
+  for (size_t length = whole.size(); length-- > 0;) {
+    std::filesystem::resize_file(path_, length);
+    HeadendConfig config = before;
+    ASSERT_EQ(readConfigFile(path_, config), -2) << "length " << length;
+    if (length % 16 != 0) {
+      continue;  // the comparison takes its time
+    }
+    HeadendConfig expected = before;
+    ASSERT_THROW(decode<apache::thrift::protocol::TJSONProtocol>(whole.substr(0, length), expected),
+                 apache::thrift::TException);
+    ASSERT_TRUE(config == expected) << "length " << length;
+  }
+}
+
+TEST_F(ConfigFile, WithANumberThatHasNoDigitsIsMinusTwoAndKeepsTheValue) {
+  for (const char* text :
+       {R"({"2":{"rec":{"1":{"i32":}}}})", R"({"2":{"rec":{"1":{"i32":-}}}})",
+        R"({"1":{"rec":{"1":{"rec":{"1":{"tf":}}}}}})",
+        R"({"1":{"rec":{"1":{"rec":{"2":{"rec":{"3":{"rec":{"2":{"dbl":}}}}}}}}}})",
+        R"({"77":{"i64":}})", R"({"77":{"i16":e}})", R"({"77":{"i8":}})", R"({"77":{"dbl":.}})",
+        R"({"77":{"lst":["rec",]}})", R"({"77":{"set":["rec",]}})",
+        R"({"77":{"map":["i32","rec",,{}]}})", R"({"77":{"map":["i32","rec",1,{"":{}}]}})"}) {
+    fill(text);
+    HeadendConfig config = randomHeadendConfig(1);
+    EXPECT_EQ(readConfigFile(path_, config), -2) << text;
+    EXPECT_EQ(config, randomHeadendConfig(1)) << text;
+  }
+}
+
+TEST_F(ConfigFile, WithUnknownTextOfAnyKindIsReadWithoutIt) {
+  for (const char* text : {"", "=", "==", "===", "a==", "✓", "no base64 at all!"}) {
+    fill(R"({"77":{"str":")" + std::string(text) + R"("},"2":{"rec":{"1":{"i32":-3}}}})");
+    HeadendConfig config;
+    EXPECT_EQ(readConfigFile(path_, config), 0) << text;
+    EXPECT_EQ(config.headendGlobalConfig.headendId, -3) << text;
+  }
+}
+
+TEST_F(ConfigFile, WithAnUnknownByteOfAnySizeIsReadWithoutIt) {
+  for (const char* byte : {"255", "256", "300", "-129", "32767", "999999999999"}) {
+    fill(R"({"77":{"i8":)" + std::string(byte) + R"(},"2":{"rec":{"1":{"i32":3}}}})");
+    HeadendConfig config;
+    EXPECT_EQ(readConfigFile(path_, config), 0) << byte;
+    EXPECT_EQ(config.headendGlobalConfig.headendId, 3) << byte;
+  }
+}
+
+TEST_F(ConfigFile, HoldsNumbersThatAreNone) {
+  HeadendConfig config;
+  double& keyPeriod = config.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod;
+  for (const double value : {std::numeric_limits<double>::infinity(), -0.0, 1e300, 0.1}) {
+    keyPeriod = value;
+    ASSERT_EQ(writeConfigFile(path_, config), 0);
+    HeadendConfig read;
+    EXPECT_EQ(readConfigFile(path_, read), 0);
+    EXPECT_EQ(read, config);
+  }
+  keyPeriod = std::numeric_limits<double>::quiet_NaN();
+  ASSERT_EQ(writeConfigFile(path_, config), 0);
+  HeadendConfig read;
+  EXPECT_EQ(readConfigFile(path_, read), 0);
+  EXPECT_TRUE(std::isnan(read.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod));
+}
+
+TEST_F(ConfigFile, NestedTooDeepIsMinusTwo) {
+  std::string text = R"({"77":)";
+  for (int depth = 0; depth < 100000; ++depth) {
+    text += R"({"rec":{"1":)";
+  }
+  fill(text);
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), -2);
+}
+
+// ---- claims and the worst megabyte
+
+/// A JSON protocol that remembers where it wrote the sizes of containers.
+class SizeRecorder : public apache::thrift::protocol::TJSONProtocol {
+ public:
+  using TType = apache::thrift::protocol::TType;
+  struct Size {
+    size_t position;
+    size_t length;
+  };
+
+  explicit SizeRecorder(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& buffer)
+      : TJSONProtocol(buffer), buffer_(*buffer) {}
+
+  uint32_t writeMapBegin_virt(const TType key, const TType value, const uint32_t size) override {
+    const uint32_t written = TJSONProtocol::writeMapBegin(key, value, size);
+    remember(size, 2);  // ",{" follows it
+    return written;
+  }
+  uint32_t writeListBegin_virt(const TType type, const uint32_t size) override {
+    const uint32_t written = TJSONProtocol::writeListBegin(type, size);
+    remember(size, 0);
+    return written;
+  }
+
+  std::vector<Size> sizes{};
+
+ private:
+  void remember(uint32_t size, size_t behind) {
+    const size_t length = std::to_string(size).size();
+    sizes.push_back({buffer_.available_read() - behind - length, length});
+  }
+
+  apache::thrift::transport::TMemoryBuffer& buffer_;
+};
+
+TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsIsMinusTwoWithoutTheMemory) {
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
+  SizeRecorder protocol(buffer);
+  randomHeadendConfig(1).write(&protocol);
+  const std::string honest = buffer->getBufferAsString();
+  ASSERT_GT(protocol.sizes.size(), 20U);
+  const int64_t peak = peakMemory([&] {
+    for (const char* claim : {"50000000", "2147483647", "4294967295", "99999999999", "-1"}) {
+      for (const SizeRecorder::Size& size : protocol.sizes) {
+        std::string lying = honest;
+        lying.replace(size.position, size.length, claim);
+        fill(lying);
+        HeadendConfig config;
+        ASSERT_EQ(readConfigFile(path_, config), -2) << claim << " at " << size.position;
+      }
+    }
+  });
+  EXPECT_LT(peak, kMemoryLimit / 4);
+}
+
+TEST_F(ConfigFile, ThatClaimsMoreElementsInAnUnknownFieldIsMinusTwo) {
+  for (const char* field :
+       {R"("lst":["rec",2147483647,)", R"("set":["tf",2147483647,)",
+        R"("map":["i32","rec",2147483647,{)", R"("lst":["lst",1,["str",2147483647,)"}) {
+    fill(R"({"77":{)" + std::string(field));
+    HeadendConfig config;
+    EXPECT_EQ(readConfigFile(path_, config), -2) << field;
+  }
+}
+
+/// `head`, then as many of the `elements` as a megabyte has room for, counted in `head` at "%".
+std::string megabyte(std::string head, const std::function<std::string(size_t)>& element) {
+  std::string elements;
+  size_t count = 0;
+  while (head.size() + elements.size() < 999900) {
+    elements += (count == 0 ? "" : ",") + element(count);
+    ++count;
+  }
+  head.replace(head.find('%'), 1, std::to_string(count));
+  return head + elements;
+}
+
+TEST_F(ConfigFile, OfAMegabyteNeverTakesMoreThanTheLimit) {
+  const auto emptyRecord = [](size_t /*n*/) { return std::string("{}"); };
+  const auto keyAndEmptyRecord = [](size_t n) { return '"' + std::to_string(n) + "\":{}"; };
+  const auto emptyString = [](size_t /*n*/) { return std::string("\"\""); };
+  const auto zero = [](size_t /*n*/) { return std::string("0"); };
+  for (const std::string& text :
+       {megabyte(R"({"1":{"rec":{"5":{"lst":["rec",%,)", emptyRecord),
+        megabyte(R"({"1":{"rec":{"5":{"lst":["tf",%,)", emptyRecord),
+        megabyte(R"({"1":{"rec":{"6":{"map":["i32","rec",%,{)", keyAndEmptyRecord),
+        megabyte(R"({"1":{"rec":{"1":{"rec":{"3":{"lst":["str",%,)", emptyString),
+        megabyte(R"({"5":{"map":["str","rec",%,{)", keyAndEmptyRecord),
+        megabyte(R"({"77":{"lst":["i32",%,)", zero),
+        R"({"2":{"rec":{"3":{"str":")" + std::string(999900, 'x'),
+        R"({"2":{"rec":{"1":{"i32":)" + std::string(999900, '1')}) {
+    fill(text);
+    const int64_t peak = peakMemory([this] {
+      HeadendConfig config;
+      EXPECT_EQ(readConfigFile(path_, config), -2);
+    });
+    EXPECT_LT(peak, kMemoryLimit) << text.substr(0, 60);
+    std::cout << "peak: " << peak / 1024 << " KiB " << text.substr(0, 60) << std::endl;
+  }
+}
+
+// ---- saving
+
+TEST_F(ConfigFile, SaveWithNothingPendingWritesTheControllersConfiguration) {
+  FakeController controller;
+  controller.setConfig(randomHeadendConfig(3));
+  LineupEditor editor;
+  editor.config = randomHeadendConfig(1);
+  EXPECT_EQ(printed([&] { editor.saveConfig(path_); }), "Saved config to: " + path_ + "\n");
+  EXPECT_EQ(content(), toJson(randomHeadendConfig(3)));
+  EXPECT_EQ(editor.config, randomHeadendConfig(3));
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+}
+
+TEST_F(ConfigFile, SaveWithPendingChangesWritesTheEditedConfigurationAndLeavesThemPending) {
+  FakeController controller;
+  controller.setConfig(randomHeadendConfig(3));
+  LineupEditor editor;
+  editor.config = randomHeadendConfig(1);
+  editor.pendingChanges = true;
+  EXPECT_EQ(printed([&] { editor.saveConfig(path_); }), "Saved config to: " + path_ + "\n");
+  EXPECT_EQ(content(), toJson(randomHeadendConfig(1)));
+  EXPECT_TRUE(editor.pendingChanges);
+  EXPECT_EQ(controller.connections(), 0U);
+}
+
+TEST_F(ConfigFile, SaveWithoutAControllerSaysSoAndWritesWhatTheEditorHas) {
+  LineupEditor editor;
+  EXPECT_EQ(printed([&] { editor.saveConfig(path_); }),
+            kFetchError + ("Saved config to: " + path_ + "\n"));
+  EXPECT_EQ(content(), toJson(HeadendConfig()));
+}
+
+TEST_F(ConfigFile, SaveThatFailsSaysSavedAllTheSame) {
+  LineupEditor editor;
+  editor.pendingChanges = true;
+  const std::string missing = folder_ + "/missing/config.json";
+  for (const std::string& path : {missing, folder_, std::string("/dev/full"), std::string()}) {
+    EXPECT_EQ(printed([&] { editor.saveConfig(path); }), "Saved config to: " + path + "\n");
+    EXPECT_EQ(editor.config, HeadendConfig());
+    EXPECT_TRUE(editor.pendingChanges);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder_));
+}
+
+// ---- restoring
+
+TEST_F(ConfigFile, RestoreOfASavedFileSendsTheIdenticalConfiguration) {
+  FakeController controller;
+  LineupEditor saving;
+  saving.config = randomHeadendConfig(1);
+  saving.pendingChanges = true;
+  printed([&] { saving.saveConfig(path_); });
+
+  LineupEditor restoring;
+  restoring.pendingChanges = true;
+  EXPECT_EQ(printed([&] { restoring.restoreConfig(path_); }),
+            "Restored config from: " + path_ + "\n");
+  ASSERT_EQ(controller.methods(), std::vector<std::string>{"setHeadendConfig"});
+  EXPECT_EQ(controller.calls()[0].config, randomHeadendConfig(1));
+  EXPECT_FALSE(restoring.pendingChanges) << "a restore is committed at once";
+}
+
+TEST_F(ConfigFile, RestoreFromAPathThatDoesNotExistSendsWhatTheEditorHas) {
+  FakeController controller;
+  LineupEditor editor;
+  editor.config = randomHeadendConfig(1);
+  EXPECT_EQ(printed([&] { editor.restoreConfig(path_); }), "Restored config from: " + path_ + "\n");
+  ASSERT_EQ(controller.calls().size(), 1U);
+  EXPECT_EQ(controller.calls()[0].config, randomHeadendConfig(1));
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ConfigFile, RestoreOfABrokenFileSendsTheMixture) {
+  FakeController controller;
+  fill(R"({"2":{"rec":{"1":{"i32":7},"2":{"i32":)");
+  LineupEditor editor;
+  editor.config = randomHeadendConfig(1);
+  EXPECT_EQ(printed([&] { editor.restoreConfig(path_); }), "Restored config from: " + path_ + "\n");
+  HeadendConfig mixture = randomHeadendConfig(1);
+  mixture.headendGlobalConfig.headendId = 7;
+  ASSERT_EQ(controller.calls().size(), 1U);
+  EXPECT_EQ(controller.calls()[0].config, mixture);
+}
+
+TEST_F(ConfigFile, RestoreWithoutAControllerKeepsTheLoadedConfigurationAndTheFlag) {
+  ASSERT_EQ(writeConfigFile(path_, randomHeadendConfig(1)), 0);
+  for (const bool pending : {false, true}) {
+    LineupEditor editor;
+    editor.pendingChanges = pending;
+    EXPECT_EQ(printed([&] { editor.restoreConfig(path_); }),
+              kCommitError + ("Restored config from: " + path_ + "\n"));
+    EXPECT_EQ(editor.config, randomHeadendConfig(1));
+    EXPECT_EQ(editor.pendingChanges, pending);
+  }
+}
+
+}  // namespace
+}  // namespace lineup::test

@@ -1,0 +1,446 @@
+// Replies that are wrong, broken, or claim more than there is: each is an error at once, none takes
+// the memory that it claims.
+
+#include <gtest/gtest.h>
+#include <thrift/TApplicationException.h>
+
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "WebSrv.h"
+#include "controller/simple_client.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/memory_use.h"
+#include "tests/support/random_records.h"
+
+namespace lineup::test {
+namespace {
+
+using apache::thrift::TApplicationException;
+using apache::thrift::TException;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TType;
+using apache::thrift::transport::TTransportException;
+using namespace korvel::thrift::hub_module;
+using Client = korvel::thrift::utils::SimpleClient<WebSrvClient>;
+
+constexpr int32_t kLongMs = 60000;
+constexpr size_t kMegabyte = 1000000;
+
+class HostileReplies : public testing::Test {
+ protected:
+  /// Makes the call of `Record` with a connection of its own and `record` as the target.
+  void fetch(HeadendConfig& record) const { connect().getHeadendConfig(record); }
+  void fetch(HeadendStatus& record) const { connect().getHeadendStatus(record); }
+
+  /// Expects that a fetch answered so fails for another reason than a wait that took too long, and
+  /// that the record is untouched.
+  void expectRefused(const Answer& answer) {
+    controller_.answerNext(answer);
+    HeadendConfig config = randomHeadendConfig(7);
+    try {
+      fetch(config);
+      ADD_FAILURE() << "the reply was taken";
+    } catch (const TTransportException& error) {
+      EXPECT_NE(error.getType(), TTransportException::TIMED_OUT) << error.what();
+    } catch (const TException&) {
+      // as it should be
+    }
+    EXPECT_EQ(config, randomHeadendConfig(7));
+  }
+
+  void expectBytesRefused(const std::string& bytes, bool hangsUp = false) {
+    expectRefused({.kind = Answer::kBytes, .bytes = bytes, .hangsUp = hangsUp});
+  }
+
+  FakeController controller_{0};
+
+ private:
+  Client connect() const {
+    return Client("127.0.0.1", controller_.port(), false, kLongMs, kLongMs, kLongMs);
+  }
+};
+
+// ---- replies that answer something else
+
+TEST_F(HostileReplies, AnotherCallsNameIsRefused) {
+  expectRefused({.name = "getHeadendStatus"});
+}
+
+TEST_F(HostileReplies, NameThatOnlyBeginsLikeTheCallsIsRefused) {
+  expectRefused({.name = "getHeadendConfigX"});
+  expectRefused({.name = "getHeadendConfi"});
+}
+
+TEST_F(HostileReplies, AnotherCallsSequenceNumberIsRefused) {
+  expectRefused({.sequenceOffset = 1});
+}
+
+TEST_F(HostileReplies, CallInPlaceOfAReplyIsRefused) {
+  expectRefused({.type = apache::thrift::protocol::T_CALL});
+}
+
+TEST_F(HostileReplies, OnewayCallInPlaceOfAReplyIsRefused) {
+  expectRefused({.type = apache::thrift::protocol::T_ONEWAY});
+}
+
+TEST_F(HostileReplies, UnknownMessageTypeIsRefused) {
+  expectBytesRefused(framed(std::string("\x80\x01\0\x4d\0\0\0\x10", 8) + "getHeadendConfig" +
+                            std::string(5, '\0')));
+}
+
+TEST_F(HostileReplies, UnknownFieldAndElementTypesAreRefused) {
+  // 0x63 is no type: of a field, of the elements of a list, a set and a map, of the keys of a map.
+  for (const std::string& header :
+       {std::string("\x63", 1), std::string("\x0f\0\x63\x63\0\0\0\1", 8),
+        std::string("\x0e\0\x63\x63\0\0\0\1", 8), std::string("\x0d\0\x63\x08\x63\0\0\0\1", 9),
+        std::string("\x0d\0\x63\x63\x08\0\0\0\1", 9)}) {
+    const std::string record = header + std::string(20, '\0');
+    controller_.answerNext(
+        {.kind = Answer::kBytes, .bytes = recordReply("getHeadendConfig", record)});
+    HeadendConfig config;
+    EXPECT_THROW(fetch(config), TException);
+  }
+}
+
+TEST_F(HostileReplies, ExceptionsAreRaisedAsWhatTheyAre) {
+  HeadendConfig config;
+  controller_.answerNext({.kind = Answer::kNotReady});
+  EXPECT_THROW(fetch(config), ControllerTaskIsNotReady);
+  controller_.answerNext({.kind = Answer::kApplicationException});
+  EXPECT_THROW(fetch(config), TApplicationException);
+}
+
+TEST_F(HostileReplies, ReplyWithoutAResultIsRefused) {
+  expectBytesRefused(framed(
+      binaryMessage("getHeadendConfig", apache::thrift::protocol::T_REPLY, 0,
+                    [](apache::thrift::protocol::TProtocol& body) { body.writeFieldStop(); })));
+}
+
+TEST_F(HostileReplies, ResultOfAnotherTypeIsRefused) {
+  expectBytesRefused(framed(binaryMessage("getHeadendConfig", apache::thrift::protocol::T_REPLY, 0,
+                                          [](apache::thrift::protocol::TProtocol& body) {
+                                            body.writeFieldBegin(
+                                                "success", apache::thrift::protocol::T_I32, 0);
+                                            body.writeI32(5);
+                                            body.writeFieldStop();
+                                          })));
+}
+
+// ---- more or less than one message in one frame
+
+TEST_F(HostileReplies, SecondFrameBehindTheReplyIsRefused) {
+  HeadendConfig config;
+  controller_.answerNext({.behind = framed("another")});
+  EXPECT_THROW(fetch(config), TTransportException);
+}
+
+TEST_F(HostileReplies, OneByteBehindTheReplyIsRefused) {
+  HeadendConfig config;
+  controller_.answerNext({.behind = "x"});
+  EXPECT_THROW(fetch(config), TTransportException);
+}
+
+TEST_F(HostileReplies, BytesBehindTheReplyInItsFrameAreRefused) {
+  HeadendConfig config;
+  std::string reply = recordReply("getHeadendConfig", toBinary(HeadendConfig())).substr(4) + "x";
+  controller_.answerNext({.kind = Answer::kBytes, .bytes = framed(reply)});
+  EXPECT_THROW(fetch(config), TTransportException);
+}
+
+TEST_F(HostileReplies, ReplySpreadOverTwoFramesIsRefused) {
+  const std::string reply = recordReply("getHeadendConfig", toBinary(HeadendConfig())).substr(4);
+  for (const size_t cut : {size_t{3}, size_t{10}, size_t{27}, reply.size() - 1}) {
+    controller_.answerNext({.kind = Answer::kBytes,
+                            .bytes = framed(reply.substr(0, cut)) + framed(reply.substr(cut))});
+    HeadendConfig config;
+    EXPECT_THROW(fetch(config), TTransportException);
+  }
+}
+
+TEST_F(HostileReplies, EmptyFrameIsRefused) {
+  expectBytesRefused(framed(""));
+}
+
+TEST_F(HostileReplies, NegativeFrameLengthIsRefused) {
+  expectBytesRefused(std::string("\x80\0\0\0", 4));
+  expectBytesRefused(std::string("\xff\xff\xff\xff", 4));
+}
+
+TEST_F(HostileReplies, GarbageIsRefused) {
+  expectBytesRefused(framed("garbage in a frame of the right length"));
+  expectBytesRefused(framed(std::string(1000, '\0')));
+  expectBytesRefused(framed(std::string(1000, '\xff')));
+  expectBytesRefused("HTTP/1.1 400 Bad Request\r\n\r\n", true);
+}
+
+TEST_F(HostileReplies, MessageNameLongerThanTheFrameIsRefused) {
+  expectBytesRefused(framed(std::string("\x80\x01\0\x02\x7f\xff\xff\xff", 8) + "getHeadendConfig"));
+  expectBytesRefused(framed(std::string("\x7f\xff\xff\xff", 4) + "getHeadendConfig"));
+  expectBytesRefused(framed(std::string("\x80\x01\0\x02\xff\xff\xff\xff", 8) + "getHeadendConfig"));
+}
+
+TEST_F(HostileReplies, ReplyCutAtAnyByteIsRefused) {
+  controller_.setConfig(randomHeadendConfig(1));
+  HeadendConfig config;
+  const size_t size = recordReply("getHeadendConfig", toBinary(randomHeadendConfig(1))).size();
+  for (size_t bytes = 0; bytes < size; ++bytes) {
+    controller_.answerNext({.sentBytes = bytes});
+    ASSERT_THROW(fetch(config), TTransportException) << bytes << " of " << size << " bytes";
+  }
+  fetch(config);
+  EXPECT_EQ(config, randomHeadendConfig(1));
+}
+
+TEST_F(HostileReplies, RecordCutAtAnyByteInsideAWholeFrameIsRefused) {
+  const std::string record = toBinary(randomHeadendConfig(1));
+  for (size_t bytes = 0; bytes < record.size(); ++bytes) {
+    std::string message = recordReply("getHeadendConfig", record.substr(0, bytes)).substr(4);
+    message.pop_back();  // the end of the result
+    controller_.answerNext({.kind = Answer::kBytes, .bytes = framed(message)});
+    HeadendConfig config;
+    ASSERT_THROW(fetch(config), TException) << bytes << " of " << record.size() << " bytes";
+  }
+}
+
+// ---- claims
+
+/// A binary protocol that remembers where it wrote the sizes of strings and containers.
+class SizeRecorder : public TBinaryProtocol {
+ public:
+  explicit SizeRecorder(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& buffer)
+      : TBinaryProtocol(buffer), buffer_(*buffer) {}
+
+  uint32_t writeMapBegin_virt(const TType key, const TType value, const uint32_t size) override {
+    return written(TBinaryProtocol::writeMapBegin(key, value, size));
+  }
+  uint32_t writeListBegin_virt(const TType type, const uint32_t size) override {
+    return written(TBinaryProtocol::writeListBegin(type, size));
+  }
+  uint32_t writeSetBegin_virt(const TType type, const uint32_t size) override {
+    return written(TBinaryProtocol::writeSetBegin(type, size));
+  }
+  uint32_t writeString_virt(const std::string& text) override {
+    positions.push_back(buffer_.available_read());
+    return TBinaryProtocol::writeString(text);
+  }
+
+  std::vector<size_t> positions{};
+
+ private:
+  uint32_t written(uint32_t bytes) {
+    positions.push_back(buffer_.available_read() - sizeof(uint32_t));
+    return bytes;
+  }
+
+  apache::thrift::transport::TMemoryBuffer& buffer_;
+};
+
+class HostileClaims : public HostileReplies {
+ protected:
+  /// Answers with `record` once for each size in it, with the claim in its place.
+  template <class Record>
+  void expectEveryClaimRefused(const std::string& method, const Record& record,
+                               const std::string& claim) {
+    const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
+    SizeRecorder protocol(buffer);
+    record.write(&protocol);
+    const std::string honest = buffer->getBufferAsString();
+    ASSERT_GT(protocol.positions.size(), 100U);
+    for (const size_t position : protocol.positions) {
+      std::string lying = honest;
+      lying.replace(position, claim.size(), claim);
+      controller_.answerNext({.kind = Answer::kBytes, .bytes = recordReply(method, lying)});
+      Record target;
+      ASSERT_THROW(fetch(target), TException) << "at byte " << position;
+    }
+  }
+};
+
+const std::string kFiftyMillion("\x02\xfa\xf0\x80", 4);
+const std::string kLargest("\x7f\xff\xff\xff", 4);
+const std::string kNegative("\x80\0\0\0", 4);
+
+TEST_F(HostileClaims, InAConfigurationAreRefusedAtEveryDepthWithoutTheMemory) {
+  EXPECT_LT(peakMemory([this] {
+              for (const std::string& claim : {kFiftyMillion, kLargest, kNegative}) {
+                expectEveryClaimRefused("getHeadendConfig", randomHeadendConfig(1), claim);
+              }
+            }),
+            kMemoryLimit / 4);
+}
+
+TEST_F(HostileClaims, InAStatusAreRefusedAtEveryDepthWithoutTheMemory) {
+  EXPECT_LT(peakMemory([this] {
+              for (const std::string& claim : {kFiftyMillion, kLargest, kNegative}) {
+                expectEveryClaimRefused("getHeadendStatus", randomHeadendStatus(1), claim);
+              }
+            }),
+            kMemoryLimit / 4);
+}
+
+TEST_F(HostileClaims, InAnUnknownFieldAreRefused) {
+  // Field 99 of the record: list, set and map, of records and of one-byte values, and a string.
+  const std::vector<std::string> unknownFields = {
+      std::string("\x0f\0\x63\x0c", 4) + kLargest, std::string("\x0f\0\x63\x03", 4) + kLargest,
+      std::string("\x0e\0\x63\x0c", 4) + kLargest, std::string("\x0d\0\x63\x03\x0c", 5) + kLargest,
+      std::string("\x0b\0\x63", 3) + kLargest};
+  for (const std::string& field : unknownFields) {
+    controller_.answerNext(
+        {.kind = Answer::kBytes,
+         .bytes = recordReply("getHeadendConfig", field + std::string(100, '\0'))});
+    HeadendConfig config;
+    EXPECT_THROW(fetch(config), TException);
+  }
+}
+
+TEST_F(HostileClaims, OfOneElementMoreThanThereAreBytesLeftIsRefused) {
+  // HeadendConfig { 1: LineupConfig { 5: list of 6 RFEntry, each an empty record } }: 6 bytes for
+  // the entries, 2 to end the records and 1 to end the result are left behind the list's header.
+  const auto reply = [](char count) {
+    return recordReply("getHeadendConfig", std::string("\x0c\0\x01\x0f\0\x05\x0c\0\0\0", 10) +
+                                               count + std::string(8, '\0'));
+  };
+  HeadendConfig config;
+  controller_.answerNext({.kind = Answer::kBytes, .bytes = reply(6)});
+  fetch(config);
+  EXPECT_EQ(config.lineupConfig.rfEntries.size(), 6U);
+
+  controller_.answerNext({.kind = Answer::kBytes, .bytes = reply(10)});
+  HeadendConfig refused;
+  EXPECT_THROW(fetch(refused), apache::thrift::protocol::TProtocolException);
+  EXPECT_TRUE(refused.lineupConfig.rfEntries.empty());
+}
+
+TEST_F(HostileClaims, OfAFrameOfTwoGigabytesTakeNoMemoryBeforeTheBytesArrive) {
+  EXPECT_LT(peakMemory([this] {
+              expectBytesRefused(kLargest + "short", true);
+              expectBytesRefused(kLargest + std::string(kMegabyte, 'x'), true);
+            }),
+            kMemoryLimit / 4);
+}
+
+// ---- a megabyte of the worst
+
+std::string number(size_t value) {
+  std::string bytes;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    bytes += static_cast<char>(value >> shift);
+  }
+  return bytes;
+}
+
+/// A container: `header` up to its count, the count, and `element(n)` for n = 0, 1, 2...
+template <class Element>
+std::string container(const std::string& header, size_t count, Element element) {
+  std::string bytes = header + number(count);
+  for (size_t n = 0; n < count; ++n) {
+    bytes += element(n);
+  }
+  return bytes;
+}
+
+std::string emptyRecord(size_t /*n*/) {
+  return std::string(1, '\0');
+}
+std::string emptyString(size_t /*n*/) {
+  return std::string(4, '\0');
+}
+std::string keyAndEmptyRecord(size_t n) {
+  return number(n) + '\0';
+}
+
+// The headers of containers as fields of a record.
+const std::string kLineup("\x0c\0\x01", 3);                   // HeadendConfig.lineupConfig
+const std::string kLineupStatus("\x0c\0\x05", 3);             // HeadendStatus.lineupStatus
+const std::string kRFEntries("\x0f\0\x05\x0c", 4);            // .rfEntries
+const std::string kRFEntriesAsBooleans("\x0f\0\x05\x02", 4);  // the same, with a lie
+const std::string kDVBServices("\x0d\0\x06\x08\x0c", 5);      // .dvbInputServices
+const std::string kGlobalConfig("\x0c\0\x01", 3);             // .globalConfig
+const std::string kLanguages("\x0f\0\x03\x0b", 4);            // .preferredLanguages
+const std::string kLanguagesAsBooleans("\x0f\0\x03\x02", 4);  // the same, with a lie
+
+class WorstMegabyte : public HostileClaims {
+ protected:
+  /// Fetches a megabyte that begins with `record` and goes on with the zeros that end any number of
+  /// records, and expects that it takes no more memory than any megabyte may.
+  template <class Record>
+  void expectWithinLimit(const std::string& method, std::string record) {
+    ASSERT_LE(record.size(), kMegabyte - 200);
+    record.resize(kMegabyte - 200, '\0');
+    controller_.answerNext({.kind = Answer::kBytes, .bytes = recordReply(method, record)});
+    const int64_t peak = peakMemory([this] {
+      Record target;
+      EXPECT_THROW(fetch(target), TException);
+    });
+    EXPECT_LT(peak, kMemoryLimit);
+    std::cout << "peak: " << peak / 1024 << " KiB" << std::endl;
+  }
+};
+
+TEST_F(WorstMegabyte, OfEmptyServicesStaysWithinTheLimit) {
+  expectWithinLimit<HeadendConfig>("getHeadendConfig",
+                                   kLineup + container(kDVBServices, 199000, keyAndEmptyRecord));
+}
+
+TEST_F(WorstMegabyte, OfEmptyEntriesStaysWithinTheLimit) {
+  expectWithinLimit<HeadendStatus>("getHeadendStatus",
+                                   kLineupStatus + container(kRFEntries, 990000, emptyRecord));
+}
+
+TEST_F(WorstMegabyte, OfEntriesSaidToBeBooleansStaysWithinTheLimit) {
+  expectWithinLimit<HeadendStatus>(
+      "getHeadendStatus", kLineupStatus + container(kRFEntriesAsBooleans, 990000, emptyRecord));
+}
+
+TEST_F(WorstMegabyte, OfEmptyStringsStaysWithinTheLimit) {
+  expectWithinLimit<HeadendConfig>(
+      "getHeadendConfig", kLineup + kGlobalConfig + container(kLanguages, 240000, emptyString));
+}
+
+TEST_F(WorstMegabyte, OfAsManyRecordsAsAreTakenAndOfStringsStaysWithinTheLimit) {
+  expectWithinLimit<HeadendConfig>("getHeadendConfig",
+                                   kLineup + container(kDVBServices, 99900, keyAndEmptyRecord) +
+                                       kGlobalConfig + container(kLanguages, 120000, emptyString));
+}
+
+TEST_F(WorstMegabyte, OfAsManyRecordsAsAreTakenAndAClaimOfStringsStaysWithinTheLimit) {
+  expectWithinLimit<HeadendConfig>("getHeadendConfig",
+                                   kLineup + container(kDVBServices, 99900, keyAndEmptyRecord) +
+                                       kGlobalConfig + kLanguagesAsBooleans + number(490000));
+}
+
+TEST_F(WorstMegabyte, OfOneStringStaysWithinTheLimit) {
+  expectWithinLimit<HeadendConfig>(
+      "getHeadendConfig", std::string("\x0b\0\x63", 3) + number(900000) + std::string(900000, 'x'));
+}
+
+// ---- no limit on honest records
+
+TEST_F(HostileReplies, AHundredThousandOfTheShortestRecordsThatAPeerWritesAreTaken) {
+  HeadendStatus status;
+  status.baseStatus.fans.resize(100000);
+  for (int32_t key = 1; key <= 100000; ++key) {
+    status.lineupStatus.carrierBitrates[key] = key;
+  }
+  controller_.setStatus(status);
+  HeadendStatus fetched;
+  fetch(fetched);
+  EXPECT_TRUE(fetched == status);
+}
+
+TEST_F(HostileReplies, AHundredThousandReservedSlotsAreTaken) {
+  HeadendConfig config;
+  for (int32_t key = 1; key <= 100000; ++key) {
+    config.lineupConfig.emptyInputServices[key].inputService.serviceType = 1;
+  }
+  controller_.setConfig(config);
+  HeadendConfig fetched;
+  fetch(fetched);
+  EXPECT_TRUE(fetched == config);
+}
+
+}  // namespace
+}  // namespace lineup::test

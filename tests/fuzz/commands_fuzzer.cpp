@@ -1,0 +1,95 @@
+// Command lines, with a controller that cannot be reached and a small catalogue. An input is a
+// script; one that begins with '+' is run on a headend that has been set up.
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include "app/completion.h"
+#include "model/lineup_editor.h"
+#include "simulator/catalogue.h"
+#include "simulator/initial_state.h"
+#include "simulator/status.h"
+#include "support/line_input.h"
+#include "tests/fuzz/memory_limit.h"
+#include "tests/fuzz/require.h"
+#include "tests/fuzz/surroundings.h"
+
+namespace {
+
+using lineup::LineupEditor;
+using lineup::fuzz::require;
+
+bool prepare() {
+  lineup::fuzz::beQuiet();
+  return sqlite3_exec(lineup::fuzz::catalogue(), lineup::simulator::kCatalogueSql, nullptr, nullptr,
+                      nullptr) == SQLITE_OK;
+}
+
+void setUp(LineupEditor& editor) {
+  static const auto state = lineup::simulator::initialState();
+  static const auto status = lineup::simulator::statusOf(state, {}, std::chrono::seconds(1));
+  editor.config = state.config;
+  editor.status = status;
+}
+
+/// Runs one line. A refused one changes nothing; nothing but a commit settles pending changes.
+/// Returns false when the console would end.
+bool runLine(LineupEditor& editor, const std::string& line) {
+  const auto before = editor.config;
+  const bool wasPending = editor.pendingChanges;
+  bool goOn = true;
+  bool refused = false;
+  try {
+    goOn = editor.dispatchCommand(line, false);
+  } catch (const std::runtime_error&) {
+    refused = true;
+  } catch (const std::invalid_argument&) {  // these two end the console
+    refused = true;
+    goOn = false;
+  } catch (const std::out_of_range&) {
+    refused = true;
+    goOn = false;
+  }
+  if (refused) {
+    require(editor.config == before, "a refused line leaves the configuration as it was");
+    require(editor.pendingChanges == wasPending, "a refused line leaves nothing to commit");
+  }
+  require(editor.pendingChanges || !wasPending, "changes stay pending without a controller");
+  return goOn;
+}
+
+/// Asks for what the last line may become, as Tab does. File names are left out: they are the
+/// machine's own.
+void completeLastLine(const std::string& script) {
+  const std::string line = script.substr(script.rfind('\n') + 1);
+  if (line.starts_with("save") || line.starts_with("restore")) {
+    return;
+  }
+  try {
+    lineup::completeCommandLine(line);
+  } catch (const std::exception&) {  // counts as no possibility
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool prepared = prepare();
+  require(prepared, "the catalogue can be filled");
+  std::string script(reinterpret_cast<const char*>(data), size);
+  const lineup::fuzz::MemoryLimit limit;
+  LineupEditor editor;
+  if (script.starts_with('+')) {
+    script.erase(0, 1);
+    setUp(editor);
+  }
+  completeLastLine(script);
+  lineup::fuzz::setInput(script);
+  std::string line;
+  while (readAnswer(line) && runLine(editor, line)) {
+  }
+  lineup::fuzz::removeFiles();
+  return 0;
+}

@@ -1,0 +1,141 @@
+// fuzz_make_seeds FOLDER: writes the seeds that are made from a real headend's records into
+// FOLDER/reply and FOLDER/config_file. The other seeds are written by hand.
+
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/protocol/TJSONProtocol.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "WebSrv.h"
+#include "simulator/initial_state.h"
+#include "simulator/status.h"
+#include "tests/fuzz/round_trip.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace hub_module = korvel::thrift::hub_module;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TJSONProtocol;
+using lineup::fuzz::encode;
+
+/// A headend with a service of every kind in both lineups.
+hub_module::HeadendConfig withLineup(hub_module::HeadendConfig config) {
+  hub_module::LineupConfig& lineup = config.lineupConfig;
+  hub_module::DVBInputServiceConfig dvb;
+  dvb.inputService.sid = 4101;
+  dvb.inputService.name = "Velaria Uno";
+  dvb.inputService.inputType = 2;
+  dvb.inputService.serviceType = 1;
+  dvb.inputService.lItems = {"spa", "eng"};
+  dvb.inputService.intItems = {101, 102, 103};
+  dvb.inputService.__set_lineupSATMux({});
+  lineup.dvbInputServices[0] = dvb;
+  dvb.inputService.__isset.lineupSATMux = false;
+  dvb.inputService.__set_lineupTDTMux({});
+  dvb.inputService.__set_lineupCableMux({});
+  dvb.inputService.__set_ipMuxUUID("7a4e9b52-0c1d-4f7e-9a33-5d1f0c2b8e61");
+  lineup.dvbInputServices[1] = dvb;
+  lineup.encInputServices[0].label = "HDMI 1";
+  lineup.encConfig.moduleSettings[3] = {};
+  lineup.emptyInputServices[0].inputService.serviceType = 25;
+  for (const auto kind : {hub_module::LineupEntryKind::DVB, hub_module::LineupEntryKind::ENC,
+                          hub_module::LineupEntryKind::EMPTY}) {
+    hub_module::LineupRFEntryConfig rf;
+    rf.serviceKind = kind;
+    rf.name = "Entry";
+    lineup.rfEntries.push_back(rf);
+    hub_module::LineupIPEntryConfig ip;
+    ip.serviceKind = kind;
+    lineup.ipEntries.push_back(ip);
+  }
+  config.headendGlobalConfig.__set_countryCode(korvel::thrift::general::CountryCode::SPAIN);
+  config.rfInputsScanConfig.__set_plsItemList({{}, {}});
+  return config;
+}
+
+void write(const fs::path& path, const std::string& bytes) {
+  fs::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+template <class Result, class Record>
+std::string result(const Record& record) {
+  Result reply;
+  reply.success = record;
+  reply.__isset.success = true;
+  return encode<TBinaryProtocol>(reply);
+}
+
+template <class Result>
+std::string refusal() {
+  Result reply;
+  reply.notReady.reason = "starting";
+  reply.__isset.notReady = true;
+  return encode<TBinaryProtocol>(reply);
+}
+
+/// What the wire carries: frame and message headers before the result.
+std::string framed(const std::string& method, char type, const std::string& body) {
+  const auto number = [](std::size_t value) {
+    return std::string{static_cast<char>(value >> 24), static_cast<char>(value >> 16),
+                       static_cast<char>(value >> 8), static_cast<char>(value)};
+  };
+  const std::string message =
+      std::string("\x80\x01\x00", 3) + type + number(method.size()) + method + number(0) + body;
+  return number(message.size()) + message;
+}
+
+// The first byte of a reply; see reply_fuzzer.cpp.
+constexpr char kConfigCall = 0;
+constexpr char kStatusCall = 1;
+constexpr char kBareResult = 0x08;
+constexpr char kSmallPieces = 0x20;
+
+void writeReplies(const fs::path& folder, const hub_module::HeadendConfig& config,
+                  const hub_module::HeadendStatus& status) {
+  const std::string configResult = result<hub_module::WebSrv_getHeadendConfig_result>(config);
+  const std::string statusResult = result<hub_module::WebSrv_getHeadendStatus_result>(status);
+  const std::string notReady = refusal<hub_module::WebSrv_getHeadendConfig_result>();
+  const auto bare = [](char call) { return std::string(1, static_cast<char>(call | kBareResult)); };
+  write(folder / "config", bare(kConfigCall) + configResult);
+  write(folder / "status", bare(kStatusCall) + statusResult);
+  write(folder / "config-not-ready", bare(kConfigCall) + notReady);
+  write(folder / "config-framed",
+        std::string(1, kConfigCall) + framed("getHeadendConfig", 2, configResult));
+  write(folder / "status-in-pieces",
+        std::string(1, kSmallPieces | kStatusCall) + framed("getHeadendStatus", 2, statusResult));
+  write(folder / "set-config", std::string(1, 2) + framed("setHeadendConfig", 2, statusResult));
+  write(folder / "set-tdt", std::string(1, 3) + framed("setTDTRFInputConfig", 2, {'\0'}));
+  write(folder / "set-sat", std::string(1, 4) + framed("setSATRFInputConfig", 2, {'\0'}));
+  const std::string unknownMethod(
+      "\x0b\x00\x01\x00\x00\x00\x04oops\x08\x00\x02\x00\x00\x00\x01\x00", 19);
+  write(folder / "exception",
+        std::string(1, kConfigCall) + framed("getHeadendConfig", 3, unknownMethod));
+}
+
+}  // namespace
+
+// NOLINTNEXTLINE(bugprone-exception-escape): what cannot be written ends the program
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: fuzz_make_seeds FOLDER" << std::endl;
+    return EXIT_FAILURE;
+  }
+  const fs::path folder = argv[1];
+  lineup::simulator::HeadendState state = lineup::simulator::initialState();
+  state.config = withLineup(state.config);
+  writeReplies(folder / "reply", state.config,
+               lineup::simulator::statusOf(state, {}, std::chrono::seconds(1)));
+  write(folder / "config_file" / "lineup.json", encode<TJSONProtocol>(state.config));
+  write(folder / "config_file" / "initial.json",
+        encode<TJSONProtocol>(lineup::simulator::initialState().config));
+  write(folder / "config_file" / "default.json",
+        encode<TJSONProtocol>(hub_module::HeadendConfig()));
+  return EXIT_SUCCESS;
+}

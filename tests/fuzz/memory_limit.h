@@ -1,0 +1,20 @@
+// How much memory one input may take.
+
+#pragma once
+
+#include <cstddef>
+
+namespace lineup::fuzz {
+
+/// For its lifetime, ends the process with a message as soon as the memory allocated since its
+/// construction exceeds 64 MiB: no reply, file or catalogue of up to 1 MB may need more. Counted as
+/// the system's allocator would hand it out. Needs AddressSanitizer, and watches nothing without.
+class MemoryLimit {
+ public:
+  MemoryLimit();
+  ~MemoryLimit();
+  MemoryLimit(const MemoryLimit&) = delete;
+  MemoryLimit& operator=(const MemoryLimit&) = delete;
+};
+
+}  // namespace lineup::fuzz

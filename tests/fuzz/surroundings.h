@@ -1,0 +1,33 @@
+// What stands around the console's code in the targets that run commands: no controller, a
+// catalogue in memory, files in memory, nothing on the screen, and no waiting.
+//
+// The targets are linked so that connect, open, sync, syncfs, sqlite3_open_v2 and
+// sqlite3_progress_handler come here (see CMakeLists.txt); the functions of support/line_input.h
+// and support/ending_signals.h are replaced.
+
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+
+namespace lineup::fuzz {
+
+/// Silences what the console prints by C++ streams and what the Thrift library reports. To be
+/// called once.
+void beQuiet();
+
+/// What the functions of support/line_input.h deliver from now on, line by line.
+void setInput(std::string text);
+
+/// A connection to the catalogue that the console opens, for filling it. Kept for the length of the
+/// process. What the console selects is stopped after some hundred thousand steps and at texts
+/// beyond 1 MB: the find commands run any select, however long it takes.
+sqlite3* catalogue();
+
+/// Makes or replaces a file that the console can open. It sees no other files but those it made.
+void setFile(const std::string& path, const std::string& bytes);
+
+void removeFiles();
+
+}  // namespace lineup::fuzz

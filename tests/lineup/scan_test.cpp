@@ -1,0 +1,257 @@
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "model/lineup_editor.h"
+#include "tests/lineup/expect_refused.h"
+
+namespace {
+
+/// What is typed, line by line.
+std::deque<std::string> typedLines;
+
+}  // namespace
+
+bool readAnswer(std::string& line) {
+  line.clear();
+  if (typedLines.empty()) {
+    return false;
+  }
+  line = typedLines.front();
+  typedLines.pop_front();
+  return true;
+}
+
+namespace lineup {
+namespace {
+
+using ::testing::internal::CaptureStdout;
+using ::testing::internal::GetCapturedStdout;
+
+const char* const kPlsQuestion =
+    "Enter the information of the non-standard PLS item:\n"
+    " plsType                      plsCode\n"
+    " (0 Auto | 1 Gold | 2 Root)   131070 \n";
+
+template <class Operation>
+std::string outputOf(Operation operation) {
+  CaptureStdout();
+  operation();
+  return GetCapturedStdout();
+}
+
+hub_module::PLSItem plsItem(int32_t type, int32_t code) {
+  hub_module::PLSItem item;
+  item.plsType = type;
+  item.plsCode = code;
+  return item;
+}
+
+using PlsItems = std::vector<hub_module::PLSItem>;
+
+// ---- terrestrial scan types
+
+TEST(ShowTdtScan, PutsAMarkUnderEachType) {
+  LineupEditor editor;
+  auto& global = editor.config.lineupConfig.globalConfig;
+  const auto shown = [&] { return outputOf([&] { editor.showTdtScan(); }); };
+  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✕       ✕\n\n\n");
+  global.cofdmScanEnabled = true;
+  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✓       ✕\n\n\n");
+  global.qamsScanEnabled = true;
+  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✓       ✓\n\n\n");
+  global.cofdmScanEnabled = false;
+  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✕       ✓\n\n\n");
+  EXPECT_FALSE(editor.pendingChanges);
+}
+
+/// Runs setTdtScan() on an editor without pending changes and expects its output and the flags it
+/// leaves.
+void expectScan(bool cofdm, bool qams, bool enable, std::string type, const std::string& output,
+                bool cofdmAfter, bool qamsAfter, bool pendingAfter) {
+  SCOPED_TRACE(type);
+  LineupEditor editor;
+  editor.config.lineupConfig.globalConfig.cofdmScanEnabled = cofdm;
+  editor.config.lineupConfig.globalConfig.qamsScanEnabled = qams;
+  auto expected = editor.config;
+  expected.lineupConfig.globalConfig.cofdmScanEnabled = cofdmAfter;
+  expected.lineupConfig.globalConfig.qamsScanEnabled = qamsAfter;
+  EXPECT_EQ(outputOf([&] { editor.setTdtScan(enable, type); }), output);
+  EXPECT_EQ(editor.config, expected);
+  EXPECT_EQ(editor.pendingChanges, pendingAfter);
+}
+
+const char* const kUpdated = "Updated scan type. Please remember to commit the changes.\n";
+const char* const kSameEnabled = "It has the same configuration: ENABLED\n";
+const char* const kSameDisabled = "It has the same configuration: DISABLED\n";
+
+TEST(SetTdtScan, ChangesTheFlagOfTheType) {
+  expectScan(false, false, true, "COFDM", kUpdated, true, false, true);
+  expectScan(true, true, false, "COFDM", kUpdated, false, true, true);
+  expectScan(false, false, true, "QAMS", kUpdated, false, true, true);
+  expectScan(true, true, false, "QAMS", kUpdated, true, false, true);
+}
+
+TEST(SetTdtScan, CofdmThatIsAsRequestedIsNoChange) {
+  expectScan(true, false, true, "cofdm", kSameEnabled, true, false, false);
+  expectScan(false, true, false, "cofdm", kSameDisabled, false, true, false);
+}
+
+TEST(SetTdtScan, QamsThatIsAsRequestedStillCountsAsAChange) {
+  expectScan(false, true, true, "qams", kSameEnabled, false, true, true);
+  expectScan(true, false, false, "qams", kSameDisabled, true, false, true);
+}
+
+TEST(SetTdtScan, LeavesEarlierEditsPending) {
+  LineupEditor editor;
+  editor.pendingChanges = true;
+  std::string type = "COFDM";
+  EXPECT_EQ(outputOf([&] { editor.setTdtScan(false, type); }), kSameDisabled);
+  EXPECT_TRUE(editor.pendingChanges);
+}
+
+TEST(SetTdtScan, TakesTheTypeInAnyCaseAndUpperCasesItInPlace) {
+  for (const char* typed : {"qams", "Qams", "QAMs", "QAMS"}) {
+    LineupEditor editor;
+    std::string type = typed;
+    outputOf([&] { editor.setTdtScan(true, type); });
+    EXPECT_EQ(type, "QAMS");
+    EXPECT_TRUE(editor.config.lineupConfig.globalConfig.qamsScanEnabled);
+  }
+}
+
+TEST(SetTdtScan, RefusesEveryOtherType) {
+  LineupEditor editor;
+  for (const char* typed :
+       {"dvb-t", "", "QAM", "COFDMS", " COFDM", "qams\t", "\xC3\xA9\xFF", "ALL"}) {
+    SCOPED_TRACE(typed);
+    std::string type = typed;
+    EXPECT_EQ(outputOf([&] {
+                expectRefused(editor, "Scan type not supported ",
+                              [&] { editor.setTdtScan(true, type); });
+              }),
+              "");
+  }
+}
+
+TEST(SetTdtScan, LeavesBytesBeyondAsciiAsTheyAre) {
+  LineupEditor editor;
+  std::string type = "é\xFF\x80z";
+  EXPECT_THROW(editor.setTdtScan(true, type), std::runtime_error);
+  EXPECT_EQ(type, "é\xFF\x80Z");
+}
+
+// ---- PLS items
+
+TEST(AddPlsItem, AsksForAnItemAndAppendsIt) {
+  LineupEditor editor;
+  typedLines = {"2 131070", "quit"};
+  EXPECT_EQ(outputOf([&] { editor.addPlsItem(); }), kPlsQuestion);
+  EXPECT_TRUE(editor.pendingChanges);
+  LineupEditor expected;
+  expected.config.rfInputsScanConfig.__set_plsItemList({plsItem(2, 131070)});
+  EXPECT_EQ(editor.config, expected.config);
+  EXPECT_TRUE(editor.config.rfInputsScanConfig.plsItemList[0].__isset.plsType);
+  EXPECT_TRUE(editor.config.rfInputsScanConfig.plsItemList[0].__isset.plsCode);
+  EXPECT_EQ(typedLines, std::deque<std::string>{"quit"});
+}
+
+TEST(AddPlsItem, KeepsTheOrderOfEntry) {
+  LineupEditor editor;
+  typedLines = {"2 3", "0 1", "1 2"};
+  outputOf([&] {
+    for (int i = 0; i < 3; ++i) {
+      editor.addPlsItem();
+    }
+  });
+  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList,
+            (PlsItems{plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)}));
+}
+
+TEST(AddPlsItem, StoresNumbersUnchecked) {
+  const struct {
+    const char* line;
+    hub_module::PLSItem item;
+  } cases[] = {
+      {"x y", plsItem(0, 0)},
+      {"7 -5", plsItem(7, -5)},
+      {"1x 5.9 33", plsItem(1, 5)},
+      {" 5", plsItem(0, 5)},
+      {"1  5", plsItem(1, 0)},
+      {"1 5\r", plsItem(1, 5)},
+      {"-3 2147483647", plsItem(-3, 2147483647)},
+      {"-9999999999 9999999999", plsItem(-2147483647 - 1, 2147483647)},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.line);
+    LineupEditor editor;
+    typedLines = {each.line};
+    EXPECT_EQ(outputOf([&] { editor.addPlsItem(); }), kPlsQuestion);
+    EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{each.item});
+  }
+}
+
+TEST(AddPlsItem, RefusesALineOfFewerThanTwoWords) {
+  for (const char* line : {"1", "", " ", "1 ", "1\t5"}) {
+    SCOPED_TRACE(line);
+    LineupEditor editor;
+    typedLines = {line};
+    EXPECT_EQ(outputOf([&] {
+                expectRefused(editor, "Please enter all the parameters",
+                              [&] { editor.addPlsItem(); });
+              }),
+              kPlsQuestion);
+    EXPECT_FALSE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+  }
+}
+
+TEST(AddPlsItem, RefusesTheEndOfInput) {
+  LineupEditor editor;
+  EXPECT_EQ(outputOf([&] {
+              expectRefused(editor, "Please enter all the parameters",
+                            [&] { editor.addPlsItem(); });
+            }),
+            kPlsQuestion);
+}
+
+TEST(AddPlsItem, AppendsToAListThatIsSetButEmpty) {
+  LineupEditor editor;
+  editor.config.rfInputsScanConfig.__set_plsItemList({});
+  typedLines = {"1 9"};
+  outputOf([&] { editor.addPlsItem(); });
+  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{plsItem(1, 9)});
+}
+
+TEST(AddPlsItem, ReplacesWhatAListThatIsNotSetHolds) {
+  LineupEditor editor;
+  editor.config.rfInputsScanConfig.plsItemList = {plsItem(2, 2)};
+  typedLines = {"1 9"};
+  outputOf([&] { editor.addPlsItem(); });
+  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{plsItem(1, 9)});
+}
+
+TEST(ClearPlsItems, DoesNothingIfTheListWasNeverSet) {
+  LineupEditor editor;
+  EXPECT_EQ(outputOf([&] { editor.clearPlsItems(); }), "");
+  EXPECT_FALSE(editor.pendingChanges);
+  EXPECT_FALSE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+}
+
+TEST(ClearPlsItems, RemovesEveryItemAndIsAChangeEachTime) {
+  LineupEditor editor;
+  editor.config.rfInputsScanConfig.__set_plsItemList({plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)});
+  LineupEditor expected;
+  expected.config.rfInputsScanConfig.__set_plsItemList({});
+  for (int i = 0; i < 2; ++i) {
+    editor.pendingChanges = false;
+    EXPECT_EQ(outputOf([&] { editor.clearPlsItems(); }), "");
+    EXPECT_TRUE(editor.pendingChanges);
+    EXPECT_EQ(editor.config, expected.config);
+    EXPECT_TRUE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+  }
+}
+
+}  // namespace
+}  // namespace lineup

@@ -1,0 +1,78 @@
+"""The man pages are well-formed, and they and the completion leave nothing out that the programs
+offer.
+
+Usage: man_pages_test.py SOURCE-FOLDER PROGRAM-FOLDER
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import unittest
+
+PROGRAMS = os.path.abspath(sys.argv.pop(2))
+SOURCES = os.path.abspath(sys.argv.pop(1))
+
+
+def page_of(program):
+    with open(f"{SOURCES}/docs/man/{program}.1", encoding="utf-8") as file:
+        return file.read()
+
+
+def completion_of(program):
+    with open(f"{SOURCES}/packaging/completion/{program}", encoding="utf-8") as file:
+        return file.read()
+
+
+def output_of(*command, given=""):
+    """Standard output of a program in a headend's place of its own, where no controller runs."""
+    return subprocess.run([f"{PROGRAMS}/headend-sandbox", *command], input=given, check=True,
+                          stdout=subprocess.PIPE, text=True).stdout
+
+
+def options_of(program):
+    return set(re.findall(r"--([a-z-]+)", output_of(f"{PROGRAMS}/{program}", "--help")))
+
+
+class ManPages(unittest.TestCase):
+    @unittest.skipUnless(shutil.which("mandoc"), "needs mandoc")
+    def test_well_formed(self):
+        for program in ("lineup-console", "headend-simulator"):
+            # Which other manuals are installed here is not the page's business.
+            lint = subprocess.run(["mandoc", "-Tlint", "-Wstyle", f"docs/man/{program}.1"],
+                                  cwd=SOURCES, check=False, stdout=subprocess.PIPE,
+                                  env={"PATH": os.environ["PATH"], "MANPATH": "/nonexistent"},
+                                  text=True).stdout.splitlines()
+            self.assertEqual([line for line in lint if "referenced manual not found" not in line],
+                             [])
+
+    def test_every_command_is_explained(self):
+        listed = output_of(f"{PROGRAMS}/lineup-console", given="help\n")
+        commands = set(re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE))
+        self.assertEqual(len(commands), 34)
+        explained = set(re.findall(r"^\.It Ic ([a-z]+)", page_of("lineup-console"), re.MULTILINE))
+        self.assertEqual(commands - explained, set())
+
+    def test_every_accepted_word_is_explained(self):
+        page = re.sub(r"^\.\\\".*|[ ,]+", " ", page_of("lineup-console"))
+        with open(f"{SOURCES}/app/settings.cpp", encoding="utf-8") as file:
+            words = re.findall(r'\{"([a-z0-9]+)", ', file.read())
+        self.assertIn("newzealand", words)
+        for word in words:
+            if not word.isdigit():
+                self.assertRegex(page, rf"\b{word}\b")
+
+    def test_every_option_is_explained(self):
+        for program in ("lineup-console", "headend-simulator"):
+            explained = set(re.findall(r"(?:Fl|,) -([a-z-]+)", page_of(program)))
+            self.assertEqual(options_of(program) - explained, set())
+
+    def test_every_option_is_completed(self):
+        for program in ("lineup-console", "headend-simulator"):
+            completed = set(re.findall(r"--([a-z-]+)", completion_of(program)))
+            self.assertEqual(options_of(program) - completed, set())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,326 @@
+// The sandbox, as a command sees it. The way without namespaces is tried in a sandbox with
+// namespaces, which plays the machine.
+
+#include "simulator/sandbox.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/console_process.h"
+
+namespace lineup::test {
+namespace {
+
+Start sandboxed(const std::vector<std::string>& command) {
+  return {.program = HEADEND_SANDBOX_PROGRAM,
+          .arguments = command,
+          .environment = {{kSandboxVariable, std::nullopt},
+                          {"SANDBOX", HEADEND_SANDBOX_PROGRAM},
+                          {"FOLDER", kCatalogueFolder},
+                          {"CATALOGUE", kCataloguePath}}};
+}
+
+Start sandboxedShell(const std::string& script) {
+  return sandboxed({"sh", "-c", script});
+}
+
+std::string networkInside() {
+  return run(sandboxed({"readlink", "/proc/self/ns/net"})).out;
+}
+
+bool namespacesAreAllowed() {
+  return networkInside() != std::filesystem::read_symlink("/proc/self/ns/net").string() + "\n";
+}
+
+/// A script for a machine of its own, with an empty /etc/korvel, on which it is root.
+Start machine(const std::string& script) {
+  std::vector<std::string> command = {"sh", "-c",
+                                      "unset HEADEND_SANDBOX; rm -r /etc/korvel/conf\n" + script};
+  if (geteuid() != 0) {
+    command.insert(command.begin(), {"unshare", "--user", "--map-root-user"});
+  }
+  return sandboxed(command);
+}
+
+constexpr const char* kNotice = "waiting for another simulated headend on this machine to end\n";
+
+/// What a command wrote to standard error; without namespaces it may have had to wait for its turn.
+std::string errorsOf(const Outcome& outcome) {
+  const std::string notice = kNotice;
+  return outcome.err.substr(outcome.err.starts_with(notice) ? notice.size() : 0);
+}
+
+constexpr const char* kListener =
+    "/usr/bin/python3 -c 'import socket\n"
+    "server = socket.create_server((\"127.0.0.1\", 9190))\n"
+    "print(\"up\", flush=True)\n"
+    "input()'";
+
+class Sandbox : public testing::Test {};
+
+/// What needs namespaces to be tried.
+class OwnNamespaces : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!namespacesAreAllowed()) {
+      GTEST_SKIP() << "namespaces are forbidden here";
+    }
+  }
+};
+
+class MachinesOwn : public OwnNamespaces {};
+
+TEST_F(Sandbox, RunsACommandAndEndsWithItsStatus) {
+  const Outcome outcome = run(sandboxedShell("cat; echo oops >&2; exit 7"), "text");
+  EXPECT_EQ(outcome.out, "text");
+  EXPECT_EQ(errorsOf(outcome), "oops\n");
+  EXPECT_EQ(outcome.status, 7);
+}
+
+TEST_F(Sandbox, EndsWith128AndTheSignalThatEndedTheCommand) {
+  EXPECT_EQ(run(sandboxedShell("kill -KILL $$")).status, 128 + SIGKILL);
+}
+
+TEST_F(Sandbox, NamesACommandThatIsMissingOrNoProgram) {
+  const Outcome missing = run(sandboxed({"/nonesuch"}));
+  EXPECT_EQ(errorsOf(missing), "headend-sandbox: /nonesuch: No such file or directory\n");
+  EXPECT_EQ(missing.status, 127);
+  const Outcome folder = run(sandboxed({"/etc"}));
+  EXPECT_EQ(errorsOf(folder), "headend-sandbox: /etc: Permission denied\n");
+  EXPECT_EQ(folder.status, 126);
+}
+
+TEST_F(Sandbox, ExplainsItsUse) {
+  const Outcome asked = run(sandboxed({"--help"}));
+  EXPECT_EQ(asked.out.substr(0, 45), "Usage: headend-sandbox COMMAND [ARG]...\nRun C");
+  EXPECT_EQ(asked.status, 0);
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{}, {"-x", "true"}}) {
+    const Outcome outcome = run(sandboxed(wrong));
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, asked.out);
+    EXPECT_EQ(outcome.status, 125);
+  }
+}
+
+TEST_F(Sandbox, RefusesAnUnknownWay) {
+  Start start = sandboxed({"true"});
+  start.environment[kSandboxVariable] = "other";
+  const Outcome outcome = run(start);
+  EXPECT_EQ(outcome.err,
+            "headend-sandbox: HEADEND_SANDBOX is \"other\": use \"shared\" or leave it unset\n");
+  EXPECT_EQ(outcome.status, 125);
+}
+
+TEST_F(Sandbox, HasAnEmptyCatalogueFolderToWriteTo) {
+  const Outcome outcome = run(sandboxedShell("ls -A $FOLDER; echo data >$CATALOGUE; ls $FOLDER"));
+  EXPECT_EQ(outcome.out, "ControllerTask.sqlite\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(Sandbox, HasThePortFree) {
+  EXPECT_EQ(run(sandboxedShell(kListener), "\n").out, "up\n");
+}
+
+TEST_F(Sandbox, StaysInTheSandboxItIsStartedIn) {
+  EXPECT_EQ(run(sandboxedShell("echo data >$CATALOGUE; $SANDBOX cat $CATALOGUE")).out, "data\n");
+}
+
+TEST_F(Sandbox, KeepsTheWorkingFolder) {
+  Start start = sandboxed({"pwd", "-P"});
+  start.folder = "/usr/share";
+  EXPECT_EQ(run(start).out, "/usr/share\n");
+}
+
+TEST_F(Sandbox, LeavesNoProcessBehind) {
+  // The output ends, and with it this test, only when the last of them is gone.
+  EXPECT_EQ(run(sandboxedShell("(sleep 1000 & setsid sleep 1000 & sh -c 'sleep 1000; :' &) &\n"
+                               "trap '' TERM; sleep 1000 & echo started"))
+                .out,
+            "started\n");
+}
+
+TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
+  ConsoleProcess process(
+      sandboxedShell("trap 'exit 3' TERM; echo up; while :; do sleep 0.01; done"));
+  process.readUntil("up\n");
+  process.signal(SIGTERM);
+  EXPECT_EQ(process.finish().status, 3);
+}
+
+TEST_F(Sandbox, TakesTheCommandWithItWhenItIsKilled) {
+  ConsoleProcess process(sandboxedShell("echo up; exec sleep 1000"));
+  process.readUntil("up\n");
+  process.signal(SIGKILL);
+  EXPECT_EQ(process.finish().signal, SIGKILL);
+}
+
+TEST_F(Sandbox, LeavesCtrlCToTheCommand) {
+  Start start =
+      sandboxedShell("trap 'echo caught; exit 5' INT; echo up; while :; do sleep 0.01; done");
+  start.terminal = true;
+  ConsoleProcess process(start);
+  process.readUntil("up");
+  process.send("\x03");
+  EXPECT_EQ(process.readUntil("caught\r\n"), "\r\n^Ccaught\r\n");
+  EXPECT_EQ(process.finish().status, 5);
+}
+
+TEST_F(Sandbox, AllowsJobControl) {
+  Start start = sandboxed({"bash", "--norc", "--noprofile", "-i"});
+  start.terminal = true;
+  start.columns = 300;
+  ConsoleProcess process(start);
+  process.send(
+      "sh -c 'trap \"echo resu\"med CONT; sleep 1000 & echo runn\"\"ing; while :; do wait; "
+      "done'\n");
+  process.readUntil("running");
+  process.send("\x1a");
+  process.readUntil("Stopped");
+  process.send("fg\n");
+  process.readUntil("resumed");
+  process.send("\x03");
+  process.send("echo status=$?\n");
+  process.readUntil("status=130");
+  process.send("exit 4\n");
+  EXPECT_EQ(process.finish().status, 4);
+}
+
+TEST_F(OwnNamespaces, StandSideBySide) {
+  ConsoleProcess first(sandboxedShell(kListener));
+  first.readUntil("up\n");
+  EXPECT_EQ(run(sandboxedShell(kListener), "\n").out, "up\n");
+  EXPECT_EQ(first.finish().status, 1);  // the listener's input has ended
+}
+
+TEST_F(OwnNamespaces, LeaveTheMachinesEtcAsItWas) {
+  const bool before = std::filesystem::exists(kCatalogueFolder);
+  const Outcome outcome = run(sandboxedShell(
+      "test -s /etc/passwd; echo $?; echo data >$CATALOGUE; echo ours >/etc/lineup-test; "
+      "cat $CATALOGUE /etc/lineup-test"));
+  EXPECT_EQ(outcome.out, "0\ndata\nours\n");
+  EXPECT_FALSE(std::filesystem::exists("/etc/lineup-test"));
+  EXPECT_FALSE(std::filesystem::exists(kCataloguePath));
+  EXPECT_EQ(std::filesystem::exists(kCatalogueFolder), before);
+}
+
+TEST_F(OwnNamespaces, KeepTheUser) {
+  EXPECT_EQ(run(sandboxed({"id", "-u"})).out, std::to_string(geteuid()) + "\n");
+}
+
+TEST_F(OwnNamespaces, AreDoneWithoutByRootWhereForbidden) {
+  const Outcome outcome = run(machine(
+      "exec unshare --user --map-root-user sh -c '\n"
+      "for kind in user mnt net; do echo 0 >/proc/sys/user/max_${kind}_namespaces; done\n"
+      "test $(readlink /proc/self/ns/net) = $($SANDBOX readlink /proc/self/ns/net) && echo same\n"
+      "$SANDBOX ls -d $FOLDER; ls -A /etc/korvel'"));
+  EXPECT_EQ(outcome.out, "same\n" + std::string(kCatalogueFolder) + "\n");
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(OwnNamespaces, AreNeededByOtherUsers) {
+  const Outcome outcome =
+      run(machine("exec unshare --user --map-root-user sh -c '\n"
+                  "echo 1 >/proc/sys/user/max_user_namespaces\n"
+                  "exec unshare --user --map-user=1000 $SANDBOX true'"));
+  EXPECT_EQ(
+      outcome.err,
+      "headend-sandbox: a simulated headend needs namespaces of its own (unshare: No space left "
+      "on device): allow them to this user, or run as root\n");
+  EXPECT_EQ(outcome.status, 125);
+}
+
+TEST_F(MachinesOwn, FolderIsRemovedWithAllThatWasWritten) {
+  const Outcome outcome =
+      run(machine("export HEADEND_SANDBOX=shared\n"
+                  "$SANDBOX sh -c 'ls -A $FOLDER; touch $CATALOGUE $FOLDER/other; exit 6'\n"
+                  "echo $?; ls -A /etc/korvel"));
+  EXPECT_EQ(outcome.out, "6\n");
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(MachinesOwn, OtherFilesStay) {
+  const Outcome outcome =
+      run(machine("mkdir -p $FOLDER; touch $FOLDER/kept\n"
+                  "export HEADEND_SANDBOX=shared\n"
+                  "$SANDBOX touch $CATALOGUE $CATALOGUE-journal\n"
+                  "ls -A $FOLDER"));
+  EXPECT_EQ(outcome.out, "kept\n");
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(MachinesOwn, CatalogueIsNotOverwritten) {
+  const Outcome outcome =
+      run(machine("mkdir -p $FOLDER; echo data >$CATALOGUE\n"
+                  "HEADEND_SANDBOX=shared $SANDBOX echo ran\n"
+                  "echo $?; cat $CATALOGUE"));
+  EXPECT_EQ(outcome.out, "125\ndata\n");
+  EXPECT_EQ(outcome.err, "headend-sandbox: " + std::string(kCataloguePath) +
+                             " exists and is not overwritten: move it away\n");
+}
+
+TEST_F(MachinesOwn, PortInUseIsRefused) {
+  ConsoleProcess process(
+      machine("{ read go; HEADEND_SANDBOX=shared $SANDBOX echo ran; echo $? >&2\n"
+              "  ls -A /etc/korvel; echo; } | " +
+              std::string(kListener)));
+  process.readUntil("up\n");
+  process.send("go\n");
+  process.readErrorsUntil("125\n");
+  const Outcome outcome = process.finish();
+  EXPECT_EQ(outcome.out, "up\n");
+  EXPECT_EQ(
+      outcome.err,
+      "headend-sandbox: 127.0.0.1:9190 is in use: stop the program that listens there\n125\n");
+}
+
+TEST_F(MachinesOwn, SandboxesComeOneAfterAnother) {
+  ConsoleProcess process(machine(
+      "export HEADEND_SANDBOX=shared; mkfifo /etc/korvel/end\n"
+      "$SANDBOX sh -c 'touch $CATALOGUE; echo first; read line </etc/korvel/end; echo ended' &\n"
+      "read line\n"
+      "$SANDBOX sh -c 'ls -A $FOLDER; echo second' &\n"
+      "read line; echo >/etc/korvel/end; wait; ls -A /etc/korvel"));
+  process.readUntil("first\n");
+  process.send("start the second\n");
+  process.readErrorsUntil(kNotice);
+  process.send("end the first\n");
+  const Outcome outcome = process.finish();
+  EXPECT_EQ(outcome.out, "first\nended\nsecond\nend\n");
+}
+
+TEST_F(MachinesOwn, FolderIsRemovedWhenTheSandboxIsKilled) {
+  // The second one waits until all is clean after the first.
+  const Outcome outcome =
+      run(machine("export HEADEND_SANDBOX=shared\n"
+                  "$SANDBOX sh -c 'touch $CATALOGUE; kill -KILL $PPID; sleep 1000' 2>/dev/null\n"
+                  "echo $?; $SANDBOX ls -A $FOLDER 2>/dev/null; ls -A /etc/korvel"));
+  EXPECT_EQ(outcome.out, "137\n");
+}
+
+TEST(SandboxedMain, ListsTestsWithoutASandbox) {
+  Start start{.program = SANDBOXED_TEST_PROGRAM, .environment = {{kSandboxVariable, "other"}}};
+  const Outcome refused = run(start);
+  EXPECT_EQ(refused.err, "HEADEND_SANDBOX is \"other\": use \"shared\" or leave it unset\n");
+  EXPECT_EQ(refused.status, 1);
+  start.arguments = {"--gtest_list_tests"};
+  EXPECT_EQ(run(start).status, 0);
+}
+
+TEST_F(MachinesOwn, TestProcessesComeOneAfterAnother) {
+  Start start = machine(
+      "export HEADEND_SANDBOX=shared; for one in 1 2 3 4; do $TEST & done; "
+      "failed=0; for job in $(jobs -p); do wait $job || failed=1; done; "
+      "ls -A /etc/korvel; exit $failed");
+  start.environment["TEST"] = SANDBOXED_TEST_PROGRAM;
+  const Outcome outcome = run(start);
+  EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+}
+
+}  // namespace
+}  // namespace lineup::test

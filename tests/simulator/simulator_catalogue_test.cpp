@@ -1,0 +1,286 @@
+// The catalogue that the simulator writes.
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <sstream>
+
+#include "tests/simulator/simulator_process.h"
+
+namespace lineup::test {
+namespace {
+
+namespace hub_module = korvel::thrift::hub_module;
+
+using Cell = std::optional<std::string>;
+using Row = std::vector<Cell>;
+
+/// What the console reads of a table, by position.
+struct Table {
+  const char* name;
+  size_t columns;
+  std::set<size_t> textColumns;
+  size_t serviceId;
+  size_t serviceName;
+  size_t serviceType;
+  size_t textList;
+  size_t integerList;
+};
+
+const Table kSat{"availableSatService", 25, {3, 5, 14, 16, 20, 23, 24}, 15, 16, 19, 23, 24};
+const Table kTdt{"availableTdtService", 17, {9, 11, 15, 16}, 10, 11, 14, 15, 16};
+const Table kCable{"availableCableService", 17, {11, 15, 16}, 10, 11, 14, 15, 16};
+const Table kIP{"availableIPService", 13, {1, 2, 5, 7, 11, 12}, 6, 7, 10, 11, 12};
+const Table* const kTables[] = {&kSat, &kTdt, &kCable, &kIP};
+
+class Database {
+ public:
+  explicit Database(const std::string& path) {
+    sqlite3* handle = nullptr;
+    EXPECT_EQ(sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+    handle_.reset(handle);
+  }
+
+  /// The rows, after one of column names.
+  std::vector<Row> select(const std::string& sql) const {
+    char** cells = nullptr;
+    int rows = 0;
+    int columns = 0;
+    EXPECT_EQ(sqlite3_get_table(handle_.get(), sql.c_str(), &cells, &rows, &columns, nullptr),
+              SQLITE_OK)
+        << sql;
+    std::vector<Row> result(static_cast<size_t>(rows) + 1);
+    for (size_t i = 0; i < result.size() * static_cast<size_t>(columns); ++i) {
+      result[i / static_cast<size_t>(columns)].push_back(cells[i] == nullptr ? Cell()
+                                                                             : Cell(cells[i]));
+    }
+    sqlite3_free_table(cells);
+    return result;
+  }
+
+ private:
+  struct Close {
+    void operator()(sqlite3* handle) const { sqlite3_close(handle); }
+  };
+  std::unique_ptr<sqlite3, Close> handle_;
+};
+
+class SimulatorCatalogue : public testing::Test {
+ protected:
+  Database database() const { return Database(path_); }
+
+  std::vector<Row> rows(const Table& table) const {
+    std::vector<Row> result = database().select("SELECT * FROM " + std::string(table.name));
+    result.erase(result.begin());
+    return result;
+  }
+
+  /// Starts a simulator and ends it.
+  void writeOnce(const std::vector<std::string>& options = {}) const {
+    SimulatorProcess simulator(folder_, options);
+    simulator.signal(SIGTERM);
+    EXPECT_EQ(simulator.finish().status, 0);
+  }
+
+  Outcome runRefused(const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments{"--port",      "0",  "--state", folder_.path("state.json"),
+                                       "--catalogue", path_};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return runSimulator(arguments);
+  }
+
+  TemporaryFolder folder_;
+  const std::string path_ = folder_.path("catalogue.sqlite");
+};
+
+TEST_F(SimulatorCatalogue, HasAtLeastSixtyServicesInFourTablesOfTheirShape) {
+  writeOnce();
+  size_t services = 0;
+  for (const Table* table : kTables) {
+    const std::vector<Row> found = database().select("SELECT * FROM " + std::string(table->name));
+    ASSERT_EQ(found[0].size(), table->columns) << table->name;
+    EXPECT_EQ(found[0][table->serviceId], "service_id") << table->name;
+    EXPECT_EQ(found[0][table->serviceName], "service_name") << table->name;
+    EXPECT_GE(found.size(), 11U) << table->name;
+    services += found.size() - 1;
+  }
+  EXPECT_GE(services, 60U);
+}
+
+TEST_F(SimulatorCatalogue, HasIntegersWhereIntegersAreRead) {
+  writeOnce();
+  for (const Table* table : kTables) {
+    const std::vector<Row> columns =
+        database().select("PRAGMA table_info(" + std::string(table->name) + ")");
+    for (size_t column = 0; column < table->columns; ++column) {
+      const std::string expected = table->textColumns.count(column) != 0 ? "text" : "integer";
+      const std::string name = *columns[column + 1][1];
+      for (const Row& row : database().select("SELECT DISTINCT typeof(" + name + ") FROM " +
+                                              std::string(table->name))) {
+        const std::string type = *row[0];
+        EXPECT_TRUE(type == expected || type == "null" || type == "typeof(" + name + ")")
+            << table->name << " " << column << " " << type;
+      }
+    }
+  }
+}
+
+TEST_F(SimulatorCatalogue, EveryServiceHasAnIdNameAndType) {
+  writeOnce();
+  for (const Table* table : kTables) {
+    std::set<Cell> ids;
+    for (const Row& row : rows(*table)) {
+      ids.insert(row[table->serviceId]);
+      EXPECT_TRUE(row[table->serviceId] && row[table->serviceName] && row[table->serviceType]);
+    }
+    EXPECT_EQ(ids.size(), rows(*table).size()) << table->name;
+  }
+}
+
+TEST_F(SimulatorCatalogue, EveryIntegerListCanBeRead) {
+  writeOnce();
+  for (const Table* table : kTables) {
+    for (const Row& row : rows(*table)) {
+      std::istringstream list(row[table->integerList].value_or(""));
+      for (std::string number; std::getline(list, number, ',');) {
+        EXPECT_NO_THROW(std::stoi(number)) << *row[table->serviceName];
+      }
+    }
+  }
+}
+
+TEST_F(SimulatorCatalogue, SomeIdsAreInSeveralTablesAndSomeOnlyInTheIPTable) {
+  writeOnce();
+  std::map<std::string, std::set<const Table*>> tablesById;
+  for (const Table* table : kTables) {
+    for (const Row& row : rows(*table)) tablesById[*row[table->serviceId]].insert(table);
+  }
+  EXPECT_EQ(tablesById.at("17"), (std::set<const Table*>{&kSat, &kTdt, &kIP}));
+  EXPECT_EQ(tablesById.at("31"), (std::set<const Table*>{&kSat, &kCable}));
+  EXPECT_EQ(tablesById.at("41"), (std::set<const Table*>{&kCable, &kIP}));
+  EXPECT_EQ(tablesById.at("1"), (std::set<const Table*>{&kTdt}));
+  EXPECT_EQ(tablesById.at("20"), (std::set<const Table*>{&kSat}));
+  EXPECT_EQ(tablesById.at("51"), (std::set<const Table*>{&kIP}));
+}
+
+TEST_F(SimulatorCatalogue, HasNullCellsEmptyListsAndFilledListsInEveryTable) {
+  writeOnce();
+  for (const Table* table : kTables) {
+    for (const size_t list : {table->textList, table->integerList}) {
+      std::set<std::string> kinds;
+      for (const Row& row : rows(*table)) {
+        kinds.insert(!row[list] ? "null" : row[list]->empty() ? "empty" : "filled");
+      }
+      EXPECT_EQ(kinds.count("null"), 1U) << table->name << " " << list;
+      EXPECT_EQ(kinds.count("empty"), 1U) << table->name << " " << list;
+      EXPECT_EQ(kinds.count("filled"), 1U) << table->name << " " << list;
+    }
+    bool nullInteger = false;
+    for (const Row& row : rows(*table)) {
+      for (size_t column = 0; column < table->columns; ++column) {
+        nullInteger |= !row[column] && table->textColumns.count(column) == 0;
+      }
+    }
+    EXPECT_TRUE(nullInteger) << table->name;
+  }
+  EXPECT_EQ(database().select("SELECT * FROM availableSatService WHERE stream_id IS NULL").size(),
+            4U);
+}
+
+TEST_F(SimulatorCatalogue, HasNamesWithAccentsQuotesAndWildcards) {
+  writeOnce();
+  const auto count = [this](const std::string& table, const std::string& pattern) {
+    return database()
+               .select("SELECT * FROM " + table + " WHERE service_name LIKE '%" + pattern + "%'")
+               .size() -
+           1;
+  };
+  EXPECT_EQ(count("availableSatService", "Clásicos"), 1U);
+  EXPECT_EQ(count("availableSatService", "Νησί"), 1U);
+  EXPECT_EQ(count("availableSatService", "L''É"), 1U);
+  EXPECT_EQ(count("availableTdtService", "Ñandú"), 1U);
+  EXPECT_EQ(count("availableTdtService", "100% F"), 1U);
+  EXPECT_EQ(count("availableCableService", "Søndag"), 1U);
+  EXPECT_EQ(count("availableIPService", "Prélude"), 2U);
+  EXPECT_EQ(count("availableIPService", "t_L"), 1U);
+}
+
+TEST_F(SimulatorCatalogue, EveryIPServiceIsOnAMuxOfTheConfiguration) {
+  const SimulatorProcess simulator(folder_);
+  hub_module::HeadendConfig config;
+  simulator.connect()->getHeadendConfig(config);
+  std::map<Cell, Row> muxes;  // url, slot and interface by uuid
+  for (const auto& [key, input] : config.ipInputs) {
+    for (const auto& [uuid, mux] : input.muxes) {
+      muxes[uuid] = {mux.url, std::to_string(input.slot), std::to_string(input.interfaceId)};
+    }
+  }
+  for (const Row& row : rows(kIP)) {
+    ASSERT_EQ(muxes.count(row[1]), 1U) << *row[1];
+    EXPECT_EQ(muxes[row[1]], (Row{row[2], row[3], row[4]}));
+  }
+}
+
+TEST_F(SimulatorCatalogue, OfAnEarlierRunIsReplaced) {
+  writeOnce();
+  const std::string first = readFile(path_);
+  database().select("DELETE FROM availableIPService");
+  EXPECT_NE(readFile(path_), first);
+  writeOnce();
+  EXPECT_EQ(readFile(path_), first);
+}
+
+TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
+  const std::string foreign = folder_.path("foreign.sqlite");
+  ASSERT_EQ(run({.program = "sqlite3", .arguments = {foreign, "CREATE TABLE t (a)"}}).status, 0);
+  for (const std::string& content :
+       {readFile(foreign), std::string("no database"), std::string()}) {
+    writeFile(path_, content);
+    const Outcome outcome = runRefused();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err,
+              "headend-simulator: the catalogue " + path_ +
+                  " was not written by this program; --replace-catalogue replaces it\n");
+    EXPECT_EQ(readFile(path_), content);
+    writeOnce({"--replace-catalogue"});
+    EXPECT_EQ(rows(kIP).size(), 12U);
+    writeOnce();
+  }
+}
+
+TEST_F(SimulatorCatalogue, ThatIsNoRegularFileIsNeverReplaced) {
+  mkdir(path_.c_str(), 0700);
+  const Outcome outcome = runRefused({"--replace-catalogue"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "headend-simulator: cannot use " + path_ + ": it is no regular file\n");
+}
+
+TEST_F(SimulatorCatalogue, WhereNoFileCanBeIsRefused) {
+  writeFile(folder_.path("file"), "");
+  const std::string path = folder_.path("file/catalogue.sqlite");
+  const Outcome outcome = runRefused({"--catalogue", path});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "headend-simulator: cannot write " + path + ": Not a directory\n");
+}
+
+TEST_F(SimulatorCatalogue, IsWrittenIntoFoldersThatDoNotExistYet) {
+  const std::string path = folder_.path("a/b/catalogue.sqlite");
+  writeOnce({"--catalogue", path});
+  EXPECT_EQ(Database(path).select("SELECT * FROM availableIPService").size(), 13U);
+}
+
+TEST_F(SimulatorCatalogue, IsLeftAloneWhenNotWanted) {
+  writeFile(path_, "foreign");
+  writeOnce({"--no-catalogue"});
+  EXPECT_EQ(readFile(path_), "foreign");
+}
+
+}  // namespace
+}  // namespace lineup::test

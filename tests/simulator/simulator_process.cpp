@@ -1,0 +1,95 @@
+#include "tests/simulator/simulator_process.h"
+
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TSocket.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <stdexcept>
+
+namespace lineup::test {
+
+const char* const kSimulatorProgram = HEADEND_SIMULATOR;
+
+TemporaryFolder::TemporaryFolder() {
+  path_ = (std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string();
+  if (mkdtemp(path_.data()) == nullptr) {
+    throw std::runtime_error("no temporary folder");
+  }
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::vector<std::string> TemporaryFolder::names() const {
+  std::vector<std::string> result;
+  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+    result.push_back(entry.path().filename().string());
+  }
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+Connection::Connection(int port) {
+  using namespace apache::thrift;
+  constexpr int kAny = std::numeric_limits<int>::max();
+  const auto unlimited = std::make_shared<TConfiguration>(kAny, kAny);
+  const auto socket = std::make_shared<transport::TSocket>("127.0.0.1", port, unlimited);
+  socket->setRecvTimeout(60000);
+  const auto framed = std::make_shared<transport::TFramedTransport>(socket, unlimited);
+  client_ = std::make_unique<korvel::thrift::hub_module::WebSrvClient>(
+      std::make_shared<protocol::TBinaryProtocol>(framed));
+  framed->open();
+}
+
+namespace {
+
+Start startOf(const TemporaryFolder& folder, std::vector<std::string> options, int port) {
+  Start start;
+  start.program = kSimulatorProgram;
+  start.arguments = {"--port",      std::to_string(port),
+                     "--state",     folder.path("state.json"),
+                     "--catalogue", folder.path("catalogue.sqlite")};
+  start.arguments.insert(start.arguments.end(), options.begin(), options.end());
+  return start;
+}
+
+}  // namespace
+
+SimulatorProcess::SimulatorProcess(const TemporaryFolder& folder, std::vector<std::string> options,
+                                   int port)
+    : process_(startOf(folder, std::move(options), port)) {
+  process_.readUntil("headend-simulator: ready on 127.0.0.1:");
+  port_ = std::stoi(process_.readUntil("\n"));
+}
+
+std::string SimulatorProcess::nextLine() {
+  std::string line = process_.readUntil("\n");
+  line.pop_back();
+  return line;
+}
+
+Outcome runSimulator(const std::vector<std::string>& arguments) {
+  Start start;
+  start.program = kSimulatorProgram;
+  start.arguments = arguments;
+  return run(start);
+}
+
+}  // namespace lineup::test

@@ -1,0 +1,375 @@
+#include "tests/support/console_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <thread>
+
+namespace lineup::test {
+
+namespace {
+
+const char* consoleProgram() {
+  const char* const other = std::getenv("LINEUP_CONSOLE");
+  return other == nullptr ? BUILT_CONSOLE : other;
+}
+
+int check(int result, const char* what) {
+  if (result < 0) {
+    throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
+  }
+  return result;
+}
+
+void closeFile(int& file) {
+  if (file >= 0) {
+    close(file);
+    file = -1;
+  }
+}
+
+struct Pipe {
+  int readEnd = -1;
+  int writeEnd = -1;
+
+  Pipe() {
+    std::array<int, 2> ends{};
+    check(pipe2(ends.data(), O_CLOEXEC), "pipe");
+    readEnd = ends[0];
+    writeEnd = ends[1];
+  }
+  ~Pipe() {
+    closeFile(readEnd);
+    closeFile(writeEnd);
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+};
+
+/// Hands over one end of a pipe.
+int take(int& end) {
+  const int taken = end;
+  end = -1;
+  return taken;
+}
+
+std::vector<std::string> environmentOf(const Start& start) {
+  std::vector<std::string> result;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (start.environment.count(text.substr(0, text.find('='))) == 0) {
+      result.push_back(text);
+    }
+  }
+  for (const auto& [name, value] : start.environment) {
+    if (value) {
+      result.push_back(name + "=" + *value);
+    }
+  }
+  return result;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  result.reserve(texts.size() + 1);
+  for (std::string& text : texts) {
+    result.push_back(text.data());
+  }
+  result.push_back(nullptr);
+  return result;
+}
+
+/// Where the program's three standard streams come from.
+class FileActions {
+ public:
+  FileActions() { posix_spawn_file_actions_init(&actions_); }
+  ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+
+  void duplicate(int file, int as) { posix_spawn_file_actions_adddup2(&actions_, file, as); }
+  void open(int file, const char* path) {
+    posix_spawn_file_actions_addopen(&actions_, file, path, O_RDWR, 0);
+  }
+  void changeFolder(const std::string& folder) {
+    posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str());
+  }
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_{};
+};
+
+/// Starts the program with all signals as a shell would leave them, in a process group of its own
+/// or, with `sessionFlag`, in a session of its own.
+pid_t spawn(const Start& start, FileActions& files, short sessionFlag) {
+  if (!start.folder.empty()) {
+    files.changeFolder(start.folder);
+  }
+  posix_spawnattr_t attributes{};
+  posix_spawnattr_init(&attributes);
+  sigset_t signals;
+  sigfillset(&signals);
+  posix_spawnattr_setsigdefault(&attributes, &signals);
+  sigemptyset(&signals);
+  posix_spawnattr_setsigmask(&attributes, &signals);
+  posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGDEF |
+                                                           POSIX_SPAWN_SETSIGMASK | sessionFlag));
+
+  std::vector<std::string> words = start.arguments;
+  words.insert(words.begin(), start.program);
+  std::vector<std::string> environment = environmentOf(start);
+  pid_t pid = -1;
+  const int error = posix_spawnp(&pid, start.program.c_str(), files.get(), &attributes,
+                                 pointersTo(words).data(), pointersTo(environment).data());
+  posix_spawnattr_destroy(&attributes);
+  if (error != 0) {
+    throw std::runtime_error(start.program + ": " + std::strerror(error));
+  }
+  return pid;
+}
+
+void setSize(int terminal, unsigned short rows, unsigned short columns) {
+  const winsize size{rows, columns, 0, 0};
+  check(ioctl(terminal, TIOCSWINSZ, &size), "set the terminal's size");
+}
+
+void refuseToBlock(int file) {
+  check(fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK), "fcntl");
+}
+
+}  // namespace
+
+const char* const kConsoleProgram = consoleProgram();
+
+ConsoleProcess::ConsoleProcess(const Start& start)
+    : terminal_(start.terminal), timeout_(start.timeout) {
+  std::signal(SIGPIPE, SIG_IGN);
+  if (start.terminal) {
+    startOnTerminal(start);
+  } else {
+    startOnPipes(start);
+  }
+}
+
+void ConsoleProcess::startOnPipes(const Start& start) {
+  Pipe input;
+  Pipe output;
+  Pipe errors;
+  FileActions files;
+  files.duplicate(input.readEnd, STDIN_FILENO);
+  files.duplicate(output.writeEnd, STDOUT_FILENO);
+  files.duplicate(errors.writeEnd, STDERR_FILENO);
+  pid_ = spawn(start, files, POSIX_SPAWN_SETPGROUP);
+  input_ = take(input.writeEnd);
+  out_.file = take(output.readEnd);
+  err_.file = take(errors.readEnd);
+  refuseToBlock(input_);
+}
+
+void ConsoleProcess::startOnTerminal(const Start& start) {
+  int terminal = check(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "open a terminal");
+  std::array<char, 100> name{};
+  grantpt(terminal);
+  unlockpt(terminal);
+  ptsname_r(terminal, name.data(), name.size());
+  setSize(terminal, start.rows, start.columns);
+  // Held until the program has it open too: without anybody there the terminal would hang up.
+  int otherEnd = open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  FileActions files;
+  files.open(STDIN_FILENO, name.data());
+  files.duplicate(STDIN_FILENO, STDOUT_FILENO);
+  files.duplicate(STDIN_FILENO, STDERR_FILENO);
+  try {
+    pid_ = spawn(start, files, POSIX_SPAWN_SETSID);
+  } catch (...) {
+    closeFile(otherEnd);
+    closeFile(terminal);
+    throw;
+  }
+  closeFile(otherEnd);
+  refuseToBlock(terminal);
+  out_.file = terminal;
+  input_ = check(fcntl(terminal, F_DUPFD_CLOEXEC, 0), "duplicate the terminal");
+}
+
+ConsoleProcess::~ConsoleProcess() {
+  if (!ended_ && pid_ > 0) {
+    kill(-pid_, SIGKILL);
+    kill(pid_, SIGKILL);
+    while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+  closeFile(input_);
+  closeFile(out_.file);
+  closeFile(err_.file);
+}
+
+void ConsoleProcess::fail(const std::string& reason) {
+  throw std::runtime_error(reason + "\nstandard output: \"" + out_.text + "\"\nstandard error: \"" +
+                           err_.text + "\"");
+}
+
+/// Waits until the program takes input or writes something, and passes it on.
+void ConsoleProcess::pump(Deadline deadline, const std::string& awaited) {
+  std::array<pollfd, 3> files{{{pending_.empty() ? -1 : input_, POLLOUT, 0},
+                               {out_.file, POLLIN, 0},
+                               {err_.file, POLLIN, 0}}};
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      deadline - std::chrono::steady_clock::now());
+  if (left.count() <= 0) {
+    fail("timed out waiting for " + awaited);
+  }
+  if (poll(files.data(), files.size(), static_cast<int>(left.count())) < 0 && errno != EINTR) {
+    fail(std::string("poll: ") + std::strerror(errno));
+  }
+  if (files[0].revents != 0) {
+    const ssize_t length = write(input_, pending_.data(), pending_.size());
+    if (length >= 0) {
+      pending_.erase(0, static_cast<size_t>(length));
+    } else if (errno != EAGAIN && errno != EINTR) {
+      pending_.clear();
+    }
+  }
+  for (const size_t index : {size_t{1}, size_t{2}}) {
+    Stream& stream = index == 1 ? out_ : err_;
+    if (files[index].revents != 0) {
+      std::array<char, 65536> buffer{};
+      const ssize_t length = read(stream.file, buffer.data(), buffer.size());
+      if (length > 0) {
+        stream.text.append(buffer.data(), static_cast<size_t>(length));
+      } else if (length == 0 || (errno != EAGAIN && errno != EINTR)) {
+        closeFile(stream.file);
+      }
+    }
+  }
+}
+
+void ConsoleProcess::send(std::string_view text) {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  if (input_ < 0) {
+    fail("the input has ended");
+  }
+  pending_ += text;
+  while (!pending_.empty()) {
+    pump(deadline, "the input to be read");
+  }
+}
+
+void ConsoleProcess::closeInput() {
+  if (terminal_) {
+    send("\x04");
+  } else {
+    closeFile(input_);
+  }
+}
+
+std::string ConsoleProcess::readUntil(std::string_view expected) {
+  return readUntil(out_, expected);
+}
+
+std::string ConsoleProcess::readMore() {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  while (out_.taken == out_.text.size()) {
+    if (out_.file < 0) {
+      fail("ended before more output");
+    }
+    pump(deadline, "more output");
+  }
+  const size_t start = out_.taken;
+  out_.taken = out_.text.size();
+  return out_.text.substr(start);
+}
+
+std::string ConsoleProcess::readErrorsUntil(std::string_view expected) {
+  return readUntil(err_, expected);
+}
+
+std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected) {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  const std::string awaited = "\"" + std::string(expected) + "\"";
+  size_t found = 0;
+  while ((found = stream.text.find(expected, stream.taken)) == std::string::npos) {
+    if (stream.file < 0) {
+      fail("ended before " + awaited);
+    }
+    pump(deadline, awaited);
+  }
+  const size_t start = stream.taken;
+  stream.taken = found + expected.size();
+  return stream.text.substr(start, stream.taken - start);
+}
+
+void ConsoleProcess::resize(unsigned short rows, unsigned short columns) {
+  setSize(out_.file, rows, columns);
+}
+
+void ConsoleProcess::hangUp() {
+  closeFile(input_);
+  closeFile(out_.file);
+}
+
+bool ConsoleProcess::echoes() const {
+  termios mode{};
+  check(tcgetattr(out_.file, &mode), "read the terminal's mode");
+  return (mode.c_lflag & ECHO) != 0;
+}
+
+void ConsoleProcess::signal(int number) const {
+  kill(pid_, number);
+}
+
+void ConsoleProcess::reap(Deadline deadline) {
+  using namespace std::chrono_literals;
+  while (!ended_) {
+    const pid_t result = waitpid(pid_, &waitStatus_, WNOHANG);
+    ended_ = result == pid_;
+    if (!ended_) {
+      if (std::chrono::steady_clock::now() > deadline) {
+        fail("timed out waiting for the end");
+      }
+      std::this_thread::sleep_for(1ms);
+    }
+  }
+}
+
+Outcome ConsoleProcess::finish() {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  if (!terminal_) {
+    closeFile(input_);
+  }
+  while (out_.file >= 0 || err_.file >= 0) {
+    pump(deadline, "the end");
+  }
+  reap(deadline);
+  Outcome outcome{out_.text, err_.text};
+  if (WIFEXITED(waitStatus_)) {
+    outcome.status = WEXITSTATUS(waitStatus_);
+  } else {
+    outcome.signal = WTERMSIG(waitStatus_);
+  }
+  return outcome;
+}
+
+Outcome run(const Start& start, std::string_view input) {
+  ConsoleProcess process(start);
+  process.send(input);
+  return process.finish();
+}
+
+Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input) {
+  return run({.arguments = arguments}, input);
+}
+
+}  // namespace lineup::test

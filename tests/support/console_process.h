@@ -1,0 +1,122 @@
+// Runs the built console, or another program, the way a person or a script does: on pipes or on a
+// terminal, in one go or step by step.
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lineup::test {
+
+/// The path of the console that was built along with the tests, or of the one that LINEUP_CONSOLE
+/// names in the environment: a console for another processor, say, behind an emulator.
+extern const char* const kConsoleProgram;
+
+/// What to start, and how.
+struct Start {
+  std::string program = kConsoleProgram;  ///< a path, or a name to be found in PATH
+  std::vector<std::string> arguments{};
+  /// Environment variables to set, or with nothing to unset; the test's own hold for the rest.
+  std::map<std::string, std::optional<std::string>> environment{};
+  std::string folder{};   ///< the working folder; empty for the test's own
+  bool terminal = false;  ///< a terminal in place of the three pipes
+  unsigned short rows = 24;
+  unsigned short columns = 80;
+  /// The longest time to wait for any one thing; then the program is killed and the test fails.
+  std::chrono::milliseconds timeout = std::chrono::seconds(60);
+};
+
+/// How a program ended and all that it wrote. A terminal has one stream, `out`, on which what was
+/// typed is echoed and lines end with "\r\n".
+struct Outcome {
+  std::string out{};
+  std::string err{};
+  int status = -1;  ///< the exit status, -1 if a signal ended it
+  int signal = 0;   ///< the signal that ended it, 0 if it exited
+};
+
+/// A running program. Every operation throws `std::runtime_error`, with all that was written, when
+/// the program cannot be started or the time-out passes. Starting one makes this process ignore
+/// SIGPIPE.
+class ConsoleProcess {
+ public:
+  explicit ConsoleProcess(const Start& start);
+  ~ConsoleProcess();  ///< kills the program, and what it started in its process group, if still
+                      ///< running
+  ConsoleProcess(const ConsoleProcess&) = delete;
+  ConsoleProcess& operator=(const ConsoleProcess&) = delete;
+
+  /// Writes `text` to the program's standard input, or types it on the terminal. What a program
+  /// that no longer reads leaves is dropped.
+  void send(std::string_view text);
+
+  /// Ends the standard input; on a terminal types Ctrl-D, which does so at the start of a line.
+  void closeInput();
+
+  /// Waits until `expected` appears on standard output after what earlier calls returned. Returns
+  /// everything new up to and with it.
+  std::string readUntil(std::string_view expected);
+
+  /// Waits for something new on standard output and returns all of it.
+  std::string readMore();
+
+  /// The like of readUntil() on standard error.
+  std::string readErrorsUntil(std::string_view expected);
+
+  /// Gives the terminal a new size; the program gets SIGWINCH.
+  void resize(unsigned short rows, unsigned short columns);
+
+  /// Hangs the terminal up, as a line that drops does. No more can be read.
+  void hangUp();
+
+  /// Whether the terminal shows what is typed by itself.
+  bool echoes() const;
+
+  /// Sends the signal to the program alone.
+  void signal(int number) const;
+
+  pid_t pid() const { return pid_; }
+
+  /// Ends the input on pipes (on a terminal does not type anything), and waits for the program to
+  /// end.
+  Outcome finish();
+
+ private:
+  struct Stream {
+    int file = -1;  ///< -1 once it has ended
+    std::string text{};
+    size_t taken = 0;  ///< how much of the text earlier reads returned
+  };
+  using Deadline = std::chrono::steady_clock::time_point;
+
+  void startOnPipes(const Start& start);
+  void startOnTerminal(const Start& start);
+  std::string readUntil(Stream& stream, std::string_view expected);
+  void pump(Deadline deadline, const std::string& awaited);
+  void reap(Deadline deadline);
+  [[noreturn]] void fail(const std::string& reason);
+
+  bool terminal_;
+  std::chrono::milliseconds timeout_;
+  pid_t pid_ = -1;
+  bool ended_ = false;
+  int waitStatus_ = 0;
+  int input_ = -1;
+  std::string pending_{};  ///< input that the program has not taken yet
+  Stream out_{};
+  Stream err_{};
+};
+
+/// Runs a program on all of `input` to its end. On a terminal the input is typed ahead.
+Outcome run(const Start& start, std::string_view input = "");
+
+/// Runs the console on pipes to its end.
+Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input = "");
+
+}  // namespace lineup::test

@@ -1,0 +1,202 @@
+// Drives small programs of the system: what is tested is the driver.
+
+#include "tests/support/console_process.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <string>
+
+namespace lineup::test {
+namespace {
+
+using std::chrono::milliseconds;
+
+Start shell(const std::string& script) {
+  return {.program = "/bin/sh", .arguments = {"-c", script}};
+}
+
+Start terminalShell(const std::string& script) {
+  Start start = shell(script);
+  start.terminal = true;
+  return start;
+}
+
+/// The text of what `action` throws, or "nothing".
+template <typename Action>
+std::string failureOf(Action action) {
+  try {
+    action();
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "nothing";
+}
+
+TEST(ConsoleProcess, PassesInputOutputErrorsAndStatus) {
+  const Outcome outcome = run(shell("cat; echo oops >&2; exit 3"), "one\ntwo");
+  EXPECT_EQ(outcome.out, "one\ntwo");
+  EXPECT_EQ(outcome.err, "oops\n");
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_EQ(outcome.signal, 0);
+}
+
+TEST(ConsoleProcess, NamesTheSignalThatEndedTheProgram) {
+  const Outcome outcome = run(shell("kill -TERM $$"));
+  EXPECT_EQ(outcome.status, -1);
+  EXPECT_EQ(outcome.signal, SIGTERM);
+}
+
+TEST(ConsoleProcess, CarriesMoreThanAPipeHoldsInBothDirections) {
+  const std::string text(3'000'000, 'x');
+  EXPECT_EQ(run({.program = "cat"}, text).out, text);
+}
+
+TEST(ConsoleProcess, DropsInputThatIsNotRead) {
+  EXPECT_EQ(run(shell("exit 0"), std::string(1'000'000, 'x')).status, 0);
+}
+
+TEST(ConsoleProcess, GivesArgumentsUnchanged) {
+  const Outcome outcome = run({.program = "printf", .arguments = {"[%s]", "", "a b", "*"}});
+  EXPECT_EQ(outcome.out, "[][a b][*]");
+}
+
+TEST(ConsoleProcess, SetsAndUnsetsTheEnvironment) {
+  Start start = shell("echo ${TERM-none} ${HOME-none}; test -n \"$PATH\"");
+  start.environment = {{"TERM", "vt100"}, {"HOME", std::nullopt}};
+  const Outcome outcome = run(start);
+  EXPECT_EQ(outcome.out, "vt100 none\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(ConsoleProcess, RunsInTheFolderGiven) {
+  EXPECT_EQ(run({.program = "pwd", .folder = "/usr"}).out, "/usr\n");
+}
+
+TEST(ConsoleProcess, StartsWithDefaultSignals) {
+  EXPECT_EQ(run(shell("kill -PIPE $$; echo survived")).signal, SIGPIPE);
+}
+
+TEST(ConsoleProcess, GoesStepByStep) {
+  ConsoleProcess process(
+      shell("while read -r line; do echo \"<$line>\"; echo \"!$line\" >&2; done"));
+  process.send("one\n");
+  EXPECT_EQ(process.readUntil(">"), "<one>");
+  EXPECT_EQ(process.readErrorsUntil("\n"), "!one\n");
+  process.send("two\n");
+  EXPECT_EQ(process.readUntil(">\n"), "\n<two>\n");
+  process.closeInput();
+  const Outcome outcome = process.finish();
+  EXPECT_EQ(outcome.out, "<one>\n<two>\n");
+  EXPECT_EQ(outcome.err, "!one\n!two\n");
+}
+
+TEST(ConsoleProcess, SendsASignal) {
+  ConsoleProcess process(shell("trap 'exit 4' USR1; echo up; while :; do sleep 0.01; done"));
+  process.readUntil("up\n");
+  process.signal(SIGUSR1);
+  EXPECT_EQ(process.finish().status, 4);
+}
+
+TEST(ConsoleProcess, FailsWhenTheProgramIsMissing) {
+  EXPECT_EQ(failureOf([] { run({.program = "/nonesuch"}); }),
+            "/nonesuch: No such file or directory");
+  EXPECT_EQ(failureOf([] { run({.program = "/nonesuch", .terminal = true}); }),
+            "/nonesuch: No such file or directory");
+}
+
+TEST(ConsoleProcess, FailsWhenTheOutputEndsBeforeTheExpectedText) {
+  EXPECT_EQ(failureOf([] {
+              ConsoleProcess process(shell("echo this; echo that >&2"));
+              process.readErrorsUntil("that\n");
+              process.readUntil("other");
+            }),
+            "ended before \"other\"\nstandard output: \"this\n\"\nstandard error: \"that\n\"");
+}
+
+TEST(ConsoleProcess, KillsAndFailsAtTheTimeOut) {
+  Start start{.program = "sleep", .arguments = {"1000"}};
+  start.timeout = milliseconds(300);
+  pid_t pid = 0;
+  const std::string failure = failureOf([&] {
+    ConsoleProcess process(start);
+    pid = process.pid();
+    process.finish();
+  });
+  EXPECT_EQ(failure, "timed out waiting for the end\nstandard output: \"\"\nstandard error: \"\"");
+  EXPECT_EQ(kill(pid, 0), -1);
+}
+
+TEST(ConsoleProcess, FailsWhenTheInputIsNotTaken) {
+  Start start = shell("exec sleep 1000");
+  start.timeout = milliseconds(300);
+  EXPECT_EQ(failureOf([&] { run(start, std::string(1'000'000, 'x')); }).substr(0, 45),
+            "timed out waiting for the input to be read\nst");
+}
+
+TEST(ConsoleProcess, FailsWhenTheEndedInputIsWrittenTo) {
+  ConsoleProcess process({.program = "cat"});
+  process.closeInput();
+  EXPECT_EQ(failureOf([&] { process.send("x"); }),
+            "the input has ended\nstandard output: \"\"\nstandard error: \"\"");
+}
+
+TEST(ConsoleProcess, FailsWhenTheProgramStaysAfterItsOutputEnded) {
+  Start start = shell("exec >&- 2>&-; exec sleep 1000");
+  start.timeout = milliseconds(300);
+  EXPECT_EQ(failureOf([&] { run(start); }).substr(0, 29), "timed out waiting for the end");
+}
+
+TEST(ConsoleTerminal, IsATerminalOnAllThreeStreams) {
+  const Outcome outcome =
+      run(terminalShell("test -t 0 && test -t 1 && test -t 2 && tty >/dev/tty"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out.substr(0, 9), "/dev/pts/");
+}
+
+TEST(ConsoleTerminal, EchoesWhatIsTypedAndEndsWithCtrlD) {
+  ConsoleProcess process({.program = "cat", .terminal = true});
+  process.send("hello\n");
+  EXPECT_EQ(process.readUntil("hello\r\nhello\r\n"), "hello\r\nhello\r\n");
+  process.closeInput();
+  const Outcome outcome = process.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST(ConsoleTerminal, CtrlCInterrupts) {
+  ConsoleProcess process(terminalShell("echo up; exec sleep 1000"));
+  process.readUntil("up");
+  process.send("\x03");
+  EXPECT_EQ(process.finish().signal, SIGINT);
+}
+
+TEST(ConsoleTerminal, HasTheSizeGivenAndIsResized) {
+  Start start =
+      terminalShell("trap 'stty size; exit' WINCH; stty size; while :; do sleep 0.01; done");
+  start.rows = 30;
+  start.columns = 100;
+  ConsoleProcess process(start);
+  EXPECT_EQ(process.readUntil("\n"), "30 100\r\n");
+  process.resize(10, 40);
+  EXPECT_EQ(process.readUntil("\n"), "10 40\r\n");
+  EXPECT_EQ(process.finish().status, 0);
+}
+
+TEST(ConsoleTerminal, KillsAndFailsAtTheTimeOut) {
+  Start start{.program = "sleep", .arguments = {"1000"}, .terminal = true};
+  start.timeout = milliseconds(300);
+  pid_t pid = 0;
+  const std::string failure = failureOf([&] {
+    ConsoleProcess process(start);
+    pid = process.pid();
+    process.readUntil("up");
+  });
+  EXPECT_EQ(failure, "timed out waiting for \"up\"\nstandard output: \"\"\nstandard error: \"\"");
+  EXPECT_EQ(kill(pid, 0), -1);
+}
+
+}  // namespace
+}  // namespace lineup::test

@@ -1,0 +1,139 @@
+#include "support/ending_signals.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+/// The signal that ends `wait`, or 0 if it returns.
+template <class Wait>
+int endedBy(Wait wait) {
+  try {
+    wait();
+  } catch (const EndedBySignal& end) {
+    return end.signal;
+  }
+  return 0;
+}
+
+TEST(EndingSignals, WithoutASignalAWaitLastsItsTime) {
+  catchEndingSignals();
+  const auto begin = steady_clock::now();
+  EXPECT_EQ(endedBy([] { waitFor(microseconds(50'000)); }), 0);
+  EXPECT_GE(steady_clock::now() - begin, microseconds(50'000));
+}
+
+TEST(EndingSignals, ASignalCaughtBeforeAWaitEndsItAtOnce) {
+  catchEndingSignals();
+  std::raise(SIGTERM);
+  EXPECT_EQ(endedBy([] { waitFor(seconds(3600)); }), SIGTERM);
+}
+
+TEST(EndingSignals, ASignalDuringAWaitEndsIt) {
+  catchEndingSignals();
+  std::signal(SIGALRM, [](int) { std::raise(SIGHUP); });
+  ualarm(20'000, 0);
+  EXPECT_EQ(endedBy([] { waitFor(seconds(3600)); }), SIGHUP);
+}
+
+TEST(EndingSignals, ASignalEndsTheWaitForInput) {
+  catchEndingSignals();
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  std::signal(SIGALRM, [](int) { std::raise(SIGINT); });
+  ualarm(20'000, 0);
+  EXPECT_EQ(endedBy([&] { waitForInput(ends[0]); }), SIGINT);
+}
+
+TEST(EndingSignals, InputEndsTheWaitForInput) {
+  catchEndingSignals();
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_EQ(write(ends[1], "x", 1), 1);
+  EXPECT_EQ(endedBy([&] { waitForInput(ends[0]); }), 0);
+}
+
+TEST(EndingSignals, ASignalThatIsHeldArrivesAfterwards) {
+  catchEndingSignals();
+  {
+    const EndingSignalsHeld held;
+    std::raise(SIGTERM);
+    EXPECT_EQ(endedBy(endIfSignalled), 0);
+  }
+  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+}
+
+TEST(EndingSignals, TheFirstSignalCounts) {
+  catchEndingSignals();
+  std::raise(SIGHUP);
+  std::raise(SIGTERM);
+  EXPECT_EQ(endedBy(endIfSignalled), SIGHUP);
+}
+
+TEST(EndingSignals, AnInterruptGivesWayToAnotherSignal) {
+  catchEndingSignals();
+  std::raise(SIGINT);
+  std::raise(SIGTERM);
+  std::raise(SIGINT);
+  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+}
+
+TEST(EndingSignals, OnlyAnInterruptIsForgotten) {
+  catchEndingSignals();
+  std::raise(SIGINT);
+  forgetInterrupt();
+  EXPECT_EQ(endedBy(endIfSignalled), 0);
+  std::raise(SIGHUP);
+  forgetInterrupt();
+  EXPECT_EQ(endedBy(endIfSignalled), SIGHUP);
+}
+
+TEST(EndingSignals, AWaitForSeveralInputsSaysWhichHasSomething) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  ASSERT_EQ(write(ends[1], "x", 1), 1);
+  std::array<pollfd, 3> inputs{{{-1, POLLIN, 0}, {ends[0], POLLIN, 0}, {ends[1], POLLIN, 0}}};
+  waitForInput(inputs);
+  EXPECT_EQ(inputs[0].revents, 0);
+  EXPECT_EQ(inputs[1].revents, POLLIN);
+  EXPECT_EQ(inputs[2].revents, 0);
+}
+
+TEST(EndingSignals, AHungUpTerminalEndsTheProgram) {
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(unlockpt(terminal), 0);
+  const int otherEnd = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+  EXPECT_EQ(endedBy([&] { endIfHungUp(otherEnd); }), 0);
+  close(terminal);
+  EXPECT_EQ(endedBy([&] { endIfHungUp(otherEnd); }), SIGHUP);
+}
+
+TEST(EndingSignals, AnIgnoredSignalStaysIgnored) {
+  std::signal(SIGHUP, SIG_IGN);
+  catchEndingSignals();
+  std::raise(SIGHUP);
+  EXPECT_EQ(endedBy(endIfSignalled), 0);
+}
+
+TEST(EndingSignalsDeathTest, TheProgramEndsByTheSignal) {
+  EXPECT_EXIT(
+      {
+        catchEndingSignals();
+        endBySignal(SIGTERM);
+      },
+      testing::KilledBySignal(SIGTERM), "");
+}
+
+}  // namespace

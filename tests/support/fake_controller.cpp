@@ -1,0 +1,377 @@
+#include "tests/support/fake_controller.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thrift/TApplicationException.h>
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+
+#include "WebSrv.h"
+
+namespace lineup::test {
+
+namespace {
+
+using apache::thrift::TApplicationException;
+using apache::thrift::protocol::T_EXCEPTION;
+using apache::thrift::protocol::T_REPLY;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TMessageType;
+using apache::thrift::protocol::TProtocol;
+using apache::thrift::transport::TMemoryBuffer;
+using namespace korvel::thrift::hub_module;
+namespace general = korvel::thrift::general;
+
+constexpr int kPollMilliseconds = 10;
+
+[[noreturn]] void fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// Reads the message in `frame` with stock library code alone.
+ReceivedCall decode(const std::string& frame) {
+  ReceivedCall call;
+  call.frame = frame;
+  const auto buffer = std::make_shared<TMemoryBuffer>();
+  buffer->write(reinterpret_cast<const uint8_t*>(frame.data()),
+                static_cast<uint32_t>(frame.size()));
+  TBinaryProtocol protocol(buffer);
+  protocol.readMessageBegin(call.method, call.type, call.sequence);
+  if (call.method == "setHeadendConfig") {
+    WebSrv_setHeadendConfig_args arguments;
+    arguments.read(&protocol);
+    call.config = arguments.config;
+  } else if (call.method == "setTDTRFInputConfig") {
+    WebSrv_setTDTRFInputConfig_args arguments;
+    arguments.read(&protocol);
+    call.tdt1 = arguments.tdt1;
+    call.tdt2 = arguments.tdt2;
+  } else if (call.method == "setSATRFInputConfig") {
+    WebSrv_setSATRFInputConfig_args arguments;
+    arguments.read(&protocol);
+    call.satId = arguments.id;
+    call.satConfig = arguments.config;
+  }
+  return call;
+}
+
+/// What writes the body that holds a call's result or its declared exception.
+template <class Result>
+std::string encode(const Result& result) {
+  const auto buffer = std::make_shared<TMemoryBuffer>();
+  TBinaryProtocol protocol(buffer);
+  result.write(&protocol);
+  return buffer->getBufferAsString();
+}
+
+std::string notReady() {
+  WebSrv_getHeadendConfig_result result;  // the exception has the same place in every call's result
+  result.notReady.reason = "starting";
+  result.__isset.notReady = true;
+  return encode(result);
+}
+
+/// Sends `bytes`, as far as there is someone to read them.
+void sendAll(int socket, std::string_view bytes, bool byteByByte) {
+  while (!bytes.empty()) {
+    const ssize_t sent = send(socket, bytes.data(), byteByByte ? 1 : bytes.size(), MSG_NOSIGNAL);
+    if (sent < 0) {
+      return;
+    }
+    bytes.remove_prefix(static_cast<size_t>(sent));
+  }
+}
+
+}  // namespace
+
+std::string binaryMessage(const std::string& name, TMessageType type, int32_t sequence,
+                          const std::function<void(TProtocol&)>& writeBody) {
+  const auto buffer = std::make_shared<TMemoryBuffer>();
+  TBinaryProtocol protocol(buffer);
+  protocol.writeMessageBegin(name, type, sequence);
+  writeBody(protocol);
+  return buffer->getBufferAsString();
+}
+
+std::string framed(const std::string& message) {
+  const uint32_t size = htonl(static_cast<uint32_t>(message.size()));
+  std::string frame(sizeof(size), '\0');
+  std::memcpy(frame.data(), &size, sizeof(size));
+  return frame + message;
+}
+
+std::string recordReply(const std::string& method, const std::string& record) {
+  const std::string successField{'\x0c', '\0', '\0'};
+  return framed(binaryMessage(method, T_REPLY, 0, [](TProtocol& /*body*/) {}) + successField +
+                record + '\0');
+}
+
+FakeController::FakeController(uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  listenOn(AF_INET, &address, sizeof(address));
+  socklen_t length = sizeof(address);
+  getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+  port_ = ntohs(address.sin_port);
+}
+
+FakeController::FakeController(const std::string& path) : path_(path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof(address.sun_path)) {
+    throw std::invalid_argument("path too long: " + path);
+  }
+  std::copy(path.begin(), path.end(), address.sun_path);
+  listenOn(AF_UNIX, &address, sizeof(address));
+}
+
+FakeController::~FakeController() {
+  {
+    const std::lock_guard lock(mutex_);
+    ending_ = true;
+    changed_.notify_all();
+  }
+  thread_.join();
+  close(listener_);
+  if (!path_.empty()) {
+    unlink(path_.c_str());
+  }
+}
+
+void FakeController::listenOn(int family, const void* address, uint32_t length) {
+  listener_ = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (listener_ < 0) {
+    fail("socket");
+  }
+  const int yes = 1;
+  setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+  if (bind(listener_, static_cast<const sockaddr*>(address), length) != 0 ||
+      listen(listener_, SOMAXCONN) != 0) {
+    const int reason = errno;
+    close(listener_);
+    errno = reason;
+    fail("fake controller: cannot listen");
+  }
+  thread_ = std::thread([this] { serve(); });
+}
+
+HeadendConfig FakeController::config() const {
+  const std::lock_guard lock(mutex_);
+  return config_;
+}
+
+void FakeController::setConfig(const HeadendConfig& config) {
+  const std::lock_guard lock(mutex_);
+  config_ = config;
+}
+
+HeadendStatus FakeController::status() const {
+  const std::lock_guard lock(mutex_);
+  return status_;
+}
+
+void FakeController::setStatus(const HeadendStatus& status) {
+  const std::lock_guard lock(mutex_);
+  status_ = status;
+}
+
+void FakeController::answerNext(const Answer& answer) {
+  const std::lock_guard lock(mutex_);
+  next_.push_back(answer);
+}
+
+void FakeController::answerAll(const Answer& answer) {
+  const std::lock_guard lock(mutex_);
+  all_ = answer;
+}
+
+void FakeController::release() {
+  const std::lock_guard lock(mutex_);
+  ++releases_;
+  changed_.notify_all();
+}
+
+std::vector<ReceivedCall> FakeController::calls() const {
+  const std::lock_guard lock(mutex_);
+  return calls_;
+}
+
+std::vector<std::string> FakeController::methods() const {
+  std::vector<std::string> methods;
+  for (const ReceivedCall& call : calls()) {
+    methods.push_back(call.method);
+  }
+  return methods;
+}
+
+size_t FakeController::connections() const {
+  const std::lock_guard lock(mutex_);
+  return connections_;
+}
+
+size_t FakeController::closedByPeer() const {
+  const std::lock_guard lock(mutex_);
+  return closedByPeer_;
+}
+
+void FakeController::waitForCalls(size_t count) const {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return calls_.size() >= count; });
+}
+
+void FakeController::waitForClosed(size_t count) const {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return closedByPeer_ >= count; });
+}
+
+/// Waits for something to read, the peer's end included. False when this controller ends.
+bool FakeController::waitUntilReadable(int socket) const {
+  pollfd watched{socket, POLLIN, 0};
+  while (poll(&watched, 1, kPollMilliseconds) <= 0) {
+    const std::lock_guard lock(mutex_);
+    if (ending_) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool FakeController::readWhole(int socket, char* bytes, size_t size) {
+  while (size > 0) {
+    if (!waitUntilReadable(socket)) {
+      return false;
+    }
+    const ssize_t got = recv(socket, bytes, size, 0);
+    if (got <= 0) {
+      return false;
+    }
+    bytes += got;
+    size -= static_cast<size_t>(got);
+  }
+  return true;
+}
+
+void FakeController::serve() {
+  while (waitUntilReadable(listener_)) {
+    const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket < 0) {
+      continue;
+    }
+    {
+      const std::lock_guard lock(mutex_);
+      ++connections_;
+    }
+    const int yes = 1;
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof(yes));
+    serveConnection(socket);
+    close(socket);
+  }
+}
+
+/// Answers calls until one side hangs up.
+void FakeController::serveConnection(int socket) {
+  for (;;) {
+    uint32_t header = 0;
+    if (!readWhole(socket, reinterpret_cast<char*>(&header), sizeof(header))) {
+      const std::lock_guard lock(mutex_);
+      closedByPeer_ += ending_ ? 0 : 1;
+      changed_.notify_all();
+      return;
+    }
+    std::string request(ntohl(header), '\0');
+    if (!readWhole(socket, request.data(), request.size()) || !answerCall(socket, request)) {
+      return;
+    }
+  }
+}
+
+/// Answers one call. False when the connection is to be closed.
+bool FakeController::answerCall(int socket, const std::string& request) {
+  const ReceivedCall call = decode(request);
+  Answer answer;
+  uint64_t untilRelease = 0;
+  std::string bytes;
+  {
+    const std::lock_guard lock(mutex_);
+    answer = next_.empty() ? all_ : next_.front();
+    if (!next_.empty()) {
+      next_.pop_front();
+    }
+    untilRelease = releases_ + 1;
+    bytes = answerBytes(call, answer) + answer.behind;
+    calls_.push_back(call);
+    calls_.back().connection = connections_;
+    changed_.notify_all();
+  }
+  sendAll(socket, std::string_view(bytes).substr(0, answer.sentBytes), answer.byteByByte);
+  if (answer.stalls) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return ending_ || releases_ >= untilRelease; });
+    return false;
+  }
+  return !answer.hangsUp && answer.sentBytes >= bytes.size();
+}
+
+std::string FakeController::answerBytes(const ReceivedCall& call, const Answer& answer) {
+  const std::string& name = answer.name.empty() ? call.method : answer.name;
+  const int32_t sequence = call.sequence + answer.sequenceOffset;
+  const auto message = [&](const std::string& body) {
+    return framed(binaryMessage(name, answer.type, sequence, [](TProtocol& /*body*/) {}) + body);
+  };
+  switch (answer.kind) {
+    case Answer::kResult:
+      return message(result(call));
+    case Answer::kNotReady:
+      return message(notReady());
+    case Answer::kApplicationException:
+      return framed(binaryMessage(name, T_EXCEPTION, sequence, [](TProtocol& protocol) {
+        TApplicationException(TApplicationException::INTERNAL_ERROR, "broken").write(&protocol);
+      }));
+    case Answer::kBytes:
+      return answer.bytes;
+  }
+  throw std::logic_error("an unknown kind of answer");
+}
+
+/// Does what `call` asks and returns the encoded result.
+std::string FakeController::result(const ReceivedCall& call) {
+  if (call.method == "getHeadendConfig") {
+    WebSrv_getHeadendConfig_result result;
+    result.success = config_;
+    result.__isset.success = true;
+    return encode(result);
+  }
+  if (call.method == "getHeadendStatus" || call.method == "setHeadendConfig") {
+    if (call.method == "setHeadendConfig") {
+      config_ = call.config;
+    }
+    WebSrv_getHeadendStatus_result result;
+    result.success = status_;
+    result.__isset.success = true;
+    return encode(result);
+  }
+  if (call.method == "setTDTRFInputConfig") {
+    status_.tdtRFInputs[general::RFInputId::TDT1].config = call.tdt1;
+    status_.tdtRFInputs[general::RFInputId::TDT2].config = call.tdt2;
+  } else if (call.method == "setSATRFInputConfig") {
+    status_.satRFInputs[call.satId].config = call.satConfig;
+  }
+  return encode(WebSrv_setSATRFInputConfig_result());
+}
+
+}  // namespace lineup::test

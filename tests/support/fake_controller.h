@@ -1,0 +1,138 @@
+// A ControllerTask in the test's own process: a real server on a real socket that remembers what it
+// was asked and answers as it is told to, rightly or not.
+
+#pragma once
+
+#include <thrift/protocol/TProtocol.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "hub_module_types.h"
+
+namespace lineup::test {
+
+/// One call as it was received. Of the arguments those of `method` are filled.
+struct ReceivedCall {
+  size_t connection = 0;  ///< which connection it came on; the first is 1
+  std::string method{};
+  apache::thrift::protocol::TMessageType type = apache::thrift::protocol::T_CALL;
+  int32_t sequence = 0;
+  std::string frame{};                                ///< its bytes, without the frame's header
+  korvel::thrift::hub_module::HeadendConfig config;   ///< setHeadendConfig
+  korvel::thrift::hub_module::TDTRFInputConfig tdt1;  ///< setTDTRFInputConfig
+  korvel::thrift::hub_module::TDTRFInputConfig tdt2;
+  korvel::thrift::general::RFInputId::type satId{};  ///< setSATRFInputConfig
+  korvel::thrift::hub_module::SATRFInputConfig satConfig;
+};
+
+/// How one call is answered. The default is the right answer.
+struct Answer {
+  enum Kind {
+    kResult,                ///< does what is asked and sends the result
+    kNotReady,              ///< ControllerTaskIsNotReady
+    kApplicationException,  ///< the library's exception for a failed call
+    kBytes                  ///< `bytes` as they are, frame headers included
+  };
+  static constexpr size_t kAll = std::numeric_limits<size_t>::max();
+
+  Kind kind = kResult;
+  std::string bytes{};
+  std::string name{};  ///< a method name in place of the call's own
+  apache::thrift::protocol::TMessageType type = apache::thrift::protocol::T_REPLY;
+  int32_t sequenceOffset = 0;  ///< added to the call's sequence number
+  std::string behind{};        ///< bytes sent together with the answer, behind its frame
+  size_t sentBytes = kAll;     ///< how much of all this is sent, the frame's header counted
+  bool hangsUp = false;        ///< closes the connection then, also when all was sent
+  bool stalls = false;         ///< then silence until release() instead of hanging up or going on
+  bool byteByByte = false;     ///< each byte in a packet of its own
+};
+
+/// The bytes of a message of the binary protocol: its header, then what `writeBody` writes.
+std::string binaryMessage(
+    const std::string& name, apache::thrift::protocol::TMessageType type, int32_t sequence,
+    const std::function<void(apache::thrift::protocol::TProtocol&)>& writeBody);
+
+/// `message` behind the four bytes that give its length.
+std::string framed(const std::string& message);
+
+/// The frame with which getHeadendConfig or getHeadendStatus (`method`) returns the record whose
+/// binary encoding is `record`, which may be broken.
+std::string recordReply(const std::string& method, const std::string& record);
+
+class FakeController {
+ public:
+  /// Listens on 127.0.0.1; port 0 takes a free one. Raises std::system_error if it cannot.
+  explicit FakeController(uint16_t port = 9190);
+  /// Listens on the Unix socket `path`, which is removed at the end.
+  explicit FakeController(const std::string& path);
+  /// Closes every connection.
+  ~FakeController();
+  FakeController(const FakeController&) = delete;
+  FakeController& operator=(const FakeController&) = delete;
+
+  uint16_t port() const { return port_; }
+
+  /// The records that it keeps and hands out.
+  korvel::thrift::hub_module::HeadendConfig config() const;
+  void setConfig(const korvel::thrift::hub_module::HeadendConfig& config);
+  korvel::thrift::hub_module::HeadendStatus status() const;
+  void setStatus(const korvel::thrift::hub_module::HeadendStatus& status);
+
+  /// The next calls without an answer of their own yet get `answer`, one call each.
+  void answerNext(const Answer& answer);
+  /// All calls that answerNext() says nothing of get `answer`.
+  void answerAll(const Answer& answer);
+
+  /// Ends the silence of the calls that are stalled now; their connections are closed.
+  void release();
+
+  /// The calls received so far.
+  std::vector<ReceivedCall> calls() const;
+  std::vector<std::string> methods() const;
+  /// How many connections were accepted so far.
+  size_t connections() const;
+  /// How many of them the console has closed after its last call was answered in full.
+  size_t closedByPeer() const;
+  /// Waits until `count` calls have been received.
+  void waitForCalls(size_t count) const;
+  /// Waits until the console has closed `count` connections.
+  void waitForClosed(size_t count) const;
+
+ private:
+  void listenOn(int family, const void* address, uint32_t length);
+  void serve();
+  void serveConnection(int socket);
+  bool answerCall(int socket, const std::string& request);
+  std::string answerBytes(const ReceivedCall& call, const Answer& answer);
+  std::string result(const ReceivedCall& call);
+  bool readWhole(int socket, char* bytes, size_t size);
+  bool waitUntilReadable(int socket) const;
+
+  int listener_ = -1;
+  uint16_t port_ = 0;
+  std::string path_{};
+
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  korvel::thrift::hub_module::HeadendConfig config_;
+  korvel::thrift::hub_module::HeadendStatus status_;
+  std::deque<Answer> next_;
+  Answer all_;
+  std::vector<ReceivedCall> calls_;
+  size_t connections_ = 0;
+  size_t closedByPeer_ = 0;
+  uint64_t releases_ = 0;
+  bool ending_ = false;
+
+  std::thread thread_;
+};
+
+}  // namespace lineup::test

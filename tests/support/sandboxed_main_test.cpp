@@ -1,0 +1,47 @@
+// Each of these finds the controller's port free and the catalogue's folder empty, whatever else
+// runs.
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "simulator/sandbox.h"
+
+namespace lineup::test {
+namespace {
+
+void serveAndWrite() {
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  const int on = 1;
+  setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(kHeadendPort);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener, 1), 0);
+  const int client = socket(AF_INET, SOCK_STREAM, 0);
+  EXPECT_EQ(connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  close(client);
+  close(listener);
+
+  ASSERT_TRUE(std::filesystem::is_empty(kCatalogueFolder));
+  std::ofstream(kCataloguePath) << "data";
+  EXPECT_EQ(std::filesystem::file_size(kCataloguePath), 4U);
+  std::filesystem::remove(kCataloguePath);
+}
+
+TEST(SandboxedMain, GivesATestThePortAndTheFolder) {
+  serveAndWrite();
+}
+
+TEST(SandboxedMain, GivesAnotherTestTheSame) {
+  serveAndWrite();
+}
+
+}  // namespace
+}  // namespace lineup::test

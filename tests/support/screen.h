@@ -1,0 +1,53 @@
+// What a person sees of a program's output on a terminal.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lineup::test {
+
+/// A terminal's screen that understands what programs send to xterm and vt100. Every letter takes
+/// one column; what does not change the text, such as colours, is left out.
+class Screen {
+ public:
+  Screen(std::size_t rows, std::size_t columns);
+
+  /// Shows `output`, which may end within an escape sequence or a letter. Raises
+  /// std::runtime_error for a sequence that it does not know.
+  void show(std::string_view output);
+
+  /// Takes a new size, with lines wrapped anew for it.
+  void resize(std::size_t rows, std::size_t columns);
+
+  /// The rows down to the last with text or cursor, without blanks at their ends, joined by line
+  /// feeds. '|' stands before the letter at the cursor.
+  std::string text() const;
+
+ private:
+  using Letters = std::vector<std::string>;
+  struct Row {
+    Letters letters;         ///< as many as there are columns
+    bool continued = false;  ///< whether the text goes on in the next row
+  };
+
+  std::size_t showSome(std::string_view output);
+  std::size_t showEscape(std::string_view output);
+  void control(char final, const std::vector<std::size_t>& parameters);
+  void put(std::string_view letter);
+  void lineFeed();
+  void eraseInDisplay(std::size_t what);
+  void eraseInLine(std::size_t what);
+  Row blankRow() const;
+
+  std::size_t columns_;
+  std::vector<Row> rows_;
+  std::size_t row_ = 0;
+  std::size_t column_ = 0;  ///< columns_ when the last letter filled the row
+  bool inserting_ = false;
+  std::string unfinished_{};
+};
+
+}  // namespace lineup::test

@@ -1,0 +1,36 @@
+// A folder of a test's own.
+
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>  // mkdtemp
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace lineup::test {
+
+/// An empty folder that is removed with all it holds.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() : path_(testing::TempDir() + "console-test-XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) {
+      throw std::runtime_error("cannot make the folder " + path_);
+    }
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace lineup::test

@@ -1,0 +1,243 @@
+// Makes one call of a running program fail. Loaded with LD_PRELOAD and told by the environment:
+//
+//   FAULT_KIND   which calls count: a name of kKinds
+//   FAULT_AT     the number of the call that fails, from 1; 0 for none
+//   FAULT_ON     "once", or "on" when all later calls fail, too
+//   FAULT_COUNT  a file that receives the number of calls made, at the program's end
+//
+// The console has one thread, and so have these counts.
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <new>
+
+namespace {
+
+struct Plan {
+  const char* kind = nullptr;
+  long at = 0;
+  bool on = false;
+  const char* countFile = nullptr;
+  long calls = 0;
+};
+
+Plan plan;
+
+/// Whether the program itself has begun: what the loader and the sanitizers do before is not its
+/// own.
+bool started = false;
+
+__attribute__((constructor)) void start() {
+  plan.kind = std::getenv("FAULT_KIND");
+  const char* const at = std::getenv("FAULT_AT");
+  plan.at = at == nullptr ? 0 : std::atol(at);
+  const char* const on = std::getenv("FAULT_ON");
+  plan.on = on != nullptr && std::strcmp(on, "on") == 0;
+  plan.countFile = std::getenv("FAULT_COUNT");
+  started = plan.kind != nullptr;
+}
+
+template <class Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+__attribute__((destructor)) void finish() {
+  started = false;
+  if (plan.countFile == nullptr) {
+    return;
+  }
+  const int file =
+      next<int(const char*, int, ...)>("open")(plan.countFile, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  char text[32];
+  const int length = std::snprintf(text, sizeof text, "%ld\n", plan.calls);
+  next<ssize_t(int, const void*, size_t)>("write")(file, text, static_cast<size_t>(length));
+  next<int(int)>("close")(file);
+}
+
+/// Counts a call of the kind; true if it is to fail.
+bool fails(const char* kind) {
+  if (!started || std::strcmp(kind, plan.kind) != 0) {
+    return false;
+  }
+  ++plan.calls;
+  return plan.at > 0 && (plan.on ? plan.calls >= plan.at : plan.calls == plan.at);
+}
+
+template <class Result>
+Result failWith(int error, Result result) {
+  errno = error;
+  return result;
+}
+
+/// How much waiting has been left out so far.
+timespec skipped{};
+
+timespec sum(const timespec& a, const timespec& b) {
+  constexpr long kSecond = 1'000'000'000;
+  const long nanoseconds = a.tv_nsec + b.tv_nsec;
+  return {a.tv_sec + b.tv_sec + nanoseconds / kSecond, nanoseconds % kSecond};
+}
+
+/// SQLite reads and writes with the p-calls; nothing else in the console does.
+constexpr const char* kDatabase = "database";
+
+}  // namespace
+
+extern "C" {
+
+// The C library's own, under names that stay its own.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void* __libc_malloc(size_t size);
+void* __libc_realloc(void* block, size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
+
+int socket(int domain, int type, int protocol) {
+  static auto* const real = next<int(int, int, int)>("socket");
+  return fails("socket") ? failWith(EMFILE, -1) : real(domain, type, protocol);
+}
+
+int connect(int descriptor, const sockaddr* address, socklen_t length) {
+  static auto* const real = next<int(int, const sockaddr*, socklen_t)>("connect");
+  return fails("connect") ? failWith(ENETUNREACH, -1) : real(descriptor, address, length);
+}
+
+ssize_t send(int descriptor, const void* data, size_t size, int flags) {
+  static auto* const real = next<ssize_t(int, const void*, size_t, int)>("send");
+  return fails("send") ? failWith<ssize_t>(ECONNRESET, -1) : real(descriptor, data, size, flags);
+}
+
+ssize_t recv(int descriptor, void* data, size_t size, int flags) {
+  static auto* const real = next<ssize_t(int, void*, size_t, int)>("recv");
+  return fails("recv") ? failWith<ssize_t>(ECONNRESET, -1) : real(descriptor, data, size, flags);
+}
+
+int poll(pollfd* descriptors, nfds_t count, int timeout) {
+  static auto* const real = next<int(pollfd*, nfds_t, int)>("poll");
+  return fails("poll") ? failWith(ENOMEM, -1) : real(descriptors, count, timeout);
+}
+
+/// A mere wait takes no time: the clock below is set forward instead.
+int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* mask) {
+  static auto* const real = next<int(pollfd*, nfds_t, const timespec*, const sigset_t*)>("ppoll");
+  if (count == 0 && timeout != nullptr) {
+    skipped = sum(skipped, *timeout);
+    return 0;
+  }
+  return fails("poll") ? failWith(ENOMEM, -1) : real(descriptors, count, timeout, mask);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  static auto* const real = next<int(clockid_t, timespec*)>("clock_gettime");
+  const int result = real(clock, time);
+  *time = sum(*time, skipped);
+  return result;
+}
+
+int open(const char* path, int flags, ...) {
+  static auto* const real = next<int(const char*, int, ...)>("open");
+  va_list arguments;
+  va_start(arguments, flags);
+  const unsigned mode = va_arg(arguments, unsigned);
+  va_end(arguments);
+  return fails("open") ? failWith(EMFILE, -1) : real(path, flags, mode);
+}
+
+int open64(const char* path, int flags, ...) {
+  static auto* const real = next<int(const char*, int, ...)>("open64");
+  va_list arguments;
+  va_start(arguments, flags);
+  const unsigned mode = va_arg(arguments, unsigned);
+  va_end(arguments);
+  return fails("open") ? failWith(EMFILE, -1) : real(path, flags, mode);
+}
+
+int mkstemps(char* path, int suffixLength) {
+  static auto* const real = next<int(char*, int)>("mkstemps");
+  return fails("open") ? failWith(EACCES, -1) : real(path, suffixLength);
+}
+
+ssize_t write(int descriptor, const void* data, size_t size) {
+  static auto* const real = next<ssize_t(int, const void*, size_t)>("write");
+  return fails("write") ? failWith<ssize_t>(ENOSPC, -1) : real(descriptor, data, size);
+}
+
+ssize_t read(int descriptor, void* data, size_t size) {
+  static auto* const real = next<ssize_t(int, void*, size_t)>("read");
+  return fails("read") ? failWith<ssize_t>(EIO, -1) : real(descriptor, data, size);
+}
+
+int close(int descriptor) {
+  static auto* const real = next<int(int)>("close");
+  if (fails("close")) {
+    real(descriptor);  // a close that fails has closed all the same
+    return failWith(EIO, -1);
+  }
+  return real(descriptor);
+}
+
+int syncfs(int descriptor) noexcept {
+  static auto* const real = next<int(int)>("syncfs");
+  return fails("syncfs") ? failWith(EIO, -1) : real(descriptor);
+}
+
+ssize_t pread64(int descriptor, void* data, size_t size, off64_t offset) {
+  static auto* const real = next<ssize_t(int, void*, size_t, off64_t)>("pread64");
+  return fails(kDatabase) ? failWith<ssize_t>(EIO, -1) : real(descriptor, data, size, offset);
+}
+
+int fstat(int descriptor, struct stat* status) noexcept {
+  static auto* const real = next<int(int, struct stat*)>("fstat");
+  return fails(kDatabase) ? failWith(EIO, -1) : real(descriptor, status);
+}
+
+int fcntl64(int descriptor, int command, ...) {
+  static auto* const real = next<int(int, int, ...)>("fcntl64");
+  va_list arguments;
+  va_start(arguments, command);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  return fails(kDatabase) ? failWith(EIO, -1) : real(descriptor, command, argument);
+}
+
+// Allocations by the C library's names: those of SQLite and of the Thrift library's buffers. With a
+// sanitizer in the program these stay its own.
+#ifndef FAULTS_LEAVE_MALLOC
+void* malloc(size_t size) {
+  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : __libc_malloc(size);
+}
+
+void* realloc(void* block, size_t size) {
+  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : __libc_realloc(block, size);
+}
+#endif
+
+}  // extern "C"
+
+void* operator new(size_t size) {
+  static auto* const real = next<void*(size_t)>("_Znwm");
+  if (fails("new")) {
+    throw std::bad_alloc();
+  }
+  return real(size);
+}
+
+void* operator new[](size_t size) {
+  static auto* const real = next<void*(size_t)>("_Znam");
+  if (fails("new")) {
+    throw std::bad_alloc();
+  }
+  return real(size);
+}
