@@ -35,7 +35,7 @@ function(add_thrift_library target)
   list(TRANSFORM ARG_DEFINITIONS PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
   set(commands)
   foreach(definition IN LISTS ARG_DEFINITIONS)
-    list(APPEND commands COMMAND "${THRIFT_COMPILER}" --gen cpp:no_skeleton,moveable_types
+    list(APPEND commands COMMAND "${THRIFT_COMPILER}" --gen cpp:no_skeleton,moveable_types,no_ostream_operators
          -out "${directory}" "${definition}")
   endforeach()
   list(APPEND commands COMMAND sed -i "s/^  enum type {/  enum type : int32_t {/" ${headers})
