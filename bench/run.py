@@ -1,0 +1,347 @@
+#!/usr/bin/env python3
+"""Measures the console side by side with its peers and prints the table of docs/performance.md.
+
+Run by scripts/bench, inside a headend's sandbox. Whatever is compared is run in turns, several
+rounds, so that a machine whose speed changes changes it for all of them. Times are medians.
+"""
+
+import json
+import os
+import platform
+import pty
+import shutil
+import sqlite3
+import statistics
+import subprocess
+import sys
+import tempfile
+from dataclasses import dataclass
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parent.parent
+BUILD = PROJECT / "build"
+BIN = BUILD / "release" / "bin"
+CONSOLE = str(BIN / "lineup-console")
+BARE = str(BIN / "bench-bare")
+EMPTY = str(BIN / "bench-empty")
+NO_SYNC = str(BUILD / "release" / "bench" / "libbench-no-sync.so")
+CATALOGUE = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite"
+
+REDIS_PORT = "6399"
+REDIS = "redis-cli -p " + REDIS_PORT
+
+QUICK = "--quick" in sys.argv
+ROUNDS = 2 if QUICK else 5
+
+
+@dataclass
+class Figure:
+    """A command's median wall time and its mean processor time, in seconds."""
+    wall: float
+    cpu: float
+
+
+@dataclass
+class Row:
+    what: str
+    console: str
+    peer: str
+    figure: str
+    ratio: float
+    aim: float
+    note: str = ""
+
+    def cells(self):
+        met = "yes" if self.ratio <= self.aim else "**no**"
+        return [self.what, self.console, self.peer, self.figure, f"{self.ratio:.2f}", f"{self.aim:g}",
+                met, self.note]
+
+
+ROWS = []
+
+
+def add_row(*values, **named):
+    row = Row(*values, **named)
+    ROWS.append(row)
+    print("  ".join(row.cells()), file=sys.stderr)
+
+
+def shown(seconds):
+    return f"{seconds * 1e3:.2f} ms" if seconds < 0.1 else f"{seconds * 1e3:.0f} ms"
+
+
+def compare(*commands, runs, shell=True, prepare=None):
+    """The figures of the commands, in their order."""
+    options = ["--style", "none", "--warmup", "1", "--runs", str(3 if QUICK else runs)]
+    options += ["--shell", "sh"] if shell else ["-N"]
+    if prepare:
+        options += [word for command in prepare for word in ("--prepare", command)]
+    times = [[] for _ in commands]
+    cpu = [[] for _ in commands]
+    with tempfile.NamedTemporaryFile() as export:
+        for _ in range(ROUNDS):
+            subprocess.run(["hyperfine", *options, "--export-json", export.name, *commands], check=True,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            results = json.loads(Path(export.name).read_text())["results"]
+            for index, result in enumerate(results):
+                times[index] += result["times"]
+                cpu[index].append(result["user"] + result["system"])
+    return [Figure(statistics.median(times[i]), statistics.median(cpu[i]))
+            for i in range(len(commands))]
+
+
+def add_times(what, figures, peer, aim):
+    console, other = figures
+    add_row(what, shown(console.wall), peer, shown(other.wall), console.wall / other.wall, aim,
+            note=f"CPU {console.cpu / other.cpu:.2f}")
+
+
+def script(folder, name, lines):
+    path = folder / name
+    path.write_text("\n".join(lines) + "\n")
+    return path
+
+
+def console_session(path):
+    return f"{CONSOLE} < {path}"
+
+
+def output_of(command):
+    return subprocess.run(command, shell=True, check=True, stdout=subprocess.PIPE).stdout
+
+
+# ---- what is measured on
+
+
+def start_simulator(folder):
+    simulator = subprocess.Popen(
+        [BIN / "headend-simulator", "--state", folder / "headend.json"], stdout=subprocess.PIPE,
+        text=True)
+    while "ready" not in simulator.stdout.readline():
+        pass
+    # What it says of each call is taken from it by a process that does nothing else.
+    subprocess.Popen(["cat"], stdin=simulator.stdout, stdout=subprocess.DEVNULL)
+    simulator.stdout.close()
+    return simulator
+
+
+def start_redis(folder):
+    server = subprocess.Popen(
+        ["redis-server", "--port", REDIS_PORT, "--bind", "127.0.0.1", "--save", "", "--dir", folder],
+        stdout=subprocess.DEVNULL)
+    while subprocess.run(f"{REDIS} ping", shell=True, stdout=subprocess.PIPE,
+                         stderr=subprocess.DEVNULL).stdout != b"PONG\n":
+        pass
+    return server
+
+
+def restore(path):
+    subprocess.run([CONSOLE, "--restore", path], check=True, stdout=subprocess.DEVNULL)
+
+
+def make_lineups(folder, counts):
+    """Files of configurations with so many services of the catalogue, on both lineups."""
+    files = {}
+    for count in counts:
+        files[count] = folder / f"lineup-{count}.json"
+        lines = ["clear"] + ["adddvb 17"] * count + [f"save {files[count]}"]
+        output_of(console_session(script(folder, "make", lines)))
+    return files
+
+
+def make_big_catalogue():
+    """100,000 satellite services like one that is there; "needle" is in the names of ten."""
+    with sqlite3.connect(CATALOGUE) as catalogue:
+        like = list(catalogue.execute("SELECT * FROM availableSatService").fetchone())
+        catalogue.execute("DELETE FROM availableSatService")
+        names = [column[1] for column in catalogue.execute("PRAGMA table_info(availableSatService)")]
+        number, name = names.index("service_id"), names.index("service_name")
+
+        def row(i):
+            like[number] = 100_000 + i
+            like[name] = f"Needle {i}" if i % 10_000 == 0 else f"Channel {i}"
+            return like
+        places = ", ".join("?" * len(like))
+        catalogue.executemany(f"INSERT INTO availableSatService VALUES({places})",
+                              (list(row(i)) for i in range(100_000)))
+
+
+# ---- the rows
+
+
+def start(_folder):
+    figures = compare(f"{CONSOLE} --version", "sqlite3 -version", "redis-cli --version", EMPTY,
+                      runs=200, shell=False)
+    for index, (peer, aim) in enumerate([("sqlite3 -version", 1), ("redis-cli --version", 1),
+                                         ("empty program", 1.2)]):
+        add_times("start to exit, `--version`", [figures[0], figures[index + 1]], peer, aim)
+
+
+def first_prompt(folder):
+    size = int(output_of(f"{BARE} size"))
+    value = folder / "value"
+    value.write_bytes(b"x" * size)
+    output_of(f"{REDIS} -x set config < {value}")
+    figures = compare(CONSOLE, f"{REDIS} get config", runs=200, shell=False)
+    add_times("start, fetch, first prompt, quit", figures, f"redis-cli get of {size} B", 1)
+
+
+def calls(folder, lineups):
+    for count, lineup in lineups.items():
+        times = max(10, min(1000, 30_000 // count))
+        restore(lineup)
+        for command, call in (("reset", "fetch"), ("commit", "commit")):
+            session = console_session(script(folder, command, [command] * times))
+            figures = compare(session, f"{BARE} {call} {times}", runs=5)
+            add_times(f"{call} of {count:,} services", figures, "bare client", 1.05)
+
+
+def entries(folder, empty):
+    walls = []
+    for count in (1000, 10_000):
+        session = script(folder, "addenc", ["addenc 3 0"] * count + ["commit"])
+        sets = script(folder, "sets", [f"SET service:{i} ENC" for i in range(count)])
+        figures = compare(console_session(session), f"{REDIS} < {sets}", runs=5,
+                          prepare=[f"{CONSOLE} --restore {empty}", f"{REDIS} flushall"])
+        walls.append(figures[0].wall)
+        add_times(f'{count:,} "addenc", commit', figures, "redis-cli, SET", 1)
+    add_growth('"addenc", commit: growth from 1,000 to 10,000', walls)
+
+
+def reserved_slots(folder, empty):
+    walls = []
+    for count in (1000, 10_000):
+        half = count // 2
+        session = script(folder, "slots", ["rfaddempty 1"] * half + ["rfaddenc 3 0"] * half)
+        walls.append(compare(console_session(session), runs=5,
+                             prepare=[f"{CONSOLE} --restore {empty}"])[0].wall)
+    add_growth("half reserving slots, half filling them: growth", walls)
+
+
+def add_growth(what, walls):
+    add_row(what, shown(walls[1]), "1,000 of them", shown(walls[0]), walls[1] / walls[0], 11)
+
+
+def show(folder, lineups):
+    for count in (1000, 10_000):
+        restore(lineups[count])
+        times = 20_000 // count
+        figures = compare(console_session(script(folder, "show", ["show"] * times)),
+                          f"{BARE} show {times}", runs=5)
+        add_times(f'"show" of {count:,} services', figures, "bare debug protocol", 1.1)
+
+
+def files(folder, lineups):
+    for count in (1000, 10_000):
+        restore(lineups[count])
+        times = 20_000 // count
+        copy = folder / "copy.json"
+        # With a change pending, "save" fetches nothing first.
+        saves = script(folder, "save", ["id 1"] + [f"save {copy}"] * times)
+        restores = script(folder, "restore", [f"restore {lineups[count]}"] * times)
+        for what, session, bare in (("save", saves, f"{BARE} save {times} {copy}"),
+                                    ("restore", restores, f"{BARE} restore {times} {lineups[count]}")):
+            figures = compare(f"LD_PRELOAD={NO_SYNC} {console_session(session)}", bare, runs=5)
+            add_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
+
+
+def find(folder):
+    times = 10
+    needle = "SELECT * FROM availableSatService WHERE service_name LIKE '%needle%';"
+    figures = compare(console_session(script(folder, "find", ["findsat needle"] * times)),
+                      f"sqlite3 {CATALOGUE} < {script(folder, 'select', [needle] * times)}", runs=5)
+    add_times("find of 10 in 100,000 rows", figures, "sqlite3, same select", 1)
+
+    listing = console_session(script(folder, "list", ["findsat channel"]))
+    bare = f"{BARE} find 1 channel"
+    if output_of(bare) not in output_of(listing):
+        sys.exit("the bare loop prints other lines than the console")
+    everything = script(folder, "everything", [needle.replace("needle", "channel")])
+    figures = compare(listing, bare, f"sqlite3 {CATALOGUE} < {everything}", runs=5)
+    add_times("find listing 100,000 rows", figures[:2], "bare loop", 1.3)
+    add_row("the same", shown(figures[0].wall), "sqlite3, same select", shown(figures[2].wall),
+            figures[0].wall / figures[2].wall, float("inf"))
+
+    beyond = (peak_memory(listing) - peak_memory(bare)) / 100_000
+    add_row("the same: memory a row beyond the bare loop's", f"{beyond:,.0f} B", "limit", "2,048 B",
+            beyond / 2048, 1)
+
+
+def peak_memory(command):
+    """Bytes that the command's process had resident at most."""
+    process = subprocess.Popen(["sh", "-c", "exec " + command], stdout=subprocess.DEVNULL)
+    _, _, usage = os.wait4(process.pid, 0)
+    process.returncode = 0
+    return usage.ru_maxrss * 1024
+
+
+def memory_at_prompt(command, prompt):
+    """Bytes resident when the command waits at its prompt on a terminal."""
+    child, terminal = pty.fork()
+    if child == 0:
+        os.environ["TERM"] = "xterm"
+        os.execvp(command[0], command)
+    said = b""
+    while prompt not in said:
+        said += os.read(terminal, 4096)
+    status = Path(f"/proc/{child}/status").read_text()
+    os.kill(child, 9)
+    os.close(terminal)
+    os.waitpid(child, 0)
+    return int(status.split("VmRSS:")[1].split()[0]) * 1024
+
+
+def memory(lineups):
+    redis = memory_at_prompt(["redis-cli", "-p", REDIS_PORT], b"> ")
+    shell = memory_at_prompt(["sqlite3", CATALOGUE], b"sqlite> ")
+    for count in (0, 1000):
+        restore(lineups[count])
+        console = memory_at_prompt([CONSOLE], b"> ")
+        for peer, bytes_used, aim in (("redis-cli", redis, 1 if count == 0 else float("inf")),
+                                      ("sqlite3", shell, float("inf"))):
+            add_row(f"resident at the prompt, {count:,} services", f"{console / 1e6:.2f} MB", peer,
+                    f"{bytes_used / 1e6:.2f} MB", console / bytes_used, aim)
+
+
+def sizes(folder):
+    for preset, strip in (("release", "strip"), ("armhf", "arm-linux-gnueabihf-strip")):
+        stripped = folder / "stripped"
+        subprocess.run([strip, "-o", stripped, BUILD / preset / "bin" / "lineup-console"], check=True)
+        size = stripped.stat().st_size
+        arch = platform.machine() if preset == "release" else preset
+        add_row(f"stripped size, {arch}", f"{size:,} B", "limit", "1,000,000 B", size / 1e6, 1)
+
+
+def print_table():
+    head = ["What", "Console", "Against", "Its figure", "Ratio", "Aim", "Met", ""]
+    print("| " + " | ".join(head) + " |")
+    print("|---|---:|---|---:|---:|---:|---|---|")
+    for row in ROWS:
+        print("| " + " | ".join("–" if cell == "inf" else cell for cell in row.cells()) + " |")
+
+
+def main():
+    with tempfile.TemporaryDirectory(dir=BUILD) as name:
+        folder = Path(name)
+        servers = [start_simulator(folder), start_redis(folder)]
+        empty, *_ = lineups = make_lineups(folder, (0, 10, 100, 1000, 10_000))
+        restore(lineups[empty])
+        start(folder)
+        first_prompt(folder)
+        calls(folder, {count: file for count, file in lineups.items() if count > 0})
+        entries(folder, lineups[0])
+        reserved_slots(folder, lineups[0])
+        show(folder, lineups)
+        files(folder, lineups)
+        memory(lineups)
+        restore(lineups[0])
+        make_big_catalogue()
+        find(folder)
+        sizes(folder)
+        for server in servers:
+            server.terminate()
+            server.wait()
+    print_table()
+
+
+main()
