@@ -15,6 +15,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import termios
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -31,6 +32,7 @@ REDIS_PORT = "6399"
 REDIS = "redis-cli -p " + REDIS_PORT
 
 QUICK = "--quick" in sys.argv
+CHOSEN = [word for word in sys.argv[1:] if word != "--quick"]
 ROUNDS = 2 if QUICK else 5
 
 
@@ -169,7 +171,7 @@ def make_big_catalogue():
 # ---- the rows
 
 
-def start(_folder):
+def start(_folder, _lineups):
     figures = compare(f"{CONSOLE} --version", "sqlite3 -version", "redis-cli --version", EMPTY,
                       runs=200, shell=False)
     for index, (peer, aim) in enumerate([("sqlite3 -version", 1), ("redis-cli --version", 1),
@@ -177,7 +179,7 @@ def start(_folder):
         add_times("start to exit, `--version`", [figures[0], figures[index + 1]], peer, aim)
 
 
-def first_prompt(folder):
+def first_prompt(folder, _lineups):
     size = int(output_of(f"{BARE} size"))
     value = folder / "value"
     value.write_bytes(b"x" * size)
@@ -187,7 +189,7 @@ def first_prompt(folder):
 
 
 def calls(folder, lineups):
-    for count, lineup in lineups.items():
+    for count, lineup in list(lineups.items())[1:]:
         times = max(10, min(1000, 30_000 // count))
         restore(lineup)
         for command, call in (("reset", "fetch"), ("commit", "commit")):
@@ -196,25 +198,25 @@ def calls(folder, lineups):
             add_times(f"{call} of {count:,} services", figures, "bare client", 1.05)
 
 
-def entries(folder, empty):
+def entries(folder, lineups):
     walls = []
     for count in (1000, 10_000):
         session = script(folder, "addenc", ["addenc 3 0"] * count + ["commit"])
         sets = script(folder, "sets", [f"SET service:{i} ENC" for i in range(count)])
         figures = compare(console_session(session), f"{REDIS} < {sets}", runs=5,
-                          prepare=[f"{CONSOLE} --restore {empty}", f"{REDIS} flushall"])
+                          prepare=[f"{CONSOLE} --restore {lineups[0]}", f"{REDIS} flushall"])
         walls.append(figures[0].wall)
         add_times(f'{count:,} "addenc", commit', figures, "redis-cli, SET", 1)
     add_growth('"addenc", commit: growth from 1,000 to 10,000', walls)
 
 
-def reserved_slots(folder, empty):
+def reserved_slots(folder, lineups):
     walls = []
     for count in (1000, 10_000):
         half = count // 2
         session = script(folder, "slots", ["rfaddempty 1"] * half + ["rfaddenc 3 0"] * half)
         walls.append(compare(console_session(session), runs=5,
-                             prepare=[f"{CONSOLE} --restore {empty}"])[0].wall)
+                             prepare=[f"{CONSOLE} --restore {lineups[0]}"])[0].wall)
     add_growth("half reserving slots, half filling them: growth", walls)
 
 
@@ -245,7 +247,8 @@ def files(folder, lineups):
             add_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
 
 
-def find(folder):
+def find(folder, _lineups):
+    make_big_catalogue()
     times = 10
     needle = "SELECT * FROM availableSatService WHERE service_name LIKE '%needle%';"
     figures = compare(console_session(script(folder, "find", ["findsat needle"] * times)),
@@ -280,6 +283,7 @@ def memory_at_prompt(command, prompt):
     child, terminal = pty.fork()
     if child == 0:
         os.environ["TERM"] = "xterm"
+        termios.tcsetwinsize(0, (24, 80))
         os.execvp(command[0], command)
     said = b""
     while prompt not in said:
@@ -291,7 +295,7 @@ def memory_at_prompt(command, prompt):
     return int(status.split("VmRSS:")[1].split()[0]) * 1024
 
 
-def memory(lineups):
+def memory(_folder, lineups):
     redis = memory_at_prompt(["redis-cli", "-p", REDIS_PORT], b"> ")
     shell = memory_at_prompt(["sqlite3", CATALOGUE], b"sqlite> ")
     for count in (0, 1000):
@@ -303,7 +307,7 @@ def memory(lineups):
                     f"{bytes_used / 1e6:.2f} MB", console / bytes_used, aim)
 
 
-def sizes(folder):
+def sizes(folder, _lineups):
     for preset, strip in (("release", "strip"), ("armhf", "arm-linux-gnueabihf-strip")):
         stripped = folder / "stripped"
         subprocess.run([strip, "-o", stripped, BUILD / preset / "bin" / "lineup-console"], check=True)
@@ -320,24 +324,21 @@ def print_table():
         print("| " + " | ".join("–" if cell == "inf" else cell for cell in row.cells()) + " |")
 
 
+MEASUREMENTS = [start, first_prompt, calls, entries, reserved_slots, show, files, memory, find, sizes]
+
+
 def main():
+    unknown = set(CHOSEN) - {measure.__name__ for measure in MEASUREMENTS}
+    if unknown:
+        sys.exit(f"no such measurement: {' '.join(unknown)}")
     with tempfile.TemporaryDirectory(dir=BUILD) as name:
         folder = Path(name)
         servers = [start_simulator(folder), start_redis(folder)]
-        empty, *_ = lineups = make_lineups(folder, (0, 10, 100, 1000, 10_000))
-        restore(lineups[empty])
-        start(folder)
-        first_prompt(folder)
-        calls(folder, {count: file for count, file in lineups.items() if count > 0})
-        entries(folder, lineups[0])
-        reserved_slots(folder, lineups[0])
-        show(folder, lineups)
-        files(folder, lineups)
-        memory(lineups)
-        restore(lineups[0])
-        make_big_catalogue()
-        find(folder)
-        sizes(folder)
+        lineups = make_lineups(folder, (0, 10, 100, 1000, 10_000))
+        for measure in MEASUREMENTS:
+            if not CHOSEN or measure.__name__ in CHOSEN:
+                restore(lineups[0])
+                measure(folder, lineups)
         for server in servers:
             server.terminate()
             server.wait()
