@@ -11,13 +11,15 @@
 #include <string>
 
 #include "controller/bounded_protocol.h"
+#include "controller/frame_transport.h"
 
 namespace lineup {
 
-/// A TBinaryProtocol that reads headers of fields and containers by itself. The library takes any
+/// A binary protocol that reads headers of fields and containers by itself. The library takes any
 /// byte for one of its types and multiplies a count before anyone could check it, neither of which
 /// C++ defines. Raises TProtocolException for a type that there is not and for a negative count.
-class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocol {
+/// It knows its transport's class, so that a value is taken out of the frame without a virtual call.
+class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<FrameTransport> {
  public:
   using TBinaryProtocolT::TBinaryProtocolT;
   using TType = apache::thrift::protocol::TType;
