@@ -4,8 +4,8 @@
 #include <thrift/transport/TFDTransport.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 #include "controller/unlimited.h"
@@ -26,6 +26,13 @@ std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
   return transport;
 }
 
+uint64_t sizeOf(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
+             ? static_cast<uint64_t>(status.st_size)
+             : BoundedSource::kUnknown;
+}
+
 }  // namespace
 
 Descriptor::~Descriptor() {
@@ -36,29 +43,18 @@ Descriptor::~Descriptor() {
 
 FileTransport::FileTransport(Descriptor& descriptor)
     : TBufferedTransport(nullptr, kBufferSize, kBufferSize, unlimited()),
-      descriptor_(descriptor.number()) {
+      descriptor_(descriptor.number()),
+      size_(sizeOf(descriptor.number())) {
   transport_ = takeOver(descriptor);
 }
 
-uint64_t FileTransport::size() const {
-  struct stat status {};
-  return fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)
-             ? static_cast<uint64_t>(status.st_size)
-             : kUnknown;
-}
-
 uint64_t FileTransport::bytesLeft() const {
-  const uint64_t total = size();
-  const off_t taken = lseek(descriptor_, 0, SEEK_CUR);
-  if (total == kUnknown || taken < 0) {
-    return kUnknown;
-  }
-  const uint64_t used = static_cast<uint64_t>(taken) - static_cast<uint64_t>(rBound_ - rBase_);
-  return used < total ? total - used : 0;
+  return size_ == kUnknown ? kUnknown : size_ - std::min(size_, taken_);
 }
 
 uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
   const uint32_t read = TBufferedTransport::readAll(buffer, length);
+  taken_ += read;
   for (uint32_t index = 0; index < read; ++index) {
     note(static_cast<char>(buffer[index]));
   }
@@ -66,14 +62,17 @@ uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
 }
 
 void FileTransport::note(char character) {
-  constexpr std::string_view kDigits = "0123456789";
-  constexpr std::string_view kOtherNumberCharacters = "+-.eE";
   digitsBeforeLastButOne_ = std::exchange(digitsBeforeLast_, digits_);
   last_ = character;
-  if (kDigits.find(character) != std::string_view::npos) {
-    ++digits_;
-  } else if (kOtherNumberCharacters.find(character) == std::string_view::npos) {
-    digits_ = 0;
+  switch (character) {
+    case '+':
+    case '-':
+    case '.':
+    case 'e':
+    case 'E':
+      break;
+    default:
+      digits_ = character >= '0' && character <= '9' ? digits_ + 1 : 0;
   }
 }
 

@@ -37,7 +37,8 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   /// The descriptor, until the transport is closed.
   int descriptor() const { return descriptor_; }
 
-  uint64_t size() const override;
+  /// As the file was when it was opened.
+  uint64_t size() const override { return size_; }
   uint64_t bytesLeft() const override;
 
   uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override;
@@ -54,6 +55,8 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   void note(char character);
 
   const int descriptor_;
+  const uint64_t size_;
+  uint64_t taken_ = 0;  // bytes handed out
   char last_ = '\0';
   uint32_t digits_ = 0;  // in the number that is being read
   uint32_t digitsBeforeLast_ = 0;

@@ -18,7 +18,8 @@ namespace lineup {
 /// A binary protocol that reads headers of fields and containers by itself. The library takes any
 /// byte for one of its types and multiplies a count before anyone could check it, neither of which
 /// C++ defines. Raises TProtocolException for a type that there is not and for a negative count.
-/// It knows its transport's class, so that a value is taken out of the frame without a virtual call.
+/// It knows its transport's class, so that a value is taken out of the frame without a virtual
+/// call.
 class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<FrameTransport> {
  public:
   using TBinaryProtocolT::TBinaryProtocolT;
