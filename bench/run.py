@@ -127,6 +127,19 @@ def start_simulator(folder):
     return simulator
 
 
+def start_controller():
+    controller = subprocess.Popen([BIN / "bench-controller"], stderr=subprocess.DEVNULL)
+    while subprocess.run([BARE, "size"], stdout=subprocess.DEVNULL,
+                         stderr=subprocess.DEVNULL).returncode != 0:
+        pass
+    return controller
+
+
+def stop(process):
+    process.terminate()
+    process.wait()
+
+
 def start_redis(folder):
     server = subprocess.Popen(
         ["redis-server", "--port", REDIS_PORT, "--bind", "127.0.0.1", "--save", "", "--dir", folder],
@@ -324,25 +337,33 @@ def print_table():
         print("| " + " | ".join("–" if cell == "inf" else cell for cell in row.cells()) + " |")
 
 
-MEASUREMENTS = [start, first_prompt, calls, entries, reserved_slots, show, files, memory, find, sizes]
+ON_SIMULATOR = [start, first_prompt]
+ON_CONTROLLER = [calls, entries, reserved_slots, show, files, memory, find, sizes]
 
 
 def main():
-    unknown = set(CHOSEN) - {measure.__name__ for measure in MEASUREMENTS}
+    unknown = set(CHOSEN) - {measure.__name__ for measure in ON_SIMULATOR + ON_CONTROLLER}
     if unknown:
         sys.exit(f"no such measurement: {' '.join(unknown)}")
     with tempfile.TemporaryDirectory(dir=BUILD) as name:
         folder = Path(name)
-        servers = [start_simulator(folder), start_redis(folder)]
+        redis = start_redis(folder)
+        simulator = start_simulator(folder)
         lineups = make_lineups(folder, (0, 10, 100, 1000, 10_000))
-        for measure in MEASUREMENTS:
-            if not CHOSEN or measure.__name__ in CHOSEN:
-                restore(lineups[0])
-                measure(folder, lineups)
-        for server in servers:
-            server.terminate()
-            server.wait()
+        measure_all(ON_SIMULATOR, folder, lineups)
+        stop(simulator)
+        controller = start_controller()
+        measure_all(ON_CONTROLLER, folder, lineups)
+        stop(controller)
+        stop(redis)
     print_table()
+
+
+def measure_all(measurements, folder, lineups):
+    for measure in measurements:
+        if not CHOSEN or measure.__name__ in CHOSEN:
+            restore(lineups[0])
+            measure(folder, lineups)
 
 
 main()

@@ -18,6 +18,8 @@ set_target_properties(Thrift::thrift PROPERTIES
 #
 # Enumerations are generated without a type, and a value that none of them names would then be undefined
 # behaviour. They get the type that they have on the wire, so that whatever another sent is carried on.
+# The records' printTo() is generated virtual, though nothing derives from them, and so would be linked
+# into every program; as it is, it is linked where something is printed.
 function(add_thrift_library target)
   cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES" ${ARGN})
   set(directory "${CMAKE_CURRENT_BINARY_DIR}/generated")
@@ -35,10 +37,12 @@ function(add_thrift_library target)
   list(TRANSFORM ARG_DEFINITIONS PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
   set(commands)
   foreach(definition IN LISTS ARG_DEFINITIONS)
-    list(APPEND commands COMMAND "${THRIFT_COMPILER}" --gen cpp:no_skeleton,moveable_types,no_ostream_operators
+    list(APPEND commands COMMAND "${THRIFT_COMPILER}" --gen cpp:no_skeleton,moveable_types
          -out "${directory}" "${definition}")
   endforeach()
-  list(APPEND commands COMMAND sed -i "s/^  enum type {/  enum type : int32_t {/" ${headers})
+  list(APPEND commands COMMAND sed -i
+       -e "s/^  enum type {/  enum type : int32_t {/" -e "s/^  virtual void printTo(/  void printTo(/"
+       ${headers})
   add_custom_command(OUTPUT ${sources} ${headers} ${commands}
     DEPENDS ${ARG_DEFINITIONS} COMMENT "Generating ${target} from its interface definition" VERBATIM)
   add_library(${target} STATIC ${sources})
