@@ -47,7 +47,9 @@ tSqlite3db::tSqlite3db(const std::string& fileName) {
   if (handle == nullptr) {
     return;  // out of memory: every statement fails
   }
-  sqlite3_exec(handle, "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
+  // A connection selects once, so a page is read once: a few of them, used again and again, cost
+  // less than SQLite's usual two megabytes.
+  sqlite3_exec(handle, "PRAGMA query_only = 1; PRAGMA cache_size = 64", nullptr, nullptr, nullptr);
   sqlite3_set_authorizer(handle, allowReading, nullptr);
   constexpr int kStepsBetweenLooks = 100'000;  // some milliseconds
   sqlite3_progress_handler(handle, kStepsBetweenLooks, breakOffIfSignalled, nullptr);
