@@ -1,5 +1,6 @@
 #include "app/rescue.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -7,6 +8,7 @@
 #include <string>
 
 #include "controller/config_file.h"
+#include "support/ending_signals.h"
 
 namespace lineup {
 
@@ -31,12 +33,27 @@ std::string writeRescueFile(const std::string& folder, const hub_module::Headend
 }
 
 std::string writeRescueFile(const hub_module::HeadendConfig& config) {
+  const EndingSignalsHeld uninterrupted;
   const char* const folder = std::getenv("TMPDIR");
   std::string path;
   if (folder != nullptr && *folder != '\0') {
     path = writeRescueFile(folder, config);
   }
   return path.empty() ? writeRescueFile("/tmp", config) : path;
+}
+
+/// Says `line` on standard error, unless that takes nothing, because nobody reads it, say.
+void say(const std::string& line) {
+  constexpr int kPatience = 1000;  // ms
+  pollfd errors{STDERR_FILENO, POLLOUT, 0};
+  bool taken = false;
+  {
+    const EndingSignalsHeld uninterrupted;
+    taken = poll(&errors, 1, kPatience) != 0;
+  }
+  if (taken) {
+    std::cerr << line + '\n';
+  }
 }
 
 }  // namespace
@@ -48,10 +65,10 @@ void rescuePendingChanges(const LineupEditor& editor) noexcept {
   try {
     const std::string path = writeRescueFile(editor.config);
     if (path.empty()) {
-      std::cerr << "The uncommitted changes could not be written to a file" << std::endl;
+      say("The uncommitted changes could not be written to a file");
     } else {
-      std::cerr << "The uncommitted changes are in " << path << ": \"restore " << path
-                << "\" brings them back and commits them" << std::endl;
+      say("The uncommitted changes are in " + path + ": \"restore " + path +
+          "\" brings them back and commits them");
     }
   } catch (...) {
     // Out of memory: there is nothing left to say it with.

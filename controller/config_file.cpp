@@ -6,10 +6,12 @@
 
 #include <iostream>
 #include <memory>
+#include <utility>
 
 #include "controller/file_protocol.h"
 #include "controller/file_transport.h"
 #include "model/lineup_editor.h"
+#include "support/ending_signals.h"
 
 namespace lineup {
 
@@ -57,12 +59,18 @@ void LineupEditor::saveConfig(const std::string& path) {
   if (!pendingChanges) {
     fetchHeadendConfig();
   }
-  writeConfigFile(path, config);
+  if (writeConfigFile(path, config) != CONFIG_FILE_OK) {
+    endIfSignalled();
+  }
   std::cout << "Saved config to: " << path << std::endl;
 }
 
 void LineupEditor::restoreConfig(const std::string& path) {
-  readConfigFile(path, config);
+  hub_module::HeadendConfig restored = config;
+  if (readConfigFile(path, restored) != CONFIG_FILE_OK) {
+    endIfSignalled();  // with the configuration as it was, not with a part of the file in it
+  }
+  config = std::move(restored);
   commitHeadendConfig();
   std::cout << "Restored config from: " << path << std::endl;
 }

@@ -72,11 +72,13 @@ class LineupEditor {
   // ---- controller/: configuration files and the dump
 
   /// Writes the configuration to `path`: the controller's, fetched first, when nothing is pending,
-  /// else the edited one. Says "Saved config to: " even if that failed.
+  /// else the edited one. Says "Saved config to: " even if that failed, unless a signal cut it
+  /// short, which throws EndedBySignal.
   void saveConfig(const std::string& path);
 
   /// Reads `path` over `config` and commits at once, whatever came of the reading. Says "Restored
-  /// config from: " in every case.
+  /// config from: " in every case. A signal that cuts the reading short throws EndedBySignal, and
+  /// `config` stays as it was.
   void restoreConfig(const std::string& path);
 
   /// Prints `config` field by field.

@@ -13,10 +13,25 @@ constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGTERM};
 // 0 for none.
 volatile std::sig_atomic_t caughtSignal = 0;
 
+// Sends SIGALRM, whose handler does nothing: but the call that is blocked meanwhile fails with
+// EINTR. Again and again, because some callers try again, and because one may come just before the
+// call.
+timer_t interrupter;
+constexpr itimerspec kInterrupt = {.it_interval = {0, 50'000'000}, .it_value = {1, 0}};
+constexpr itimerspec kDoNotInterrupt = {};
+
 void catchSignal(int signal) {
   if (caughtSignal == 0 || caughtSignal == SIGINT) {
     caughtSignal = signal;
   }
+  timer_settime(interrupter, 0, &kInterrupt, nullptr);
+}
+
+void handle(int signal, void (*handler)(int), int flags) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  sigaction(signal, &action, nullptr);
 }
 
 /// Waits with the signals let through only while it waits, so that one that is caught just before
@@ -32,16 +47,15 @@ int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
 }  // namespace
 
 void catchEndingSignals() {
+  timer_create(CLOCK_MONOTONIC, nullptr, &interrupter);
+  handle(
+      SIGALRM, [](int) {}, 0);
   for (const int signal : kEndingSignals) {
     struct sigaction before {};
     sigaction(signal, nullptr, &before);
-    if (before.sa_handler == SIG_IGN) {
-      continue;
+    if (before.sa_handler != SIG_IGN) {
+      handle(signal, catchSignal, SA_RESTART);  // output is not cut short; waits end all the same
     }
-    struct sigaction action {};
-    action.sa_handler = catchSignal;
-    action.sa_flags = SA_RESTART;  // output is not cut short; waits end all the same
-    sigaction(signal, &action, nullptr);
   }
 }
 
@@ -62,6 +76,7 @@ void forgetInterrupt() {
   const EndingSignalsHeld held;
   if (caughtSignal == SIGINT) {
     caughtSignal = 0;
+    timer_settime(interrupter, 0, &kDoNotInterrupt, nullptr);
   }
 }
 
@@ -102,6 +117,7 @@ EndingSignalsHeld::EndingSignalsHeld() {
   for (const int signal : kEndingSignals) {
     sigaddset(&signals, signal);
   }
+  sigaddset(&signals, SIGALRM);
   pthread_sigmask(SIG_BLOCK, &signals, &maskBefore_);
 }
 

@@ -17,6 +17,10 @@ struct EndedBySignal {
 
 /// Catches SIGHUP, SIGINT and SIGTERM from now on. One that the program was started to ignore stays
 /// ignored.
+///
+/// A system call that is blocked when one is caught goes on, and so no output is cut short. But
+/// should the program not end within a second, whatever blocks it, an output that nobody reads,
+/// say, fails with EINTR from then on.
 void catchEndingSignals();
 
 /// Throws EndedBySignal if a signal has been caught. To be called where the program may end:
@@ -41,8 +45,8 @@ void waitForInput(int descriptor);
 /// Ends the program as `signal` does when nobody catches it.
 [[noreturn]] void endBySignal(int signal);
 
-/// Holds the signals back for its lifetime, so that no call in it is interrupted. They arrive
-/// after.
+/// Holds the signals back for its lifetime, so that no call in it is interrupted, however long it
+/// takes. They arrive after.
 class EndingSignalsHeld {
  public:
   EndingSignalsHeld();

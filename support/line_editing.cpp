@@ -87,9 +87,10 @@ class TerminalMode {
  public:
   void keep() { kept_ = tcgetattr(STDIN_FILENO, &mode_) == 0; }
 
-  /// Nothing that was typed is discarded.
+  /// Nothing that was typed is discarded. Output comes first, unless it does not get away.
   void restore() {
-    while (kept_ && tcsetattr(STDIN_FILENO, TCSADRAIN, &mode_) != 0 && errno == EINTR) {
+    if (kept_ && tcsetattr(STDIN_FILENO, TCSADRAIN, &mode_) != 0) {
+      tcsetattr(STDIN_FILENO, TCSANOW, &mode_);
     }
     kept_ = false;
   }

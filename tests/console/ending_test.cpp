@@ -9,6 +9,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -50,24 +52,34 @@ class Ending : public testing::Test {
     return {begin(files), end(files)};
   }
 
-  /// Expects one rescue file, named on standard error, that "restore" sends with headend id 7.
+  /// Expects one rescue file that "restore" sends with headend id 7, and that `outcome` names on
+  /// standard error.
   void expectRescued(const Outcome& outcome, bool terminal) {
-    const std::vector<fs::path> files = rescueFiles();
-    ASSERT_EQ(files.size(), 1U) << outcome.out << outcome.err;
-    const std::string path = files[0].string();
-    struct stat status {};
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0600U);
-    const std::string name = files[0].filename().string();
-    EXPECT_EQ(name.find("lineup-console-rescue-"), 0U);
-    EXPECT_EQ(name.size(), std::string("lineup-console-rescue-XXXXXX.json").size());
+    const std::string path = expectRescueFile();
     const std::string line = "The uncommitted changes are in " + path + ": \"restore " + path +
                              "\" brings them back and commits them";
     EXPECT_NE((terminal ? outcome.out : outcome.err).find(line), std::string::npos)
         << outcome.out << outcome.err;
+  }
+
+  /// Expects the file alone. Returns its path.
+  std::string expectRescueFile() {
+    const std::vector<fs::path> files = rescueFiles();
+    EXPECT_EQ(files.size(), 1U);
+    if (files.size() != 1) {
+      return "no rescue file";
+    }
+    std::string path = files[0].string();
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    const std::string name = files[0].filename().string();
+    EXPECT_TRUE(name.starts_with("lineup-console-rescue-"));
+    EXPECT_EQ(name.size(), std::string("lineup-console-rescue-XXXXXX.json").size());
     const Outcome restored = runConsole({}, "restore " + path + "\n");
     EXPECT_NE(restored.out.find("Restored config from: " + path), std::string::npos);
     EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+    return path;
   }
 
   fs::path folder;
@@ -136,6 +148,50 @@ TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
   EXPECT_EQ(outcome.signal, signal);
   EXPECT_EQ((outcome.out + outcome.err).find("intento: 2"), std::string::npos);
   expectRescued(outcome, terminal);
+}
+
+TEST_P(EndingBySignal, WhileNobodyReadsTheOutputItEndsAllTheSame) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  std::string lines;
+  for (int count = 0; count < 200; ++count) {
+    lines += "show\n";  // together more than a pipe or a terminal holds
+  }
+  console.send(lines);
+  console.waitUntilBlocked();
+  console.signal(signal);
+  console.waitForEnd();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  expectRescueFile();
+  if (!terminal) {
+    expectRescued(outcome, terminal);
+  }
+}
+
+TEST_P(EndingBySignal, WhileANamedPipeIsWaitedForItEndsAllTheSame) {
+  const auto [signal, terminal] = GetParam();
+  const fs::path elsewhere = folder.string() + "-pipe";
+  ASSERT_EQ(mkfifo(elsewhere.c_str(), 0600), 0);
+  for (const std::string command : {"save ", "restore "}) {
+    controller.setConfig({});
+    ConsoleProcess console(start(terminal));
+    console.readUntil("> ");
+    console.send("id 7\n");
+    console.readUntil(kPending);
+    console.send(command + elsewhere.string() + "\n");
+    console.waitUntilBlocked();
+    console.signal(signal);
+    const Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.signal, signal);
+    EXPECT_EQ(outcome.out.find("config "), std::string::npos) << outcome.out;
+    expectRescued(outcome, terminal);
+    fs::remove(rescueFiles().at(0));
+  }
+  fs::remove(elsewhere);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndingBySignal,
@@ -235,6 +291,65 @@ TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
   expectRescued(outcome, false);
 }
 
+TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
+  for (const char* type : {"dumb", "xterm"}) {
+    controller.setConfig({});
+    Start stopped = start(true);
+    stopped.environment["TERM"] = type;
+    ConsoleProcess console(stopped);
+    console.readUntil("> ");
+    console.send("id 7\n");
+    console.readUntil(kPending);
+    console.send("\x13");  // Ctrl-S
+    console.send("show\n");
+    console.waitUntilBlocked();
+    console.signal(SIGTERM);
+    console.waitForEnd();
+    EXPECT_EQ(console.finish().signal, SIGTERM);
+    fs::remove(expectRescueFile());
+  }
+}
+
+TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
+  const fs::path file = folder.string() + "-file";
+  runConsole({}, "id 3\nsave " + file.string() + "\n");
+  std::ifstream saved(file);
+  std::string text{std::istreambuf_iterator<char>(saved), {}};
+  text.pop_back();
+  fs::remove(file);
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  ConsoleProcess console(start(false));
+  console.readUntil("> ");
+  console.send("id 7\nrestore " + file.string() + "\n");
+  const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+  ASSERT_EQ(write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  console.waitUntilBlocked();
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  close(writer);
+  fs::remove(file);
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  expectRescued(outcome, false);
+}
+
+TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
+  ConsoleProcess console(start(false));
+  console.readUntil("> ");
+  std::string lines;
+  for (int count = 0; count < 200; ++count) {
+    lines += "show\n";
+  }
+  console.send(lines);
+  console.waitUntilBlocked();
+  console.signal(SIGTERM);
+  console.waitUntilBlocked();  // again
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  const std::size_t last = outcome.out.rfind("Current lineup:\n");
+  ASSERT_NE(last, std::string::npos);
+  EXPECT_TRUE(outcome.out.ends_with("\n}\n")) << outcome.out.substr(last);
+}
+
 TEST_F(Ending, AFolderThatCannotBeWrittenToFallsBackToTmp) {
   Start elsewhere = start(false);
   elsewhere.environment["TMPDIR"] = "/nonexistent";
@@ -246,7 +361,7 @@ TEST_F(Ending, AFolderThatCannotBeWrittenToFallsBackToTmp) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
   const std::string intro = "The uncommitted changes are in ";
-  ASSERT_EQ(outcome.err.find(intro + "/tmp/lineup-console-rescue-"), 0U) << outcome.err;
+  ASSERT_TRUE(outcome.err.starts_with(intro + "/tmp/lineup-console-rescue-")) << outcome.err;
   const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
   EXPECT_EQ(unlink(path.c_str()), 0);
 }

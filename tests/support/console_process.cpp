@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -147,6 +149,12 @@ void setSize(int terminal, unsigned short rows, unsigned short columns) {
 
 void refuseToBlock(int file) {
   check(fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK), "fcntl");
+}
+
+bool isBlocked(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/syscall");
+  long systemCall = -1;
+  return file >> systemCall && systemCall >= 0 && systemCall != SYS_ppoll;  // or else "running"
 }
 
 }  // namespace
@@ -311,6 +319,17 @@ std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected)
   return stream.text.substr(start, stream.taken - start);
 }
 
+void ConsoleProcess::waitUntilBlocked() {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  while (!isBlocked(pid_)) {
+    waitALittle(deadline, "the program to block");
+  }
+}
+
+void ConsoleProcess::waitForEnd() {
+  reap(std::chrono::steady_clock::now() + timeout_);
+}
+
 void ConsoleProcess::resize(unsigned short rows, unsigned short columns) {
   setSize(out_.file, rows, columns);
 }
@@ -330,18 +349,18 @@ void ConsoleProcess::signal(int number) const {
   kill(pid_, number);
 }
 
-void ConsoleProcess::reap(Deadline deadline) {
-  using namespace std::chrono_literals;
-  while (!ended_) {
-    const pid_t result = waitpid(pid_, &waitStatus_, WNOHANG);
-    ended_ = result == pid_;
-    if (!ended_) {
-      if (std::chrono::steady_clock::now() > deadline) {
-        fail("timed out waiting for the end");
-      }
-      std::this_thread::sleep_for(1ms);
-    }
+void ConsoleProcess::waitALittle(Deadline deadline, const std::string& awaited) {
+  if (std::chrono::steady_clock::now() > deadline) {
+    fail("timed out waiting for " + awaited);
   }
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+void ConsoleProcess::reap(Deadline deadline) {
+  while (!ended_ && waitpid(pid_, &waitStatus_, WNOHANG) != pid_) {
+    waitALittle(deadline, "the end");
+  }
+  ended_ = true;
 }
 
 Outcome ConsoleProcess::finish() {

@@ -69,6 +69,13 @@ class ConsoleProcess {
   /// The like of readUntil() on standard error.
   std::string readErrorsUntil(std::string_view expected);
 
+  /// Waits until the program sleeps in a system call other than ppoll(), with which the console
+  /// waits for input.
+  void waitUntilBlocked();
+
+  /// Waits for the program to end without reading what it writes meanwhile.
+  void waitForEnd();
+
   /// Gives the terminal a new size; the program gets SIGWINCH.
   void resize(unsigned short rows, unsigned short columns);
 
@@ -99,6 +106,7 @@ class ConsoleProcess {
   void startOnTerminal(const Start& start);
   std::string readUntil(Stream& stream, std::string_view expected);
   void pump(Deadline deadline, const std::string& awaited);
+  void waitALittle(Deadline deadline, const std::string& awaited);
   void reap(Deadline deadline);
   [[noreturn]] void fail(const std::string& reason);
 

@@ -100,6 +100,21 @@ TEST(ConsoleProcess, SendsASignal) {
   EXPECT_EQ(process.finish().status, 4);
 }
 
+TEST(ConsoleProcess, LeavesOutputUnread) {
+  ConsoleProcess process({.program = "cat", .arguments = {"/dev/zero"}});
+  process.waitUntilBlocked();
+  process.signal(SIGTERM);
+  process.waitForEnd();
+  EXPECT_EQ(process.finish().signal, SIGTERM);
+}
+
+TEST(ConsoleProcess, FailsWhenTheProgramDoesNotBlock) {
+  Start start = shell("while :; do :; done");
+  start.timeout = milliseconds(300);
+  EXPECT_EQ(failureOf([&] { ConsoleProcess(start).waitUntilBlocked(); }).substr(0, 38),
+            "timed out waiting for the program to b");
+}
+
 TEST(ConsoleProcess, FailsWhenTheProgramIsMissing) {
   EXPECT_EQ(failureOf([] { run({.program = "/nonesuch"}); }),
             "/nonesuch: No such file or directory");

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -72,6 +73,32 @@ TEST(EndingSignals, ASignalThatIsHeldArrivesAfterwards) {
     EXPECT_EQ(endedBy(endIfSignalled), 0);
   }
   EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+}
+
+TEST(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
+  catchEndingSignals();
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  std::raise(SIGTERM);
+  std::array<char, 1> byte{};
+  for (int count = 0; count < 2; ++count) {
+    EXPECT_EQ(read(ends[0], byte.data(), byte.size()), -1);
+    EXPECT_EQ(errno, EINTR);
+  }
+}
+
+TEST(EndingSignals, WhatBlocksWhileSignalsAreHeldIsNot) {
+  catchEndingSignals();
+  std::raise(SIGTERM);
+  const EndingSignalsHeld held;
+  EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
+}
+
+TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
+  catchEndingSignals();
+  std::raise(SIGINT);
+  forgetInterrupt();
+  EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
 }
 
 TEST(EndingSignals, TheFirstSignalCounts) {
