@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGTERM};
+constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGTERM, SIGPIPE};
 
 // The first one caught, except that an interrupt, which may be forgotten, gives way to the others;
 // 0 for none.

@@ -1,5 +1,6 @@
-// Signals that end the program: a dropped line, an interrupt, a request to terminate. They are
-// caught so that what is under way ends in order; the program then ends by the same signal.
+// Signals that end the program: a dropped line, an interrupt, a request to terminate, an output
+// that nobody reads any more. They are caught so that what is under way ends in order; the program
+// then ends by the same signal.
 
 #pragma once
 
@@ -15,8 +16,8 @@ struct EndedBySignal {
   int signal;
 };
 
-/// Catches SIGHUP, SIGINT and SIGTERM from now on. One that the program was started to ignore stays
-/// ignored.
+/// Catches SIGHUP, SIGINT, SIGTERM and SIGPIPE from now on. One that the program was started to
+/// ignore stays ignored.
 ///
 /// A system call that is blocked when one is caught goes on, and so no output is cut short. But
 /// should the program not end within a second, whatever blocks it, an output that nobody reads,

@@ -65,6 +65,7 @@ class Input {
 bool readPlainLine(const std::string& prompt, std::string& line) {
   static Input input;
   std::cout << prompt << std::flush;
+  endIfSignalled();  // perhaps nobody reads the output; the next line may be in the buffer already
   return input.readLine(line);
 }
 

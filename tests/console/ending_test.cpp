@@ -350,6 +350,31 @@ TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
   EXPECT_TRUE(outcome.out.ends_with("\n}\n")) << outcome.out.substr(last);
 }
 
+TEST_F(Ending, AReaderThatGoesAwayEndsItBeforeTheNextCommand) {
+  ConsoleProcess console(start(false));
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  console.stopReading();
+  const fs::path saved = folder.string() + "-saved";
+  console.send("rfaddempty 1\nsave " + saved.string() + "\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGPIPE);
+  EXPECT_FALSE(fs::exists(saved));
+  expectRescued(outcome, false);
+}
+
+TEST_F(Ending, AReaderThatGoesAwayWithNothingPendingLeavesNothing) {
+  ConsoleProcess console(start(false));
+  console.readUntil("> ");
+  console.stopReading();
+  console.send("help\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGPIPE);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_TRUE(rescueFiles().empty());
+}
+
 TEST_F(Ending, AFolderThatCannotBeWrittenToFallsBackToTmp) {
   Start elsewhere = start(false);
   elsewhere.environment["TMPDIR"] = "/nonexistent";

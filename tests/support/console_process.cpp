@@ -319,6 +319,10 @@ std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected)
   return stream.text.substr(start, stream.taken - start);
 }
 
+void ConsoleProcess::stopReading() {
+  closeFile(out_.file);
+}
+
 void ConsoleProcess::waitUntilBlocked() {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (!isBlocked(pid_)) {

@@ -69,6 +69,9 @@ class ConsoleProcess {
   /// The like of readUntil() on standard error.
   std::string readErrorsUntil(std::string_view expected);
 
+  /// Closes the end of standard output that is read here, as "head" does.
+  void stopReading();
+
   /// Waits until the program sleeps in a system call other than ppoll(), with which the console
   /// waits for input.
   void waitUntilBlocked();

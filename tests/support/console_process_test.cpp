@@ -108,6 +108,13 @@ TEST(ConsoleProcess, LeavesOutputUnread) {
   EXPECT_EQ(process.finish().signal, SIGTERM);
 }
 
+TEST(ConsoleProcess, StopsReading) {
+  ConsoleProcess process({.program = "cat", .arguments = {"/dev/zero"}});
+  process.readMore();
+  process.stopReading();
+  EXPECT_EQ(process.finish().signal, SIGPIPE);
+}
+
 TEST(ConsoleProcess, FailsWhenTheProgramDoesNotBlock) {
   Start start = shell("while :; do :; done");
   start.timeout = milliseconds(300);

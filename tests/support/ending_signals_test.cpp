@@ -101,6 +101,15 @@ TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
 }
 
+TEST(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
+  catchEndingSignals();
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  close(ends[0]);
+  EXPECT_EQ(write(ends[1], "x", 1), -1);
+  EXPECT_EQ(endedBy(endIfSignalled), SIGPIPE);
+}
+
 TEST(EndingSignals, TheFirstSignalCounts) {
   catchEndingSignals();
   std::raise(SIGHUP);
