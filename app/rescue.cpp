@@ -3,9 +3,12 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "controller/config_file.h"
 #include "support/ending_signals.h"
@@ -32,11 +35,18 @@ std::string writeRescueFile(const std::string& folder, const hub_module::Headend
   return path;
 }
 
+/// Whether the prompt takes `folder` as a part of one word.
+bool canBeTyped(std::string_view folder) {
+  return std::none_of(folder.begin(), folder.end(), [](char character) {
+    return character == ' ' || std::iscntrl(static_cast<unsigned char>(character)) != 0;
+  });
+}
+
 std::string writeRescueFile(const hub_module::HeadendConfig& config) {
   const EndingSignalsHeld uninterrupted;
   const char* const folder = std::getenv("TMPDIR");
   std::string path;
-  if (folder != nullptr && *folder != '\0') {
+  if (folder != nullptr && *folder != '\0' && canBeTyped(folder)) {
     path = writeRescueFile(folder, config);
   }
   return path.empty() ? writeRescueFile("/tmp", config) : path;

@@ -375,20 +375,26 @@ TEST_F(Ending, AReaderThatGoesAwayWithNothingPendingLeavesNothing) {
   EXPECT_TRUE(rescueFiles().empty());
 }
 
-TEST_F(Ending, AFolderThatCannotBeWrittenToFallsBackToTmp) {
-  Start elsewhere = start(false);
-  elsewhere.environment["TMPDIR"] = "/nonexistent";
-  ConsoleProcess console(elsewhere);
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
-  console.signal(SIGTERM);
-  const Outcome outcome = console.finish();
-  EXPECT_EQ(outcome.signal, SIGTERM);
-  const std::string intro = "The uncommitted changes are in ";
-  ASSERT_TRUE(outcome.err.starts_with(intro + "/tmp/lineup-console-rescue-")) << outcome.err;
-  const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
-  EXPECT_EQ(unlink(path.c_str()), 0);
+TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
+  const fs::path withBlank = folder / "with blank";
+  const fs::path withTab = folder / "with\ttab";
+  fs::create_directory(withBlank);
+  fs::create_directory(withTab);
+  for (const fs::path& unusable : {fs::path("/nonexistent"), withBlank, withTab}) {
+    Start elsewhere = start(false);
+    elsewhere.environment["TMPDIR"] = unusable.string();
+    ConsoleProcess console(elsewhere);
+    console.readUntil("> ");
+    console.send("id 7\n");
+    console.readUntil(kPending);
+    console.signal(SIGTERM);
+    const Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.signal, SIGTERM);
+    const std::string intro = "The uncommitted changes are in ";
+    ASSERT_TRUE(outcome.err.starts_with(intro + "/tmp/lineup-console-rescue-")) << outcome.err;
+    const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
+    EXPECT_EQ(unlink(path.c_str()), 0);
+  }
 }
 
 TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
