@@ -33,7 +33,7 @@ void execute(sqlite3* database, const std::string& sql) {
 bool isOwnCatalogue(const std::string& path) {
   int id = 0;
   const auto readId = [](void* out, int, char** cells, char**) {
-    *static_cast<int*>(out) = std::atoi(cells[0]);
+    *static_cast<int*>(out) = static_cast<int>(std::strtol(cells[0], nullptr, 10));
     return 0;
   };
   try {

@@ -32,11 +32,11 @@ template <typename Entry>
 bool hasService(const hub_module::LineupConfig& lineup, const Entry& entry) {
   switch (entry.serviceKind) {
     case hub_module::LineupEntryKind::DVB:
-      return lineup.dvbInputServices.count(entry.serviceKey) != 0;
+      return lineup.dvbInputServices.contains(entry.serviceKey);
     case hub_module::LineupEntryKind::ENC:
-      return lineup.encInputServices.count(entry.serviceKey) != 0;
+      return lineup.encInputServices.contains(entry.serviceKey);
     case hub_module::LineupEntryKind::EMPTY:
-      return lineup.emptyInputServices.count(entry.serviceKey) != 0;
+      return lineup.emptyInputServices.contains(entry.serviceKey);
   }
   return false;
 }
@@ -52,6 +52,12 @@ std::string findFault(const hub_module::HeadendConfig& config) {
   }
   const int32_t id = config.headendGlobalConfig.headendId;
   return id < 1 || id > 10 ? "headend id " + std::to_string(id) : "";
+}
+
+hub_module::ControllerTaskIsNotReady notReady(const char* reason) {
+  hub_module::ControllerTaskIsNotReady exception;
+  exception.reason = reason;
+  return exception;
 }
 
 }  // namespace
@@ -90,7 +96,7 @@ void HeadendService::setTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt
   for (const auto& [id, config] :
        {std::pair(general::RFInputId::TDT1, tdt1), std::pair(general::RFInputId::TDT2, tdt2)}) {
     if (!told.empty()) told += ", ";
-    if (absentInputs_.count(id) != 0) {
+    if (absentInputs_.contains(id)) {
       told += inputName(id) + " is not present";
       continue;
     }
@@ -106,7 +112,7 @@ void HeadendService::setSATRFInputConfig(RFInputId::type id,
   const Lock lock = begin("setSATRFInputConfig");
   HeadendState next = store_.state();
   const auto input = next.satRFInputs.find(id);
-  if (input == next.satRFInputs.end() || absentInputs_.count(id) != 0) {
+  if (input == next.satRFInputs.end() || absentInputs_.contains(id)) {
     report("setSATRFInputConfig", inputName(id) + " is not present");
     return;
   }
@@ -168,9 +174,7 @@ HeadendService::Lock HeadendService::begin(const char* call) {
   Lock lock(mutex_);
   if (std::chrono::steady_clock::now() - start_ < startupTime_) {
     report(call, "refused, not ready");
-    hub_module::ControllerTaskIsNotReady notReady;
-    notReady.reason = "starting";
-    throw notReady;
+    throw notReady("starting");
   }
   return lock;
 }

@@ -721,7 +721,8 @@ TEST_P(PlainReading, IsThatOfABuildWithoutLineEditing) {
   std::array<std::string, 2> sessions;
   for (std::string& session : sessions) {
     const FakeController controller;
-    session = typeSession(&session == &sessions[0] ? kConsoleProgram : LINEUP_CONSOLE_PLAIN, start);
+    session =
+        typeSession(&session == sessions.data() ? kConsoleProgram : LINEUP_CONSOLE_PLAIN, start);
   }
   EXPECT_EQ(sessions[0], sessions[1]);
   EXPECT_EQ(sessions[0].find('\x1b'), std::string::npos);
@@ -744,7 +745,7 @@ TEST(OnAPipe, EveryByteIsThatOfABuildWithoutLineEditing) {
       const FakeController controller;
       Start start = onTerminal(type);
       start.terminal = false;
-      start.program = &outcome == &outcomes[0] ? kConsoleProgram : LINEUP_CONSOLE_PLAIN;
+      start.program = &outcome == outcomes.data() ? kConsoleProgram : LINEUP_CONSOLE_PLAIN;
       outcome = run(start, everyKindOfLine());
     }
     EXPECT_EQ(outcomes[0].out, outcomes[1].out);

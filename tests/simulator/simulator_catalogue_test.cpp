@@ -119,7 +119,7 @@ TEST_F(SimulatorCatalogue, HasIntegersWhereIntegersAreRead) {
     const std::vector<Row> columns =
         database().select("PRAGMA table_info(" + std::string(table->name) + ")");
     for (size_t column = 0; column < table->columns; ++column) {
-      const std::string expected = table->textColumns.count(column) != 0 ? "text" : "integer";
+      const std::string expected = table->textColumns.contains(column) ? "text" : "integer";
       const std::string name = *columns[column + 1][1];
       for (const Row& row : database().select("SELECT DISTINCT typeof(" + name + ") FROM " +
                                               std::string(table->name))) {
@@ -184,7 +184,7 @@ TEST_F(SimulatorCatalogue, HasNullCellsEmptyListsAndFilledListsInEveryTable) {
     bool nullInteger = false;
     for (const Row& row : rows(*table)) {
       for (size_t column = 0; column < table->columns; ++column) {
-        nullInteger |= !row[column] && table->textColumns.count(column) == 0;
+        nullInteger |= !row[column] && !table->textColumns.contains(column);
       }
     }
     EXPECT_TRUE(nullInteger) << table->name;

@@ -70,7 +70,7 @@ std::vector<std::string> environmentOf(const Start& start) {
   std::vector<std::string> result;
   for (char** entry = environ; *entry != nullptr; ++entry) {
     const std::string text = *entry;
-    if (start.environment.count(text.substr(0, text.find('='))) == 0) {
+    if (!start.environment.contains(text.substr(0, text.find('=')))) {
       result.push_back(text);
     }
   }

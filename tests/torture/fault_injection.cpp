@@ -42,7 +42,7 @@ bool started = false;
 __attribute__((constructor)) void start() {
   plan.kind = std::getenv("FAULT_KIND");
   const char* const at = std::getenv("FAULT_AT");
-  plan.at = at == nullptr ? 0 : std::atol(at);
+  plan.at = at == nullptr ? 0 : std::strtol(at, nullptr, 10);
   const char* const on = std::getenv("FAULT_ON");
   plan.on = on != nullptr && std::strcmp(on, "on") == 0;
   plan.countFile = std::getenv("FAULT_COUNT");
@@ -226,6 +226,8 @@ void* realloc(void* block, size_t size) {
 
 }  // extern "C"
 
+// What they return is the library's own, and so are the operators that free it.
+// NOLINTBEGIN(cert-dcl54-cpp,misc-new-delete-overloads)
 void* operator new(size_t size) {
   static auto* const real = next<void*(size_t)>("_Znwm");
   if (fails("new")) {
@@ -241,3 +243,4 @@ void* operator new[](size_t size) {
   }
   return real(size);
 }
+// NOLINTEND(cert-dcl54-cpp,misc-new-delete-overloads)
