@@ -24,7 +24,7 @@ std::string encode(const Record& record) {
 }
 
 template <class Protocol, class Record>
-Record decode(std::string bytes) {
+Record decode(const std::string& bytes) {
   const auto buffer =
       std::make_shared<apache::thrift::transport::TMemoryBuffer>(lineup::unlimited());
   buffer->write(reinterpret_cast<const uint8_t*>(bytes.data()),

@@ -16,8 +16,8 @@ namespace lineup::test {
 
 const char* const kSimulatorProgram = HEADEND_SIMULATOR;
 
-TemporaryFolder::TemporaryFolder() {
-  path_ = (std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string();
+TemporaryFolder::TemporaryFolder()
+    : path_((std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string()) {
   if (mkdtemp(path_.data()) == nullptr) {
     throw std::runtime_error("no temporary folder");
   }

@@ -251,8 +251,8 @@ void ConsoleProcess::pump(Deadline deadline, const std::string& awaited) {
     }
   }
   for (const size_t index : {size_t{1}, size_t{2}}) {
-    Stream& stream = index == 1 ? out_ : err_;
     if (files[index].revents != 0) {
+      Stream& stream = index == 1 ? out_ : err_;
       std::array<char, 65536> buffer{};
       const ssize_t length = read(stream.file, buffer.data(), buffer.size());
       if (length > 0) {
