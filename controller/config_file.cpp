@@ -66,11 +66,15 @@ void LineupEditor::saveConfig(const std::string& path) {
 }
 
 void LineupEditor::restoreConfig(const std::string& path) {
-  hub_module::HeadendConfig restored = config;
+  // Pending edits stay as they are, without a part of the file in them, if a signal cuts it short.
+  hub_module::HeadendConfig copy;
+  hub_module::HeadendConfig& restored = pendingChanges ? copy = config : config;
   if (readConfigFile(path, restored) != CONFIG_FILE_OK) {
-    endIfSignalled();  // with the configuration as it was, not with a part of the file in it
+    endIfSignalled();
   }
-  config = std::move(restored);
+  if (pendingChanges) {
+    config = std::move(copy);
+  }
   commitHeadendConfig();
   std::cout << "Restored config from: " << path << std::endl;
 }

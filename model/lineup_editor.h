@@ -77,8 +77,8 @@ class LineupEditor {
   void saveConfig(const std::string& path);
 
   /// Reads `path` over `config` and commits at once, whatever came of the reading. Says "Restored
-  /// config from: " in every case. A signal that cuts the reading short throws EndedBySignal, and
-  /// `config` stays as it was.
+  /// config from: " in every case. A signal that cuts the reading short throws EndedBySignal;
+  /// `config` stays as it was if changes are pending.
   void restoreConfig(const std::string& path);
 
   /// Prints `config` field by field.
