@@ -314,8 +314,9 @@ TEST(SandboxedMain, ListsTestsWithoutASandbox) {
 
 TEST_F(MachinesOwn, TestProcessesComeOneAfterAnother) {
   Start start = machine(
-      "export HEADEND_SANDBOX=shared; for one in 1 2 3 4; do $TEST & done; "
-      "failed=0; for job in $(jobs -p); do wait $job || failed=1; done; "
+      "export HEADEND_SANDBOX=shared; jobs=; for one in 1 2 3 4; do $TEST & jobs=\"$jobs $!\"; "
+      "done; "
+      "failed=0; for job in $jobs; do wait $job || failed=1; done; "
       "ls -A /etc/korvel; exit $failed");
   start.environment["TEST"] = SANDBOXED_TEST_PROGRAM;
   const Outcome outcome = run(start);
