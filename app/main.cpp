@@ -41,9 +41,6 @@ int run(const lineup::CommandLineOptions& options) {
   if (options.version) {
     printVersionAndLeave();
   }
-  if (options.help) {
-    lineup::printUsage(options.programName, 0);
-  }
   log_setup(options.level, options.console ? kLogToSyslogAndConsole : kLogToSyslog);
   lineup::routeThriftOutputToLog();
   catchEndingSignals();

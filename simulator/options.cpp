@@ -104,8 +104,6 @@ void apply(int option, Options& options) {
     case VERSION:
       options.version = true;
       break;
-    default:
-      break;
   }
 }
 

@@ -8,7 +8,6 @@
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -72,12 +71,6 @@ void raiseLoopback() {
   check(result, "raise the loopback interface");
 }
 
-void makeFolder(const char* path) {
-  if (mkdir(path, 0755) != 0 && errno != EEXIST) {
-    check(-1, path);
-  }
-}
-
 void mountOver(const char* folder, const char* type, const char* options) {
   check(mount(type, folder, type, 0, options), std::string("mount ") + type + " on " + folder);
 }
@@ -90,12 +83,12 @@ void mountOwnEtc() {
   // up; the machine's /etc below it can still be reached as the working folder.
   check(chdir("/etc"), "/etc");
   mountOver("/etc", "tmpfs", "mode=755");
-  makeFolder("/etc/upper");
-  makeFolder("/etc/work");
+  fs::create_directory("/etc/upper");
+  fs::create_directory("/etc/work");
   mountOver("/etc", "overlay", "lowerdir=.,upperdir=/etc/upper,workdir=/etc/work,userxattr");
   check(fchdir(here), "return to the working folder");
   close(here);
-  makeFolder("/etc/korvel");
+  fs::create_directory("/etc/korvel");
   mountOver("/etc/korvel", "tmpfs", "mode=755");
   fs::create_directories(kCatalogueFolder);
 }
