@@ -84,7 +84,7 @@ class FileCompletion : public testing::Test {
     folder = mkdtemp(name.data());
     fs::create_directory(folder / "sub");
     for (const char* name_ : {"sub/b.json", "sub/a.json", "sub/.hidden", "sub/a blank",
-                              "sub/a\ttab", "sub/a\nline", "sub/añ", "south"}) {
+                              "sub/a\ttab", "sub/a\nline", "sub/a\x7fz", "sub/añ", "south"}) {
       std::ofstream file(folder / name_);
     }
     fs::create_symlink("sub", folder / "link");

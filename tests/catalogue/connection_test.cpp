@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
+#include "catalogue/available_services.h"
 #include "support/log.h"
 #include "support/words.h"
 #include "tests/support/catalogue_file.h"
@@ -39,6 +41,36 @@ class Connection : public testing::Test {
 };
 
 using Records = std::vector<std::string>;
+
+/// SQLite without memory to take.
+class NoMemory {
+ public:
+  NoMemory() {
+    sqlite3_shutdown();
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 1);  // which the limit needs
+    sqlite3_initialize();
+    sqlite3_hard_heap_limit64(1);
+  }
+  ~NoMemory() { sqlite3_hard_heap_limit64(0); }
+  NoMemory(const NoMemory&) = delete;
+  NoMemory& operator=(const NoMemory&) = delete;
+};
+
+TEST_F(Connection, WithoutMemoryEveryStatementFails) {
+  const NoMemory nothing;
+  tSqlite3db db(path);
+  EXPECT_EQ(db.getHandle(), nullptr);
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
+            (Records{"[db] DB: Begin transaction",
+                     "[db] Query could not be executed (21): BEGIN TRANSACTION"}));
+}
+
+TEST_F(Connection, WithoutMemoryASelectRaises) {
+  const tSqlite3db db(path);
+  const NoMemory nothing;
+  const std::string filter(1000, ' ');
+  EXPECT_THROW(tAvailableSatService::doSelect(db.getHandle(), filter.c_str()), std::bad_alloc);
+}
 
 TEST_F(Connection, CommitWithoutBeginIsLoggedAndRunsNothing) {
   tSqlite3db db(path);

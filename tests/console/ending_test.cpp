@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -380,9 +381,11 @@ TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
   const fs::path withTab = folder / "with\ttab";
   fs::create_directory(withBlank);
   fs::create_directory(withTab);
-  for (const fs::path& unusable : {fs::path("/nonexistent"), withBlank, withTab}) {
+  const std::optional<std::string> folders[] = {"/nonexistent", withBlank.string(),
+                                                withTab.string(), "", std::nullopt};
+  for (const std::optional<std::string>& unusable : folders) {
     Start elsewhere = start(false);
-    elsewhere.environment["TMPDIR"] = unusable.string();
+    elsewhere.environment["TMPDIR"] = unusable;
     ConsoleProcess console(elsewhere);
     console.readUntil("> ");
     console.send("id 7\n");
@@ -395,6 +398,22 @@ TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
     const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
     EXPECT_EQ(unlink(path.c_str()), 0);
   }
+}
+
+TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
+  Start shell = start(false);
+  shell.program = "/bin/sh";
+  shell.arguments = {
+      "-c", std::string("trap '' XFSZ; ulimit -S -f 0; exec ") + lineup::test::kConsoleProgram};
+  ConsoleProcess console(shell);
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_EQ(outcome.err, "The uncommitted changes could not be written to a file\n");
+  EXPECT_TRUE(rescueFiles().empty());
 }
 
 TEST_F(Ending, QuitAndEndOfInputWriteNothing) {

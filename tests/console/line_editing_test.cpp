@@ -223,6 +223,15 @@ TEST_P(Editing, OneBackspaceDeletesOneLetterOfAnyLength) {
   session.expect("> save /é/\nSaved config to: /é/\n> |");
 }
 
+TEST_P(Editing, BytesThatMakeNoLetterAreLeftOut) {
+  session.expect("> |");
+  session.type(
+      "i\xc3"
+      "d\xff\xa9 \xe2\x82"
+      "é");
+  session.expect("\n> id é|");
+}
+
 TEST_P(Editing, ALineLongerThanTheTerminalIsEditedInAllItsRows) {
   session.resize(24, 20);
   session.expect("> |");
@@ -371,6 +380,26 @@ TEST_P(Editing, ANewWidthWrapsTheLineAnew) {
   session.expect(std::string(kGreeting) + "> xaddipmux 1 1 http://example.org/stream/ab|");
 }
 
+TEST_P(Editing, ALineFeedInALineBeginsARow) {
+  session.expect("> |");
+  session.type("id\x16\n3");
+  session.expect("\n> id\n3|");
+  session.resize(24, 40);
+  session.type("4");
+  session.expect(std::string(kGreeting) + "> id\n34|");
+  session.type(kCtrlC);
+  session.expect("> id\n34^C\n> |");
+}
+
+TEST_P(Editing, AControlCharacterTakesTwoColumns) {
+  session.resize(24, 20);
+  session.expect("> |");
+  session.type("save 8901\x16\x01\x16\x01\x16\x01\x16\x01\x16\x01" + std::string(kHome));
+  session.expect("\n> |save 8901^A^A^A^A^\nA");
+  session.type(kCtrlC);
+  session.expect("\n> ^Cve 8901^A^A^A^A^\nA\n> |");
+}
+
 TEST_P(Editing, AWidthChangedWhileACommandRunsHoldsForTheNextLine) {
   session.expect("> |");
   Answer stall;
@@ -467,6 +496,20 @@ TEST_F(Completing, FilesForSaveAndRestore) {
   session.expect("\n> restore w|");
 }
 
+TEST_F(Completing, NamesThatDifferWithinALetterAreCompletedUpToIt) {
+  for (const char* name : {"café", "cafè"}) {
+    std::ofstream(folder / name) << "{}";
+  }
+  Start start = onTerminal();
+  start.folder = folder.string();
+  Session session(start);
+  session.expect("> |");
+  session.type("save c\t");
+  session.expect("\n> save caf|");
+  session.type("è\t");
+  session.expect("\n> save cafè |");
+}
+
 TEST_F(Completing, ServicesAreListedWithTheirNames) {
   CatalogueFile catalogue(lineup::kCataloguePath);
   catalogue.insert(lineup::test::kSat, {{15, "1017"}, {16, "Canal Uno"}});
@@ -491,6 +534,8 @@ TEST_F(Completing, ServicesAreListedWithTheirNames) {
   session.expect(
       "\n> ipadddvb CANAL\n1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n"
       "> ipadddvb CANAL|");
+  session.type(std::string(kCtrlU) + "adddvb c\t");
+  session.expect("\n> adddvb c\n1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n> adddvb c|");
 }
 
 TEST_F(Completing, NamesCannotDisturbTheTerminal) {
@@ -603,6 +648,25 @@ TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
     EXPECT_EQ(session.console.finish().signal, SIGHUP);
   }
   EXPECT_FALSE(fs::is_empty(folder));
+}
+
+TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
+  Start start = onTerminal();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "trap '' HUP; exec " + std::string(kConsoleProgram)};
+  start.environment["TMPDIR"] = folder.string();
+  {
+    Session session(start);
+    session.expect("> |");
+    session.type("id 7\n");
+    session.expect("(changes to commit) > |");
+    session.type("commit");
+    session.expect("> commit|");
+    session.console.hangUp();
+    EXPECT_EQ(session.console.finish().signal, SIGHUP);
+  }
+  EXPECT_FALSE(fs::is_empty(folder));
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
 TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {

@@ -20,6 +20,7 @@
 #include <thread>
 #include <vector>
 
+#include "controller/file_transport.h"
 #include "controller/thrift_log.h"
 #include "model/lineup_editor.h"
 #include "tests/support/encoding.h"
@@ -85,6 +86,12 @@ std::string printed(const std::function<void()>& work) {
 size_t openDescriptors() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   return static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+TEST(Descriptor, ThatNothingTakesOverIsClosed) {
+  const size_t before = openDescriptors();
+  { const Descriptor descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
+  EXPECT_EQ(openDescriptors(), before);
 }
 
 class ConfigFile : public testing::Test {

@@ -100,7 +100,8 @@ TEST_F(Sandbox, ExplainsItsUse) {
   const Outcome asked = run(sandboxed({"--help"}));
   EXPECT_EQ(asked.out.substr(0, 45), "Usage: headend-sandbox COMMAND [ARG]...\nRun C");
   EXPECT_EQ(asked.status, 0);
-  for (const std::vector<std::string>& wrong : {std::vector<std::string>{}, {"-x", "true"}}) {
+  for (const std::vector<std::string>& wrong :
+       {std::vector<std::string>{}, {"-x"}, {"-x", "true"}}) {
     const Outcome outcome = run(sandboxed(wrong));
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, asked.out);
@@ -211,6 +212,21 @@ TEST_F(OwnNamespaces, LeaveTheMachinesEtcAsItWas) {
 
 TEST_F(OwnNamespaces, KeepTheUser) {
   EXPECT_EQ(run(sandboxed({"id", "-u"})).out, std::to_string(geteuid()) + "\n");
+}
+
+TEST_F(OwnNamespaces, NeedNoPowerOverTheMachine) {
+  const std::string power = "-sys_admin";
+  if (run(withoutPowers(power, {.program = "unshare", .arguments = {"--user", "true"}})).status !=
+      0) {
+    GTEST_SKIP() << "namespaces are forbidden to other users here";
+  }
+  const Outcome outcome = run(withoutPowers(
+      power, sandboxedShell("readlink /proc/self/ns/user; id -u; echo data >$CATALOGUE")));
+  const std::string machines = std::filesystem::read_symlink("/proc/self/ns/user").string();
+  EXPECT_NE(outcome.out.substr(0, machines.size()), machines);
+  EXPECT_EQ(outcome.out.substr(outcome.out.find('\n')), "\n" + std::to_string(geteuid()) + "\n");
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.status, 0);
 }
 
 TEST_F(OwnNamespaces, AreDoneWithoutByRootWhereForbidden) {

@@ -255,6 +255,22 @@ TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
   }
 }
 
+TEST_F(SimulatorCatalogue, ThatCannotBeLookedIntoIsKept) {
+  // SQLite opens no path of more than 512 bytes.
+  std::string path = folder_.path("");
+  for (int depth = 0; depth < 3; ++depth) {
+    path += std::string(200, 'x') + "/";
+    mkdir(path.c_str(), 0700);
+  }
+  path += "catalogue.sqlite";
+  writeFile(path, "whose?");
+  const Outcome outcome = runRefused({"--catalogue", path});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "headend-simulator: the catalogue " + path +
+                             " was not written by this program; --replace-catalogue replaces it\n");
+  EXPECT_EQ(readFile(path), "whose?");
+}
+
 TEST_F(SimulatorCatalogue, ThatIsNoRegularFileIsNeverReplaced) {
   mkdir(path_.c_str(), 0700);
   const Outcome outcome = runRefused({"--replace-catalogue"});

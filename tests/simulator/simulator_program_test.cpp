@@ -280,6 +280,36 @@ TEST(SimulatorState, ThatIsNoRegularFileIsRefused) {
   }
 }
 
+TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.path("state.json");
+  writeFile(path, "secret");
+  chmod(path.c_str(), 0);
+  Start start;
+  start.program = kSimulatorProgram;
+  start.arguments = {"--port", "0", "--no-catalogue", "--state", path};
+  expectRefusal(run(withoutPowers("-dac_override,-dac_read_search", start)),
+                "cannot open " + path + ": Permission denied");
+}
+
+TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.path("state.json");
+  Start start;
+  start.program = "sh";
+  start.arguments = {"-c",
+                     "trap '' XFSZ; ulimit -S -f 0; exec \"$@\"",
+                     "sh",
+                     kSimulatorProgram,
+                     "--port",
+                     "0",
+                     "--no-catalogue",
+                     "--state",
+                     path};
+  expectRefusal(run(start), "cannot write " + path + ": File too large");
+  EXPECT_EQ(folder.names(), std::vector<std::string>());
+}
+
 TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
   const TemporaryFolder folder;
   writeFile(folder.path("file"), "");

@@ -228,6 +228,15 @@ TEST_F(SimulatorService, SatelliteInputSwitchesAndStaysSwitched) {
   EXPECT_FALSE(status().satRFInputs.at(RFInputId::SAT3).locked);
 }
 
+TEST_F(SimulatorService, InputWithoutASignalIsNotLockedWhenSwitchedOn) {
+  hub_module::SATRFInputConfig wanted;
+  wanted.enabled = true;
+  simulator_->connect()->setSATRFInputConfig(RFInputId::SAT7, wanted);
+  const auto input = status().satRFInputs.at(RFInputId::SAT7);
+  EXPECT_TRUE(input.config.enabled);
+  EXPECT_FALSE(input.locked);
+}
+
 TEST_F(SimulatorService, TerrestrialInputsSwitchAsAPairAndStaySwitched) {
   const auto initial = status().tdtRFInputs;
   hub_module::TDTRFInputConfig tdt1 = initial.at(RFInputId::TDT1).config;
@@ -346,6 +355,33 @@ TEST_F(SimulatorService, ValidationTellsWhatIsWrongAndChangesNothing) {
   EXPECT_EQ(lineOf("validateHeadendConfig"),
             "validateHeadendConfig: invalid, an RF entry without a service");
   EXPECT_EQ(config(), before);
+}
+
+TEST_F(SimulatorService, ValidationFindsTheServicesOfEveryKind) {
+  using Kind = hub_module::LineupEntryKind;
+  HeadendConfig checked = config();
+  checked.lineupConfig.dvbInputServices[1];
+  checked.lineupConfig.encInputServices[2];
+  checked.lineupConfig.emptyInputServices[3];
+  const std::pair<Kind::type, int> services[] = {{Kind::DVB, 1}, {Kind::ENC, 2}, {Kind::EMPTY, 3}};
+  for (const auto& [kind, key] : services) {
+    for (const int asked : {1, 2, 3}) {
+      hub_module::LineupRFEntryConfig entry;
+      entry.serviceKind = kind;
+      entry.serviceKey = asked;
+      checked.lineupConfig.rfEntries = {entry};
+      EXPECT_EQ(simulator_->connect()->validateHeadendConfig(checked), asked == key)
+          << kind << " " << asked;
+    }
+  }
+}
+
+TEST_F(SimulatorService, ValidationTakesHeadendIdsFromOneToTen) {
+  HeadendConfig checked = config();
+  for (const int id : {0, 1, 10, 11}) {
+    checked.headendGlobalConfig.headendId = id;
+    EXPECT_EQ(simulator_->connect()->validateHeadendConfig(checked), id == 1 || id == 10) << id;
+  }
 }
 
 TEST_F(SimulatorService, ScanAndResetChangeNothing) {

@@ -391,6 +391,15 @@ Outcome run(const Start& start, std::string_view input) {
   return process.finish();
 }
 
+Start withoutPowers(const std::string& capabilities, Start start) {
+  if (geteuid() == 0) {
+    start.arguments.insert(start.arguments.begin(),
+                           {"--bounding-set", capabilities, start.program});
+    start.program = "setpriv";
+  }
+  return start;
+}
+
 Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input) {
   return run({.arguments = arguments}, input);
 }

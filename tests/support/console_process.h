@@ -127,6 +127,10 @@ class ConsoleProcess {
 /// Runs a program on all of `input` to its end. On a terminal the input is typed ahead.
 Outcome run(const Start& start, std::string_view input = "");
 
+/// `start` with root's program lacking powers that set root apart from other users: `capabilities`
+/// is a list such as "-sys_admin" for setpriv(1).
+Start withoutPowers(const std::string& capabilities, Start start);
+
 /// Runs the console on pipes to its end.
 Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input = "");
 

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -36,6 +37,11 @@ void serveAndWrite() {
 }
 
 TEST(SandboxedMain, GivesATestThePortAndTheFolder) {
+  serveAndWrite();
+}
+
+TEST(SandboxedMain, KeepsThemWhenAChildOfTheTestExits) {
+  EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "");
   serveAndWrite();
 }
 

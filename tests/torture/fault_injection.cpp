@@ -176,6 +176,9 @@ ssize_t write(int descriptor, const void* data, size_t size) {
 
 ssize_t read(int descriptor, void* data, size_t size) {
   static auto* const real = next<ssize_t(int, void*, size_t)>("read");
+  if (fails("interruption")) {
+    return failWith<ssize_t>(EINTR, -1);
+  }
   return fails("read") ? failWith<ssize_t>(EIO, -1) : real(descriptor, data, size);
 }
 
