@@ -49,7 +49,9 @@ int run(const lineup::CommandLineOptions& options) {
     runMode(editor, options);
     endIfSignalled();
   } catch (const std::runtime_error& error) {
+    // GCOVR_EXCL_START: each of the modes catches its own
     std::cout << "Error: " << error.what() << std::endl;
+    // GCOVR_EXCL_STOP
   } catch (const EndedBySignal& end) {
     lineup::rescuePendingChanges(editor);
     endBySignal(end.signal);

@@ -20,8 +20,8 @@ constexpr uint32_t kBufferSize = 512;
 
 /// A transport that owns `descriptor` from now on.
 std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
-  auto transport = std::make_shared<TFDTransport>(descriptor.number(),
-                                                  TFDTransport::CLOSE_ON_DESTROY, unlimited());
+  constexpr auto kClosing = TFDTransport::CLOSE_ON_DESTROY;
+  auto transport = std::make_shared<TFDTransport>(descriptor.number(), kClosing, unlimited());
   descriptor.release();
   return transport;
 }
@@ -41,8 +41,9 @@ Descriptor::~Descriptor() {
   }
 }
 
+// gcov counts the first initialization with the second.
 FileTransport::FileTransport(Descriptor& descriptor)
-    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, unlimited()),
+    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, unlimited()),  // GCOVR_EXCL_LINE
       descriptor_(descriptor.number()),
       size_(sizeOf(descriptor.number())) {
   transport_ = takeOver(descriptor);

@@ -80,7 +80,7 @@ bool Server::serveUntilSignal(
                          std::make_shared<TBinaryProtocolFactory>());
   server.setConcurrentClientLimit(kMostConnections);
   std::atomic<bool> told = false;
-  std::thread waiter([&server, &told] {
+  const auto stopOnSignal = [&server, &told] {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
@@ -89,7 +89,8 @@ bool Server::serveUntilSignal(
     sigwait(&signals, &signal);
     told = true;
     server.stop();
-  });
+  };
+  std::thread waiter(stopOnSignal);
   server.serve();
   const bool asked = told;
   if (!asked) kill(getpid(), SIGTERM);

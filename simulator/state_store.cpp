@@ -30,9 +30,10 @@ std::string toJson(const HeadendState& state) {
 }
 
 HeadendState fromJson(std::string text) {
-  const auto buffer = std::make_shared<TMemoryBuffer>(reinterpret_cast<uint8_t*>(text.data()),
-                                                      static_cast<uint32_t>(text.size()),
-                                                      TMemoryBuffer::OBSERVE, unlimited());
+  auto* const bytes = reinterpret_cast<uint8_t*>(text.data());
+  const auto size = static_cast<uint32_t>(text.size());
+  const auto buffer =
+      std::make_shared<TMemoryBuffer>(bytes, size, TMemoryBuffer::OBSERVE, unlimited());
   TJSONProtocol protocol(buffer);
   HeadendState state;
   state.read(&protocol);

@@ -111,6 +111,7 @@ class ConsoleProcess {
   void pump(Deadline deadline, const std::string& awaited);
   void waitALittle(Deadline deadline, const std::string& awaited);
   void reap(Deadline deadline);
+  void tryToEndInOrder();
   [[noreturn]] void fail(const std::string& reason);
 
   bool terminal_;

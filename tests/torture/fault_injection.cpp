@@ -216,7 +216,7 @@ int fcntl64(int descriptor, int command, ...) {
 }
 
 // Allocations by the C library's names: those of SQLite and of the Thrift library's buffers. With a
-// sanitizer in the program these stay its own.
+// sanitizer in the program these stay its own, as they do where counts of what was run are written.
 #ifndef FAULTS_LEAVE_MALLOC
 void* malloc(size_t size) {
   return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : __libc_malloc(size);
