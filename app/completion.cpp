@@ -25,13 +25,6 @@ void offerInAnyCase(const std::string& word, const std::string& typed,
   }
 }
 
-bool canBeTyped(std::string_view name) {
-  return std::none_of(name.begin(), name.end(), [](char letter) {
-    const auto byte = static_cast<unsigned char>(letter);
-    return byte <= ' ' || byte == 0x7f;
-  });
-}
-
 bool isHidden(std::string_view name) {
   return name.starts_with('.');
 }
@@ -73,7 +66,7 @@ std::vector<Possibility> completeFile(const std::string& typed) {
   for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
        !error && entry != end; entry.increment(error)) {
     const std::string name = entry->path().filename();
-    if (name.starts_with(begun) && isHidden(name) == isHidden(begun) && canBeTyped(name)) {
+    if (name.starts_with(begun) && isHidden(name) == isHidden(begun) && isOneWord(name)) {
       std::error_code unknown;  // a link that leads nowhere is no folder
       const char* const slash = fs::is_directory(entry->path(), unknown) ? "/" : "";
       possibilities.push_back({folder + name + slash, ""});

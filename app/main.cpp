@@ -18,7 +18,7 @@ constexpr char kVersion[] = "2.10.1+d20260617";
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
 
-// No destructor runs: nothing has been built yet.
+// At once: there is nothing yet that a destructor would have to end.
 [[noreturn]] void printVersionAndLeave() {
   std::printf("\nVersion: %s\n", kVersion);
   std::fflush(stdout);

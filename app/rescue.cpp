@@ -3,15 +3,13 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <iostream>
 #include <string>
-#include <string_view>
 
 #include "controller/config_file.h"
 #include "support/ending_signals.h"
+#include "support/words.h"
 
 namespace lineup {
 
@@ -28,31 +26,24 @@ std::string writeRescueFile(const std::string& folder, const hub_module::Headend
     return "";
   }
   close(descriptor);
-  if (writeConfigFile(path, config) != 0) {
+  if (writeConfigFile(path, config) != CONFIG_FILE_OK) {
     unlink(path.c_str());
     return "";
   }
   return path;
 }
 
-/// Whether the prompt takes `folder` as a part of one word.
-bool canBeTyped(std::string_view folder) {
-  return std::none_of(folder.begin(), folder.end(), [](char character) {
-    return character == ' ' || std::iscntrl(static_cast<unsigned char>(character)) != 0;
-  });
-}
-
 std::string writeRescueFile(const hub_module::HeadendConfig& config) {
   const EndingSignalsHeld uninterrupted;
   const char* const folder = std::getenv("TMPDIR");
   std::string path;
-  if (folder != nullptr && *folder != '\0' && canBeTyped(folder)) {
+  if (folder != nullptr && *folder != '\0' && isOneWord(folder)) {
     path = writeRescueFile(folder, config);
   }
   return path.empty() ? writeRescueFile("/tmp", config) : path;
 }
 
-/// Says `line` on standard error, unless that takes nothing, because nobody reads it, say.
+/// Says `line` on standard error, unless nobody reads that and its buffer is full.
 void say(const std::string& line) {
   constexpr int kPatience = 1000;  // ms
   pollfd errors{STDERR_FILENO, POLLOUT, 0};

@@ -1,6 +1,7 @@
 #include "app/settings.h"
 
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
 
 #include "support/words.h"
@@ -19,7 +20,7 @@ constexpr Choice kModulations[] = {{"cofdm", 0}, {"qam", 1}, {"qamb", 2}};
 std::string showModulation(const HeadendConfig& config) {
   static constexpr const char* kNames[] = {"COFDM", "QAM", "QAM B"};
   const int32_t modulation = config.lineupConfig.rfConfig.modulation;
-  const bool named = modulation >= 0 && modulation < 3;
+  const bool named = modulation >= 0 && modulation < static_cast<int32_t>(std::size(kNames));
   return std::string("Current RF modulation is: ") + (named ? kNames[modulation] : "");
 }
 
@@ -43,6 +44,7 @@ void storeDrm(HeadendConfig& config, int32_t state) {
   hub_module::LineupDRMConfig& drm = config.lineupConfig.globalConfig.drmConfig;
   drm.lynkConfig.enabled = state == kDrmLynk;
   drm.vsecureConfig.enabled = state == kDrmVSecure;
+  // As the headend has it: on when both are, which no choice here brings about.
   drm.combinedFlag = drm.lynkConfig.enabled && drm.vsecureConfig.enabled;
 }
 
@@ -125,7 +127,7 @@ constexpr char kWhichOutputVlan[] = "Please give a value: 1: Only TV1, 2: TV1 & 
 void storeOutputVlan(HeadendConfig& config, int32_t vlan) {
   config.lineupConfig.ipConfig.outputVlan = vlan;
   for (hub_module::LineupIPEntryConfig& entry : config.lineupConfig.ipEntries) {
-    entry.outputSelector = 0;
+    entry.outputSelector = 0;  // the headend's own choice
   }
 }
 

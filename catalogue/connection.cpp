@@ -42,7 +42,8 @@ tSqlite3db::tSqlite3db(const std::string& fileName) {
   // listing of a big catalogue is a fifth faster. The latter works before the first connection
   // only.
   sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-  // As sqlite3_open does it, except that a missing file is not created.
+  // For writing, because only so SQLite can take back what a dead writer left half done; what
+  // follows keeps everything else out. A missing file is not created.
   sqlite3_open_v2(fileName.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (handle == nullptr) {
     return;  // out of memory: every statement fails

@@ -40,7 +40,8 @@ class tResultTable {
 /// and its arguments, which are inserted as they are.
 ///
 /// Tries up to three times. After the n-th failure it says so on standard error and sleeps n
-/// seconds, after the last failure too. Raises std::bad_alloc.
+/// seconds, after the last failure too. Raises std::bad_alloc, and
+/// EndedBySignal from the sleep.
 tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, va_list arguments);
 
 }  // namespace korveldb

@@ -29,11 +29,10 @@ class BoundedSource {
 /// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
 /// does, but raises TProtocolException(SIZE_LIMIT) for
 ///  - a container that claims more elements than there are bytes left, and
-///  - more records in containers than one for every ten bytes. An absent field takes no byte but
-///    its place in memory all the same, so that a megabyte of empty records would take several
-///    hundred.
-///    Of the interface's records the shortest that can stand in a container takes twelve bytes when
-///    its fields are written, and a number of records that takes little memory is never refused.
+///  - more records in containers than a tenth of the bytes, or 65,536 if that is more: an absent
+///    field takes its place in memory but not a byte of the message, so that a megabyte of empty
+///    records would take several hundred. With its fields written, the shortest of the interface's
+///    records that stand in containers takes twelve bytes.
 template <class Base>
 class BoundedProtocol : public Base {
  public:
@@ -51,7 +50,7 @@ class BoundedProtocol : public Base {
 
   uint32_t readStructBegin_virt(std::string& name) override {
     if (!recordIsField_) {
-      countElement();
+      countRecord();
     }
     recordIsField_ = false;
     return Base::readStructBegin(name);
@@ -85,18 +84,18 @@ class BoundedProtocol : public Base {
  protected:
   /// Begins the count of records anew, for the next frame of the source.
   void restartCount() {
-    elements_ = 0;
+    records_ = 0;
     recordIsField_ = false;
   }
 
  private:
   using Exception = apache::thrift::protocol::TProtocolException;
 
-  static constexpr uint64_t kBytesPerElement = 10;
-  static constexpr uint64_t kElementsAlwaysAllowed = 65536;
+  static constexpr uint64_t kBytesPerRecord = 10;
+  static constexpr uint64_t kRecordsAlwaysAllowed = 65536;
 
-  void countElement() {
-    if (++elements_ > std::max(kElementsAlwaysAllowed, source_.size() / kBytesPerElement)) {
+  void countRecord() {
+    if (++records_ > std::max(kRecordsAlwaysAllowed, source_.size() / kBytesPerRecord)) {
       throw Exception(Exception::SIZE_LIMIT, "more records than the bytes can hold");
     }
   }
@@ -109,7 +108,7 @@ class BoundedProtocol : public Base {
   }
 
   const BoundedSource& source_;
-  uint64_t elements_ = 0;
+  uint64_t records_ = 0;
   bool recordIsField_ = false;  // the next record is a field's value, no element of a container
 };
 

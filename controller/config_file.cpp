@@ -35,12 +35,19 @@ int withConfigFile(const std::string& path, int flags, Work work) {
   }
 }
 
+/// Reads what there is of the file, unless a signal is why it cannot be read.
+void readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
+  if (readConfigFile(path, config) != CONFIG_FILE_OK) {
+    endIfSignalled();
+  }
+}
+
 }  // namespace
 
 int writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config) {
   return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
     config.write(&protocol);
-    const bool synced = syncfs(file.descriptor()) == 0;
+    const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
     file.close();  // writes out the rest of the buffer, which the last sync covers
     sync();
     return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
@@ -66,14 +73,13 @@ void LineupEditor::saveConfig(const std::string& path) {
 }
 
 void LineupEditor::restoreConfig(const std::string& path) {
-  // Pending edits stay as they are, without a part of the file in them, if a signal cuts it short.
-  hub_module::HeadendConfig copy;
-  hub_module::HeadendConfig& restored = pendingChanges ? copy = config : config;
-  if (readConfigFile(path, restored) != CONFIG_FILE_OK) {
-    endIfSignalled();
-  }
   if (pendingChanges) {
+    hub_module::HeadendConfig copy =
+        config;  // the edits are kept if a signal cuts the reading short
+    readOrEnd(path, copy);
     config = std::move(copy);
+  } else {
+    readOrEnd(path, config);
   }
   commitHeadendConfig();
   std::cout << "Restored config from: " << path << std::endl;

@@ -12,7 +12,7 @@ namespace lineup {
 enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_FILE_FAILED = -2 };
 
 /// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing
-/// one is truncated and keeps its permissions. Returns 0 when the whole record is on the disk, -1
+/// one is truncated and keeps its permissions. Returns 0 when the whole record is written, -1
 /// if the file could not be opened, -2 if anything failed after that: the file then holds a part at
 /// most.
 int writeConfigFile(const std::string& path,

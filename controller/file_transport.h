@@ -43,8 +43,8 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
 
   uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override;
 
-  /// The digits, signs and points between them left out, that directly precede the last character
-  /// read, and those that directly precede the character before it.
+  /// How many digits directly precede the last character read, and the one before it. Signs,
+  /// points and exponents among the digits are passed over.
   uint32_t digitsBeforeLast() const { return digitsBeforeLast_; }
   uint32_t digitsBeforeLastButOne() const { return digitsBeforeLastButOne_; }
 

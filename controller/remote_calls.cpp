@@ -11,8 +11,8 @@ namespace {
 /// Makes one call over a connection of its own. Whatever goes wrong is printed as the line made of
 /// `errorLine` and goes no further. Signals do not interrupt the call; they end the program around
 /// it.
-template <class Call, class... Parts>
-void callController(Call call, Parts... errorLine) {
+template <class Call, class... Texts>
+void callController(Call call, Texts... errorLine) {
   endIfSignalled();
   try {
     const EndingSignalsHeld uninterrupted;

@@ -1,10 +1,10 @@
 #include "lineup/rf_inputs.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <iterator>
 #include <map>
+#include <span>
 
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
@@ -58,6 +58,8 @@ void switchSatInput(LineupEditor& editor, bool enable, RFInputId::type id) {
   editor.sendSATRFInputConfig(id, config);
 }
 
+/// The remote calls report every failure themselves; should one let this pass, it is no reason to
+/// end the console.
 void logNotReady(const char* operation) {
   log_function(LOG_LEVEL_DEBUG, nullptr, "%s: exception hub_module::ControllerTaskIsNotReady",
                operation);
@@ -99,15 +101,16 @@ std::string rfInputName(RFInputId::type id) {
 
 bool parseRFInputName(std::string& name, RFInputId::type& id) {
   upperCase(name);
-  const auto isNamed = [&](const InputName& input) {
-    if (name != input.name) {
-      return false;
+  const std::span<const InputName> lists[] = {kInputs, kGroups};
+  for (const std::span<const InputName>& list : lists) {
+    for (const InputName& input : list) {
+      if (name == input.name) {
+        id = input.id;
+        return true;
+      }
     }
-    id = input.id;
-    return true;
-  };
-  return std::any_of(std::begin(kInputs), std::end(kInputs), isNamed) ||
-         std::any_of(std::begin(kGroups), std::end(kGroups), isNamed);
+  }
+  return false;
 }
 
 std::vector<std::string> rfInputNames() {

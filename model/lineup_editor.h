@@ -1,4 +1,4 @@
-// The console's one object: the configuration being edited and every operation on it.
+// The console's one object: the configuration being edited and the operations on it.
 
 #pragma once
 
@@ -21,13 +21,15 @@ namespace module = korvel::thrift::module;
 ///  - what the user is told goes to standard output, each line flushed;
 ///  - a refused argument or a failed lookup is raised as std::runtime_error whose what() is the
 ///    whole text for the user, and `config` is then as it was;
-///  - numbers are the controller's signed 32-bit integers.
+///  - numbers are the controller's signed 32-bit integers;
+///  - where it waits or prints line by line, a signal that was caught throws EndedBySignal.
 /// The operations are defined in the folders named above each group.
 class LineupEditor {
  public:
-  hub_module::HeadendConfig config;
-  hub_module::HeadendStatus status;
-  bool pendingChanges = false;
+  hub_module::HeadendConfig config;  ///< as edited
+  hub_module::HeadendStatus status;  ///< as last fetched
+  bool pendingChanges = false;       ///< whether `config` has edits that were not committed
+  /// The RFInputId values of the inputs that the groups TDTALL and SATALL stand for.
   const std::vector<int32_t> tdtInputIds{1, 2};
   const std::vector<int32_t> satInputIds{3, 4, 5, 6, 7, 8, 9, 10};
 
@@ -37,8 +39,9 @@ class LineupEditor {
   /// its end or "quit". Never commits. Errors that are not std::runtime_error pass through.
   void runPromptLoop();
 
-  /// Fetches, sets the headend type (`typeWord`: "standard" or "skyit"), commits and says so. A
-  /// refused word is printed and ends the operation without a commit.
+  /// Fetches, sets the headend type (`typeWord`: "standard" or "skyit"), commits and says that it
+  /// is set, whatever came of the commit. The message for a refused word is printed and ends the
+  /// operation without a commit.
   void runTypeMode(const std::string& typeWord);
 
   /// Runs one command line. `quiet` silences what the "type" command says about its change. Returns
@@ -67,7 +70,7 @@ class LineupEditor {
 
   /// Switches the satellite input `id` (3 to 10).
   void sendSATRFInputConfig(general::RFInputId::type id,
-                            const hub_module::SATRFInputConfig& config);
+                            const hub_module::SATRFInputConfig& satConfig);
 
   // ---- controller/: configuration files and the dump
 
@@ -87,8 +90,8 @@ class LineupEditor {
   // ---- catalogue/: finding services and storing them
   //
   // `name` is a part of the service name, inserted into the select as typed. The catalogue is read
-  // only. A catalogue that cannot be read counts as one without a match, after up to six seconds
-  // and three lines on standard error for each table.
+  // only. A table that cannot be read counts as one without a match, after three attempts within
+  // six seconds, each of which says on standard error what failed.
 
   void findTdtServices(const std::string& name) const;
   void findSatServices(const std::string& name) const;
@@ -98,7 +101,7 @@ class LineupEditor {
   void findServices(const std::string& name) const;
 
   /// Stores a copy under the smallest free key of `dvbInputServices` and returns the key.
-  int32_t storeDVBService(const hub_module::DVBInputServiceConfig& config);
+  int32_t storeDVBService(const hub_module::DVBInputServiceConfig& service);
 
   /// Stores the service with the catalogue id `id` from the first table that has it (satellite,
   /// terrestrial, cable, IP) and returns its key. Raises std::runtime_error "Service not found"; a
@@ -145,9 +148,9 @@ class LineupEditor {
   /// Fetches the status and prints which inputs are switched on.
   void getRFInputState();
 
-  /// Switches the input, or the group, that `name` gives ("TDT1", "SAT3", "TDTALL", in any case),
-  /// waits 1.25 s and prints the table. An input that the status lacks raises std::out_of_range;
-  /// what was sent before it stays sent.
+  /// Switches the input, or the group, that `name` gives ("TDT1", "SAT3", "TDTALL", in upper or
+  /// lower case), waits 1.25 s and prints the table. An input that the status lacks raises
+  /// std::out_of_range, which ends the console; what was sent before it stays sent.
   void setRFInputState(bool enable, const std::string& name);
 
   // ---- lineup/: scan settings
@@ -155,8 +158,8 @@ class LineupEditor {
   /// Prints which carrier types the terrestrial inputs scan for.
   void showTdtScan() const;
 
-  /// Sets whether carriers of `type` ("COFDM" or "QAMS", in any case; upper-cased in place) are
-  /// scanned for.
+  /// Sets whether carriers of `type` ("COFDM" or "QAMS", in upper or lower case; upper-cased in
+  /// place) are scanned for.
   void setTdtScan(bool enable, std::string& type);
 
   /// Asks for a PLS item, reads one line of standard input and appends the item.
@@ -166,8 +169,9 @@ class LineupEditor {
   void clearPlsItems();
 };
 
-/// The lineup that is running, as a configuration: the global, IP and RF settings, the RF entries
-/// in order and the DVB and encoder services of `status`; everything else at its defaults.
+/// The lineup that is running, as a configuration (no command needs it): the global, IP and RF
+/// settings, the RF entries in order and the DVB and encoder services of `status`; everything else
+/// at its defaults.
 hub_module::LineupConfig lineupFromStatus(const hub_module::LineupStatus& status);
 
 }  // namespace lineup

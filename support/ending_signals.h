@@ -19,9 +19,9 @@ struct EndedBySignal {
 /// Catches SIGHUP, SIGINT, SIGTERM and SIGPIPE from now on. One that the program was started to
 /// ignore stays ignored.
 ///
-/// A system call that is blocked when one is caught goes on, and so no output is cut short. But
-/// should the program not end within a second, whatever blocks it, an output that nobody reads,
-/// say, fails with EINTR from then on.
+/// A system call that is blocked when one is caught goes on, and so no output is cut short. If the
+/// program has not ended a second later, every call that blocks it (a write to a pipe that nobody
+/// reads) fails with EINTR from then on. Takes SIGALRM for this.
 void catchEndingSignals();
 
 /// Throws EndedBySignal if a signal has been caught. To be called where the program may end:

@@ -25,6 +25,13 @@ int32_t readNumber(const std::string& word) {
   return static_cast<int32_t>(std::clamp(std::strtol(word.c_str(), nullptr, 10), kLeast, kMost));
 }
 
+bool isOneWord(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte <= ' ' || byte == 0x7f;  // the control characters of ASCII, and the blank
+  });
+}
+
 void upperCase(std::string& text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](unsigned char byte) { return static_cast<char>(std::toupper(byte)); });

@@ -63,4 +63,17 @@ TEST(ReadNumber, BeyondThirtyTwoBitsIsTheNearestWithin) {
   EXPECT_EQ(readNumber("-99999999999999999999"), -2147483647 - 1);
 }
 
+TEST(IsOneWord, WithoutBlanksAndControlCharacters) {
+  EXPECT_TRUE(isOneWord("/tmp/señal-\xff"));
+  for (const char* text : {"a b", "a\tb", "a\nb", "\x7f", "\x1b[A"}) {
+    EXPECT_FALSE(isOneWord(text)) << text;
+  }
+}
+
+TEST(UpperCase, TurnsAsciiAlone) {
+  std::string text = "sat3 é z";
+  upperCase(text);
+  EXPECT_EQ(text, "SAT3 é Z");
+}
+
 }  // namespace
