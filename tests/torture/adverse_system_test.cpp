@@ -1,8 +1,6 @@
 // What the system may do to the console without anything being wrong.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <string>
@@ -13,7 +11,6 @@
 
 namespace {
 
-using lineup::test::Answer;
 using lineup::test::ConsoleProcess;
 using lineup::test::FakeController;
 using lineup::test::Outcome;
@@ -21,52 +18,52 @@ using lineup::test::Start;
 
 constexpr char kPending[] = "(changes to commit) > ";
 
-class InterruptedRead : public testing::TestWithParam<bool> {};
-
-TEST_P(InterruptedRead, IsRepeated) {
-  const FakeController controller;
-  const lineup::test::TemporaryFolder folder;
-  const std::string count = folder.file("count");
+/// A console on a terminal or on pipes, the first call of which of the kind fails. `count` receives
+/// how many it makes.
+Start withFault(const std::string& kind, bool terminal, const std::string& count) {
   Start start;
-  start.terminal = GetParam();
+  start.terminal = terminal;
   start.environment = {{"TERM", "xterm"},
                        {"LD_PRELOAD", FAULT_INJECTION},
                        {"ASAN_OPTIONS", "verify_asan_link_order=0"},
-                       {"FAULT_KIND", "interruption"},
+                       {"FAULT_KIND", kind},
                        {"FAULT_AT", "1"},
                        {"FAULT_ON", "once"},
                        {"FAULT_COUNT", count}};
-  ConsoleProcess console(start);
+  return start;
+}
+
+class AdverseSystem : public testing::Test {
+ protected:
+  int calls() const {
+    int result = 0;
+    std::ifstream(count) >> result;
+    return result;
+  }
+
+  const FakeController controller;
+  const lineup::test::TemporaryFolder folder;
+  const std::string count = folder.file("count");
+};
+
+class AdverseStreams : public AdverseSystem, public testing::WithParamInterface<bool> {};
+
+TEST_P(AdverseStreams, AnInterruptedReadIsRepeated) {
+  ConsoleProcess console(withFault("interruption", GetParam(), count));
   console.readUntil("> ");
   console.send("id 7\n");
   console.readUntil(kPending);
   console.send("quit\n");
   EXPECT_EQ(console.finish().status, 0);
-  int reads = 0;
-  std::ifstream(count) >> reads;
-  EXPECT_GT(reads, 1);
+  EXPECT_GT(calls(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Streams, InterruptedRead, testing::Bool(), [](const auto& instance) {
+INSTANTIATE_TEST_SUITE_P(Streams, AdverseStreams, testing::Bool(), [](const auto& instance) {
   return instance.param ? "OnATerminal" : "OnAPipe";
 });
 
-TEST(TooFewDescriptors, LeaveLinesUnedited) {
-  FakeController controller;
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  controller.answerNext(stall);
-  Start start;
-  start.terminal = true;
-  start.environment["TERM"] = "xterm";
-  ConsoleProcess console(start);
-  controller.waitForCalls(1);
-  rlimit limit{};
-  ASSERT_EQ(prlimit(console.pid(), RLIMIT_NOFILE, nullptr, &limit), 0);
-  limit.rlim_cur = STDERR_FILENO + 1;
-  ASSERT_EQ(prlimit(console.pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
-  controller.release();
+TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
+  ConsoleProcess console(withFault("signalfd", true, count));
   console.readUntil("> ");
   EXPECT_TRUE(console.echoes());
   console.send("id 7\n");
@@ -75,6 +72,7 @@ TEST(TooFewDescriptors, LeaveLinesUnedited) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.find('\x1b'), std::string::npos);
+  EXPECT_EQ(calls(), 1);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -162,6 +163,11 @@ int open64(const char* path, int flags, ...) {
   const unsigned mode = va_arg(arguments, unsigned);
   va_end(arguments);
   return fails("open") ? failWith(EMFILE, -1) : real(path, flags, mode);
+}
+
+int signalfd(int descriptor, const sigset_t* mask, int flags) noexcept {
+  static auto* const real = next<int(int, const sigset_t*, int)>("signalfd");
+  return fails("signalfd") ? failWith(EMFILE, -1) : real(descriptor, mask, flags);
 }
 
 int mkstemps(char* path, int suffixLength) {
