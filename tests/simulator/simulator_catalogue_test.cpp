@@ -89,14 +89,14 @@ class SimulatorCatalogue : public testing::Test {
   }
 
   Outcome runRefused(const std::vector<std::string>& options = {}) const {
-    std::vector<std::string> arguments{"--port",      "0",  "--state", folder_.path("state.json"),
+    std::vector<std::string> arguments{"--port",      "0",  "--state", folder_.file("state.json"),
                                        "--catalogue", path_};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return runSimulator(arguments);
   }
 
   TemporaryFolder folder_;
-  const std::string path_ = folder_.path("catalogue.sqlite");
+  const std::string path_ = folder_.file("catalogue.sqlite");
 };
 
 TEST_F(SimulatorCatalogue, HasAtLeastSixtyServicesInFourTablesOfTheirShape) {
@@ -237,7 +237,7 @@ TEST_F(SimulatorCatalogue, OfAnEarlierRunIsReplaced) {
 }
 
 TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
-  const std::string foreign = folder_.path("foreign.sqlite");
+  const std::string foreign = folder_.file("foreign.sqlite");
   ASSERT_EQ(run({.program = "sqlite3", .arguments = {foreign, "CREATE TABLE t (a)"}}).status, 0);
   for (const std::string& content :
        {readFile(foreign), std::string("no database"), std::string()}) {
@@ -257,7 +257,7 @@ TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
 
 TEST_F(SimulatorCatalogue, ThatCannotBeLookedIntoIsKept) {
   // SQLite opens no path of more than 512 bytes.
-  std::string path = folder_.path("");
+  std::string path = folder_.file("");
   for (int depth = 0; depth < 3; ++depth) {
     path += std::string(200, 'x') + "/";
     mkdir(path.c_str(), 0700);
@@ -279,15 +279,15 @@ TEST_F(SimulatorCatalogue, ThatIsNoRegularFileIsNeverReplaced) {
 }
 
 TEST_F(SimulatorCatalogue, WhereNoFileCanBeIsRefused) {
-  writeFile(folder_.path("file"), "");
-  const std::string path = folder_.path("file/catalogue.sqlite");
+  writeFile(folder_.file("file"), "");
+  const std::string path = folder_.file("file/catalogue.sqlite");
   const Outcome outcome = runRefused({"--catalogue", path});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "headend-simulator: cannot write " + path + ": Not a directory\n");
 }
 
 TEST_F(SimulatorCatalogue, IsWrittenIntoFoldersThatDoNotExistYet) {
-  const std::string path = folder_.path("a/b/catalogue.sqlite");
+  const std::string path = folder_.file("a/b/catalogue.sqlite");
   writeOnce({"--catalogue", path});
   EXPECT_EQ(Database(path).select("SELECT * FROM availableIPService").size(), 13U);
 }

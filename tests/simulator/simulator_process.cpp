@@ -5,7 +5,6 @@
 #include <thrift/transport/TSocket.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -16,21 +15,9 @@ namespace lineup::test {
 
 const char* const kSimulatorProgram = HEADEND_SIMULATOR;
 
-TemporaryFolder::TemporaryFolder()
-    : path_((std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string()) {
-  if (mkdtemp(path_.data()) == nullptr) {
-    throw std::runtime_error("no temporary folder");
-  }
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::vector<std::string> TemporaryFolder::names() const {
+std::vector<std::string> namesIn(const TemporaryFolder& folder) {
   std::vector<std::string> result;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
     result.push_back(entry.path().filename().string());
   }
   std::sort(result.begin(), result.end());
@@ -64,8 +51,8 @@ Start startOf(const TemporaryFolder& folder, std::vector<std::string> options, i
   Start start;
   start.program = kSimulatorProgram;
   start.arguments = {"--port",      std::to_string(port),
-                     "--state",     folder.path("state.json"),
-                     "--catalogue", folder.path("catalogue.sqlite")};
+                     "--state",     folder.file("state.json"),
+                     "--catalogue", folder.file("catalogue.sqlite")};
   start.arguments.insert(start.arguments.end(), options.begin(), options.end());
   return start;
 }

@@ -8,28 +8,15 @@
 
 #include "WebSrv.h"
 #include "tests/support/console_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 
 /// The path of the simulator that was built along with the tests.
 extern const char* const kSimulatorProgram;
 
-/// A folder under the system's temporary one, removed with all it holds at the end of its life.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  /// The path of `name` in the folder.
-  std::string path(const std::string& name) const { return path_ + "/" + name; }
-  /// The names in the folder, sorted.
-  std::vector<std::string> names() const;
-
- private:
-  std::string path_;
-};
+/// The names in the folder, sorted.
+std::vector<std::string> namesIn(const TemporaryFolder& folder);
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);

@@ -132,14 +132,14 @@ TEST(SimulatorOptions, InputThatNoHeadendHasIsRefused) {
 TEST(SimulatorPort, PortInUseIsRefusedAndNothingIsTouched) {
   const TemporaryFolder folder;
   const SimulatorProcess running(folder);
-  const std::string state = readFile(folder.path("state.json"));
+  const std::string state = readFile(folder.file("state.json"));
   const std::string port = std::to_string(running.port());
   expectRefusal(
-      runSimulator({"--port", port, "--state", folder.path("other.json"), "--catalogue",
-                    folder.path("other.sqlite")}),
+      runSimulator({"--port", port, "--state", folder.file("other.json"), "--catalogue",
+                    folder.file("other.sqlite")}),
       "cannot listen on 127.0.0.1 port " + port + ": Could not bind: Address already in use");
-  EXPECT_EQ(folder.names(), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
-  EXPECT_EQ(readFile(folder.path("state.json")), state);
+  EXPECT_EQ(namesIn(folder), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
+  EXPECT_EQ(readFile(folder.file("state.json")), state);
   EXPECT_EQ(headendName(running), "Simulated headend");
 }
 
@@ -168,7 +168,7 @@ TEST_P(SimulatorSignals, EndItCleanly) {
   const Outcome outcome = simulator.finish();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(folder.names(), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
+  EXPECT_EQ(namesIn(folder), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
   EXPECT_EQ(headendName(SimulatorProcess(folder, {}, simulator.port())), "kept");
 }
 
@@ -225,7 +225,7 @@ TEST(SimulatorClients, MayMakeSeveralCallsOnOneConnection) {
 
 TEST(SimulatorState, IsMadeInFoldersThatDoNotExistYet) {
   const TemporaryFolder folder;
-  const std::string state = folder.path("a/b/state.json");
+  const std::string state = folder.file("a/b/state.json");
   SimulatorProcess simulator(folder, {"--state", state});
   EXPECT_TRUE(std::filesystem::exists(state));
   simulator.signal(SIGTERM);
@@ -236,9 +236,9 @@ TEST(SimulatorState, InUseByAnotherSimulatorIsRefused) {
   const TemporaryFolder folder;
   const SimulatorProcess running(folder);
   const std::string refusal =
-      "the state file " + folder.path("state.json") + " is in use by another process";
+      "the state file " + folder.file("state.json") + " is in use by another process";
   const std::vector<std::string> other{"--port", "0", "--no-catalogue", "--state",
-                                       folder.path("state.json")};
+                                       folder.file("state.json")};
   expectRefusal(runSimulator(other), refusal);
   setHeadendName(running, "the file is a new one now");
   expectRefusal(runSimulator(other), refusal);
@@ -246,7 +246,7 @@ TEST(SimulatorState, InUseByAnotherSimulatorIsRefused) {
 
 TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
   const TemporaryFolder folder;
-  const std::string path = folder.path("state.json");
+  const std::string path = folder.file("state.json");
   {
     SimulatorProcess simulator(folder);
     simulator.signal(SIGTERM);
@@ -272,9 +272,9 @@ TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
 
 TEST(SimulatorState, ThatIsNoRegularFileIsRefused) {
   const TemporaryFolder folder;
-  mkfifo(folder.path("fifo").c_str(), 0600);
+  mkfifo(folder.file("fifo").c_str(), 0600);
   for (const std::string& path :
-       {folder.path(""), folder.path("fifo"), std::string("/dev/full"), std::string("/dev/null")}) {
+       {folder.file(""), folder.file("fifo"), std::string("/dev/full"), std::string("/dev/null")}) {
     expectRefusal(runSimulator({"--port", "0", "--no-catalogue", "--state", path}),
                   "cannot use " + path + ": it is no regular file");
   }
@@ -282,7 +282,7 @@ TEST(SimulatorState, ThatIsNoRegularFileIsRefused) {
 
 TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
   const TemporaryFolder folder;
-  const std::string path = folder.path("state.json");
+  const std::string path = folder.file("state.json");
   writeFile(path, "secret");
   chmod(path.c_str(), 0);
   Start start;
@@ -294,7 +294,7 @@ TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
 
 TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
   const TemporaryFolder folder;
-  const std::string path = folder.path("state.json");
+  const std::string path = folder.file("state.json");
   Start start;
   start.program = "sh";
   start.arguments = {"-c",
@@ -307,13 +307,13 @@ TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
                      "--state",
                      path};
   expectRefusal(run(start), "cannot write " + path + ": File too large");
-  EXPECT_EQ(folder.names(), std::vector<std::string>());
+  EXPECT_EQ(namesIn(folder), std::vector<std::string>());
 }
 
 TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
   const TemporaryFolder folder;
-  writeFile(folder.path("file"), "");
-  const std::string path = folder.path("file/state.json");
+  writeFile(folder.file("file"), "");
+  const std::string path = folder.file("file/state.json");
   expectRefusal(runSimulator({"--port", "0", "--no-catalogue", "--state", path}),
                 "cannot write " + path + ": Not a directory");
 }
@@ -321,15 +321,15 @@ TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
 TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
   const TemporaryFolder folder;
   SimulatorProcess simulator(folder);
-  const std::string state = readFile(folder.path("state.json"));
+  const std::string state = readFile(folder.file("state.json"));
   // A folder where the new file is to be written.
-  std::filesystem::create_directory(folder.path("state.json.headend-simulator-new"));
+  std::filesystem::create_directory(folder.file("state.json.headend-simulator-new"));
   EXPECT_THROW(setHeadendName(simulator, "lost"), apache::thrift::TApplicationException);
   EXPECT_EQ(simulator.nextLine(), "getHeadendConfig: 0 RF entries, 0 IP entries, modulation COFDM");
   EXPECT_EQ(simulator.nextLine(), "setHeadendConfig: refused, cannot write " +
-                                      folder.path("state.json") + ": Is a directory");
+                                      folder.file("state.json") + ": Is a directory");
   EXPECT_EQ(headendName(simulator), "Simulated headend");
-  EXPECT_EQ(readFile(folder.path("state.json")), state);
+  EXPECT_EQ(readFile(folder.file("state.json")), state);
 }
 
 TEST(SimulatorState, SurvivesAnUnfinishedWrite) {
@@ -338,11 +338,11 @@ TEST(SimulatorState, SurvivesAnUnfinishedWrite) {
   setHeadendName(first, "kept");
   first.signal(SIGKILL);
   first.finish();
-  writeFile(folder.path("state.json.headend-simulator-new"), "{\"101\":{\"rec\":");
+  writeFile(folder.file("state.json.headend-simulator-new"), "{\"101\":{\"rec\":");
   SimulatorProcess second(folder);
   EXPECT_EQ(headendName(second), "kept");
   setHeadendName(second, "written over it");
-  EXPECT_EQ(folder.names(), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
+  EXPECT_EQ(namesIn(folder), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
 }
 
 TEST(SimulatorState, HoldsTheLastChangeOrTheOneBeforeWhenKilled) {
