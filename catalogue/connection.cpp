@@ -1,5 +1,10 @@
 #include "catalogue/connection.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "catalogue/sqlite_memory.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
 
@@ -25,6 +30,17 @@ int allowReading(void* /*unused*/, int action, const char* /*unused*/, const cha
   }
 }
 
+/// How much memory SQLite may take for a select from the file. A result takes some ten times the
+/// bytes of the rows that are stored; a file can hold views and defaults that make any number of
+/// rows from none.
+int64_t memoryFor(const std::string& fileName) {
+  constexpr int64_t kTimesTheFile = 20;
+  constexpr int64_t kAlways = kTimesTheFile * 1024 * 1024;
+  struct stat file {};
+  const bool known = stat(fileName.c_str(), &file) == 0;
+  return known ? std::max(kAlways, kTimesTheFile * file.st_size) : kAlways;
+}
+
 /// Breaks a statement off once a signal has been caught; whoever ran it ends the program.
 int breakOffIfSignalled(void* /*unused*/) {
   try {
@@ -38,10 +54,7 @@ int breakOffIfSignalled(void* /*unused*/) {
 }  // namespace
 
 tSqlite3db::tSqlite3db(const std::string& fileName) {
-  // Without locks between threads (there is one) and memory statistics (nobody asks for them), the
-  // listing of a big catalogue is a fifth faster. The latter works before the first connection
-  // only.
-  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  limitSqliteMemory(memoryFor(fileName));
   // For writing, because only so SQLite can take back what a dead writer left half done; what
   // follows keeps everything else out. A missing file is not created.
   sqlite3_open_v2(fileName.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);

@@ -12,7 +12,8 @@ namespace korveldb {
 /// anything, the file or another, are refused by SQLite, and a missing file is not created. What
 /// stays SQLite's own business is to bring a database back to its last commit when its writer died.
 ///
-/// A statement that runs when a signal is to end the program is broken off and fails.
+/// A statement that runs when a signal is to end the program is broken off and fails. So is one for
+/// which SQLite would need more than 20 MiB, or 20 times the file if that is more.
 ///
 /// Nothing is reported by the constructor: on a file that could not be opened, every statement
 /// fails. Messages go to the log under the module name "db".

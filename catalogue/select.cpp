@@ -6,6 +6,7 @@
 #include <new>
 #include <string>
 
+#include "catalogue/sqlite_memory.h"
 #include "support/ending_signals.h"
 
 namespace korveldb {
@@ -26,6 +27,13 @@ void reportFailure(const char* table, int attempt, const char* error) {
     std::cerr << kErrorPrefix << error << std::endl;
     std::perror(error);
   }
+}
+
+/// Whether the rows can be copied with what SQLite's limit leaves: as much as the result, and the
+/// cells themselves.
+bool canBeCopied(int rows) {
+  constexpr int64_t kBytesOfARow = 1024;
+  return kBytesOfARow * rows <= sqliteMemoryLimit();
 }
 
 }  // namespace
@@ -53,10 +61,10 @@ tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, 
         sqlite3_get_table(handle, statement.get(), &cells, &rows, &columns, &errorText);
     const SqliteText error(errorText);
     tResultTable selected(cells, rows, columns);
-    if (result == SQLITE_OK) {
+    if (result == SQLITE_OK && canBeCopied(rows)) {
       return selected;
     }
-    reportFailure(table, attempt, error.get());
+    reportFailure(table, attempt, result == SQLITE_OK ? sqlite3_errstr(SQLITE_NOMEM) : error.get());
     waitFor(std::chrono::seconds(attempt + 1));
   }
   return {nullptr, 0, 0};

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <thread>
@@ -14,6 +15,7 @@
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/memory_use.h"
 
 namespace {
 
@@ -30,6 +32,7 @@ using lineup::test::kCable;
 using lineup::test::kIP;
 using lineup::test::kSat;
 using lineup::test::kTdt;
+using lineup::test::memoryFigure;
 using lineup::test::Outcome;
 using lineup::test::runConsole;
 using lineup::test::Start;
@@ -37,6 +40,11 @@ using std::chrono::seconds;
 using std::chrono::steady_clock;
 using Methods = std::vector<std::string>;
 
+#ifdef __SANITIZE_ADDRESS__  // which needs memory of its own
+constexpr int64_t kLimit = std::numeric_limits<int64_t>::max();
+#else
+constexpr int64_t kLimit = lineup::test::kMemoryLimit;
+#endif
 constexpr char kFolder[] = "/etc/korvel/conf/ControllerTask";
 constexpr char kPath[] = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
 constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
@@ -444,6 +452,64 @@ TEST_F(CatalogueCommands, AMalformedIntegerListEndsTheProgramAfterAllItHasPrinte
     EXPECT_EQ(filesIn(kFolder), before);
   }
   EXPECT_EQ(controller.config(), HeadendConfig());
+}
+
+// ---- catalogues that are made to take memory
+
+/// SQL that makes "availableSatService" something else than a table of services.
+struct Hostile {
+  const char* name;
+  const char* sql;
+
+  friend std::ostream& operator<<(std::ostream& out, const Hostile& hostile) {
+    return out << hostile.name;
+  }
+};
+
+class HostileCatalogue : public testing::TestWithParam<Hostile> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, HostileCatalogue,
+    testing::Values(
+        Hostile{"RowsOfAView",
+                "CREATE VIEW availableSatService AS WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL "
+                "SELECT i + 1 FROM n) SELECT i service_id, 'x' service_name, i, i, i, i, i, i, i, "
+                "i, i, i, i, i, i, i, i, i, i, i, i, i, i, i, i FROM n"},
+        Hostile{"RowsOfNulls",
+                "CREATE VIEW availableSatService AS WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL "
+                "SELECT i + 1 FROM n LIMIT 100000) SELECT i service_id, 'x' service_name, NULL, "
+                "NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, "
+                "NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL FROM n"},
+        Hostile{"ALongCell",
+                "CREATE VIEW availableSatService AS SELECT 1 service_id, "
+                "hex(zeroblob(200000000)) service_name"},
+        Hostile{"LongDefaults",
+                "CREATE TABLE availableSatService(service_id, service_name);"
+                "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n LIMIT 50000) "
+                "INSERT INTO availableSatService SELECT i, 'x' FROM n;"
+                "ALTER TABLE availableSatService ADD COLUMN a DEFAULT "
+                "'a long text, stored once and read with every one of the rows of the table'"}),
+    [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST_P(HostileCatalogue, IsOneThatCannotBeReadAndTakesNoMoreThanTheLimit) {
+  const FakeController controller;
+  CatalogueFile catalogue(kPath);
+  catalogue.execute("DROP TABLE availableSatService");
+  catalogue.execute(GetParam().sql);
+  ASSERT_LT(std::filesystem::file_size(kPath), 1'000'000U);
+  Start start;
+  start.timeout = seconds(60);
+  ConsoleProcess console(start);
+  console.readUntil("> ");
+  const std::string process = std::to_string(console.pid());
+  const int64_t before = memoryFigure("VmHWM:", process);
+  console.send("id 7\nfindsat\n");
+  console.readUntil("No SAT services found.\n");
+  console.readUntil(kPending);
+  EXPECT_LT(memoryFigure("VmHWM:", process) - before, kLimit);
+  console.send("findtdt\n");
+  EXPECT_EQ(console.readUntil("\n"), "No TDT services found.\n");
+  EXPECT_EQ(count(console.finish().err, "Error leyendo datos tabla availableSatService"), 3);
 }
 
 }  // namespace
