@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "simulator/sandbox.h"
+#include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 
@@ -121,11 +123,34 @@ TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
   Answer stall;
   stall.sentBytes = 5;
   stall.stalls = true;
+  stall.goesOn = true;
   controller.answerNext(stall);
   console.send("commit\n");
   controller.waitForCalls(2);
   console.signal(signal);
-  usleep(200'000);  // the signal must not cut the call short; release() then fails it
+  console.waitUntilHeldBack(signal);
+  controller.release();
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, signal);
+  EXPECT_EQ(outcome.out.find("ERROR"), std::string::npos) << outcome.out;
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  EXPECT_TRUE(rescueFiles().empty()) << "the edits were committed";
+}
+
+TEST_P(EndingBySignal, EditsThatARemoteCallUnderWayFailedToCommitAreRescued) {
+  const auto [signal, terminal] = GetParam();
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  Answer stall;
+  stall.sentBytes = 5;
+  stall.stalls = true;
+  controller.answerNext(stall);
+  console.send("commit\n");
+  controller.waitForCalls(2);
+  console.signal(signal);
+  console.waitUntilHeldBack(signal);
   controller.release();
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, signal);
@@ -207,6 +232,7 @@ TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
   Answer stall;
   stall.sentBytes = 5;
   stall.stalls = true;
+  stall.goesOn = true;
   controller.answerNext(stall);
   Start typeMode = start(false);
   typeMode.arguments = {"--type", "skyit"};
@@ -216,7 +242,7 @@ TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
   controller.release();
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
-  EXPECT_EQ(outcome.out, "ERROR: Could not get current config from ControllerTask\n");
+  EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
@@ -231,6 +257,7 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
   Answer stall;
   stall.sentBytes = 5;
   stall.stalls = true;
+  stall.goesOn = true;
   controller.answerNext({});
   controller.answerNext(stall);
   console.send("rfinput enable SATALL\n");
@@ -253,6 +280,19 @@ TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGABRT);
   EXPECT_NE((outcome.out + outcome.err).find("map::at"), std::string::npos);
+  expectRescued(outcome, terminal);
+}
+
+TEST_P(EndingByException, AMalformedListOfTheCatalogueAbortsAfterTheRescue) {
+  const bool terminal = GetParam();
+  lineup::test::CatalogueFile(lineup::kCataloguePath)
+      .insert(lineup::test::kSat, {{15, "17"}, {24, "101,,103"}});
+  ConsoleProcess console(start(terminal));
+  console.readUntil("> ");
+  console.send("id 7\nadddvb 17\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.signal, SIGABRT);
+  EXPECT_NE((outcome.out + outcome.err).find("stoi"), std::string::npos);
   expectRescued(outcome, terminal);
 }
 

@@ -157,6 +157,19 @@ bool isBlocked(pid_t pid) {
   return file >> systemCall && systemCall >= 0 && systemCall != SYS_ppoll;  // or else "running"
 }
 
+/// The signals sent to a process that it has not taken yet, as bits from that of signal 1.
+uint64_t pendingSignals(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+  std::string word;
+  uint64_t pending = 0;
+  while (file >> word) {
+    if (word == "ShdPnd:") {
+      file >> std::hex >> pending;
+    }
+  }
+  return pending;
+}
+
 }  // namespace
 
 const char* const kConsoleProgram = consoleProgram();
@@ -330,6 +343,13 @@ void ConsoleProcess::waitUntilBlocked() {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (!isBlocked(pid_)) {
     waitALittle(deadline, "the program to block");
+  }
+}
+
+void ConsoleProcess::waitUntilHeldBack(int signal) {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  while (((pendingSignals(pid_) >> (signal - 1)) & 1) == 0) {
+    waitALittle(deadline, "the signal to be held back");
   }
 }
 

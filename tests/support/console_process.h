@@ -76,6 +76,9 @@ class ConsoleProcess {
   /// waits for input.
   void waitUntilBlocked();
 
+  /// Waits until `signal`, which was sent to it, is held back by the program.
+  void waitUntilHeldBack(int signal);
+
   /// Waits for the program to end without reading what it writes meanwhile.
   void waitForEnd();
 

@@ -322,7 +322,12 @@ bool FakeController::answerCall(int socket, const std::string& request) {
   if (answer.stalls) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return ending_ || releases_ >= untilRelease; });
-    return false;
+    if (!answer.goesOn || ending_) {
+      return false;
+    }
+    lock.unlock();
+    sendAll(socket, std::string_view(bytes).substr(answer.sentBytes), answer.byteByByte);
+    return !answer.hangsUp;
   }
   return !answer.hangsUp && answer.sentBytes >= bytes.size();
 }

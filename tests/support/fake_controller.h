@@ -52,6 +52,7 @@ struct Answer {
   size_t sentBytes = kAll;     ///< how much of all this is sent, the frame's header counted
   bool hangsUp = false;        ///< closes the connection then, also when all was sent
   bool stalls = false;         ///< then silence until release() instead of hanging up or going on
+  bool goesOn = false;         ///< release() then lets it send the rest instead
   bool byteByByte = false;     ///< each byte in a packet of its own
 };
 
