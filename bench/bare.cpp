@@ -1,4 +1,4 @@
-// bench-bare CALL TIMES [ARGUMENT]: does TIMES times what a command of the console does, in the
+// bench-bare CALL [TIMES [ARGUMENT]]: does TIMES times what a command of the console does, in the
 // plainest way that the libraries allow: the generated client, protocols and sqlite3_get_table,
 // without any of the console's own code. The measure for what the console adds.
 
@@ -146,6 +146,10 @@ void run(const std::string& name, int times, const char* argument) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  if (argc < 2) {
+    std::cerr << "usage: bench-bare CALL [TIMES [ARGUMENT]]" << std::endl;
+    return 1;
+  }
   try {
     run(argv[1], argc > 2 ? std::stoi(argv[2]) : 1, argc > 3 ? argv[3] : nullptr);
     return 0;

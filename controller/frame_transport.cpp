@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "controller/unlimited.h"
+#include "support/ending_signals.h"
 
 namespace lineup {
 
@@ -33,7 +34,7 @@ bool FrameTransport::readFrame() {
   }
   replyExpected_ = false;
   uint32_t header = 0;
-  socket_->readAll(reinterpret_cast<uint8_t*>(&header), sizeof(header));
+  readAllFromSocket(reinterpret_cast<uint8_t*>(&header), sizeof(header));
   const uint32_t size = ntohl(header);
   if (size > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
     throw TTransportException(TTransportException::CORRUPTED_DATA, "negative frame size");
@@ -47,12 +48,35 @@ bool FrameTransport::readFrame() {
       rBufSize_ = larger;
     }
     const uint32_t part = std::min(size, rBufSize_) - have;
-    socket_->readAll(rBuf_.get() + have, part);
+    readAllFromSocket(rBuf_.get() + have, part);
     have += part;
   }
   frameSize_ = size;
   setReadBuffer(rBuf_.get(), size);
   return true;
+}
+
+void FrameTransport::readAllFromSocket(uint8_t* bytes, uint32_t size) {
+  for (uint32_t have = 0; have < size;) {
+    const uint32_t part = socket_->read(bytes + have, size - have);
+    if (part == 0) {
+      throw TTransportException(TTransportException::END_OF_FILE, "No more data to read.");
+    }
+    have += part;
+    giveUpIfOverdue();
+  }
+}
+
+void FrameTransport::giveUpIfOverdue() {
+  constexpr std::chrono::seconds kPatience(20);  // as for each single wait
+  if (!isEndingSignalHeld()) {
+    return;
+  }
+  const auto now = std::chrono::steady_clock::now();
+  due_ = due_.value_or(now + kPatience);
+  if (now > *due_) {
+    throw TTransportException(TTransportException::TIMED_OUT, "the reply only trickles in");
+  }
 }
 
 uint32_t FrameTransport::readEnd() {

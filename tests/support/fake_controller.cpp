@@ -85,13 +85,15 @@ std::string notReady() {
 }
 
 /// Sends `bytes`, as far as there is someone to read them.
-void sendAll(int socket, std::string_view bytes, bool byteByByte) {
+void sendAll(int socket, std::string_view bytes, const Answer& answer) {
   while (!bytes.empty()) {
-    const ssize_t sent = send(socket, bytes.data(), byteByByte ? 1 : bytes.size(), MSG_NOSIGNAL);
+    const ssize_t sent =
+        send(socket, bytes.data(), answer.byteByByte ? 1 : bytes.size(), MSG_NOSIGNAL);
     if (sent < 0) {
       return;
     }
     bytes.remove_prefix(static_cast<size_t>(sent));
+    std::this_thread::sleep_for(answer.pause);
   }
 }
 
@@ -318,7 +320,7 @@ bool FakeController::answerCall(int socket, const std::string& request) {
     calls_.back().connection = connections_;
     changed_.notify_all();
   }
-  sendAll(socket, std::string_view(bytes).substr(0, answer.sentBytes), answer.byteByByte);
+  sendAll(socket, std::string_view(bytes).substr(0, answer.sentBytes), answer);
   if (answer.stalls) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return ending_ || releases_ >= untilRelease; });
@@ -326,7 +328,7 @@ bool FakeController::answerCall(int socket, const std::string& request) {
       return false;
     }
     lock.unlock();
-    sendAll(socket, std::string_view(bytes).substr(answer.sentBytes), answer.byteByByte);
+    sendAll(socket, std::string_view(bytes).substr(answer.sentBytes), answer);
     return !answer.hangsUp;
   }
   return !answer.hangsUp && answer.sentBytes >= bytes.size();

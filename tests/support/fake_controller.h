@@ -5,6 +5,7 @@
 
 #include <thrift/protocol/TProtocol.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -54,6 +55,7 @@ struct Answer {
   bool stalls = false;         ///< then silence until release() instead of hanging up or going on
   bool goesOn = false;         ///< release() then lets it send the rest instead
   bool byteByByte = false;     ///< each byte in a packet of its own
+  std::chrono::milliseconds pause{0};  ///< behind each packet
 };
 
 /// The bytes of a message of the binary protocol: its header, then what `writeBody` writes.
