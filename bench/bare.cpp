@@ -11,7 +11,6 @@
 #include <thrift/transport/TFDTransport.h>
 #include <thrift/transport/TSocket.h>
 
-#include <cstring>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -64,8 +63,8 @@ void commit(const HeadendConfig& config) {
 
 /// The console's stack of transports over a file.
 template <class Work>
-void withFile(const char* path, int flags, Work work) {
-  const int descriptor = open(path, flags, 0600);
+void withFile(const std::string& path, int flags, Work work) {
+  const int descriptor = open(path.c_str(), flags, 0600);
   const auto file =
       std::make_shared<TFDTransport>(descriptor, TFDTransport::CLOSE_ON_DESTROY, unlimited());
   const auto buffered = std::make_shared<TBufferedTransport>(file, 512, unlimited());
@@ -74,11 +73,11 @@ void withFile(const char* path, int flags, Work work) {
   buffered->flush();
 }
 
-void save(const char* path, const HeadendConfig& config) {
+void save(const std::string& path, const HeadendConfig& config) {
   withFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& protocol) { config.write(&protocol); });
 }
 
-HeadendConfig load(const char* path) {
+HeadendConfig load(const std::string& path) {
   HeadendConfig config;
   withFile(path, O_RDONLY, [&](auto& protocol) { config.read(&protocol); });
   return config;
@@ -116,7 +115,7 @@ void find(const std::string& part) {
   sqlite3_close(handle);
 }
 
-void run(const std::string& name, int times, const char* argument) {
+void run(const std::string& name, int times, const std::string& argument) {
   const auto repeat = [times](auto work) {
     for (int i = 0; i < times; ++i) {
       work();
@@ -151,7 +150,7 @@ int main(int argc, char* argv[]) {
     return 1;
   }
   try {
-    run(argv[1], argc > 2 ? std::stoi(argv[2]) : 1, argc > 3 ? argv[3] : nullptr);
+    run(argv[1], argc > 2 ? std::stoi(argv[2]) : 1, argc > 3 ? argv[3] : "");
     return 0;
   } catch (const std::exception& error) {
     std::cerr << "bench-bare: " << error.what() << std::endl;

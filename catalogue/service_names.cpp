@@ -31,7 +31,7 @@ std::string textOf(sqlite3_stmt* row, int column) {
 
 /// What all names may take, so that a catalogue that makes up rows without end is left at some
 /// time.
-constexpr std::size_t kMostBytes = 32 * 1024 * 1024;
+constexpr std::size_t kMostBytes = std::size_t{32} * 1024 * 1024;
 constexpr std::size_t kBytesOfAName = 100;  // beside its text
 
 /// Adds the services whose id no table before has. An id is one that can be asked for: a number
