@@ -45,6 +45,7 @@ class Figure:
 
 @dataclass
 class Row:
+    """What was measured, the console's figure, against whom, their figure, and the ratio to aim at."""
     what: str
     console: str
     peer: str
@@ -207,7 +208,7 @@ def calls(folder, lineups):
         restore(lineup)
         for command, call in (("reset", "fetch"), ("commit", "commit")):
             session = console_session(script(folder, command, [command] * times))
-            figures = compare(session, f"{BARE} {call} {times}", runs=5)
+            figures = compare(session, f"{BARE} {call} {times}", runs=3)
             add_times(f"{call} of {count:,} services", figures, "bare client", 1.05)
 
 
@@ -216,7 +217,7 @@ def entries(folder, lineups):
     for count in (1000, 10_000):
         session = script(folder, "addenc", ["addenc 3 0"] * count + ["commit"])
         sets = script(folder, "sets", [f"SET service:{i} ENC" for i in range(count)])
-        figures = compare(console_session(session), f"{REDIS} < {sets}", runs=5,
+        figures = compare(console_session(session), f"{REDIS} < {sets}", runs=3,
                           prepare=[f"{CONSOLE} --restore {lineups[0]}", f"{REDIS} flushall"])
         walls.append(figures[0].wall)
         add_times(f'{count:,} "addenc", commit', figures, "redis-cli, SET", 1)
@@ -224,13 +225,15 @@ def entries(folder, lineups):
 
 
 def reserved_slots(folder, lineups):
-    walls = []
-    for count in (1000, 10_000):
-        half = count // 2
-        session = script(folder, "slots", ["rfaddempty 1"] * half + ["rfaddenc 3 0"] * half)
-        walls.append(compare(console_session(session), runs=5,
-                             prepare=[f"{CONSOLE} --restore {lineups[0]}"])[0].wall)
-    add_growth("half reserving slots, half filling them: growth", walls)
+    for what, service_type in (("filling them", 1), ("matching none", 2)):
+        walls = []
+        for count in (1000, 10_000):
+            half = count // 2
+            session = script(folder, "slots",
+                             [f"rfaddempty {service_type}"] * half + ["rfaddenc 3 0"] * half)
+            walls.append(compare(console_session(session), runs=3,
+                                 prepare=[f"{CONSOLE} --restore {lineups[0]}"])[0].wall)
+        add_growth(f"half reserving slots, half {what}: growth", walls)
 
 
 def add_growth(what, walls):
@@ -242,7 +245,7 @@ def show(folder, lineups):
         restore(lineups[count])
         times = 20_000 // count
         figures = compare(console_session(script(folder, "show", ["show"] * times)),
-                          f"{BARE} show {times}", runs=5)
+                          f"{BARE} show {times}", runs=3)
         add_times(f'"show" of {count:,} services', figures, "bare debug protocol", 1.1)
 
 
@@ -256,7 +259,7 @@ def files(folder, lineups):
         restores = script(folder, "restore", [f"restore {lineups[count]}"] * times)
         for what, session, bare in (("save", saves, f"{BARE} save {times} {copy}"),
                                     ("restore", restores, f"{BARE} restore {times} {lineups[count]}")):
-            figures = compare(f"LD_PRELOAD={NO_SYNC} {console_session(session)}", bare, runs=5)
+            figures = compare(f"LD_PRELOAD={NO_SYNC} {console_session(session)}", bare, runs=3)
             add_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
 
 
@@ -265,7 +268,7 @@ def find(folder, _lineups):
     times = 10
     needle = "SELECT * FROM availableSatService WHERE service_name LIKE '%needle%';"
     figures = compare(console_session(script(folder, "find", ["findsat needle"] * times)),
-                      f"sqlite3 {CATALOGUE} < {script(folder, 'select', [needle] * times)}", runs=5)
+                      f"sqlite3 {CATALOGUE} < {script(folder, 'select', [needle] * times)}", runs=3)
     add_times("find of 10 in 100,000 rows", figures, "sqlite3, same select", 1)
 
     listing = console_session(script(folder, "list", ["findsat channel"]))
@@ -273,7 +276,7 @@ def find(folder, _lineups):
     if output_of(bare) not in output_of(listing):
         sys.exit("the bare loop prints other lines than the console")
     everything = script(folder, "everything", [needle.replace("needle", "channel")])
-    figures = compare(listing, bare, f"sqlite3 {CATALOGUE} < {everything}", runs=5)
+    figures = compare(listing, bare, f"sqlite3 {CATALOGUE} < {everything}", runs=3)
     add_times("find listing 100,000 rows", figures[:2], "bare loop", 1.3)
     add_row("the same", shown(figures[0].wall), "sqlite3, same select", shown(figures[2].wall),
             figures[0].wall / figures[2].wall, float("inf"))
