@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -16,23 +15,20 @@ namespace lineup {
 /// A transport that knows how much there is to read: one reply frame, or one file.
 class BoundedSource {
  public:
-  /// What size() and bytesLeft() return where nobody can know, as for a pipe.
-  static constexpr uint64_t kUnknown = std::numeric_limits<uint64_t>::max();
-
   virtual ~BoundedSource() = default;
-  /// Bytes of the whole frame or file.
-  virtual uint64_t size() const = 0;
-  /// Bytes of it that have not been read yet.
-  virtual uint64_t bytesLeft() const = 0;
+  /// Bytes that have been read so far.
+  virtual uint64_t bytesRead() const = 0;
+  /// Whether there are at least `count` more. May wait for them, where they come from a pipe.
+  virtual bool hasBytes(uint64_t count) = 0;
 };
 
 /// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
 /// does, but raises TProtocolException(SIZE_LIMIT) for
 ///  - a container that claims more elements than there are bytes left, and
-///  - more records in containers than a tenth of the bytes, or 65,536 if that is more: an absent
-///    field takes its place in memory but not a byte of the message, so that a megabyte of empty
-///    records would take several hundred. With its fields written, the shortest of the interface's
-///    records that stand in containers takes twelve bytes.
+///  - more records in containers than a tenth of the bytes read, or 65,536 if that is more: an
+///    absent field takes its place in memory but not a byte of the message, so that a megabyte of
+///    empty records would take several hundred. With its fields written, the shortest of the
+///    interface's records that stand in containers takes twelve bytes.
 template <class Base>
 class BoundedProtocol : public Base {
  public:
@@ -95,19 +91,19 @@ class BoundedProtocol : public Base {
   static constexpr uint64_t kRecordsAlwaysAllowed = 65536;
 
   void countRecord() {
-    if (++records_ > std::max(kRecordsAlwaysAllowed, source_.size() / kBytesPerRecord)) {
+    if (++records_ > std::max(kRecordsAlwaysAllowed, source_.bytesRead() / kBytesPerRecord)) {
       throw Exception(Exception::SIZE_LIMIT, "more records than the bytes can hold");
     }
   }
 
-  void checkClaim(uint32_t elements) const {
-    if (elements > source_.bytesLeft()) {
+  void checkClaim(uint32_t elements) {
+    if (!source_.hasBytes(elements)) {
       throw Exception(Exception::SIZE_LIMIT,
                       "a container claims more elements than there are bytes");
     }
   }
 
-  const BoundedSource& source_;
+  BoundedSource& source_;
   uint64_t records_ = 0;
   bool recordIsField_ = false;  // the next record is a field's value, no element of a container
 };

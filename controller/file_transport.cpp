@@ -1,6 +1,5 @@
 #include "controller/file_transport.h"
 
-#include <sys/stat.h>
 #include <thrift/transport/TFDTransport.h>
 #include <unistd.h>
 
@@ -26,13 +25,6 @@ std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
   return transport;
 }
 
-uint64_t sizeOf(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
-             ? static_cast<uint64_t>(status.st_size)
-             : BoundedSource::kUnknown;
-}
-
 }  // namespace
 
 Descriptor::~Descriptor() {
@@ -44,22 +36,72 @@ Descriptor::~Descriptor() {
 // gcov counts the first initialization with the second.
 FileTransport::FileTransport(Descriptor& descriptor)
     : TBufferedTransport(nullptr, kBufferSize, kBufferSize, unlimited()),  // GCOVR_EXCL_LINE
-      descriptor_(descriptor.number()),
-      size_(sizeOf(descriptor.number())) {
+      descriptor_(descriptor.number()) {
   transport_ = takeOver(descriptor);
 }
 
-uint64_t FileTransport::bytesLeft() const {
-  return size_ == kUnknown ? kUnknown : size_ - std::min(size_, taken_);
+bool FileTransport::hasBytes(uint64_t count) {
+  while (ahead_.size() - aheadTaken_ < count) {
+    uint8_t part[kBufferSize];
+    const uint64_t missing = count - (ahead_.size() - aheadTaken_);
+    const uint32_t size = TBufferedTransport::read(
+        part, static_cast<uint32_t>(std::min<uint64_t>(missing, kBufferSize)));
+    if (size == 0) {
+      return false;
+    }
+    ahead_.append(part, part + size);
+  }
+  return true;
 }
 
 uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
-  const uint32_t read = TBufferedTransport::readAll(buffer, length);
-  taken_ += read;
-  for (uint32_t index = 0; index < read; ++index) {
-    note(static_cast<char>(buffer[index]));
+  for (uint32_t index = 0; index < length; ++index) {
+    const char character = takeUnescaped();
+    note(character);
+    buffer[index] = static_cast<uint8_t>(character);
   }
-  return read;
+  return length;
+}
+
+char FileTransport::take() {
+  ++bytesRead_;
+  if (aheadTaken_ == ahead_.size()) {
+    uint8_t byte = 0;
+    TBufferedTransport::readAll(&byte, 1);
+    return static_cast<char>(byte);
+  }
+  const char character = ahead_[aheadTaken_++];
+  if (aheadTaken_ == ahead_.size()) {
+    ahead_.clear();
+    aheadTaken_ = 0;
+  }
+  return character;
+}
+
+/// Looks no further than the text matches: a pipe may have come to its last character.
+bool FileTransport::isAhead(std::string_view text) {
+  for (size_t index = 0; index < text.size(); ++index) {
+    if (!hasBytes(index + 1) || ahead_[aheadTaken_ + index] != text[index]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// The next character, or a bare NUL for its escape: the library writes \u0000 in a text, but reads
+/// nothing for it, whereas it takes the character itself.
+char FileTransport::takeUnescaped() {
+  constexpr std::string_view kNul = "u0000";
+  const char character = take();
+  escaped_ = character == '\\' && !escaped_;
+  if (!escaped_ || !isAhead(kNul)) {
+    return character;
+  }
+  for (size_t index = 0; index < kNul.size(); ++index) {
+    take();
+  }
+  escaped_ = false;
+  return '\0';
 }
 
 void FileTransport::note(char character) {

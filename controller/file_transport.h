@@ -4,7 +4,10 @@
 
 #include <thrift/transport/TBufferTransports.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "controller/bounded_protocol.h"
 
@@ -26,8 +29,9 @@ class Descriptor {
   int number_;
 };
 
-/// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It knows how much of the
-/// file is left to read, and remembers of what it has read whether numbers had digits.
+/// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
+/// library's JSON protocol does not see: that a file is too short for what it claims, that a number
+/// has no digits, and that an escape stands for NUL.
 class FileTransport : public apache::thrift::transport::TBufferedTransport, public BoundedSource {
  public:
   /// Takes `descriptor` over: it is closed by close() or by the destructor. If this raises,
@@ -37,9 +41,9 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   /// The descriptor, until the transport is closed.
   int descriptor() const { return descriptor_; }
 
-  /// As the file was when it was opened.
-  uint64_t size() const override { return size_; }
-  uint64_t bytesLeft() const override;
+  uint64_t bytesRead() const override { return bytesRead_; }
+  /// Reads ahead, as the size of a pipe is not known. Takes as much memory as there are bytes.
+  bool hasBytes(uint64_t count) override;
 
   uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override;
 
@@ -52,11 +56,16 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   char last() const { return last_; }
 
  private:
+  char take();
+  bool isAhead(std::string_view text);
+  char takeUnescaped();
   void note(char character);
 
   const int descriptor_;
-  const uint64_t size_;
-  uint64_t taken_ = 0;  // bytes handed out
+  std::string ahead_;       // what was read ahead,
+  size_t aheadTaken_ = 0;   // and how much of it has been taken since
+  uint64_t bytesRead_ = 0;  // without what was read ahead
+  bool escaped_ = false;    // by the backslash before
   char last_ = '\0';
   uint32_t digits_ = 0;  // in the number that is being read
   uint32_t digitsBeforeLast_ = 0;

@@ -29,14 +29,15 @@ class FrameTransport : public apache::thrift::transport::TFramedTransport, publi
   /// Ends the reading of a message; returns the bytes of its frame with the header.
   uint32_t readEnd() override;
 
-  uint64_t size() const override { return frameSize_; }
-  uint64_t bytesLeft() const override { return static_cast<uint64_t>(rBound_ - rBase_); }
+  uint64_t bytesRead() const override { return frameSize_ - bytesLeft(); }
+  bool hasBytes(uint64_t count) override { return count <= bytesLeft(); }
 
  protected:
   bool readFrame() override;
   const uint8_t* borrowSlow(uint8_t* buffer, uint32_t* length) override;
 
  private:
+  uint64_t bytesLeft() const { return static_cast<uint64_t>(rBound_ - rBase_); }
   void readAllFromSocket(uint8_t* bytes, uint32_t size);
   void giveUpIfOverdue();
 

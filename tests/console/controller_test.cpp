@@ -205,6 +205,11 @@ TEST_F(ConsoleAndController, NoMegabyteOfAReplyTakesMoreThanTheLimit) {
         {.kind = Answer::kBytes, .bytes = recordReply("getHeadendConfig", record)});
     console.send("reset\n");
     console.readUntil(kFetchError + "> ");
+    // What arrived is shown and sent like any configuration.
+    console.send("show\n");
+    console.readUntil("}\n> ");
+    console.send("commit\n");
+    EXPECT_EQ(console.readUntil("> "), "> ");
     EXPECT_LT(figure(console.pid(), "VmHWM:") - before, kMemoryLimit);
     EXPECT_EQ(console.finish().status, 0);
   }

@@ -8,16 +8,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "controller/file_transport.h"
@@ -265,13 +269,61 @@ TEST_F(ConfigFile, FollowedByALineEndIsRead) {
   EXPECT_EQ(config, randomHeadendConfig(1));
 }
 
-TEST_F(ConfigFile, MayBeAPipe) {
-  mkfifo(path_.c_str(), 0600);
-  std::thread writer([this] { fill(toJson(randomHeadendConfig(1))); });
+TEST_F(ConfigFile, HoldsNulsInTexts) {
+  using std::string_literals::operator""s;
   HeadendConfig config;
-  EXPECT_EQ(readConfigFile(path_, config), 0);
-  EXPECT_EQ(config, randomHeadendConfig(1));
-  writer.join();
+  for (const std::string& text :
+       {"\0"s, "a\0b"s, "\0\0u0000"s, "\\u0000"s, "\\\0"s, "\\\\u0000\0\""s, "\\u000"s}) {
+    config.headendGlobalConfig.headendName = text;
+    config.ipInputs[text].muxes[text];
+    ASSERT_EQ(writeConfigFile(path_, config), 0);
+    HeadendConfig read;
+    EXPECT_EQ(readConfigFile(path_, read), 0);
+    EXPECT_EQ(read, config) << content();
+  }
+}
+
+/// A pipe in the place of a file, and its writer.
+class PipedFile {
+ public:
+  /// With `staysOpen` the writer closes the pipe only when it has been read.
+  PipedFile(const std::string& path, std::string content, bool staysOpen)
+      : path_(path), content_(std::move(content)), staysOpen_(staysOpen) {
+    mkfifo(path.c_str(), 0600);
+    std::signal(SIGPIPE, SIG_IGN);  // not all of it has to be read
+  }
+
+  int read(HeadendConfig& config) {
+    std::promise<void> isRead;
+    std::thread writer([&] {
+      const Descriptor pipe(open(path_.c_str(), O_WRONLY | O_CLOEXEC));
+      std::string_view rest = content_;
+      for (ssize_t count = 1; count > 0; rest.remove_prefix(static_cast<size_t>(count))) {
+        count = std::max<ssize_t>(0, write(pipe.number(), rest.data(), rest.size()));
+      }
+      if (staysOpen_) {
+        isRead.get_future().wait();
+      }
+    });
+    const int result = readConfigFile(path_, config);
+    isRead.set_value();
+    writer.join();
+    return result;
+  }
+
+ private:
+  const std::string path_;
+  const std::string content_;
+  const bool staysOpen_;
+};
+
+TEST_F(ConfigFile, MayBeAPipeThatStaysOpen) {
+  for (const std::string& text :
+       {toJson(randomHeadendConfig(1)), std::string(R"({"77":{"str":"\n"}})")}) {
+    HeadendConfig config = randomHeadendConfig(1);
+    EXPECT_EQ(PipedFile(path_, text, true).read(config), 0);
+    EXPECT_EQ(config, randomHeadendConfig(1));
+  }
 }
 
 TEST_F(ConfigFile, ThatCannotBeOpenedForReadingIsMinusOneAndChangesNothing) {
@@ -450,6 +502,22 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsIsMinusTwoWithoutTheMemory) 
   EXPECT_LT(peak, kMemoryLimit / 4);
 }
 
+TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsGetsNoneOfThem) {
+  const std::string entries = R"({"1":{"rec":{"5":{"lst":["rec",%,{},{}]}}}})";
+  const size_t behindCount = entries.size() - entries.find('%') - 1;
+  const auto entriesRead = [&](size_t claim) {
+    std::string text = entries;
+    fill(text.replace(text.find('%'), 1, std::to_string(claim)));
+    HeadendConfig config;
+    EXPECT_EQ(readConfigFile(path_, config), claim == 2 ? 0 : -2) << claim;
+    return config.lineupConfig.rfEntries.size();
+  };
+  EXPECT_EQ(entriesRead(2), 2U);
+  EXPECT_EQ(entriesRead(behindCount - 1), 2U) << "the comma has been read with the count";
+  EXPECT_EQ(entriesRead(behindCount), 0U);
+  EXPECT_EQ(entriesRead(50000000), 0U);
+}
+
 TEST_F(ConfigFile, ThatClaimsMoreElementsInAnUnknownFieldIsMinusTwo) {
   for (const char* field :
        {R"("lst":["rec",2147483647,)", R"("set":["tf",2147483647,)",
@@ -493,6 +561,20 @@ TEST_F(ConfigFile, OfAMegabyteNeverTakesMoreThanTheLimit) {
     });
     EXPECT_LT(peak, kMemoryLimit) << text.substr(0, 60);
     std::cout << "peak: " << peak / 1024 << " KiB " << text.substr(0, 60) << std::endl;
+  }
+}
+
+TEST_F(ConfigFile, OfAMegabyteFromAPipeNeverTakesMoreThanTheLimit) {
+  const auto emptyRecord = [](size_t /*n*/) { return std::string("{}"); };
+  const std::string claim = R"({"1":{"rec":{"5":{"lst":["rec",2147483647,)";
+  for (const std::string& text : {megabyte(R"({"1":{"rec":{"5":{"lst":["rec",%,)", emptyRecord),
+                                  claim + std::string(999900, ' ')}) {
+    PipedFile pipe(path_, text, false);
+    const int64_t peak = peakMemory([&] {
+      HeadendConfig config;
+      EXPECT_EQ(pipe.read(config), -2);
+    });
+    EXPECT_LT(peak, kMemoryLimit) << text.substr(0, 60);
   }
 }
 

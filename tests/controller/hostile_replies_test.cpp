@@ -402,14 +402,14 @@ TEST_F(WorstMegabyte, OfEmptyStringsStaysWithinTheLimit) {
 
 TEST_F(WorstMegabyte, OfAsManyRecordsAsAreTakenAndOfStringsStaysWithinTheLimit) {
   expectWithinLimit<HeadendConfig>("getHeadendConfig",
-                                   kLineup + container(kDVBServices, 99900, keyAndEmptyRecord) +
-                                       kGlobalConfig + container(kLanguages, 120000, emptyString));
+                                   kLineup + container(kDVBServices, 65500, keyAndEmptyRecord) +
+                                       kGlobalConfig + container(kLanguages, 160000, emptyString));
 }
 
 TEST_F(WorstMegabyte, OfAsManyRecordsAsAreTakenAndAClaimOfStringsStaysWithinTheLimit) {
   expectWithinLimit<HeadendConfig>("getHeadendConfig",
-                                   kLineup + container(kDVBServices, 99900, keyAndEmptyRecord) +
-                                       kGlobalConfig + kLanguagesAsBooleans + number(490000));
+                                   kLineup + container(kDVBServices, 65500, keyAndEmptyRecord) +
+                                       kGlobalConfig + kLanguagesAsBooleans + number(660000));
 }
 
 TEST_F(WorstMegabyte, OfOneStringStaysWithinTheLimit) {

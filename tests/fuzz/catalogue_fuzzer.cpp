@@ -180,6 +180,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string id = column < rows[row].size() ? rows[row][column] : "";
     addService(editor, readNumber(id.starts_with('#') ? id.substr(1) : id));
   }
-  lineup::fuzz::requireRoundTrip<apache::thrift::protocol::TBinaryProtocol>(editor.config);
+  lineup::fuzz::requireRoundTrip(editor.config);
   return 0;
 }

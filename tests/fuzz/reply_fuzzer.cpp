@@ -28,7 +28,6 @@ namespace {
 namespace hub_module = korvel::thrift::hub_module;
 namespace general = korvel::thrift::general;
 using apache::thrift::protocol::TBinaryProtocol;
-using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::transport::TSocket;
 
 /// A connection whose peer has sent `reply` and nothing more.
@@ -133,8 +132,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   // Whatever came of it stays in the editor, and is shown, saved and sent.
   lineup::configDebugString(received.config);
-  lineup::fuzz::requireRoundTrip<TBinaryProtocol>(received.config);
-  lineup::fuzz::requireRoundTrip<TJSONProtocol>(received.config);
-  lineup::fuzz::requireRoundTrip<TBinaryProtocol>(received.status);
+  lineup::fuzz::requireRoundTrip(received.config);
+  lineup::fuzz::requireFileRoundTrip(received.config);
+  lineup::fuzz::requireRoundTrip(received.status);
   return 0;
 }

@@ -9,8 +9,11 @@
 #include <memory>
 #include <string>
 
+#include "controller/config_file.h"
 #include "controller/unlimited.h"
+#include "hub_module_types.h"
 #include "tests/fuzz/require.h"
+#include "tests/fuzz/scratch_file.h"
 
 namespace lineup::fuzz {
 
@@ -35,16 +38,26 @@ Record decode(const std::string& bytes) {
   return record;
 }
 
-/// Writes `record` in `Protocol`, reads it back and requires that writing it again makes the same
-/// bytes. Without effect if there is a NUL in a JSON text, which the library's protocol writes but
-/// does not read.
-template <class Protocol, class Record>
+/// Requires that `record`, encoded as a message is, reads back as one that encodes to the same
+/// bytes.
+template <class Record>
 void requireRoundTrip(const Record& record) {
-  const std::string bytes = encode<Protocol>(record);
-  if (bytes.find("\\u0000") == std::string::npos) {
-    require(encode<Protocol>(decode<Protocol, Record>(bytes)) == bytes,
-            "a record survives being written");
-  }
+  using apache::thrift::protocol::TBinaryProtocol;
+  const std::string bytes = encode<TBinaryProtocol>(record);
+  require(encode<TBinaryProtocol>(decode<TBinaryProtocol, Record>(bytes)) == bytes,
+          "a record survives being sent");
+}
+
+/// The like of requireRoundTrip() for `config` in a configuration file.
+inline void requireFileRoundTrip(const korvel::thrift::hub_module::HeadendConfig& config) {
+  using apache::thrift::protocol::TJSONProtocol;
+  static const ScratchFile file;
+  const std::string bytes = encode<TJSONProtocol>(config);
+  file.fill(bytes);
+  korvel::thrift::hub_module::HeadendConfig read;
+  require(
+      readConfigFile(file.path(), read) == CONFIG_FILE_OK && encode<TJSONProtocol>(read) == bytes,
+      "a configuration survives being saved");
 }
 
 }  // namespace lineup::fuzz
