@@ -1,7 +1,6 @@
 #include "support/words.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <limits>
 
@@ -33,6 +32,10 @@ bool isOneWord(std::string_view text) {
 }
 
 void upperCase(std::string& text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char byte) { return static_cast<char>(std::toupper(byte)); });
+  constexpr int kDistance = 'a' - 'A';
+  for (char& byte : text) {
+    if (byte >= 'a' && byte <= 'z') {  // not std::toupper(), which depends on the locale
+      byte = static_cast<char>(byte - kDistance);
+    }
+  }
 }
