@@ -17,7 +17,7 @@ volatile std::sig_atomic_t caughtSignal = 0;
 
 // Sends SIGALRM, whose handler does nothing: but the call that is blocked meanwhile fails with
 // EINTR. Again and again, because some callers try again, and because one may come just before the
-// call.
+// call. Without a timer, which the system may refuse, such a call lasts as long as it lasts.
 timer_t interrupter;
 constexpr itimerspec kInterrupt = {.it_interval = {0, 50'000'000}, .it_value = {1, 0}};
 constexpr itimerspec kDoNotInterrupt = {};
