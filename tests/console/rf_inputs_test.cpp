@@ -1,5 +1,7 @@
 // The command "rfinput", as an installer and the controller see it.
 
+#include "tests/console/rf_inputs.h"
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -38,17 +40,6 @@ std::string satNotSent(int id) {
          ") to ControllerTask\n";
 }
 
-/// The table of ten inputs; each character of `states` is '+' for an input that is switched on.
-std::string table(const std::string& states) {
-  std::string text =
-      "\n\n   TDT1   TDT2   SAT1   SAT2   SAT3   SAT4   SAT5   SAT6   SAT7   SAT8   \n   ";
-  for (const char state : states) {
-    text += text.back() == ' ' ? " " : "      ";
-    text += state == '+' ? "✓" : "✕";
-  }
-  return text + "\n\n\n";
-}
-
 /// A controller with ten inputs, TDT1 alone switched on. Voltages tell the inputs apart.
 class RFInputCommands : public ::testing::Test {
  protected:
@@ -58,10 +49,10 @@ class RFInputCommands : public ::testing::Test {
     for (int id = RFInputId::TDT1; id <= RFInputId::TDT2; ++id) {
       status.tdtRFInputs[static_cast<RFInputId::type>(id)].config.antennaVoltage = id * 11;
     }
-    status.tdtRFInputs[RFInputId::TDT1].config.enabled = true;
     for (int id = RFInputId::SAT1; id <= RFInputId::SAT8; ++id) {
       status.satRFInputs[static_cast<RFInputId::type>(id)].config.lnb.voltage = 100 + id;
     }
+    switchInputs(status, "+---------");
     controller.setStatus(status);
   }
 
@@ -107,7 +98,7 @@ class RFInputCommands : public ::testing::Test {
 // ---- the table
 
 TEST_F(RFInputCommands, StatusShowsWhichInputsAreSwitchedOn) {
-  expectSession({{"rfinput status", table("+---------"), false}});
+  expectSession({{"rfinput status", inputTable("+---------"), false}});
   EXPECT_EQ(sent(), Sent{"status"});
 }
 
@@ -131,8 +122,8 @@ TEST_F(RFInputCommands, StatusShowsTheInputsHeldFromBeforeIfTheFetchFails) {
   Answer notReady;
   notReady.kind = Answer::kNotReady;
   controller.answerNext(notReady);
-  expectSession({{"rfinput status", table("+---------"), false},
-                 {"rfinput status", kNoStatus + table("+---------"), false}});
+  expectSession({{"rfinput status", inputTable("+---------"), false},
+                 {"rfinput status", kNoStatus + inputTable("+---------"), false}});
 }
 
 // ---- switching
@@ -146,32 +137,32 @@ TEST_F(RFInputCommands, SwitchesASatelliteInputAndShowsTheTableAfterTheWait) {
   controller.waitForCalls(4);
   // The moment that the controller was seen to be asked may lag behind the asking.
   EXPECT_GE(Clock::now() - switched, kSwitchingTime - std::chrono::milliseconds(250));
-  EXPECT_EQ(console.readUntil("> "), table("+-+-------") + "> ");
+  EXPECT_EQ(console.readUntil("> "), inputTable("+-+-------") + "> ");
   EXPECT_EQ(sent(), (Sent{"status", "SAT 3 103 on", "status"}));
 }
 
 TEST_F(RFInputCommands, ASwitchTakesNoLessThanTheWait) {
   const Clock::time_point start = Clock::now();
-  expectSession({{"rfinput enable SAT1", table("+-+-------"), false}});
+  expectSession({{"rfinput enable SAT1", inputTable("+-+-------"), false}});
   EXPECT_GE(Clock::now() - start, kSwitchingTime);
 }
 
 TEST_F(RFInputCommands, SendsTheTerrestrialInputsAsAPair) {
-  expectSession({{"rfinput disable TDT2", table("+---------"), false},
-                 {"rfinput enable tdt2", table("++--------"), false},
-                 {"rfinput disable Tdt1 ignored", table("-+--------"), false}});
+  expectSession({{"rfinput disable TDT2", inputTable("+---------"), false},
+                 {"rfinput enable tdt2", inputTable("++--------"), false},
+                 {"rfinput disable Tdt1 ignored", inputTable("-+--------"), false}});
   EXPECT_EQ(sent(), (Sent{"status", "TDT 11 on, 22 off", "status",  //
                           "status", "TDT 11 on, 22 on", "status",   //
                           "status", "TDT 11 off, 22 on", "status"}));
 }
 
 TEST_F(RFInputCommands, SendsThePairTwiceForAllTerrestrialInputs) {
-  expectSession({{"rfinput enable TDTALL", table("++--------"), false}});
+  expectSession({{"rfinput enable TDTALL", inputTable("++--------"), false}});
   EXPECT_EQ(sent(), (Sent{"status", "TDT 11 on, 22 on", "TDT 11 on, 22 on", "status"}));
 }
 
 TEST_F(RFInputCommands, SendsEachOfAllSatelliteInputsInOrder) {
-  expectSession({{"rfinput enable satall", table("+-++++++++"), false}});
+  expectSession({{"rfinput enable satall", inputTable("+-++++++++"), false}});
   EXPECT_EQ(sent(),
             (Sent{"status", "SAT 3 103 on", "SAT 4 104 on", "SAT 5 105 on", "SAT 6 106 on",
                   "SAT 7 107 on", "SAT 8 108 on", "SAT 9 109 on", "SAT 10 110 on", "status"}));
@@ -196,11 +187,11 @@ TEST_F(RFInputCommands, LeavesTheConfigurationAndItsPendingChangesAlone) {
   HeadendConfig config;
   config.headendGlobalConfig.headendName = "Hôtel";
   controller.setConfig(config);
-  expectSession({{"rfinput status", table("+---------"), false},
-                 {"rfinput enable SAT8", table("+--------+"), false},
+  expectSession({{"rfinput status", inputTable("+---------"), false},
+                 {"rfinput enable SAT8", inputTable("+--------+"), false},
                  {"commit", "", false},
                  {"rfaddempty 1"},
-                 {"rfinput disable SAT8", table("+---------"), true},
+                 {"rfinput disable SAT8", inputTable("+---------"), true},
                  {"commit", "", false}});
   const std::vector<ReceivedCall> calls = controller.calls();
   EXPECT_EQ(calls.at(5).method, "setHeadendConfig");
@@ -219,7 +210,7 @@ TEST_F(RFInputCommands, GoesOnAfterACallThatFails) {
   controller.answerNext({});
   controller.answerNext(notReady);
   expectSession(
-      {{"rfinput enable SATALL", satNotSent(3) + satNotSent(5) + table("+--+-+++++"), false}});
+      {{"rfinput enable SATALL", satNotSent(3) + satNotSent(5) + inputTable("+--+-+++++"), false}});
   EXPECT_EQ(sent().size(), 10U);
 }
 
@@ -229,7 +220,7 @@ TEST_F(RFInputCommands, SaysThatTheTerrestrialPairWasNotSent) {
   Answer notReady;
   notReady.kind = Answer::kNotReady;
   controller.answerNext(notReady);
-  expectSession({{"rfinput disable TDT1", kTdtNotSent + table("+---------"), false}});
+  expectSession({{"rfinput disable TDT1", kTdtNotSent + inputTable("+---------"), false}});
 }
 
 // ---- an input that the status lacks ends the program

@@ -1,0 +1,252 @@
+// The built console and a controller that goes away and comes back between and during the calls of
+// every command that talks to it: the lines that a user sees, and that the next command works.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/console/rf_inputs.h"
+#include "tests/console/session.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using korvel::thrift::hub_module::HeadendStatus;
+
+/// What is printed for a call that fails.
+const std::map<std::string, std::string> kErrors = {
+    {"getHeadendConfig", "ERROR: Could not get current config from ControllerTask\n"},
+    {"getHeadendStatus", "ERROR: Could not get current status from ControllerTask\n"},
+    {"setHeadendConfig", "ERROR: Could not set LineupConfig to ControllerTask\n"},
+    {"setTDTRFInputConfig", "ERROR: Could not set TDTRFInputConfig to ControllerTask\n"},
+    {"setSATRFInputConfig",
+     "ERROR: Could not set SATRFInputConfig for RFInput (7) to ControllerTask\n"}};
+
+/// The inputs of the controller that is there at the start: SAT8, which no command switches, tells
+/// them from those of later ones.
+constexpr char kFirstInputs[] = "+--------+";
+
+struct Command {
+  std::string name;
+  std::string line;                   ///< PATH in it stands for a file
+  std::vector<std::string> calls;     ///< what it asks of the controller
+  bool hasEdit = false;               ///< whether an edit is pending before it, and none after it
+  std::string printed{};              ///< behind the lines of the calls that fail
+  std::string inputs = "+---------";  ///< those of the controller before it
+  std::string inputsAfter = inputs;   ///< and after it
+  bool showsInputs = false;
+};
+
+const std::vector<std::string> kSwitchTdt = {"getHeadendStatus", "setTDTRFInputConfig",
+                                             "getHeadendStatus"};
+const std::vector<std::string> kSwitchSat = {"getHeadendStatus", "setSATRFInputConfig",
+                                             "getHeadendStatus"};
+
+const Command kCommands[] = {
+    {.name = "Commit", .line = "commit", .calls = {"setHeadendConfig"}, .hasEdit = true},
+    {.name = "C", .line = "c", .calls = {"setHeadendConfig"}, .hasEdit = true},
+    {.name = "Reset", .line = "reset", .calls = {"getHeadendConfig"}, .hasEdit = true},
+    {.name = "Save",
+     .line = "save PATH",
+     .calls = {"getHeadendConfig"},
+     .printed = "Saved config to: PATH\n"},
+    {.name = "Restore",
+     .line = "restore PATH",
+     .calls = {"setHeadendConfig"},
+     .printed = "Restored config from: PATH\n"},
+    {.name = "ShowInputs",
+     .line = "rfinput status",
+     .calls = {"getHeadendStatus"},
+     .showsInputs = true},
+    {.name = "EnableTDT2",
+     .line = "rfinput enable TDT2",
+     .calls = kSwitchTdt,
+     .inputsAfter = "++--------",
+     .showsInputs = true},
+    {.name = "DisableTDT1",
+     .line = "rfinput disable TDT1",
+     .calls = kSwitchTdt,
+     .inputsAfter = "----------",
+     .showsInputs = true},
+    {.name = "EnableSAT5",
+     .line = "rfinput enable SAT5",
+     .calls = kSwitchSat,
+     .inputsAfter = "+-----+---",
+     .showsInputs = true},
+    {.name = "DisableSAT5",
+     .line = "rfinput disable SAT5",
+     .calls = kSwitchSat,
+     .inputs = "+-----+---",
+     .inputsAfter = "+---------",
+     .showsInputs = true}};
+
+/// Names a test that fails.
+void PrintTo(const Command& command, std::ostream* out) {
+  *out << command.line;
+}
+
+HeadendConfig withId(int id) {
+  HeadendConfig config;
+  config.headendGlobalConfig.headendId = id;
+  return config;
+}
+
+/// What a controller holds that has come back.
+HeadendConfig startedConfig() {
+  HeadendConfig config;
+  config.headendGlobalConfig.headendName = "North";
+  return config;
+}
+
+HeadendStatus withInputs(const std::string& states) {
+  HeadendStatus status;
+  switchInputs(status, states);
+  return status;
+}
+
+/// A console that has seen a controller's inputs and then lost it.
+class EveryCommandOfAController : public testing::TestWithParam<Command> {
+ protected:
+  /// The numbers of the command's calls that fail.
+  using Failures = std::set<size_t>;
+
+  EveryCommandOfAController() {
+    FakeController first;
+    first.setStatus(withInputs(kFirstInputs));
+    console_.readUntil("> ");
+    console_.send("rfinput status\n");
+    EXPECT_EQ(console_.readUntil("> "), inputTable(heldInputs_) + "> ");
+  }
+
+  std::unique_ptr<FakeController> startController() const {
+    auto controller = std::make_unique<FakeController>();
+    controller->setConfig(startedConfig());
+    controller->setStatus(withInputs(command_.inputs));
+    return controller;
+  }
+
+  Failures everyCall() const {
+    Failures all;
+    for (size_t call = 0; call < command_.calls.size(); ++call) {
+      all.insert(call);
+    }
+    return all;
+  }
+
+  /// Types the command, with a headend id of its own in the edit or the file that it sends, and
+  /// expects what it prints when these calls fail.
+  void expectCommand(const Failures& failures) {
+    ++id_;
+    std::ofstream(path_) << toJson(withId(id_));
+    if (command_.hasEdit) {
+      console_.send("id " + std::to_string(id_) + "\n");
+      EXPECT_EQ(console_.readUntil("> "), "Headend id changed to: " + std::to_string(id_) +
+                                              ". Please remember to commit the changes.\n" +
+                                              promptFor(true));
+    }
+    console_.send(withPath(command_.line) + "\n");
+    EXPECT_EQ(console_.readUntil("> "),
+              outputWith(failures) + promptFor(command_.hasEdit && !failures.empty()));
+  }
+
+  /// Expects that the controller, fresh from startController(), was sent the command as it was last
+  /// typed, and the file was written if the command does so.
+  void expectEffectOn(const FakeController& controller) const {
+    const bool sends = command_.calls[0] == "setHeadendConfig";
+    EXPECT_EQ(controller.methods(), command_.calls);
+    EXPECT_EQ(controller.config(), sends ? withId(id_) : startedConfig());
+    EXPECT_EQ(inputStates(controller.status()), command_.inputsAfter);
+    if (command_.name == "Save") {
+      std::ifstream file(path_);
+      EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), toJson(startedConfig()));
+    }
+  }
+
+  void expectProperEnd() {
+    const Outcome outcome = console_.finish();
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+  }
+
+ private:
+  /// All that the command prints, and in heldInputs_ the inputs of the status that it holds then.
+  std::string outputWith(const Failures& failures) {
+    std::string text;
+    std::string inputs = command_.inputs;
+    for (size_t call = 0; call < command_.calls.size(); ++call) {
+      const std::string& method = command_.calls[call];
+      if (failures.contains(call)) {
+        text += kErrors.at(method);
+      } else if (method == "getHeadendStatus") {
+        heldInputs_ = inputs;
+      } else {
+        inputs = command_.inputsAfter;
+      }
+    }
+    return text + withPath(command_.printed) +
+           (command_.showsInputs ? inputTable(heldInputs_) : "");
+  }
+
+  /// `text` with the file for the word PATH.
+  std::string withPath(std::string text) const {
+    const size_t place = text.find("PATH");
+    return place == std::string::npos ? text : text.replace(place, 4, path_);
+  }
+
+  std::string heldInputs_ = kFirstInputs;
+  int id_ = 1;
+  TemporaryFolder folder_;
+  const std::string path_ = folder_.file("config.json");
+
+ protected:
+  const Command command_ = GetParam();
+  ConsoleProcess console_{Start{}};
+};
+
+TEST_P(EveryCommandOfAController, WorksWheneverThereIsOne) {
+  // Away, there, at once another in its place, away, there.
+  for (const bool there : {false, true, true, false, true}) {
+    const auto controller = there ? startController() : nullptr;
+    expectCommand(there ? Failures() : everyCall());
+    if (there) {
+      expectEffectOn(*controller);
+    }
+  }
+  expectProperEnd();
+}
+
+TEST_P(EveryCommandOfAController, WorksAfterOneThatDiedDuringAnyOfItsCalls) {
+  const Answer hangUp{.kind = Answer::kBytes, .hangsUp = true};
+  const Answer hangUpInReply{.kind = Answer::kBytes, .bytes = {'\0', '\0', '\0'}, .hangsUp = true};
+  for (size_t call = 0; call < command_.calls.size(); ++call) {
+    for (const Answer& death : {hangUp, hangUpInReply}) {
+      const auto dying = startController();
+      for (size_t before = 0; before < call; ++before) {
+        dying->answerNext({});
+      }
+      dying->answerNext(death);
+      expectCommand({call});
+      EXPECT_EQ(dying->methods(), command_.calls);
+    }
+    const auto controller = startController();
+    expectCommand({});
+    expectEffectOn(*controller);
+  }
+  expectProperEnd();
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, EveryCommandOfAController, testing::ValuesIn(kCommands),
+                         [](const auto& instance) { return instance.param.name; });
+
+}  // namespace
+}  // namespace lineup::test
