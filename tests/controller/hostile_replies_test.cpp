@@ -5,6 +5,7 @@
 #include <thrift/TApplicationException.h>
 
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ namespace {
 using apache::thrift::TApplicationException;
 using apache::thrift::TException;
 using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TMessageType;
 using apache::thrift::protocol::TType;
 using apache::thrift::transport::TTransportException;
 using namespace korvel::thrift::hub_module;
@@ -55,12 +57,11 @@ class HostileReplies : public testing::Test {
     expectRefused({.kind = Answer::kBytes, .bytes = bytes, .hangsUp = hangsUp});
   }
 
-  FakeController controller_{0};
-
- private:
   Client connect() const {
     return Client("127.0.0.1", controller_.port(), false, kLongMs, kLongMs, kLongMs);
   }
+
+  FakeController controller_{0};
 };
 
 // ---- replies that answer something else
@@ -182,27 +183,140 @@ TEST_F(HostileReplies, MessageNameLongerThanTheFrameIsRefused) {
   expectBytesRefused(framed(std::string("\x80\x01\0\x02\xff\xff\xff\xff", 8) + "getHeadendConfig"));
 }
 
-TEST_F(HostileReplies, ReplyCutAtAnyByteIsRefused) {
-  controller_.setConfig(randomHeadendConfig(1));
-  HeadendConfig config;
-  const size_t size = recordReply("getHeadendConfig", toBinary(randomHeadendConfig(1))).size();
-  for (size_t bytes = 0; bytes < size; ++bytes) {
-    controller_.answerNext({.sentBytes = bytes});
-    ASSERT_THROW(fetch(config), TTransportException) << bytes << " of " << size << " bytes";
+// ---- every right answer to every call, cut short
+
+/// The calls that the console makes.
+const std::map<std::string, void (*)(Client&)> kCalls = {
+    {"getHeadendConfig",
+     [](Client& client) {
+       HeadendConfig config;
+       client.getHeadendConfig(config);
+     }},
+    {"getHeadendStatus",
+     [](Client& client) {
+       HeadendStatus status;
+       client.getHeadendStatus(status);
+     }},
+    {"setHeadendConfig",
+     [](Client& client) {
+       HeadendStatus status;
+       client.setHeadendConfig(status, HeadendConfig());
+     }},
+    {"setTDTRFInputConfig",
+     [](Client& client) { client.setTDTRFInputConfig(TDTRFInputConfig(), TDTRFInputConfig()); }},
+    {"setSATRFInputConfig", [](Client& client) {
+       client.setSATRFInputConfig(korvel::thrift::general::RFInputId::SAT1, SATRFInputConfig());
+     }}};
+
+/// An answer to a call.
+struct Reply {
+  std::string method;
+  std::string name;
+  TMessageType type = apache::thrift::protocol::T_REPLY;
+  std::string body{};
+  std::string outcome{};  ///< what comes of it, as HostileMessages::outcomeOf() says it
+
+  std::string message() const {
+    return binaryMessage(method, type, 0, [](apache::thrift::protocol::TProtocol& /*body*/) {}) +
+           body;
   }
-  fetch(config);
-  EXPECT_EQ(config, randomHeadendConfig(1));
+};
+
+/// The exception that each call declares, in the place that it has in every call's result.
+WebSrv_getHeadendConfig_result notReady() {
+  WebSrv_getHeadendConfig_result result;
+  result.notReady.reason = "starting";
+  result.__isset.notReady = true;
+  return result;
 }
 
-TEST_F(HostileReplies, RecordCutAtAnyByteInsideAWholeFrameIsRefused) {
-  const std::string record = toBinary(randomHeadendConfig(1));
-  for (size_t bytes = 0; bytes < record.size(); ++bytes) {
-    std::string message = recordReply("getHeadendConfig", record.substr(0, bytes)).substr(4);
-    message.pop_back();  // the end of the result
-    controller_.answerNext({.kind = Answer::kBytes, .bytes = framed(message)});
-    HeadendConfig config;
-    ASSERT_THROW(fetch(config), TException) << bytes << " of " << record.size() << " bytes";
+Reply notReadyReply(const std::string& method, const std::string& body = toBinary(notReady())) {
+  return {.method = method, .name = "NotReady", .body = body, .outcome = "not ready"};
+}
+
+/// The library's own exception.
+TApplicationException broken() {
+  return {TApplicationException::INTERNAL_ERROR, "broken"};
+}
+
+Reply brokenReply(const std::string& method, const std::string& body = toBinary(broken())) {
+  return {.method = method,
+          .name = "ApplicationException",
+          .type = apache::thrift::protocol::T_EXCEPTION,
+          .body = body,
+          .outcome = "application exception"};
+}
+
+std::vector<Reply> rightReplies() {
+  const std::string end(1, '\0');
+  const auto record = [&](const std::string& bytes) {
+    return std::string("\x0c\0\0", 3) + bytes + end;
+  };
+  const std::string config = record(toBinary(randomHeadendConfig(1)));
+  const std::string status = record(toBinary(randomHeadendStatus(1)));
+  const std::map<std::string, std::string> results = {{"getHeadendConfig", config},
+                                                      {"getHeadendStatus", status},
+                                                      {"setHeadendConfig", status},
+                                                      {"setTDTRFInputConfig", end},
+                                                      {"setSATRFInputConfig", end}};
+  std::vector<Reply> replies;
+  for (const auto& [method, result] : results) {
+    replies.push_back({.method = method, .name = "Result", .body = result, .outcome = "taken"});
+    replies.push_back(notReadyReply(method));
+    replies.push_back(brokenReply(method));
   }
+  return replies;
+}
+
+class HostileMessages : public HostileReplies {
+ protected:
+  /// What comes of a call that is answered with `bytes`, and nothing behind them.
+  std::string outcomeOf(const std::string& method, const std::string& bytes) {
+    controller_.answerNext({.kind = Answer::kBytes, .bytes = bytes, .hangsUp = true});
+    Client client = connect();
+    try {
+      kCalls.at(method)(client);
+      return "taken";
+    } catch (const ControllerTaskIsNotReady& exception) {
+      return exception.reason == "starting" ? "not ready" : "another reason";
+    } catch (const TApplicationException& exception) {
+      return exception.what() == std::string("broken") ? "application exception" : "another text";
+    } catch (const TTransportException&) {
+      return "refused";
+    } catch (const apache::thrift::protocol::TProtocolException&) {
+      return "refused";
+    }
+  }
+};
+
+class RightReplies : public HostileMessages, public testing::WithParamInterface<Reply> {};
+
+TEST_P(RightReplies, AreRefusedWhenCutAtAnyByte) {
+  const Reply& reply = GetParam();
+  const std::string whole = framed(reply.message());
+  for (size_t bytes = 0; bytes < whole.size(); ++bytes) {
+    ASSERT_EQ(outcomeOf(reply.method, whole.substr(0, bytes)), "refused")
+        << bytes << " of " << whole.size() << " bytes";
+  }
+  EXPECT_EQ(outcomeOf(reply.method, whole), reply.outcome);
+}
+
+TEST_P(RightReplies, AreRefusedWhenCutAtAnyByteInsideAWholeFrame) {
+  const Reply& reply = GetParam();
+  const std::string whole = reply.message();
+  for (size_t bytes = 0; bytes < whole.size(); ++bytes) {
+    ASSERT_EQ(outcomeOf(reply.method, framed(whole.substr(0, bytes))), "refused")
+        << bytes << " of " << whole.size() << " bytes";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, RightReplies, testing::ValuesIn(rightReplies()),
+                         [](const auto& instance) {
+                           return instance.param.method + instance.param.name;
+                         });
+
+void PrintTo(const Reply& reply, std::ostream* out) {
+  *out << reply.method << " " << reply.name;
 }
 
 // ---- claims
@@ -238,23 +352,31 @@ class SizeRecorder : public TBinaryProtocol {
   apache::thrift::transport::TMemoryBuffer& buffer_;
 };
 
-class HostileClaims : public HostileReplies {
+/// The encodings of `record`, one for each size in it, with `claim` in its place.
+template <class Record>
+std::vector<std::string> lies(const Record& record, const std::string& claim) {
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
+  SizeRecorder protocol(buffer);
+  record.write(&protocol);
+  std::vector<std::string> encodings;
+  for (const size_t position : protocol.positions) {
+    encodings.push_back(buffer->getBufferAsString().replace(position, claim.size(), claim));
+  }
+  return encodings;
+}
+
+class HostileClaims : public HostileMessages {
  protected:
   /// Answers with `record` once for each size in it, with the claim in its place.
   template <class Record>
   void expectEveryClaimRefused(const std::string& method, const Record& record,
                                const std::string& claim) {
-    const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
-    SizeRecorder protocol(buffer);
-    record.write(&protocol);
-    const std::string honest = buffer->getBufferAsString();
-    ASSERT_GT(protocol.positions.size(), 100U);
-    for (const size_t position : protocol.positions) {
-      std::string lying = honest;
-      lying.replace(position, claim.size(), claim);
+    const std::vector<std::string> encodings = lies(record, claim);
+    ASSERT_GT(encodings.size(), 100U);
+    for (const std::string& lying : encodings) {
       controller_.answerNext({.kind = Answer::kBytes, .bytes = recordReply(method, lying)});
       Record target;
-      ASSERT_THROW(fetch(target), TException) << "at byte " << position;
+      ASSERT_THROW(fetch(target), TException) << "size " << &lying - encodings.data();
     }
   }
 };
@@ -279,6 +401,25 @@ TEST_F(HostileClaims, InAStatusAreRefusedAtEveryDepthWithoutTheMemory) {
               }
             }),
             kMemoryLimit / 4);
+}
+
+TEST_F(HostileClaims, InTheTextOfAnExceptionAreRefusedWithoutTheMemory) {
+  EXPECT_LT(
+      peakMemory([this] {
+        for (const std::string& claim : {kFiftyMillion, kLargest, kNegative}) {
+          const std::vector<std::string> texts[] = {lies(notReady(), claim), lies(broken(), claim)};
+          ASSERT_EQ(texts[0].size(), 1U);
+          ASSERT_EQ(texts[1].size(), 1U);
+          for (const auto& [method, call] : kCalls) {
+            for (const Reply& reply :
+                 {notReadyReply(method, texts[0][0]), brokenReply(method, texts[1][0])}) {
+              EXPECT_EQ(outcomeOf(method, framed(reply.message())), "refused")
+                  << method << " " << reply.name;
+            }
+          }
+        }
+      }),
+      kMegabyte);
 }
 
 TEST_F(HostileClaims, InAnUnknownFieldAreRefused) {
