@@ -118,6 +118,29 @@ TEST(Start, StandardErrorStaysEmptyWithoutAController) {
                 std::string(kFetchFailed) + "Enter 'help' and press return for help\n> \n", "");
 }
 
+/// Runs the console with `redirections` as the shell has them.
+Outcome runRedirected(const std::string& redirections, const std::string& input) {
+  lineup::test::Start shell;
+  shell.program = "/bin/sh";
+  shell.arguments = {"-c", std::string("exec ") + kConsoleProgram + " -c -l 7 " + redirections};
+  return lineup::test::run(shell, input);
+}
+
+TEST(Start, AnOutputThatTakesNothingKeepsNothingFromBeingCommitted) {
+  for (const char* redirections : {">/dev/full", ">&-", ">&- 2>&-"}) {
+    SCOPED_TRACE(redirections);
+    const FakeController controller;
+    expectOutcome(runRedirected(redirections, "id 7\ncommit\nquit\n"), 0, "", "");
+    EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "setHeadendConfig"}));
+    EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  }
+}
+
+TEST(Start, AClosedInputIsOneThatHasEnded) {
+  const FakeController controller;
+  expectOutcome(runRedirected("<&-", ""), 0, "Enter 'help' and press return for help\n> \n", "");
+}
+
 TEST(Start, ConsoleOptionShowsTheLogOnStandardError) {
   const Outcome outcome = runConsole({"-c", "-l", "7"});
   EXPECT_EQ(outcome.status, 0);
