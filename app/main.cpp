@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -17,6 +18,16 @@ constexpr char kVersion[] = "2.10.1+d20260617";
 
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
+
+/// Puts /dev/null in the place of the standard streams that are closed, or the next connection or
+/// file would take that place and get what is printed.
+void openClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      open("/dev/null", O_RDWR);  // takes the lowest number that is free
+    }
+  }
+}
 
 // At once: there is nothing yet that a destructor would have to end.
 [[noreturn]] void printVersionAndLeave() {
@@ -65,6 +76,7 @@ int run(const lineup::CommandLineOptions& options) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  openClosedStreams();
   lineup::CommandLineOptions options;
   try {
     options = lineup::parseOptions(argc, argv);

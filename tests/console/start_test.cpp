@@ -141,6 +141,14 @@ TEST(Start, AClosedInputIsOneThatHasEnded) {
   expectOutcome(runRedirected("<&-", ""), 0, "Enter 'help' and press return for help\n> \n", "");
 }
 
+// The connection that fails must not get its place: the log would be written to it, with SIGPIPE.
+TEST(Start, AClosedStandardErrorTakesTheLog) {
+  expectOutcome(runRedirected("2>&-", "commit\n"), 0,
+                std::string(kFetchFailed) + "Enter 'help' and press return for help\n> " +
+                    kCommitFailed + "> \n",
+                "");
+}
+
 TEST(Start, ConsoleOptionShowsTheLogOnStandardError) {
   const Outcome outcome = runConsole({"-c", "-l", "7"});
   EXPECT_EQ(outcome.status, 0);
