@@ -12,7 +12,6 @@
 #include <thrift/transport/TSocket.h>
 
 #include <iostream>
-#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>

@@ -9,7 +9,6 @@ import json
 import os
 import platform
 import pty
-import shutil
 import sqlite3
 import statistics
 import subprocess
@@ -38,7 +37,8 @@ ROUNDS = 2 if QUICK else 5
 
 @dataclass
 class Figure:
-    """A command's median wall time and its mean processor time, in seconds."""
+    """A command's median wall time and its processor time (a mean a round, and their median), in
+    seconds."""
     wall: float
     cpu: float
 
