@@ -13,6 +13,7 @@
 #include "model/lineup_editor.h"
 #include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ using lineup::completeCommandLine;
 using lineup::test::CatalogueFile;
 using lineup::test::CatalogueLock;
 using lineup::test::Cells;
+using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
@@ -80,26 +82,21 @@ TEST(CommandCompletion, OffersNothingWhereNothingIsKnown) {
 class FileCompletion : public testing::Test {
  protected:
   FileCompletion() {
-    std::string name = testing::TempDir() + "/completion_test-XXXXXX";
-    folder = mkdtemp(name.data());
-    fs::create_directory(folder / "sub");
-    for (const char* name_ : {"sub/b.json", "sub/a.json", "sub/.hidden", "sub/a blank",
-                              "sub/a\ttab", "sub/a\nline", "sub/a\x7fz", "sub/añ", "south"}) {
-      std::ofstream file(folder / name_);
+    fs::create_directory(folder.file("sub"));
+    for (const char* name : {"sub/b.json", "sub/a.json", "sub/.hidden", "sub/a blank", "sub/a\ttab",
+                             "sub/a\nline", "sub/a\x7fz", "sub/añ", "south"}) {
+      std::ofstream file(folder.file(name));
     }
-    fs::create_symlink("sub", folder / "link");
-    fs::create_symlink("nowhere", folder / "broken");
+    fs::create_symlink("sub", folder.file("link"));
+    fs::create_symlink("nowhere", folder.file("broken"));
   }
-  ~FileCompletion() override {
-    fs::current_path("/");
-    fs::remove_all(folder);
-  }
+  ~FileCompletion() override { fs::current_path("/"); }
 
-  fs::path folder;
+  TemporaryFolder folder;
 };
 
 TEST_F(FileCompletion, OffersNamesInOrderAndFoldersWithASlash) {
-  fs::current_path(folder);
+  fs::current_path(folder.path());
   EXPECT_EQ(wordsFor("save "), Words({"broken", "link/", "south", "sub/"}));
   EXPECT_EQ(wordsFor("restore s"), Words({"south", "sub/"}));
   EXPECT_EQ(wordsFor("save sub/"), Words({"sub/a.json", "sub/añ", "sub/b.json"}));
@@ -107,19 +104,19 @@ TEST_F(FileCompletion, OffersNamesInOrderAndFoldersWithASlash) {
 }
 
 TEST_F(FileCompletion, OffersAbsolutePaths) {
-  const std::string path = (folder / "sub").string();
+  const std::string path = folder.file("sub");
   EXPECT_EQ(wordsFor("save " + path), Words({path + "/"}));
   EXPECT_EQ(wordsFor("save " + path + "/b"), Words({path + "/b.json"}));
 }
 
 TEST_F(FileCompletion, OffersHiddenNamesOnceTheirDotIsTyped) {
-  fs::current_path(folder);
+  fs::current_path(folder.path());
   EXPECT_EQ(wordsFor("save sub/."), Words({"sub/.hidden"}));
 }
 
 TEST_F(FileCompletion, OffersNothingInAFolderThatCannotBeRead) {
-  EXPECT_EQ(wordsFor("save " + folder.string() + "/nowhere/"), Words());
-  EXPECT_EQ(wordsFor("save " + folder.string() + "/south/"), Words());
+  EXPECT_EQ(wordsFor("save " + folder.path() + "/nowhere/"), Words());
+  EXPECT_EQ(wordsFor("save " + folder.path() + "/south/"), Words());
 }
 
 class ServiceCompletion : public testing::Test {

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -20,6 +19,7 @@
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/screen.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -32,6 +32,7 @@ using lineup::test::kConsoleProgram;
 using lineup::test::Outcome;
 using lineup::test::Screen;
 using lineup::test::Start;
+using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
 constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
@@ -110,12 +111,6 @@ std::string contentsOf(const fs::path& path) {
 
 class OnATerminal : public testing::Test {
  protected:
-  OnATerminal() {
-    std::string name = testing::TempDir() + "/line_editing_test-XXXXXX";
-    folder = mkdtemp(name.data());
-  }
-  ~OnATerminal() override { fs::remove_all(folder); }
-
   /// A shell that runs the console and notes the terminal's mode, not the usual one, before and
   /// after it.
   Start watched() const {
@@ -124,17 +119,17 @@ class OnATerminal : public testing::Test {
     start.arguments = {"-c", "stty -echoe -echoctl; stty -a > before; " +
                                  std::string(kConsoleProgram) +
                                  "; echo \"status $?\"; stty -a > after"};
-    start.environment["TMPDIR"] = folder.string();
-    start.folder = folder.string();
+    start.environment["TMPDIR"] = folder.path();
+    start.folder = folder.path();
     return start;
   }
 
   void expectModeRestored() const {
-    EXPECT_NE(contentsOf(folder / "before"), "");
-    EXPECT_EQ(contentsOf(folder / "before"), contentsOf(folder / "after"));
+    EXPECT_NE(contentsOf(folder.file("before")), "");
+    EXPECT_EQ(contentsOf(folder.file("before")), contentsOf(folder.file("after")));
   }
 
-  fs::path folder;
+  TemporaryFolder folder;
   FakeController controller;
 };
 
@@ -474,13 +469,13 @@ TEST_P(Editing, WhereNothingIsPossibleTheLineStays) {
 class Completing : public OnATerminal {};
 
 TEST_F(Completing, FilesForSaveAndRestore) {
-  fs::create_directory(folder / "lineups");
+  fs::create_directory(folder.file("lineups"));
   for (const char* name :
        {"lineups/north.json", "lineups/north-west.json", "letter", "with blank"}) {
-    std::ofstream(folder / name) << "{}";
+    std::ofstream(folder.file(name)) << "{}";
   }
   Start start = onTerminal();
-  start.folder = folder.string();
+  start.folder = folder.path();
   Session session(start);
   session.expect("> |");
   session.type("save l\t");
@@ -491,17 +486,17 @@ TEST_F(Completing, FilesForSaveAndRestore) {
   session.expect("\n> save lineups/north.json |");
   session.type("\n");
   session.expect("\nSaved config to: lineups/north.json\n> |");
-  EXPECT_NE(contentsOf(folder / "lineups/north.json"), "{}");
+  EXPECT_NE(contentsOf(folder.file("lineups/north.json")), "{}");
   session.type("restore w\t");
   session.expect("\n> restore w|");
 }
 
 TEST_F(Completing, NamesThatDifferWithinALetterAreCompletedUpToIt) {
   for (const char* name : {"café", "cafè"}) {
-    std::ofstream(folder / name) << "{}";
+    std::ofstream(folder.file(name)) << "{}";
   }
   Start start = onTerminal();
-  start.folder = folder.string();
+  start.folder = folder.path();
   Session session(start);
   session.expect("> |");
   session.type("save c\t");
@@ -608,7 +603,7 @@ TEST_F(OnATerminal, AnEndingSignalAtThePromptRestoresTheTerminalAndRescuesThePen
     session.expect("(changes to commit) > addipmux|");
     kill(childOf(session.console.pid()), signal);
     const std::string text = session.console.finish().out;
-    EXPECT_NE(text.find("\r\nThe uncommitted changes are in " + folder.string()), std::string::npos)
+    EXPECT_NE(text.find("\r\nThe uncommitted changes are in " + folder.path()), std::string::npos)
         << text;
     EXPECT_NE(text.find("status " + std::to_string(128 + signal)), std::string::npos) << text;
     expectModeRestored();
@@ -638,7 +633,7 @@ TEST_F(OnATerminal, CtrlCEndsTheConsoleWhileACommandRuns) {
 
 TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
   Start start = onTerminal();
-  start.environment["TMPDIR"] = folder.string();
+  start.environment["TMPDIR"] = folder.path();
   {
     Session session(start);
     session.expect("> |");
@@ -647,14 +642,14 @@ TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
     session.console.hangUp();
     EXPECT_EQ(session.console.finish().signal, SIGHUP);
   }
-  EXPECT_FALSE(fs::is_empty(folder));
+  EXPECT_FALSE(fs::is_empty(folder.path()));
 }
 
 TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
   Start start = onTerminal();
   start.program = "/bin/sh";
   start.arguments = {"-c", "trap '' HUP; exec " + std::string(kConsoleProgram)};
-  start.environment["TMPDIR"] = folder.string();
+  start.environment["TMPDIR"] = folder.path();
   {
     Session session(start);
     session.expect("> |");
@@ -665,7 +660,7 @@ TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
     session.console.hangUp();
     EXPECT_EQ(session.console.finish().signal, SIGHUP);
   }
-  EXPECT_FALSE(fs::is_empty(folder));
+  EXPECT_FALSE(fs::is_empty(folder.path()));
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
@@ -674,17 +669,17 @@ TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
   start.program = "/bin/sh";
   start.arguments = {"-c", "set -m; stty -echoctl; " + std::string(kConsoleProgram) +
                                "; stty -a > stopped; read wait; fg >/dev/null"};
-  start.folder = folder.string();
+  start.folder = folder.path();
   Session session(start);
   session.expect("> |");
   session.type("id 3");
   session.expect("\n> id 3|");
   session.type(kCtrlZ);
-  while (contentsOf(folder / "stopped").empty()) {
+  while (contentsOf(folder.file("stopped")).empty()) {
     usleep(10'000);
   }
-  EXPECT_NE(contentsOf(folder / "stopped").find(" icanon"), std::string::npos);
-  EXPECT_NE(contentsOf(folder / "stopped").find("-echoctl"), std::string::npos);
+  EXPECT_NE(contentsOf(folder.file("stopped")).find(" icanon"), std::string::npos);
+  EXPECT_NE(contentsOf(folder.file("stopped")).find("-echoctl"), std::string::npos);
   session.type("\n");
   session.expect("\n> id 3|");
   session.type("\n");
