@@ -19,6 +19,7 @@
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -29,29 +30,40 @@ using lineup::test::FakeController;
 using lineup::test::Outcome;
 using lineup::test::runConsole;
 using lineup::test::Start;
+using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
 constexpr char kPending[] = "(changes to commit) > ";
 
+/// Waits for the console's first prompt and leaves an edit pending.
+void edit(ConsoleProcess& console) {
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+}
+
+/// An answer of which the rest comes, or does not, when the controller is released.
+Answer stalled(bool goesOn) {
+  Answer answer;
+  answer.sentBytes = 5;
+  answer.stalls = true;
+  answer.goesOn = goesOn;
+  return answer;
+}
+
 class Ending : public testing::Test {
  protected:
-  Ending() {
-    std::string name = testing::TempDir() + "/ending_test-XXXXXX";
-    folder = mkdtemp(name.data());
-  }
-  ~Ending() override { fs::remove_all(folder); }
-
   /// Starts the console with rescue files going to the test's own folder.
   Start start(bool terminal) const {
     Start start;
     start.terminal = terminal;
-    start.environment["TMPDIR"] = folder.string();
+    start.environment["TMPDIR"] = folder.path();
     start.environment["TERM"] = "dumb";
     return start;
   }
 
   std::vector<fs::path> rescueFiles() const {
-    const fs::directory_iterator files(folder);
+    const fs::directory_iterator files(folder.path());
     return {begin(files), end(files)};
   }
 
@@ -85,7 +97,8 @@ class Ending : public testing::Test {
     return path;
   }
 
-  fs::path folder;
+  TemporaryFolder folder;
+  TemporaryFolder elsewhere;  ///< for other files
   FakeController controller;
 };
 
@@ -94,9 +107,7 @@ class EndingBySignal : public Ending, public testing::WithParamInterface<std::tu
 TEST_P(EndingBySignal, AtThePromptPendingEditsAreRescued) {
   const auto [signal, terminal] = GetParam();
   ConsoleProcess console(start(terminal));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  edit(console);
   console.signal(signal);
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, signal);
@@ -117,14 +128,8 @@ TEST_P(EndingBySignal, WithNothingPendingNothingIsWritten) {
 TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
   const auto [signal, terminal] = GetParam();
   ConsoleProcess console(start(terminal));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  stall.goesOn = true;
-  controller.answerNext(stall);
+  edit(console);
+  controller.answerNext(stalled(true));
   console.send("commit\n");
   controller.waitForCalls(2);
   console.signal(signal);
@@ -140,13 +145,8 @@ TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
 TEST_P(EndingBySignal, EditsThatARemoteCallUnderWayFailedToCommitAreRescued) {
   const auto [signal, terminal] = GetParam();
   ConsoleProcess console(start(terminal));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  controller.answerNext(stall);
+  edit(console);
+  controller.answerNext(stalled(false));
   console.send("commit\n");
   controller.waitForCalls(2);
   console.signal(signal);
@@ -179,9 +179,7 @@ TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
 TEST_P(EndingBySignal, WhileNobodyReadsTheOutputItEndsAllTheSame) {
   const auto [signal, terminal] = GetParam();
   ConsoleProcess console(start(terminal));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  edit(console);
   std::string lines;
   for (int count = 0; count < 200; ++count) {
     lines += "show\n";  // together more than a pipe or a terminal holds
@@ -200,15 +198,13 @@ TEST_P(EndingBySignal, WhileNobodyReadsTheOutputItEndsAllTheSame) {
 
 TEST_P(EndingBySignal, WhileANamedPipeIsWaitedForItEndsAllTheSame) {
   const auto [signal, terminal] = GetParam();
-  const fs::path elsewhere = folder.string() + "-pipe";
-  ASSERT_EQ(mkfifo(elsewhere.c_str(), 0600), 0);
+  const std::string pipe = elsewhere.file("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   for (const std::string command : {"save ", "restore "}) {
     controller.setConfig({});
     ConsoleProcess console(start(terminal));
-    console.readUntil("> ");
-    console.send("id 7\n");
-    console.readUntil(kPending);
-    console.send(command + elsewhere.string() + "\n");
+    edit(console);
+    console.send(command + pipe + "\n");
     console.waitUntilBlocked();
     console.signal(signal);
     const Outcome outcome = console.finish();
@@ -217,7 +213,6 @@ TEST_P(EndingBySignal, WhileANamedPipeIsWaitedForItEndsAllTheSame) {
     expectRescued(outcome, terminal);
     fs::remove(rescueFiles().at(0));
   }
-  fs::remove(elsewhere);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndingBySignal,
@@ -229,11 +224,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, EndingBySignal,
                          });
 
 TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  stall.goesOn = true;
-  controller.answerNext(stall);
+  controller.answerNext(stalled(true));
   Start typeMode = start(false);
   typeMode.arguments = {"--type", "skyit"};
   ConsoleProcess console(typeMode);
@@ -254,12 +245,8 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
   controller.setStatus(status);
   ConsoleProcess console(start(false));
   console.readUntil("> ");
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  stall.goesOn = true;
   controller.answerNext({});
-  controller.answerNext(stall);
+  controller.answerNext(stalled(true));
   console.send("rfinput enable SATALL\n");
   controller.waitForCalls(3);  // the configuration, the status, SAT1
   console.signal(SIGINT);
@@ -272,9 +259,7 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
 
 TEST_F(Ending, AReplyThatTricklesInDoesNotHoldItForEver) {
   ConsoleProcess console(start(false));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  edit(console);
   Answer trickle;
   trickle.byteByByte = true;
   trickle.pause = std::chrono::milliseconds(500);
@@ -335,19 +320,18 @@ TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
   ASSERT_EQ(grantpt(master), 0);
   ASSERT_EQ(unlockpt(master), 0);
   const std::string command = std::string("exec ") + lineup::test::kConsoleProgram + " < " +
-                              ptsname(master) + " > " + (folder / "out").string();
+                              ptsname(master) + " > " + elsewhere.file("out");
   Start shell = start(false);
   shell.program = "/bin/sh";
   shell.arguments = {"-c", command};
   ConsoleProcess console(shell);
   ASSERT_EQ(write(master, "id 7\n", 5), 5);
-  while (!fs::exists(folder / "out") || fs::file_size(folder / "out") < 100) {
+  while (!fs::exists(elsewhere.file("out")) || fs::file_size(elsewhere.file("out")) < 100) {
     usleep(10'000);
   }
   close(master);
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGHUP);
-  fs::remove(folder / "out");
   expectRescued(outcome, false);
 }
 
@@ -357,9 +341,7 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
     Start stopped = start(true);
     stopped.environment["TERM"] = type;
     ConsoleProcess console(stopped);
-    console.readUntil("> ");
-    console.send("id 7\n");
-    console.readUntil(kPending);
+    edit(console);
     console.send("\x13");  // Ctrl-S
     console.send("show\n");
     console.waitUntilBlocked();
@@ -371,8 +353,8 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
 }
 
 TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
-  const fs::path file = folder.string() + "-file";
-  runConsole({}, "id 3\nsave " + file.string() + "\n");
+  const std::string file = elsewhere.file("file");
+  runConsole({}, "id 3\nsave " + file + "\n");
   std::ifstream saved(file);
   std::string text{std::istreambuf_iterator<char>(saved), {}};
   text.pop_back();
@@ -380,14 +362,13 @@ TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   ConsoleProcess console(start(false));
   console.readUntil("> ");
-  console.send("id 7\nrestore " + file.string() + "\n");
+  console.send("id 7\nrestore " + file + "\n");
   const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
   EXPECT_EQ(write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   console.waitUntilBlocked();
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
   close(writer);
-  fs::remove(file);
   EXPECT_EQ(outcome.signal, SIGTERM);
   expectRescued(outcome, false);
 }
@@ -412,12 +393,10 @@ TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
 
 TEST_F(Ending, AReaderThatGoesAwayEndsItBeforeTheNextCommand) {
   ConsoleProcess console(start(false));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  edit(console);
   console.stopReading();
-  const fs::path saved = folder.string() + "-saved";
-  console.send("rfaddempty 1\nsave " + saved.string() + "\n");
+  const std::string saved = elsewhere.file("saved");
+  console.send("rfaddempty 1\nsave " + saved + "\n");
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGPIPE);
   EXPECT_FALSE(fs::exists(saved));
@@ -436,19 +415,17 @@ TEST_F(Ending, AReaderThatGoesAwayWithNothingPendingLeavesNothing) {
 }
 
 TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
-  const fs::path withBlank = folder / "with blank";
-  const fs::path withTab = folder / "with\ttab";
+  const std::string withBlank = folder.file("with blank");
+  const std::string withTab = folder.file("with\ttab");
   fs::create_directory(withBlank);
   fs::create_directory(withTab);
-  const std::optional<std::string> folders[] = {"/nonexistent", withBlank.string(),
-                                                withTab.string(), "", std::nullopt};
+  const std::optional<std::string> folders[] = {"/nonexistent", withBlank, withTab, "",
+                                                std::nullopt};
   for (const std::optional<std::string>& unusable : folders) {
-    Start elsewhere = start(false);
-    elsewhere.environment["TMPDIR"] = unusable;
-    ConsoleProcess console(elsewhere);
-    console.readUntil("> ");
-    console.send("id 7\n");
-    console.readUntil(kPending);
+    Start misled = start(false);
+    misled.environment["TMPDIR"] = unusable;
+    ConsoleProcess console(misled);
+    edit(console);
     console.signal(SIGTERM);
     const Outcome outcome = console.finish();
     EXPECT_EQ(outcome.signal, SIGTERM);
@@ -465,9 +442,7 @@ TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   shell.arguments = {
       "-c", std::string("trap '' XFSZ; ulimit -S -f 0; exec ") + lineup::test::kConsoleProgram};
   ConsoleProcess console(shell);
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  edit(console);
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
