@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -374,21 +375,29 @@ TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
 }
 
 TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
-  ConsoleProcess console(start(false));
-  console.readUntil("> ");
+  using Clock = std::chrono::steady_clock;
   std::string lines;
   for (int count = 0; count < 200; ++count) {
     lines += "show\n";
   }
-  console.send(lines);
-  console.waitUntilBlocked();
-  console.signal(SIGTERM);
-  console.waitUntilBlocked();  // again
-  const Outcome outcome = console.finish();
-  EXPECT_EQ(outcome.signal, SIGTERM);
-  const std::size_t last = outcome.out.rfind("Current lineup:\n");
-  ASSERT_NE(last, std::string::npos);
-  EXPECT_TRUE(outcome.out.ends_with("\n}\n")) << outcome.out.substr(last);
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    ConsoleProcess console(start(false));
+    console.readUntil("> ");
+    console.send(lines);
+    console.waitUntilBlocked();
+    const Clock::time_point signalled = Clock::now();
+    console.signal(SIGTERM);
+    console.waitUntilBlocked();  // again
+    const Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.signal, SIGTERM);
+    if (Clock::now() - signalled < std::chrono::seconds(1)) {
+      const std::size_t last = outcome.out.rfind("Current lineup:\n");
+      ASSERT_NE(last, std::string::npos);
+      EXPECT_TRUE(outcome.out.ends_with("\n}\n")) << outcome.out.substr(last);
+      return;
+    }
+  }
+  GTEST_SKIP() << "the machine is too busy to read anything within a second";
 }
 
 TEST_F(Ending, AReaderThatGoesAwayEndsItBeforeTheNextCommand) {
