@@ -24,7 +24,8 @@ constexpr int kLogToSyslogAndConsole = 3;
 void openClosedStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) < 0) {
-      open("/dev/null", O_RDWR);  // takes the lowest number that is free
+      // Takes the lowest number that is free, and stays open.
+      open("/dev/null", O_RDWR);  // cppcheck-suppress leakReturnValNotUsed
     }
   }
 }
