@@ -1,15 +1,17 @@
 // Makes one call of a running program fail. Loaded with LD_PRELOAD and told by the environment:
 //
-//   FAULT_KIND   which calls count: a name of kKinds
+//   FAULT_KIND   which calls count: the name that fails() gets below
 //   FAULT_AT     the number of the call that fails, from 1; 0 for none
 //   FAULT_ON     "once", or "on" when all later calls fail, too
 //   FAULT_COUNT  a file that receives the number of calls made, at the program's end
 //
-// The console has one thread, and so have these counts.
+// The console has one thread, and so have these counts. Besides, what would take time or differ
+// from run to run does not: waits, syncs and UUIDs.
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <stdio_ext.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -92,18 +94,20 @@ timespec sum(const timespec& a, const timespec& b) {
   return {a.tv_sec + b.tv_sec + nanoseconds / kSecond, nanoseconds % kSecond};
 }
 
-/// SQLite reads and writes with the p-calls; nothing else in the console does.
+/// What SQLite does with files besides opening and closing them. The console itself asks only for
+/// the sizes of its files.
 constexpr const char* kDatabase = "database";
 
 }  // namespace
 
 extern "C" {
 
-// The C library's own, under names that stay its own.
-// NOLINTBEGIN(bugprone-reserved-identifier)
-void* __libc_malloc(size_t size);
-void* __libc_realloc(void* block, size_t size);
-// NOLINTEND(bugprone-reserved-identifier)
+/// The count is worth as much when an exception ends the program.
+void abort() noexcept {
+  finish();
+  next<void()>("abort")();
+  __builtin_unreachable();
+}
 
 int socket(int domain, int type, int protocol) {
   static auto* const real = next<int(int, int, int)>("socket");
@@ -165,6 +169,11 @@ int open64(const char* path, int flags, ...) {
   return fails("open") ? failWith(EMFILE, -1) : real(path, flags, mode);
 }
 
+FILE* fopen(const char* path, const char* mode) {
+  static auto* const real = next<FILE*(const char*, const char*)>("fopen");
+  return fails("open") ? failWith<FILE*>(EMFILE, nullptr) : real(path, mode);
+}
+
 int signalfd(int descriptor, const sigset_t* mask, int flags) noexcept {
   static auto* const real = next<int(int, const sigset_t*, int)>("signalfd");
   return fails("signalfd") ? failWith(EMFILE, -1) : real(descriptor, mask, flags);
@@ -197,10 +206,31 @@ int close(int descriptor) {
   return real(descriptor);
 }
 
-int syncfs(int descriptor) noexcept {
-  static auto* const real = next<int(int)>("syncfs");
-  return fails("syncfs") ? failWith(EIO, -1) : real(descriptor);
+int syncfs(int /*descriptor*/) noexcept {
+  return fails("syncfs") ? failWith(EIO, -1) : 0;
 }
+
+void sync() noexcept {}
+
+void uuid_generate(unsigned char* uuid) {
+  std::memset(uuid, 1, 16);
+}
+
+// ---- standard output
+
+/// std::cout uses the C library's buffer, whose own calls of write() are not seen above: what is
+/// put there gets away, or does not, with the flush. What could not be written is gone then, as if
+/// the buffer had been full.
+int fflush(FILE* stream) {
+  static auto* const real = next<int(FILE*)>("fflush");
+  if (stream != stdout || !fails("stdio")) {
+    return real(stream);
+  }
+  __fpurge(stream);
+  return failWith(ENOSPC, EOF);
+}
+
+// ---- what SQLite does with files
 
 ssize_t pread64(int descriptor, void* data, size_t size, off64_t offset) {
   static auto* const real = next<ssize_t(int, void*, size_t, off64_t)>("pread64");
@@ -212,6 +242,36 @@ int fstat(int descriptor, struct stat* status) noexcept {
   return fails(kDatabase) ? failWith(EIO, -1) : real(descriptor, status);
 }
 
+int fstat64(int descriptor, struct stat64* status) noexcept {
+  static auto* const real = next<int(int, struct stat64*)>("fstat64");
+  return fails(kDatabase) ? failWith(EIO, -1) : real(descriptor, status);
+}
+
+int stat(const char* path, struct stat* status) noexcept {
+  static auto* const real = next<int(const char*, struct stat*)>("stat");
+  return fails(kDatabase) ? failWith(EACCES, -1) : real(path, status);
+}
+
+int stat64(const char* path, struct stat64* status) noexcept {
+  static auto* const real = next<int(const char*, struct stat64*)>("stat64");
+  return fails(kDatabase) ? failWith(EACCES, -1) : real(path, status);
+}
+
+int lstat64(const char* path, struct stat64* status) noexcept {
+  static auto* const real = next<int(const char*, struct stat64*)>("lstat64");
+  return fails(kDatabase) ? failWith(EACCES, -1) : real(path, status);
+}
+
+int access(const char* path, int mode) noexcept {
+  static auto* const real = next<int(const char*, int)>("access");
+  return fails(kDatabase) ? failWith(EACCES, -1) : real(path, mode);
+}
+
+ssize_t readlink(const char* path, char* target, size_t size) noexcept {
+  static auto* const real = next<ssize_t(const char*, char*, size_t)>("readlink");
+  return fails(kDatabase) ? failWith<ssize_t>(EACCES, -1) : real(path, target, size);
+}
+
 int fcntl64(int descriptor, int command, ...) {
   static auto* const real = next<int(int, int, ...)>("fcntl64");
   va_list arguments;
@@ -221,15 +281,23 @@ int fcntl64(int descriptor, int command, ...) {
   return fails(kDatabase) ? failWith(EIO, -1) : real(descriptor, command, argument);
 }
 
-// Allocations by the C library's names: those of SQLite and of the Thrift library's buffers. With a
-// sanitizer in the program these stay its own, as they do where counts of what was run are written.
+// Allocations by the C library's names: those of SQLite, of the line editing and of the Thrift
+// library's buffers. Unless a sanitizer is in the program, those by operators, too. Where counts of
+// what was run are written at the end, that needs memory: there these are left alone.
 #ifndef FAULTS_LEAVE_MALLOC
 void* malloc(size_t size) {
-  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : __libc_malloc(size);
+  static auto* const real = next<void*(size_t)>("malloc");
+  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : real(size);
+}
+
+void* calloc(size_t count, size_t size) {
+  static auto* const real = next<void*(size_t, size_t)>("calloc");
+  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : real(count, size);
 }
 
 void* realloc(void* block, size_t size) {
-  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : __libc_realloc(block, size);
+  static auto* const real = next<void*(void*, size_t)>("realloc");
+  return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : real(block, size);
 }
 #endif
 

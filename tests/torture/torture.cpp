@@ -1,9 +1,10 @@
-// Runs a session of the built console again and again, each time with another of its system calls
+// Runs sessions of the built console again and again, each time with another of their system calls
 // or allocations failing, once or from then on, and checks what must hold whatever fails: no crash
-// but the ends that are meant, no hang, no sanitizer report, no pending edit taken for committed.
+// but the ends that are meant, no hang, no sanitizer report, no pending edit taken for committed,
+// and a line for each call to the controller that failed and for none that did not.
 //
-// torture [--sample N]: every fault, or N of each kind spread over the session. Prints how many
-// were injected and survived; status 1 if something did not hold.
+// torture [--sample N]: every fault, or about N of each kind in each session, spread over it.
+// Prints how many were injected and survived; status 1 if something did not hold.
 
 #include <algorithm>
 #include <csignal>
@@ -12,7 +13,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <ranges>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -26,66 +28,124 @@ namespace {
 namespace fs = std::filesystem;
 using lineup::test::FakeController;
 using lineup::test::Outcome;
+using lineup::test::ReceivedCall;
 using lineup::test::Start;
 
 constexpr char kPendingPrompt[] = "(changes to commit) > ";
 constexpr char kPrompt[] = "> ";
+constexpr char kError[] = "ERROR: ";
+constexpr char kRescued[] = "The uncommitted changes";
 
-/// One kind of calls, one of them, and whether the later ones fail, too.
+// ---- what is run
+
+/// One run of the console. A line holds what is typed up to the next prompt.
+struct Session {
+  const char* name;
+  std::vector<std::string> arguments;
+  std::vector<std::string> lines;
+  bool terminal = false;
+};
+
+// The controller has satellite inputs but no terrestrial ones: to switch one of these ends the
+// program. "given.json" is there before each session.
+const Session kSessions[] = {
+    {"edit",
+     {},
+     {"id 7", "adddvb 17", "addenc 5 2", "findtdt", "rfmod qam", "save saved.json", "commit",
+      "rfinput status", "show", "id 8", "restore saved.json", "reset", "rfinput enable SAT3",
+      "id 9", "commit", "tdtscan enable qams", "quit"}},
+    {"lists",
+     {},
+     {"addpls\n1 131070", "rfaddempty 1", "rfadddvb 17", "ipaddenc 5 2",
+      "addipmux 1 2 udp://239.0.0.1:5000", "c", "rmpls", "findsat Velaria", "commit", "clear",
+      "country italy", "id 99999999999999999999", "commit", "show", "quit"}},
+    {"exception", {}, {"id 7", "adddvb 17", "rfinput enable TDT1"}},
+    {"save mode", {"-s", "saved.json"}, {}},
+    {"restore mode", {"-r", "given.json"}, {}},
+    {"type mode", {"-t", "skyit"}, {}},
+    {"terminal",
+     {},
+     {"id 77\x7f", "adddv\t17", "rfi\tst\t", "commit", "id 8", "\x1b[A\x1b[A", "adddvb \t\x15reset",
+      "quit"},
+     true},
+};
+
+/// What the failing of a kind of calls may lead to.
+enum class Effect {
+  None,     ///< nothing but lost output or a lost file: the controller receives the same calls
+  Local,    ///< other commands than were meant, but all calls to the controller work
+  Calls,    ///< a call to the controller fails
+  Any,      ///< either
+  NoMemory  ///< either, or the end of the program
+};
+
+struct Kind {
+  const char* name;
+  Effect effect;
+};
+
+constexpr Kind kKinds[] = {
+    {"socket", Effect::Calls},    {"connect", Effect::Calls},  {"send", Effect::Calls},
+    {"recv", Effect::Calls},      {"poll", Effect::Any},       {"open", Effect::Local},
+    {"write", Effect::Local},     {"read", Effect::Local},     {"close", Effect::None},
+    {"syncfs", Effect::None},     {"database", Effect::Local}, {"stdio", Effect::None},
+    {"malloc", Effect::NoMemory}, {"new", Effect::NoMemory},
+};
+
+/// Whether calls of the kind fail in the session. The libraries that edit lines crash without
+/// memory; there the console's own allocations fail, as they do where malloc is left alone.
+/// Elsewhere they come with malloc, unless a sanitizer has operators of its own.
+bool applies(const Kind& kind, const Session& session) {
+  const std::string name = kind.name;
+  const bool mallocFails = MALLOC_FAILS && !session.terminal;
+  return name == "malloc" ? mallocFails : name != "new" || !mallocFails || !NEW_USES_MALLOC;
+}
+
+/// One of the calls of a kind, 0 for none, and whether the later ones fail, too.
 struct Fault {
-  std::string kind;
+  Kind kind;
   long at;
   bool on;
 };
 
-/// A fault's session as it went: the commands with what each printed and the prompt that followed.
+// ---- what comes of it
+
+struct Result {
+  Outcome outcome;
+  std::vector<ReceivedCall> calls;
+  long faultyCalls = 0;  ///< how many calls of the fault's kind were made
+  std::string hang{};    ///< why the end was not waited for
+};
+
+/// A line as it went: what was printed and the prompt that followed. The first is the start.
 struct Step {
-  std::string command;
+  std::string line;
   std::string printed;
   bool pendingBefore;
   bool pendingAfter;
 };
 
-std::vector<std::string> commands(const fs::path& folder) {
-  const std::string saved = (folder / "saved.json").string();
-  return {"id 7",
-          "adddvb 17",
-          "addenc 5 2",
-          "findtdt",
-          "rfmod qam",
-          "save " + saved,
-          "commit",
-          "rfinput status",
-          "show",
-          "id 8",
-          "restore " + saved,
-          "reset",
-          "rfinput enable SAT3",
-          "id 9",
-          "commit",
-          "tdtscan enable qams",
-          "quit"};
-}
-
 bool startsWith(const std::string& text, std::size_t at, const std::string& beginning) {
   return text.compare(at, beginning.size(), beginning) == 0;
 }
 
+bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
 /// Cuts the output at the prompts, which stand at the beginning of a line or behind another prompt.
-std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>& commands) {
+std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>& lines) {
   std::vector<Step> steps;
+  std::string line;
   std::string printed;
   bool pending = false;
-  bool prompted = false;
   bool promptMayBegin = true;
   for (std::size_t at = 0; at < out.size();) {
     const bool pendingPrompt = promptMayBegin && startsWith(out, at, kPendingPrompt);
     if (pendingPrompt || (promptMayBegin && startsWith(out, at, kPrompt))) {
-      if (prompted && steps.size() < commands.size()) {
-        steps.push_back({commands[steps.size()], printed, pending, pendingPrompt});
-      }
+      steps.push_back({line, printed, pending, pendingPrompt});
+      line = steps.size() <= lines.size() ? lines[steps.size() - 1] : "";
       pending = pendingPrompt;
-      prompted = true;
       printed.clear();
       at += std::strlen(pendingPrompt ? kPendingPrompt : kPrompt);
     } else {
@@ -96,62 +156,127 @@ std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>
   return steps;
 }
 
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
+long errorLines(const std::string& out) {
+  long count = 0;
+  for (std::size_t at = 0; (at = out.find(kError, at)) != std::string::npos; ++at) {
+    ++count;
+  }
+  return count;
 }
 
-bool isAllocation(const Fault& fault) {
-  return fault.kind == "malloc" || fault.kind == "new";
-}
+// ---- what must hold; each returns what does not, empty if all does
 
-/// Ends that are meant: a status of 0, and the exceptions that end the program.
+/// Whether the end is one that is meant: a status of 0, or an exception that ends the program.
 bool endsAsMeant(const Fault& fault, const Outcome& outcome) {
   if (outcome.signal == 0) {
     return outcome.status == 0;
   }
+  const bool noMemory = fault.kind.effect == Effect::NoMemory;
   return outcome.signal == SIGABRT && (contains(outcome.err, "out_of_range") ||
-                                       (isAllocation(fault) && contains(outcome.err, "bad_alloc")));
+                                       (noMemory && contains(outcome.err, "bad_alloc")));
 }
 
-/// Whether the command may clear the mark of pending changes, and did so on the controller's word.
-bool clearsRightly(const Step& step) {
-  const bool talks = step.command == "commit" || step.command == "reset" ||
-                     startsWith(step.command, 0, "restore ");
-  return talks && !contains(step.printed, "ERROR: ");
-}
-
-/// What does not hold after a session, empty if all does.
-std::string complaint(const Fault& fault, const Outcome& outcome, const FakeController& controller,
-                      const std::vector<std::string>& script) {
+std::string wrongEnd(const Fault& fault, const Result& result) {
+  const Outcome& outcome = result.outcome;
+  if (!result.hang.empty()) {
+    return result.hang;
+  }
   if (!endsAsMeant(fault, outcome)) {
     return "ended with status " + std::to_string(outcome.status) + ", signal " +
            std::to_string(outcome.signal);
   }
-  if (contains(outcome.err, "Sanitizer") || contains(outcome.err, "runtime error")) {
-    return "a sanitizer complains";
+  return contains(outcome.err, "Sanitizer") || contains(outcome.err, "runtime error")
+             ? "a sanitizer complains"
+             : "";
+}
+
+/// One line for a call that fails once, none where nothing concerns the controller.
+std::string wrongErrors(const Fault& fault, const Result& result) {
+  const long errors = errorLines(result.outcome.out);
+  const bool injected = fault.at > 0;
+  const bool mayFail = injected && fault.kind.effect >= Effect::Calls;
+  const bool mustFail = injected && fault.kind.effect == Effect::Calls;
+  const bool tooMany = !mayFail ? errors > 0 : !fault.on && errors > 1;
+  return tooMany || (mustFail && errors == 0)
+             ? std::to_string(errors) + " failed calls are reported"
+             : "";
+}
+
+bool commits(const Step& step) {
+  return step.line == "commit" || step.line == "c";
+}
+
+bool commitsOrReplaces(const Step& step) {
+  return commits(step) || step.line == "reset" || startsWith(step.line, 0, "restore ");
+}
+
+bool callsController(const Step& step) {
+  return commitsOrReplaces(step) || startsWith(step.line, 0, "rfinput ") ||
+         (startsWith(step.line, 0, "save ") && !step.pendingBefore);
+}
+
+bool failed(const Step& step) {
+  return contains(step.printed, kError);
+}
+
+std::string wrongStep(const Step& step) {
+  const bool mayClear = commitsOrReplaces(step) && !failed(step);
+  if (step.pendingBefore && !step.pendingAfter && !mayClear) {
+    return "\"" + step.line + "\" cleared the pending changes";
   }
-  long confirmed = 0;
-  const std::vector<Step> steps = stepsOf(outcome.out, script);
+  return step.pendingAfter && commits(step) && !failed(step) ? "a commit that worked is pending"
+                                                             : "";
+}
+
+/// What the prompts and the lines between them tell.
+std::string wrongSteps(const Fault& fault, const Result& result,
+                       const std::vector<std::string>& lines) {
+  const std::vector<Step> steps = stepsOf(result.outcome.out, lines);
+  bool allFail = false;
   for (const Step& step : steps) {
-    if (step.pendingBefore && !step.pendingAfter && !clearsRightly(step)) {
-      return "\"" + step.command + "\" cleared the pending changes";
+    if (allFail && callsController(step) && !failed(step)) {
+      return "\"" + step.line + "\" says nothing of a failed call";
     }
-    const bool failedCommit = step.command == "commit" && contains(step.printed, "ERROR: ");
-    if (failedCommit && step.pendingBefore != step.pendingAfter) {
-      return "a failed commit changed what is pending";
+    allFail = allFail || (failed(step) && fault.on && fault.kind.effect == Effect::Calls);
+    if (std::string wrong = wrongStep(step); !wrong.empty()) {
+      return wrong;
     }
-    confirmed += step.command == "commit" && !failedCommit ? 1 : 0;
   }
-  const auto methods = controller.methods();
-  if (std::count(methods.begin(), methods.end(), "setHeadendConfig") < confirmed) {
+  const auto done =
+      std::ranges::count_if(steps, [](const Step& step) { return commits(step) && !failed(step); });
+  if (std::ranges::count(result.calls, "setHeadendConfig", &ReceivedCall::method) < done) {
     return "a commit that the controller never got counts as done";
   }
-  const bool memoryIsLeft = !(isAllocation(fault) && fault.on);
-  if (outcome.signal != 0 && memoryIsLeft && !steps.empty() && steps.back().pendingAfter &&
-      !contains(outcome.err, "The uncommitted changes")) {
-    return "nothing is said about the pending edits";
+  // Without memory the rescue of the pending edits fails as well, or the fault was in it.
+  const bool rescues = fault.kind.effect != Effect::NoMemory ||
+                       (!fault.on && contains(result.outcome.err, "bad_alloc"));
+  const bool pendingAtEnd = !steps.empty() && steps.back().pendingAfter;
+  return result.outcome.signal != 0 && pendingAtEnd && rescues &&
+                 !contains(result.outcome.err, kRescued)
+             ? "nothing is said about the pending edits"
+             : "";
+}
+
+bool sameCalls(const std::vector<ReceivedCall>& calls, const std::vector<ReceivedCall>& others) {
+  return std::ranges::equal(calls, others, {}, &ReceivedCall::frame, &ReceivedCall::frame);
+}
+
+/// `undisturbed` is the session without a fault.
+std::string complaint(const Session& session, const Fault& fault, const Result& result,
+                      const Result& undisturbed) {
+  std::string wrong = wrongEnd(fault, result);
+  if (wrong.empty()) {
+    wrong = wrongErrors(fault, result);
   }
-  return "";
+  if (wrong.empty() && fault.kind.effect == Effect::None &&
+      !sameCalls(result.calls, undisturbed.calls)) {
+    wrong = "the controller did not receive the same calls";
+  }
+  const bool promptsAreSeen = !session.terminal && std::string(fault.kind.name) != "stdio";
+  if (wrong.empty() && promptsAreSeen) {
+    wrong = wrongSteps(fault, result, session.lines);
+  }
+  return wrong;
 }
 
 /// A folder and a controller for sessions, one after the other.
@@ -170,69 +295,113 @@ class Torture {
                                           {23, "spa,eng"},
                                           {24, "101,102"}});
     catalogue.insert(lineup::test::kTdt, {{5, "506000"}, {10, "18"}, {11, "Ondaria"}});
+    const FakeController controller;
+    lineup::test::run({.arguments = {"-s", (folder_ / "given.json").string()}});
   }
   ~Torture() { fs::remove_all(folder_); }
   Torture(const Torture&) = delete;
   Torture& operator=(const Torture&) = delete;
 
-  /// Runs the session; returns how many calls of the fault's kind it made.
-  long run(const Fault& fault) {
-    FakeController controller;
-    controller.setStatus(statusWithInputs());
-    const std::vector<std::string> script = commands(folder_);
-    std::string input;
-    for (const std::string& command : script) {
-      input += command + "\n";
-    }
-    const Outcome outcome = lineup::test::run(start(fault), input);
-    const std::string wrong = complaint(fault, outcome, controller, script);
-    if (!wrong.empty()) {
-      ++broken_;
-      std::cout << fault.kind << " call " << fault.at << (fault.on ? " and all later" : "") << ": "
-                << wrong << "\n--- output\n"
-                << outcome.out << "\n--- errors\n"
-                << outcome.err << "\n---" << std::endl;
-    }
-    long calls = 0;
-    std::ifstream(folder_ / "count") >> calls;
-    return calls;
-  }
-
-  /// Every fault of the kind, or about `sample` of them if that is not 0.
-  void runAll(const std::string& kind, long sample) {
-    const long calls = run({kind, 0, false});
-    const long step = sample == 0 ? 1 : std::max(1L, 2 * calls / sample);
+  /// Every fault of the kind in the session, or about `sample` of them if that is not 0. Returns
+  /// how many.
+  long runAll(const Session& session, const Kind& kind, long sample) {
+    const Fault none{kind, 0, false};
+    const Result undisturbed = run(session, none);
+    judge(session, none, undisturbed, undisturbed);
+    const long step = sample == 0 ? 1 : std::max(1L, 2 * undisturbed.faultyCalls / sample);
     long injected = 0;
-    for (long at = 1; at <= calls; at += step) {
-      run({kind, at, false});
-      run({kind, at, true});
-      injected += 2;
+    for (long at = 1; at <= undisturbed.faultyCalls; at += step) {
+      for (const bool on : {false, true}) {
+        const Fault fault{kind, at, on};
+        const Result result = run(session, fault);
+        judge(session, fault, result, undisturbed);
+        injected += result.faultyCalls >= at ? 1 : 0;
+      }
     }
-    std::cout << kind << ": " << calls << " calls, " << injected << " faults" << std::endl;
-    injected_ += injected;
+    return injected;
   }
 
-  long injected() const { return injected_; }
   long broken() const { return broken_; }
 
  private:
-  static korvel::thrift::hub_module::HeadendStatus statusWithInputs() {
+  Result run(const Session& session, const Fault& fault) const {
+    FakeController controller;
+    controller.setConfig(configWithIPInput());
+    controller.setStatus(statusWithSatInputs());
+    Result result;
+    try {
+      result.outcome = lineup::test::run(start(session, fault), inputOf(session));
+    } catch (const std::runtime_error& error) {
+      result.hang = error.what();
+    }
+    if (session.terminal) {
+      result.outcome.err = result.outcome.out;
+    }
+    result.calls = controller.calls();
+    std::ifstream(folder_ / "count") >> result.faultyCalls;
+    return result;
+  }
+
+  void judge(const Session& session, const Fault& fault, const Result& result,
+             const Result& undisturbed) {
+    const std::string wrong = complaint(session, fault, result, undisturbed);
+    removeRescued(result.outcome.err);
+    if (!wrong.empty()) {
+      ++broken_;
+      std::cout << "\n"
+                << session.name << ", " << fault.kind.name << " call " << fault.at
+                << (fault.on ? " and all later" : "") << ": " << wrong << "\n--- output\n"
+                << result.outcome.out << "\n--- errors\n"
+                << result.outcome.err << "\n---" << std::endl;
+    }
+  }
+
+  /// A rescue file is outside of the folder when it could not be written there.
+  static void removeRescued(const std::string& errors) {
+    const std::string before = std::string(kRescued) + " are in ";
+    const std::size_t found = errors.find(before);
+    if (found != std::string::npos) {
+      const std::size_t begin = found + before.size();
+      fs::remove(errors.substr(begin, errors.find(": ", begin) - begin));
+    }
+  }
+
+  /// A terminal's input ends only when that is typed: a line that says so may have been lost.
+  static std::string inputOf(const Session& session) {
+    std::string input;
+    for (const std::string& line : session.lines) {
+      input += line + "\n";
+    }
+    return input + (session.terminal ? "\n\x04" : "");
+  }
+
+  static korvel::thrift::hub_module::HeadendConfig configWithIPInput() {
+    korvel::thrift::hub_module::HeadendConfig config;
+    korvel::thrift::hub_module::IPInput& input = config.ipInputs["1/2"];
+    input.__set_slot(1);
+    input.__set_interfaceId(2);
+    return config;
+  }
+
+  static korvel::thrift::hub_module::HeadendStatus statusWithSatInputs() {
     using korvel::thrift::general::RFInputId;
     korvel::thrift::hub_module::HeadendStatus status;
     for (int id = RFInputId::SAT1; id <= RFInputId::SAT8; ++id) {
       status.satRFInputs[static_cast<RFInputId::type>(id)];
     }
-    status.tdtRFInputs[RFInputId::TDT1];
-    status.tdtRFInputs[RFInputId::TDT2];
     return status;
   }
 
-  Start start(const Fault& fault) const {
+  Start start(const Session& session, const Fault& fault) const {
     Start start;
+    start.arguments = session.arguments;
+    start.terminal = session.terminal;
+    start.folder = folder_.string();
+    start.environment["TERM"] = "xterm";
     start.environment["LD_PRELOAD"] = FAULT_INJECTION;
     start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:allocator_may_return_null=1";
     start.environment["TMPDIR"] = folder_.string();
-    start.environment["FAULT_KIND"] = fault.kind;
+    start.environment["FAULT_KIND"] = fault.kind.name;
     start.environment["FAULT_AT"] = std::to_string(fault.at);
     start.environment["FAULT_ON"] = fault.on ? "on" : "once";
     start.environment["FAULT_COUNT"] = (folder_ / "count").string();
@@ -240,7 +409,6 @@ class Torture {
   }
 
   fs::path folder_;
-  long injected_ = 0;
   long broken_ = 0;
 };
 
@@ -251,13 +419,20 @@ int main(int argc, char** argv) {
       argc == 3 && std::string(argv[1]) == "--sample" ? std::strtol(argv[2], nullptr, 10) : 0;
   lineup::enterSandbox();
   Torture torture;
-  // Where malloc is the sanitizer's own, or needed to write the counts of what was run, the C++
-  // allocations fail instead.
-  for (const char* kind : {"socket", "connect", "send", "recv", "poll", "open", "write", "read",
-                           "close", "syncfs", "database", FAULTS_LEAVE_MALLOC ? "new" : "malloc"}) {
-    torture.runAll(kind, sample);
+  long injected = 0;
+  for (const Session& session : kSessions) {
+    std::cout << session.name << ":" << std::flush;
+    for (const Kind& kind : kKinds) {
+      if (!applies(kind, session)) {
+        continue;
+      }
+      const long faults = torture.runAll(session, kind, sample);
+      std::cout << " " << faults << " " << kind.name << std::flush;
+      injected += faults;
+    }
+    std::cout << std::endl;
   }
-  std::cout << torture.injected() << " faults injected, " << torture.injected() - torture.broken()
-            << " survived" << std::endl;
+  std::cout << injected << " faults injected, " << injected - torture.broken() << " survived"
+            << std::endl;
   return torture.broken() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
