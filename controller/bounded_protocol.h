@@ -16,19 +16,17 @@ namespace lineup {
 class BoundedSource {
  public:
   virtual ~BoundedSource() = default;
-  /// Bytes that have been read so far.
-  virtual uint64_t bytesRead() const = 0;
-  /// Whether there are at least `count` more. May wait for them, where they come from a pipe.
+  /// Whether there are at least `count` more bytes. May wait for them, where they come from a pipe.
   virtual bool hasBytes(uint64_t count) = 0;
 };
 
 /// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
 /// does, but raises TProtocolException(SIZE_LIMIT) for
 ///  - a container that claims more elements than there are bytes left, and
-///  - more records in containers than a tenth of the bytes read, or 65,536 if that is more: an
-///    absent field takes its place in memory but not a byte of the message, so that a megabyte of
-///    empty records would take several hundred. With its fields written, the shortest of the
-///    interface's records that stand in containers takes twelve bytes.
+///  - more records in containers than half the fields read, or 65,536 if that is more: an absent
+///    field takes its place in memory but not a byte of the message, so that a megabyte of empty
+///    records would take several hundred. Those of the interface's records that stand in containers
+///    have at least two fields, which every writer writes.
 template <class Base>
 class BoundedProtocol : public Base {
  public:
@@ -40,6 +38,7 @@ class BoundedProtocol : public Base {
   uint32_t readFieldBegin_virt(std::string& name, apache::thrift::protocol::TType& type,
                                int16_t& id) override {
     const uint32_t read = Base::readFieldBegin(name, type, id);
+    fields_ += type != apache::thrift::protocol::T_STOP ? 1U : 0U;
     recordIsField_ = type == apache::thrift::protocol::T_STRUCT;
     return read;
   }
@@ -81,18 +80,19 @@ class BoundedProtocol : public Base {
   /// Begins the count of records anew, for the next frame of the source.
   void restartCount() {
     records_ = 0;
+    fields_ = 0;
     recordIsField_ = false;
   }
 
  private:
   using Exception = apache::thrift::protocol::TProtocolException;
 
-  static constexpr uint64_t kBytesPerRecord = 10;
+  static constexpr uint64_t kFieldsPerRecord = 2;
   static constexpr uint64_t kRecordsAlwaysAllowed = 65536;
 
   void countRecord() {
-    if (++records_ > std::max(kRecordsAlwaysAllowed, source_.bytesRead() / kBytesPerRecord)) {
-      throw Exception(Exception::SIZE_LIMIT, "more records than the bytes can hold");
+    if (++records_ > std::max(kRecordsAlwaysAllowed, fields_ / kFieldsPerRecord)) {
+      throw Exception(Exception::SIZE_LIMIT, "more records than the fields can fill");
     }
   }
 
@@ -105,6 +105,7 @@ class BoundedProtocol : public Base {
 
   BoundedSource& source_;
   uint64_t records_ = 0;
+  uint64_t fields_ = 0;
   bool recordIsField_ = false;  // the next record is a field's value, no element of a container
 };
 

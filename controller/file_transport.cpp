@@ -64,7 +64,6 @@ uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
 }
 
 char FileTransport::take() {
-  ++bytesRead_;
   if (aheadTaken_ == ahead_.size()) {
     uint8_t byte = 0;
     TBufferedTransport::readAll(&byte, 1);

@@ -41,7 +41,6 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   /// The descriptor, until the transport is closed.
   int descriptor() const { return descriptor_; }
 
-  uint64_t bytesRead() const override { return bytesRead_; }
   /// Reads ahead, as the size of a pipe is not known. Takes as much memory as there are bytes.
   bool hasBytes(uint64_t count) override;
 
@@ -62,10 +61,9 @@ class FileTransport : public apache::thrift::transport::TBufferedTransport, publ
   void note(char character);
 
   const int descriptor_;
-  std::string ahead_;       // what was read ahead,
-  size_t aheadTaken_ = 0;   // and how much of it has been taken since
-  uint64_t bytesRead_ = 0;  // without what was read ahead
-  bool escaped_ = false;    // by the backslash before
+  std::string ahead_;      // what was read ahead,
+  size_t aheadTaken_ = 0;  // and how much of it has been taken since
+  bool escaped_ = false;   // by the backslash before
   char last_ = '\0';
   uint32_t digits_ = 0;  // in the number that is being read
   uint32_t digitsBeforeLast_ = 0;

@@ -29,7 +29,6 @@ class FrameTransport : public apache::thrift::transport::TFramedTransport, publi
   /// Ends the reading of a message; returns the bytes of its frame with the header.
   uint32_t readEnd() override;
 
-  uint64_t bytesRead() const override { return frameSize_ - bytesLeft(); }
   bool hasBytes(uint64_t count) override { return count <= bytesLeft(); }
 
  protected:

@@ -553,6 +553,15 @@ TEST_F(WorstMegabyte, OfAsManyRecordsAsAreTakenAndAClaimOfStringsStaysWithinTheL
                                        kGlobalConfig + kLanguagesAsBooleans + number(660000));
 }
 
+TEST_F(WorstMegabyte, OfAsManyFieldsAsRecordsNeedAndEmptyServicesStaysWithinTheLimit) {
+  std::string fields;
+  for (int n = 0; n < 2 * 76000; ++n) {
+    fields += std::string("\x02\0\x63\0", 4);  // field 99, false
+  }
+  expectWithinLimit<HeadendConfig>(
+      "getHeadendConfig", fields + kLineup + container(kDVBServices, 76000, keyAndEmptyRecord));
+}
+
 TEST_F(WorstMegabyte, OfOneStringStaysWithinTheLimit) {
   expectWithinLimit<HeadendConfig>(
       "getHeadendConfig", std::string("\x0b\0\x63", 3) + number(900000) + std::string(900000, 'x'));
