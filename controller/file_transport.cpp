@@ -17,6 +17,10 @@ namespace {
 
 constexpr uint32_t kBufferSize = 512;
 
+/// Escapes of JSON that the library does not read, and the characters that it takes in their place:
+/// it writes the first itself but reads nothing for it, and raises an error for the second.
+constexpr std::pair<std::string_view, char> kUnknownEscapes[] = {{"u0000", '\0'}, {"/", '/'}};
+
 /// A transport that owns `descriptor` from now on.
 std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
   constexpr auto kClosing = TFDTransport::CLOSE_ON_DESTROY;
@@ -87,20 +91,23 @@ bool FileTransport::isAhead(std::string_view text) {
   return true;
 }
 
-/// The next character, or a bare NUL for its escape: the library writes \u0000 in a text, but reads
-/// nothing for it, whereas it takes the character itself.
+/// The next character; for an escape that the library does not know, what it stands for.
 char FileTransport::takeUnescaped() {
-  constexpr std::string_view kNul = "u0000";
   const char character = take();
   escaped_ = character == '\\' && !escaped_;
-  if (!escaped_ || !isAhead(kNul)) {
+  if (!escaped_) {
     return character;
   }
-  for (size_t index = 0; index < kNul.size(); ++index) {
-    take();
+  for (const auto& [text, meaning] : kUnknownEscapes) {
+    if (isAhead(text)) {
+      for (size_t index = 0; index < text.size(); ++index) {
+        take();
+      }
+      escaped_ = false;
+      return meaning;
+    }
   }
-  escaped_ = false;
-  return '\0';
+  return character;
 }
 
 void FileTransport::note(char character) {

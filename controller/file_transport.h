@@ -31,7 +31,7 @@ class Descriptor {
 
 /// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
 /// library's JSON protocol does not see: that a file is too short for what it claims, that a number
-/// has no digits, and that an escape stands for NUL.
+/// has no digits, and what the escapes of NUL and of the slash stand for.
 class FileTransport : public apache::thrift::transport::TBufferedTransport, public BoundedSource {
  public:
   /// Takes `descriptor` over: it is closed by close() or by the destructor. If this raises,

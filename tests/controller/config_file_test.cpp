@@ -283,6 +283,13 @@ TEST_F(ConfigFile, HoldsNulsInTexts) {
   }
 }
 
+TEST_F(ConfigFile, MayEscapeTheSlash) {
+  fill(R"({"2":{"rec":{"5":{"str":"\/a\\/\/\n\/"}}}})");
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config.headendGlobalConfig.headendName, "/a\\//\n/");
+}
+
 /// A pipe in the place of a file, and its writer.
 class PipedFile {
  public:
