@@ -145,7 +145,7 @@ class LineEditor {
   void redrawResized();
 
   unsigned char completeWord();
-  std::vector<Possibility> possibilities(const std::string& begun) const;
+  unsigned char tryToCompleteWord();
   void replaceWord(const std::string& typed, const std::string& word);
   void list(const std::string& typed, const std::vector<Possibility>& possibilities);
 
@@ -390,11 +390,20 @@ void LineEditor::redrawResized() {
 // ---- completing
 
 unsigned char LineEditor::completeWord() {
+  try {
+    return tryToCompleteWord();
+  } catch (...) {     // GCOVR_EXCL_LINE: only without memory
+    return CC_ERROR;  // GCOVR_EXCL_LINE: nothing may be thrown through libedit
+  }
+}
+
+unsigned char LineEditor::tryToCompleteWord() {
   const LineInfo* const info = el_line(lib_);
   const std::string begun(info->buffer, info->cursor);
   const bool blankFollows = info->cursor != info->lastchar && *info->cursor == ' ';
   const std::string typed = begun.substr(begun.rfind(' ') + 1);
-  const std::vector<Possibility> possible = possibilities(begun);
+  const std::vector<Possibility> possible =
+      complete_ == nullptr ? std::vector<Possibility>() : complete_(begun);
   if (possible.empty()) {
     return CC_ERROR;
   }
@@ -413,14 +422,6 @@ unsigned char LineEditor::completeWord() {
   const std::string& word = possible.front().word;
   replaceWord(typed, blankFollows || word.ends_with('/') ? word : word + ' ');
   return CC_REFRESH;
-}
-
-std::vector<Possibility> LineEditor::possibilities(const std::string& begun) const {
-  try {
-    return complete_ == nullptr ? std::vector<Possibility>() : complete_(begun);
-  } catch (...) {  // GCOVR_EXCL_LINE: only without memory
-    return {};     // GCOVR_EXCL_LINE: nothing may be thrown through libedit
-  }
 }
 
 void LineEditor::replaceWord(const std::string& typed, const std::string& word) {
