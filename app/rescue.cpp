@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
+#include <system_error>
 
 #include "controller/config_file.h"
 #include "support/ending_signals.h"
@@ -33,13 +35,21 @@ std::string writeRescueFile(const std::string& folder, const hub_module::Headend
   return path;
 }
 
+/// $TMPDIR from the root, so that its name can be used elsewhere; empty if there is none.
+std::string temporaryFolder() {
+  const char* const folder = std::getenv("TMPDIR");
+  if (folder == nullptr || *folder == '\0') {
+    return "";
+  }
+  std::error_code none;
+  return std::filesystem::absolute(folder, none).string();
+}
+
 std::string writeRescueFile(const hub_module::HeadendConfig& config) {
   const EndingSignalsHeld uninterrupted;
-  const char* const folder = std::getenv("TMPDIR");
-  std::string path;
-  if (folder != nullptr && *folder != '\0' && isOneWord(folder)) {
-    path = writeRescueFile(folder, config);
-  }
+  const std::string folder = temporaryFolder();
+  const bool usable = !folder.empty() && isOneWord(folder);
+  const std::string path = usable ? writeRescueFile(folder, config) : "";
   return path.empty() ? writeRescueFile("/tmp", config) : path;
 }
 

@@ -445,18 +445,36 @@ TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
   }
 }
 
+TEST_F(Ending, AFolderThatIsRelativeIsNamedFromTheRoot) {
+  Start relative = start(false);
+  relative.folder = folder.path();
+  relative.environment["TMPDIR"] = ".";
+  ConsoleProcess console(relative);
+  edit(console);
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  const std::string path = expectRescueFile();
+  const std::string name = fs::path(path).filename().string();
+  EXPECT_TRUE(outcome.err.starts_with("The uncommitted changes are in /")) << outcome.err;
+  EXPECT_NE(outcome.err.find(name + ": \"restore /"), std::string::npos) << outcome.err;
+}
+
 TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   Start shell = start(false);
   shell.program = "/bin/sh";
-  shell.arguments = {
-      "-c", std::string("trap '' XFSZ; ulimit -S -f 0; exec ") + lineup::test::kConsoleProgram};
+  shell.arguments = {"-c", std::string("ulimit -S -f 0; exec ") + lineup::test::kConsoleProgram};
   ConsoleProcess console(shell);
   edit(console);
+  // Beyond the limit on the size of a file there is no more room than on a full disk.
+  const std::string saved = elsewhere.file("saved");
+  console.send("save " + saved + "\n");
+  console.readUntil("Saved config to: " + saved + "\n" + kPending);
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
   EXPECT_EQ(outcome.err, "The uncommitted changes could not be written to a file\n");
   EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_EQ(fs::file_size(saved), 0U);
 }
 
 TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
