@@ -52,6 +52,7 @@ void catchEndingSignals() {
   timer_create(CLOCK_MONOTONIC, nullptr, &interrupter);
   handle(
       SIGALRM, [](int) {}, 0);
+  std::signal(SIGXFSZ, SIG_IGN);
   for (const int signal : kEndingSignals) {
     struct sigaction before {};
     sigaction(signal, nullptr, &before);

@@ -22,6 +22,9 @@ struct EndedBySignal {
 /// A system call that is blocked when one is caught goes on, and so no output is cut short. If the
 /// program has not ended a second later, every call that blocks it (a write to a pipe that nobody
 /// reads) fails with EINTR from then on. Takes SIGALRM for this.
+///
+/// A write beyond the limit on the size of a file fails with EFBIG from now on, as on a full disk,
+/// instead of ending the program by SIGXFSZ.
 void catchEndingSignals();
 
 /// Throws EndedBySignal if a signal has been caught. To be called where the program may end:
@@ -29,7 +32,7 @@ void catchEndingSignals();
 void endIfSignalled();
 
 /// Throws EndedBySignal{SIGHUP} if `terminal` has hung up: its input has ended then, perhaps before
-/// the signal says so.
+/// the signal says so, or without it where it is ignored.
 void endIfHungUp(int terminal);
 
 /// Forgets a SIGINT that has been caught, where it means something else than the program's end.
