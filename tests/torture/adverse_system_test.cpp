@@ -35,9 +35,9 @@ Start withFault(const std::string& kind, bool terminal, const std::string& count
 
 class AdverseSystem : public testing::Test {
  protected:
-  int calls() const {
-    int result = 0;
-    std::ifstream(count) >> result;
+  long calls() const {
+    long result = 0;
+    std::ifstream(count).read(reinterpret_cast<char*>(&result), sizeof result);
     return result;
   }
 

@@ -3,7 +3,7 @@
 //   FAULT_KIND   which calls count: the name that fails() gets below
 //   FAULT_AT     the number of the call that fails, from 1; 0 for none
 //   FAULT_ON     "once", or "on" when all later calls fail, too
-//   FAULT_COUNT  a file that receives the number of calls made, at the program's end
+//   FAULT_COUNT  a file that holds the number of calls made so far, as a long in memory
 //
 // The console has one thread, and so have these counts. Besides, what would take time or differ
 // from run to run does not: waits, syncs and UUIDs.
@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdio_ext.h>
+#include <sys/mman.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -32,15 +33,27 @@ struct Plan {
   const char* kind = nullptr;
   long at = 0;
   bool on = false;
-  const char* countFile = nullptr;
-  long calls = 0;
 };
 
 Plan plan;
 
+/// How many calls of the kind were made. Shared with the file, so that it is there however the
+/// program ends.
+long uncounted = 0;
+long* calls = &uncounted;
+
 /// Whether the program itself has begun: what the loader and the sanitizers do before is not its
 /// own.
 bool started = false;
+
+void shareCount(const char* path) {
+  const int file = open(path, O_RDWR | O_CREAT | O_TRUNC, 0600);
+  if (file >= 0 && ftruncate(file, sizeof(long)) == 0) {
+    void* const shared = mmap(nullptr, sizeof(long), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    calls = shared == MAP_FAILED ? calls : static_cast<long*>(shared);
+  }
+  close(file);
+}
 
 __attribute__((constructor)) void start() {
   plan.kind = std::getenv("FAULT_KIND");
@@ -48,8 +61,14 @@ __attribute__((constructor)) void start() {
   plan.at = at == nullptr ? 0 : std::strtol(at, nullptr, 10);
   const char* const on = std::getenv("FAULT_ON");
   plan.on = on != nullptr && std::strcmp(on, "on") == 0;
-  plan.countFile = std::getenv("FAULT_COUNT");
+  if (const char* const path = std::getenv("FAULT_COUNT"); path != nullptr) {
+    shareCount(path);
+  }
   started = plan.kind != nullptr;
+}
+
+__attribute__((destructor)) void finish() {
+  started = false;
 }
 
 template <class Function>
@@ -57,26 +76,13 @@ Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-__attribute__((destructor)) void finish() {
-  started = false;
-  if (plan.countFile == nullptr) {
-    return;
-  }
-  const int file =
-      next<int(const char*, int, ...)>("open")(plan.countFile, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  char text[32];
-  const int length = std::snprintf(text, sizeof text, "%ld\n", plan.calls);
-  next<ssize_t(int, const void*, size_t)>("write")(file, text, static_cast<size_t>(length));
-  next<int(int)>("close")(file);
-}
-
 /// Counts a call of the kind; true if it is to fail.
 bool fails(const char* kind) {
   if (!started || std::strcmp(kind, plan.kind) != 0) {
     return false;
   }
-  ++plan.calls;
-  return plan.at > 0 && (plan.on ? plan.calls >= plan.at : plan.calls == plan.at);
+  ++*calls;
+  return plan.at > 0 && (plan.on ? *calls >= plan.at : *calls == plan.at);
 }
 
 template <class Result>
@@ -101,13 +107,6 @@ constexpr const char* kDatabase = "database";
 }  // namespace
 
 extern "C" {
-
-/// The count is worth as much when an exception ends the program.
-void abort() noexcept {
-  finish();
-  next<void()>("abort")();
-  __builtin_unreachable();
-}
 
 int socket(int domain, int type, int protocol) {
   static auto* const real = next<int(int, int, int)>("socket");

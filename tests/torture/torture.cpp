@@ -338,7 +338,8 @@ class Torture {
       result.outcome.err = result.outcome.out;
     }
     result.calls = controller.calls();
-    std::ifstream(folder_ / "count") >> result.faultyCalls;
+    std::ifstream(folder_ / "count")
+        .read(reinterpret_cast<char*>(&result.faultyCalls), sizeof result.faultyCalls);
     return result;
   }
 
