@@ -58,7 +58,7 @@ template <typename Row>
 DVBInputServiceConfig buildService(const ServiceTable& table, int32_t id) {
   DVBInputServiceConfig result;
   const korveldb::tSqlite3db catalogue(kCatalogueFile);
-  const auto found = Row::doSelect(catalogue.getHandle(), "WHERE service_id='%d'", id);
+  auto found = Row::doSelect(catalogue.getHandle(), "WHERE service_id='%d'", id);
   if (found->rows.empty()) {
     throw std::runtime_error("Service not found on DB");
   }
@@ -70,11 +70,14 @@ DVBInputServiceConfig buildService(const ServiceTable& table, int32_t id) {
   service.catalogueFlag = row.asInt(table.flag) != 0;
   service.inputType = table.inputType;
   service.serviceType = row.asInt(table.serviceType);
-  service.intItems = parseIntegerList(row.asText(table.integerList));
   service.auxFlag = false;
-  service.lItems = parseTextList(row.asText(table.textList));
   setMux(service, row);
   result.configFlag = service.catalogueFlag;
+  const std::string integerList = row.asText(table.integerList);
+  const std::string textList = row.asText(table.textList);
+  found.reset();  // many rows and a long list would be a lot together
+  service.intItems = parseIntegerList(integerList);
+  service.lItems = parseTextList(textList);
   return result;
 }
 

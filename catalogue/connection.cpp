@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "catalogue/sqlite_memory.h"
 #include "support/ending_signals.h"
@@ -30,15 +31,26 @@ int allowReading(void* /*unused*/, int action, const char* /*unused*/, const cha
   }
 }
 
-/// How much memory SQLite may take for a select from the file. A result takes some ten times the
-/// bytes of the rows that are stored; a file can hold views and defaults that make any number of
-/// rows from none.
-int64_t memoryFor(const std::string& fileName) {
-  constexpr int64_t kTimesTheFile = 20;
-  constexpr int64_t kAlways = kTimesTheFile * 1024 * 1024;
+// What a select may take is in proportion to the file, which can hold views and defaults that make
+// any number of rows, and bytes in them, from none.
+
+int64_t sizeOf(const std::string& fileName) {
   struct stat file {};
-  const bool known = stat(fileName.c_str(), &file) == 0;
-  return known ? std::max(kAlways, kTimesTheFile * file.st_size) : kAlways;
+  return stat(fileName.c_str(), &file) == 0 ? file.st_size : 0;
+}
+
+/// How much memory SQLite may take. A result takes some ten times the bytes of the rows that are
+/// stored.
+int64_t memoryFor(int64_t fileSize) {
+  constexpr int64_t kTimesTheFile = 20;
+  constexpr int64_t kSmallFile = int64_t{1024} * 1024;
+  return kTimesTheFile * std::max(fileSize, kSmallFile);
+}
+
+/// How long a cell may be: as long as the file, or a write-ahead log beside a small one.
+int longestCellFor(int64_t fileSize) {
+  return static_cast<int>(
+      std::clamp<int64_t>(fileSize, 1'000'000, std::numeric_limits<int>::max()));
 }
 
 /// Breaks a statement off once a signal has been caught; whoever ran it ends the program.
@@ -54,13 +66,15 @@ int breakOffIfSignalled(void* /*unused*/) {
 }  // namespace
 
 tSqlite3db::tSqlite3db(const std::string& fileName) {
-  limitSqliteMemory(memoryFor(fileName));
+  const int64_t fileSize = sizeOf(fileName);
+  limitSqliteMemory(memoryFor(fileSize));
   // For writing, because only so SQLite can take back what a dead writer left half done; what
   // follows keeps everything else out. A missing file is not created.
   sqlite3_open_v2(fileName.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (handle == nullptr) {
     return;  // out of memory: every statement fails
   }
+  sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, longestCellFor(fileSize));
   // A connection selects once, so a page is read once: a few of them, used again and again, cost
   // less than SQLite's usual two megabytes.
   sqlite3_exec(handle, "PRAGMA query_only = 1; PRAGMA cache_size = 64", nullptr, nullptr, nullptr);

@@ -13,7 +13,8 @@ namespace korveldb {
 /// stays SQLite's own business is to bring a database back to its last commit when its writer died.
 ///
 /// A statement that runs when a signal is to end the program is broken off and fails. So is one for
-/// which SQLite would need more than 20 MiB, or 20 times the file if that is more.
+/// which SQLite would need more than 20 MiB, or 20 times the file if that is more, and one with a
+/// cell of more than a million bytes that is longer than the file.
 ///
 /// Nothing is reported by the constructor: on a file that could not be opened, every statement
 /// fails. Messages go to the log under the module name "db".

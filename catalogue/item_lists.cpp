@@ -9,11 +9,7 @@ std::vector<std::string> parseTextList(const std::string& text) {
 }
 
 std::vector<int32_t> parseIntegerList(const std::string& text) {
-  std::vector<int32_t> numbers;
-  for (const std::string& item : parseTextList(text)) {
-    numbers.push_back(std::stoi(item));
-  }
-  return numbers;
+  return readWords(text, ',', [](const std::string& item) -> int32_t { return std::stoi(item); });
 }
 
 }  // namespace lineup

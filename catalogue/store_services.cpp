@@ -2,6 +2,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <utility>
 
 #include "catalogue/build_services.h"
 #include "model/lineup_editor.h"
@@ -23,7 +24,11 @@ int32_t LineupEditor::addCatalogueService(int32_t id) {
                                  buildIPService};
   for (const auto build : kBuilders) {
     try {
-      return storeDVBService(build(id));
+      hub_module::DVBInputServiceConfig service = build(id);
+      const int32_t key = storeDVBService({});
+      // Moved, as its lists can be long.
+      config.lineupConfig.dvbInputServices[key] = std::move(service);
+      return key;
     } catch (const std::runtime_error&) {
       continue;
     }

@@ -5,17 +5,7 @@
 #include <limits>
 
 std::vector<std::string> splitWords(const std::string& text, char delimiter) {
-  std::vector<std::string> words;
-  std::size_t start = 0;
-  while (start < text.size()) {
-    const std::size_t end = text.find(delimiter, start);
-    words.push_back(text.substr(start, end - start));
-    if (end == std::string::npos) {
-      break;
-    }
-    start = end + 1;
-  }
-  return words;
+  return readWords(text, delimiter, [](std::string word) { return word; });
 }
 
 int32_t readNumber(const std::string& word) {

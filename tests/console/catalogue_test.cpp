@@ -512,4 +512,71 @@ TEST_P(HostileCatalogue, IsOneThatCannotBeReadAndTakesNoMoreThanTheLimit) {
   EXPECT_EQ(count(console.finish().err, "Error leyendo datos tabla availableSatService"), 3);
 }
 
+/// SQL for `text` written down `times` times.
+std::string repeated(const std::string& text, int times) {
+  return "replace(hex(zeroblob(" + std::to_string(times) + ")), '00', '" + text + "')";
+}
+
+/// SQL that selects a satellite service with the id 5.
+std::string hostileService(const std::string& textList, const std::string& integerList) {
+  return "SELECT 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, '5' service_id, 'x' service_name, "
+         "0, 0, 0, 0, 0, 0, " +
+         textList + " c23, " + integerList + " c24";
+}
+
+/// A service with lists that are made to take memory.
+struct HostileLists {
+  const char* name;
+  std::string sql;
+  const char* answer;  // to "adddvb 5"
+
+  friend std::ostream& operator<<(std::ostream& out, const HostileLists& lists) {
+    return out << lists.name;
+  }
+};
+
+constexpr char kTable[] = "CREATE TABLE availableSatService AS ";
+constexpr char kView[] = "CREATE VIEW availableSatService AS ";
+constexpr char kAdded[] = "";
+constexpr char kRefused[] = "Service not found\n";
+
+class HostileCatalogueService : public testing::TestWithParam<HostileLists> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, HostileCatalogueService,
+    testing::Values(
+        HostileLists{"TextsOfATable", kTable + hostileService(repeated(",,", 499'000), "''"),
+                     kAdded},
+        HostileLists{"BothListsOfAView",
+                     kView + hostileService(repeated(",,", 499'000), repeated("1,", 499'000)),
+                     kAdded},
+        HostileLists{"TextsBeforeManyRows",
+                     kView + hostileService("t", "''") + " FROM (SELECT " +
+                         repeated(",,", 499'000) +
+                         " t UNION ALL SELECT * FROM (WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL "
+                         "SELECT i + 1 FROM n LIMIT 12000) SELECT '' FROM n))",
+                     kAdded},
+        HostileLists{"TextsBeyondTheFile", kView + hostileService(repeated(",,,,", 499'000), "''"),
+                     kRefused},
+        HostileLists{"IntegersBeyondTheFile",
+                     kView + hostileService("''", repeated("1,1,1,", 400'000)), kRefused}),
+    [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST_P(HostileCatalogueService, TakesNoMoreThanTheLimit) {
+  const FakeController controller;
+  CatalogueFile catalogue(kPath);
+  catalogue.execute("DROP TABLE availableSatService");
+  catalogue.execute(GetParam().sql);
+  ASSERT_LT(std::filesystem::file_size(kPath), 1024U * 1024U);
+  ConsoleProcess console{Start{}};
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  const std::string process = std::to_string(console.pid());
+  const int64_t before = memoryFigure("VmHWM:", process);
+  console.send("adddvb 5\n");
+  EXPECT_EQ(console.readUntil(kPending), std::string(GetParam().answer) + kPending);
+  EXPECT_LT(memoryFigure("VmHWM:", process) - before, kLimit);
+  console.finish();
+}
+
 }  // namespace
