@@ -53,13 +53,22 @@ int longestCellFor(int64_t fileSize) {
       std::clamp<int64_t>(fileSize, 1'000'000, std::numeric_limits<int>::max()));
 }
 
-/// Breaks a statement off once a signal has been caught; whoever ran it ends the program.
-int breakOffIfSignalled(void* /*unused*/) {
+/// How many steps of SQLite's virtual machine a statement may take. A find takes less than one for
+/// each byte of the file; a view can take any number.
+int64_t stepsFor(int64_t fileSize) {
+  constexpr int64_t kStepsOfAByte = 100;
+  return kStepsOfAByte * std::max<int64_t>(fileSize, 1'000'000);
+}
+
+constexpr int kStepsBetweenLooks = 100'000;  // some milliseconds
+
+/// Whether a signal has been caught; whoever runs the statement ends the program.
+bool isSignalled() {
   try {
     endIfSignalled();
-    return 0;
+    return false;
   } catch (const EndedBySignal&) {
-    return 1;
+    return true;
   }
 }
 
@@ -67,6 +76,7 @@ int breakOffIfSignalled(void* /*unused*/) {
 
 tSqlite3db::tSqlite3db(const std::string& fileName) {
   const int64_t fileSize = sizeOf(fileName);
+  allowedSteps = stepsFor(fileSize);
   limitSqliteMemory(memoryFor(fileSize));
   // For writing, because only so SQLite can take back what a dead writer left half done; what
   // follows keeps everything else out. A missing file is not created.
@@ -79,8 +89,8 @@ tSqlite3db::tSqlite3db(const std::string& fileName) {
   // less than SQLite's usual two megabytes.
   sqlite3_exec(handle, "PRAGMA query_only = 1; PRAGMA cache_size = 64", nullptr, nullptr, nullptr);
   sqlite3_set_authorizer(handle, allowReading, nullptr);
-  constexpr int kStepsBetweenLooks = 100'000;  // some milliseconds
-  sqlite3_progress_handler(handle, kStepsBetweenLooks, breakOffIfSignalled, nullptr);
+  sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, beginStatement, this);
+  sqlite3_progress_handler(handle, kStepsBetweenLooks, breakOff, this);
 }
 
 tSqlite3db::~tSqlite3db() {
@@ -90,6 +100,18 @@ tSqlite3db::~tSqlite3db() {
     rollbackTransaction();
   }
   sqlite3_close(handle);
+}
+
+int tSqlite3db::beginStatement(unsigned /*unused*/, void* connection, void* /*unused*/,
+                               void* /*unused*/) {
+  static_cast<tSqlite3db*>(connection)->takenSteps = 0;
+  return 0;
+}
+
+int tSqlite3db::breakOff(void* connection) {
+  auto& db = *static_cast<tSqlite3db*>(connection);
+  db.takenSteps += kStepsBetweenLooks;
+  return static_cast<int>(db.takenSteps > db.allowedSteps || isSignalled());
 }
 
 bool tSqlite3db::exec(const std::string& sql) {

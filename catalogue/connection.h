@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <string>
 
 namespace korveldb {
@@ -14,7 +15,8 @@ namespace korveldb {
 ///
 /// A statement that runs when a signal is to end the program is broken off and fails. So is one for
 /// which SQLite would need more than 20 MiB, or 20 times the file if that is more, and one with a
-/// cell of more than a million bytes that is longer than the file.
+/// cell of more than a million bytes that is longer than the file, and one that takes more than a
+/// hundred million steps of SQLite's virtual machine, or 100 for each byte of the file.
 ///
 /// Nothing is reported by the constructor: on a file that could not be opened, every statement
 /// fails. Messages go to the log under the module name "db".
@@ -44,7 +46,13 @@ class tSqlite3db {
  private:
   bool endTransaction(const char* sql);
 
+  // What SQLite calls when a statement begins, and again and again while it runs: not 0 ends it.
+  static int beginStatement(unsigned event, void* connection, void* statement, void* text);
+  static int breakOff(void* connection);
+
   sqlite3* handle = nullptr;
+  int64_t allowedSteps = 0;
+  int64_t takenSteps = 0;
   bool inTransaction = false;
 };
 

@@ -454,7 +454,7 @@ TEST_F(CatalogueCommands, AMalformedIntegerListEndsTheProgramAfterAllItHasPrinte
   EXPECT_EQ(controller.config(), HeadendConfig());
 }
 
-// ---- catalogues that are made to take memory
+// ---- catalogues that are made to take memory or time
 
 /// SQL that makes "availableSatService" something else than a table of services.
 struct Hostile {
@@ -465,6 +465,10 @@ struct Hostile {
     return out << hostile.name;
   }
 };
+
+constexpr char kEndlessView[] =
+    "CREATE VIEW availableSatService AS WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL "
+    "SELECT i + 1 FROM n) SELECT i service_id, 'x' service_name FROM n WHERE i < 0";
 
 class HostileCatalogue : public testing::TestWithParam<Hostile> {};
 
@@ -480,6 +484,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "SELECT i + 1 FROM n LIMIT 100000) SELECT i service_id, 'x' service_name, NULL, "
                 "NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, "
                 "NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL FROM n"},
+        Hostile{"NoRowsOfAnEndlessView", kEndlessView},
         Hostile{"ALongCell",
                 "CREATE VIEW availableSatService AS SELECT 1 service_id, "
                 "hex(zeroblob(200000000)) service_name"},
@@ -510,6 +515,21 @@ TEST_P(HostileCatalogue, IsOneThatCannotBeReadAndTakesNoMoreThanTheLimit) {
   console.send("findtdt\n");
   EXPECT_EQ(console.readUntil("\n"), "No TDT services found.\n");
   EXPECT_EQ(count(console.finish().err, "Error leyendo datos tabla availableSatService"), 3);
+}
+
+TEST(HostileCatalogueNames, AreLeftOutOfACompletionAndHoldItUpForSomeTimeOnly) {
+  const FakeController controller;
+  CatalogueFile catalogue(kPath);
+  catalogue.execute("DROP TABLE availableSatService");
+  catalogue.execute(kEndlessView);
+  catalogue.insert(kTdt, {{10, "17"}, {11, "Uno"}});
+  Start start;
+  start.terminal = true;
+  start.environment = {{"TERM", "xterm"}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
+  ConsoleProcess console(start);
+  console.readUntil("> ");
+  console.send("adddvb 1\t");
+  EXPECT_NO_THROW(console.readUntil("17  Uno (TDT)"));
 }
 
 /// SQL for `text` written down `times` times.
