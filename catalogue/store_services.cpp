@@ -10,10 +10,10 @@
 
 namespace lineup {
 
-int32_t LineupEditor::storeDVBService(const hub_module::DVBInputServiceConfig& service) {
+int32_t LineupEditor::storeDVBService(hub_module::DVBInputServiceConfig service) {
   auto& services = config.lineupConfig.dvbInputServices;
   const int32_t key = allocateServiceKey(services);
-  services[key] = service;
+  services[key] = std::move(service);  // its lists can be long
   pendingChanges = true;
   return key;
 }
@@ -24,11 +24,7 @@ int32_t LineupEditor::addCatalogueService(int32_t id) {
                                  buildIPService};
   for (const auto build : kBuilders) {
     try {
-      hub_module::DVBInputServiceConfig service = build(id);
-      const int32_t key = storeDVBService({});
-      // Moved, as its lists can be long.
-      config.lineupConfig.dvbInputServices[key] = std::move(service);
-      return key;
+      return storeDVBService(build(id));
     } catch (const std::runtime_error&) {
       continue;
     }

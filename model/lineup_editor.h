@@ -100,8 +100,8 @@ class LineupEditor {
   /// The four above, in this order.
   void findServices(const std::string& name) const;
 
-  /// Stores a copy under the smallest free key of `dvbInputServices` and returns the key.
-  int32_t storeDVBService(const hub_module::DVBInputServiceConfig& service);
+  /// Stores `service` under the smallest free key of `dvbInputServices` and returns the key.
+  int32_t storeDVBService(hub_module::DVBInputServiceConfig service);
 
   /// Stores the service with the catalogue id `id` from the first table that has it (satellite,
   /// terrestrial, cable, IP) and returns its key. Raises std::runtime_error "Service not found"; a

@@ -517,19 +517,40 @@ TEST_P(HostileCatalogue, IsOneThatCannotBeReadAndTakesNoMoreThanTheLimit) {
   EXPECT_EQ(count(console.finish().err, "Error leyendo datos tabla availableSatService"), 3);
 }
 
-TEST(HostileCatalogueNames, AreLeftOutOfACompletionAndHoldItUpForSomeTimeOnly) {
+/// A console on a terminal, with the view in the place of the satellite services.
+class HostileCatalogueNames : public testing::Test {
+ protected:
+  ConsoleProcess start(const char* view) {
+    catalogue.execute("DROP TABLE availableSatService");
+    catalogue.execute(view);
+    Start start;
+    start.terminal = true;
+    start.environment = {{"TERM", "xterm"}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
+    return ConsoleProcess(start);
+  }
+
   const FakeController controller;
-  CatalogueFile catalogue(kPath);
-  catalogue.execute("DROP TABLE availableSatService");
-  catalogue.execute(kEndlessView);
+  CatalogueFile catalogue{kPath};
+};
+
+TEST_F(HostileCatalogueNames, AreLeftOutOfACompletionAndHoldItUpForSomeTimeOnly) {
   catalogue.insert(kTdt, {{10, "17"}, {11, "Uno"}});
-  Start start;
-  start.terminal = true;
-  start.environment = {{"TERM", "xterm"}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
-  ConsoleProcess console(start);
+  ConsoleProcess console = start(kEndlessView);
   console.readUntil("> ");
   console.send("adddvb 1\t");
   EXPECT_NO_THROW(console.readUntil("17  Uno (TDT)"));
+}
+
+TEST_F(HostileCatalogueNames, WithoutEndAreTakenUpToTheLimit) {
+  ConsoleProcess console = start(
+      "CREATE VIEW availableSatService AS WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL "
+      "SELECT i + 1 FROM n) SELECT i service_id, 'x' service_name FROM n");
+  console.readUntil("> ");
+  const std::string process = std::to_string(console.pid());
+  const int64_t before = memoryFigure("VmHWM:", process);
+  console.send("adddvb 300000\t");
+  EXPECT_NO_THROW(console.readUntil("300000  x (SAT)"));
+  EXPECT_LT(memoryFigure("VmHWM:", process) - before, kLimit);
 }
 
 /// SQL for `text` written down `times` times.
