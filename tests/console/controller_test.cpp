@@ -182,7 +182,7 @@ TEST_F(ConsoleAndController, NoMegabyteOfAReplyTakesMoreThanTheLimit) {
     mixture += number(key) + '\0';
   }
   mixture +=
-      std::string("\x0c\0\x01\x0f\0\x03\x0b", 7) + number(160000) + std::string(4 * 160000, '\0');
+      std::string("\x0c\0\x01\x0f\0\x03\x0b", 7) + number(160000) + std::string(640000, '\0');
   const std::string entries =
       std::string("\x0c\0\x01\x0f\0\x05\x0c\0\x0f\0\0", 11) + std::string(0xf0000, '\0');
   const std::string claim =
