@@ -48,7 +48,10 @@ bool started = false;
 
 void shareCount(const char* path) {
   const int file = open(path, O_RDWR | O_CREAT | O_TRUNC, 0600);
-  if (file >= 0 && ftruncate(file, sizeof(long)) == 0) {
+  if (file < 0) {
+    return;
+  }
+  if (ftruncate(file, sizeof(long)) == 0) {
     void* const shared = mmap(nullptr, sizeof(long), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     calls = shared == MAP_FAILED ? calls : static_cast<long*>(shared);
   }
