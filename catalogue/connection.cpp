@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <ctime>
 #include <limits>
 
 #include "catalogue/sqlite_memory.h"
@@ -60,7 +61,19 @@ int64_t stepsFor(int64_t fileSize) {
   return kStepsOfAByte * std::max<int64_t>(fileSize, 1'000'000);
 }
 
-constexpr int kStepsBetweenLooks = 100'000;  // some milliseconds
+/// How long these steps may take: one that calls a function can be as costly as thousands.
+std::chrono::seconds timeFor(int64_t fileSize) {
+  constexpr int64_t kBytesOfASecond = 1'000'000;
+  return std::chrono::seconds(std::max<int64_t>(fileSize / kBytesOfASecond, 10));
+}
+
+std::chrono::nanoseconds processorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+constexpr int kStepsBetweenLooks = 10'000;  // less than a millisecond
 
 /// Whether a signal has been caught; whoever runs the statement ends the program.
 bool isSignalled() {
@@ -77,6 +90,7 @@ bool isSignalled() {
 tSqlite3db::tSqlite3db(const std::string& fileName) {
   const int64_t fileSize = sizeOf(fileName);
   allowedSteps = stepsFor(fileSize);
+  allowedTime = timeFor(fileSize);
   limitSqliteMemory(memoryFor(fileSize));
   // For writing, because only so SQLite can take back what a dead writer left half done; what
   // follows keeps everything else out. A missing file is not created.
@@ -104,14 +118,18 @@ tSqlite3db::~tSqlite3db() {
 
 int tSqlite3db::beginStatement(unsigned /*unused*/, void* connection, void* /*unused*/,
                                void* /*unused*/) {
-  static_cast<tSqlite3db*>(connection)->takenSteps = 0;
+  auto& db = *static_cast<tSqlite3db*>(connection);
+  db.takenSteps = 0;
+  db.timeAtBegin = processorTime();
   return 0;
 }
 
 int tSqlite3db::breakOff(void* connection) {
   auto& db = *static_cast<tSqlite3db*>(connection);
   db.takenSteps += kStepsBetweenLooks;
-  return static_cast<int>(db.takenSteps > db.allowedSteps || isSignalled());
+  const bool tooMuch =
+      db.takenSteps > db.allowedSteps || processorTime() - db.timeAtBegin > db.allowedTime;
+  return static_cast<int>(tooMuch || isSignalled());
 }
 
 bool tSqlite3db::exec(const std::string& sql) {

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -14,9 +15,10 @@ namespace korveldb {
 /// stays SQLite's own business is to bring a database back to its last commit when its writer died.
 ///
 /// A statement that runs when a signal is to end the program is broken off and fails. So is one for
-/// which SQLite would need more than 20 MiB, or 20 times the file if that is more, and one with a
-/// cell of more than a million bytes that is longer than the file, and one that takes more than a
-/// hundred million steps of SQLite's virtual machine, or 100 for each byte of the file.
+/// which SQLite would need more than 20 MiB, or 20 times the file if that is more; one with a cell
+/// of more than a million bytes that is longer than the file; one that takes more than a hundred
+/// million steps of SQLite's virtual machine, or 100 for each byte of the file; and one that takes
+/// more than ten seconds of processor time, or one for each megabyte of the file.
 ///
 /// Nothing is reported by the constructor: on a file that could not be opened, every statement
 /// fails. Messages go to the log under the module name "db".
@@ -53,6 +55,8 @@ class tSqlite3db {
   sqlite3* handle = nullptr;
   int64_t allowedSteps = 0;
   int64_t takenSteps = 0;
+  std::chrono::seconds allowedTime{};
+  std::chrono::nanoseconds timeAtBegin{};
   bool inTransaction = false;
 };
 
