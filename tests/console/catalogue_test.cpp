@@ -523,7 +523,8 @@ TEST_P(HostileCatalogue, IsOneThatCannotBeReadAndTakesNoMoreThanTheLimit) {
   EXPECT_EQ(count(console.finish().err, "Error leyendo datos tabla availableSatService"), 3);
 }
 
-/// A console on a terminal, with the view in the place of the satellite services.
+/// A console on a terminal, with the view in the place of the satellite services and one
+/// terrestrial service.
 class HostileCatalogueNames : public testing::Test {
  protected:
   ConsoleProcess start(const char* view) {

@@ -103,7 +103,25 @@ class Ending : public testing::Test {
   FakeController controller;
 };
 
-class EndingBySignal : public Ending, public testing::WithParamInterface<std::tuple<int, bool>> {};
+class EndingBySignal : public Ending, public testing::WithParamInterface<std::tuple<int, bool>> {
+ protected:
+  /// Has the signal arrive while an edit is being committed; the rest of the answer then comes, or
+  /// does not. Expects the end by the signal.
+  Outcome signalDuringCommit(bool goesOn) {
+    const auto [signal, terminal] = GetParam();
+    ConsoleProcess console(start(terminal));
+    edit(console);
+    controller.answerNext(stalled(goesOn));
+    console.send("commit\n");
+    controller.waitForCalls(2);
+    console.signal(signal);
+    console.waitUntilHeldBack(signal);
+    controller.release();
+    Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.signal, signal);
+    return outcome;
+  }
+};
 
 TEST_P(EndingBySignal, AtThePromptPendingEditsAreRescued) {
   const auto [signal, terminal] = GetParam();
@@ -127,37 +145,17 @@ TEST_P(EndingBySignal, WithNothingPendingNothingIsWritten) {
 }
 
 TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
-  const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
-  edit(console);
-  controller.answerNext(stalled(true));
-  console.send("commit\n");
-  controller.waitForCalls(2);
-  console.signal(signal);
-  console.waitUntilHeldBack(signal);
-  controller.release();
-  const Outcome outcome = console.finish();
-  EXPECT_EQ(outcome.signal, signal);
+  const Outcome outcome = signalDuringCommit(true);
   EXPECT_EQ(outcome.out.find("ERROR"), std::string::npos) << outcome.out;
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
   EXPECT_TRUE(rescueFiles().empty()) << "the edits were committed";
 }
 
 TEST_P(EndingBySignal, EditsThatARemoteCallUnderWayFailedToCommitAreRescued) {
-  const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
-  edit(console);
-  controller.answerNext(stalled(false));
-  console.send("commit\n");
-  controller.waitForCalls(2);
-  console.signal(signal);
-  console.waitUntilHeldBack(signal);
-  controller.release();
-  const Outcome outcome = console.finish();
-  EXPECT_EQ(outcome.signal, signal);
+  const Outcome outcome = signalDuringCommit(false);
   EXPECT_NE(outcome.out.find("ERROR: Could not set LineupConfig to ControllerTask"),
             std::string::npos);
-  expectRescued(outcome, terminal);
+  expectRescued(outcome, std::get<1>(GetParam()));
 }
 
 TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
