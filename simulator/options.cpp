@@ -1,8 +1,10 @@
 #include "simulator/options.h"
 
+#include <fcntl.h>
 #include <getopt.h>
 
 #include <charconv>
+#include <climits>
 #include <cstring>
 #include <stdexcept>
 
@@ -25,6 +27,8 @@ configuration across restarts and writes a service catalogue of invented service
   --without-input NAME   leave an RF input (TDT1, TDT2, SAT1 to SAT8) out of the
                          status; may be given more than once
   --not-ready SECONDS    refuse every call for the first SECONDS
+  --ready-fd N           write the port and a newline to the open file descriptor N
+                         once it serves, and close it
   --help                 print this text and exit
   --version              print the version and exit
 
@@ -34,7 +38,18 @@ call. SIGTERM or SIGINT ends it.
 
 namespace {
 
-enum Option { PORT, STATE, CATALOGUE, NO_CATALOGUE, REPLACE, WITHOUT, NOT_READY, HELP, VERSION };
+enum Option {
+  PORT,
+  STATE,
+  CATALOGUE,
+  NO_CATALOGUE,
+  REPLACE,
+  WITHOUT,
+  NOT_READY,
+  READY_FD,
+  HELP,
+  VERSION
+};
 
 const option kOptions[] = {{"port", required_argument, nullptr, PORT},
                            {"state", required_argument, nullptr, STATE},
@@ -43,6 +58,7 @@ const option kOptions[] = {{"port", required_argument, nullptr, PORT},
                            {"replace-catalogue", no_argument, nullptr, REPLACE},
                            {"without-input", required_argument, nullptr, WITHOUT},
                            {"not-ready", required_argument, nullptr, NOT_READY},
+                           {"ready-fd", required_argument, nullptr, READY_FD},
                            {"help", no_argument, nullptr, HELP},
                            {"version", no_argument, nullptr, VERSION},
                            {nullptr, 0, nullptr, 0}};
@@ -56,6 +72,14 @@ int numberUpTo(int most, const std::string& option, const std::string& text) {
                                 ", not '" + text + "'");
   }
   return value;
+}
+
+int openDescriptor(const std::string& option, const std::string& text) {
+  const int descriptor = numberUpTo(INT_MAX, option, text);
+  if (fcntl(descriptor, F_GETFD) < 0) {
+    throw std::invalid_argument(option + " needs an open file descriptor, not '" + text + "'");
+  }
+  return descriptor;
 }
 
 std::string path(const std::string& option, const std::string& text) {
@@ -97,6 +121,9 @@ void apply(int option, Options& options) {
       break;
     case NOT_READY:
       options.startupTime = std::chrono::seconds(numberUpTo(86400, "--not-ready", argument));
+      break;
+    case READY_FD:
+      options.readyDescriptor = openDescriptor("--ready-fd", argument);
       break;
     case HELP:
       options.help = true;

@@ -18,6 +18,7 @@ struct Options {
   bool replaceCatalogue = false;
   std::set<korvel::thrift::general::RFInputId::type> absentInputs;
   std::chrono::seconds startupTime{0};
+  int readyDescriptor = -1;  ///< -1 for none
   bool help = false;
   bool version = false;
 };

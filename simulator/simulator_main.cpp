@@ -2,11 +2,15 @@
 
 #include <signal.h>
 #include <thrift/Thrift.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <system_error>
 
 #include "simulator/catalogue.h"
 #include "simulator/headend_service.h"
@@ -32,6 +36,16 @@ void prepareSignals() {
   signal(SIGPIPE, SIG_IGN);
 }
 
+/// Tells the process at the other end of `descriptor` that `port` is served. It may have gone: that
+/// is no reason to end.
+void announce(int descriptor, int port) {
+  const std::string line = std::to_string(port) + "\n";
+  if (write(descriptor, line.data(), line.size()) < 0) {
+    complain(("--ready-fd: " + std::generic_category().message(errno)).c_str());
+  }
+  close(descriptor);
+}
+
 /// Serves until told to end.
 void run(const Options& options) {
   prepareSignals();
@@ -42,6 +56,7 @@ void run(const Options& options) {
   const auto service =
       std::make_shared<HeadendService>(store, options.absentInputs, options.startupTime);
   std::cout << "headend-simulator: ready on 127.0.0.1:" << server.port() << std::endl;
+  if (options.readyDescriptor >= 0) announce(options.readyDescriptor, server.port());
   if (!server.serveUntilSignal(service)) throw std::runtime_error("the port broke");
 }
 

@@ -100,7 +100,7 @@ class Completion(unittest.TestCase):
 
     def test_simulator_options(self):
         self.check("headend-simulator ", "--catalogue", "--help", "--no-catalogue", "--not-ready",
-                   "--port", "--replace-catalogue", "--state", "--version", "--without-input")
+                   "--port", "--ready-fd", "--replace-catalogue", "--state", "--version", "--without-input")
 
     def test_simulator_files(self):
         self.check("headend-simulator --state li", "--state", "lineup.json")

@@ -82,7 +82,7 @@ TEST(SimulatorOptions, HelpNamesEveryOption) {
   EXPECT_EQ(outcome.out.rfind("Usage: headend-simulator [OPTION]...\n", 0), 0U);
   for (const char* option :
        {"--port N", "--state FILE", "--catalogue FILE", "--no-catalogue", "--replace-catalogue",
-        "--without-input NAME", "--not-ready SECONDS", "--help", "--version"}) {
+        "--without-input NAME", "--not-ready SECONDS", "--ready-fd N", "--help", "--version"}) {
     EXPECT_NE(outcome.out.find(std::string("\n  ") + option + " "), std::string::npos) << option;
   }
 }
@@ -113,6 +113,10 @@ TEST(SimulatorOptions, NumberOutOfRangeIsRefused) {
   expectUsageError({"--port", "-1"}, "--port needs a number from 0 to 65535, not '-1'");
   expectUsageError({"--port", "91x"}, "--port needs a number from 0 to 65535, not '91x'");
   expectUsageError({"--not-ready", ""}, "--not-ready needs a number from 0 to 86400, not ''");
+}
+
+TEST(SimulatorOptions, DescriptorThatIsNotOpenIsRefused) {
+  expectUsageError({"--ready-fd", "77"}, "--ready-fd needs an open file descriptor, not '77'");
 }
 
 TEST(SimulatorOptions, EmptyPathIsRefused) {
@@ -154,6 +158,34 @@ TEST(SimulatorPort, IsFreeAtOnceAfterAnEndWithOpenConnections) {
   const SimulatorProcess second(folder, {}, first.port());
   EXPECT_EQ(second.port(), first.port());
   EXPECT_EQ(headendName(second), "Simulated headend");
+}
+
+// ---- readiness
+
+TEST(SimulatorReadiness, IsWrittenToADescriptorWhichIsClosedThen) {
+  const TemporaryFolder folder;
+  Start start;
+  start.program = "sh";
+  start.folder = folder.path();
+  // The substitution ends when nobody has the pipe open any more.
+  start.arguments = {"-c",
+                     "port=$(\"$1\" --port 0 --state state --no-catalogue --ready-fd 3 3>&1 >log & "
+                     "echo $! >pid); cat log; echo \"$port\"; kill $(cat pid)",
+                     "sh", kSimulatorProgram};
+  const Outcome outcome = run(start);
+  const std::string ready = "headend-simulator: ready on 127.0.0.1:";
+  ASSERT_EQ(outcome.out.substr(0, ready.size()), ready);
+  const std::string port = outcome.out.substr(ready.size(), outcome.out.find('\n') - ready.size());
+  EXPECT_EQ(outcome.out, ready + port + "\n" + port + "\n");
+}
+
+TEST(SimulatorReadiness, DescriptorIsClosedWithoutALineWhenTheStartFails) {
+  Start start;
+  start.program = "sh";
+  start.arguments = {"-c",
+                     "\"$1\" --port 0 --state /dev/null --ready-fd 3 3>&1 >/dev/null 2>&1 | wc -c",
+                     "sh", kSimulatorProgram};
+  EXPECT_EQ(run(start).out, "0\n");
 }
 
 // ---- signals
