@@ -64,7 +64,7 @@ DVBInputServiceConfig buildService(const ServiceTable& table, int32_t id) {
   }
   const Row& row = found->rows.front();
 
-  DVBInputService& service = result.inputService;
+  DVBInputService& service = result.service;
   service.sid = row.asInt(table.sid);
   service.name = row.asText(table.name);
   service.catalogueFlag = row.asInt(table.flag) != 0;

@@ -10,7 +10,7 @@ set_target_properties(Thrift::thrift PROPERTIES
   IMPORTED_LOCATION "${THRIFT_LIBRARY}"
   INTERFACE_INCLUDE_DIRECTORIES "${THRIFT_INCLUDE_DIR}")
 
-# add_thrift_library(TARGET DEFINITIONS file.thrift... SERVICES Name...)
+# add_thrift_library(TARGET DEFINITIONS file.thrift... [SERVICES Name...] [RENAME member name])
 #
 # A static library of the C++ code generated from DEFINITIONS (each names its own namespace and its
 # types; the one with SERVICES may include the others). Its headers are system headers to whoever
@@ -18,10 +18,11 @@ set_target_properties(Thrift::thrift PROPERTIES
 #
 # Enumerations are generated without a type, and a value that none of them names would then be undefined
 # behaviour. They get the type that they have on the wire, so that whatever another sent is carried on.
+# RENAME gives a member, in code and in printed text, a name that the definition language reserves.
 # The records' printTo() is generated virtual, though nothing derives from them, and so would be linked
 # into every program; as it is, it is linked where something is printed.
 function(add_thrift_library target)
-  cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES;RENAME" ${ARGN})
   set(directory "${CMAKE_CURRENT_BINARY_DIR}/generated")
   file(MAKE_DIRECTORY "${directory}")
   set(sources)
@@ -43,6 +44,11 @@ function(add_thrift_library target)
   list(APPEND commands COMMAND sed -i
        -e "s/^  enum type {/  enum type : int32_t {/" -e "s/^  virtual void printTo(/  void printTo(/"
        ${headers})
+  if(ARG_RENAME)
+    list(GET ARG_RENAME 0 member)
+    list(GET ARG_RENAME 1 name)
+    list(APPEND commands COMMAND sed -i -E "s/\\b(__set_)?${member}\\b/\\1${name}/g" ${sources} ${headers})
+  endif()
   add_custom_command(OUTPUT ${sources} ${headers} ${commands}
     DEPENDS ${ARG_DEFINITIONS} COMMENT "Generating ${target} from its interface definition" VERBATIM)
   add_library(${target} STATIC ${sources})

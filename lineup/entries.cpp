@@ -26,7 +26,7 @@ std::string serviceName(const hub_module::LineupConfig& lineup, int32_t key,
   switch (kind) {
     case LineupEntryKind::DVB:
       if (const auto* dvb = find(lineup.dvbInputServices, key)) {
-        return dvb->inputService.name;
+        return dvb->service.name;
       }
       break;
     case LineupEntryKind::ENC:
@@ -51,7 +51,7 @@ hub_module::LineupRFEntryConfig* firstReservedSlot(LineupEditor& editor, int32_t
   const auto& reservations = editor.config.lineupConfig.emptyInputServices;
   if (serviceType != 0 &&
       std::none_of(reservations.begin(), reservations.end(), [serviceType](const auto& reserved) {
-        return reserved.second.inputService.serviceType == serviceType;
+        return reserved.second.service.serviceType == serviceType;
       })) {
     return nullptr;
   }
@@ -86,7 +86,7 @@ int32_t LineupEditor::addEncService(const hub_module::ENCInputServiceConfig& enc
 int32_t LineupEditor::addEmptyService(int32_t serviceType) {
   auto& services = config.lineupConfig.emptyInputServices;
   const int32_t key = allocateServiceKey(services);
-  services[key].inputService.serviceType = serviceType;
+  services[key].service.serviceType = serviceType;
   pendingChanges = true;
   return key;
 }
@@ -95,13 +95,13 @@ int32_t LineupEditor::entryServiceType(int32_t key, LineupEntryKind::type kind) 
   switch (kind) {
     case LineupEntryKind::DVB: {
       const auto* dvb = find(config.lineupConfig.dvbInputServices, key);
-      return dvb == nullptr ? 0 : dvb->inputService.serviceType;
+      return dvb == nullptr ? 0 : dvb->service.serviceType;
     }
     case LineupEntryKind::ENC:
       return 1;
     case LineupEntryKind::EMPTY: {
       const auto* empty = find(config.lineupConfig.emptyInputServices, key);
-      return empty == nullptr ? 0 : empty->inputService.serviceType;
+      return empty == nullptr ? 0 : empty->service.serviceType;
     }
   }
   return 0;

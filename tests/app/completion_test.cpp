@@ -162,7 +162,7 @@ TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
   EXPECT_EQ(servicesFor("adddvb "), Words({"7:First (SAT)"}));
   lineup::LineupEditor editor;
   editor.addCatalogueService(7);
-  EXPECT_EQ(editor.config.lineupConfig.dvbInputServices[1].inputService.name, "First");
+  EXPECT_EQ(editor.config.lineupConfig.dvbInputServices[1].service.name, "First");
 }
 
 TEST_F(ServiceCompletion, LeavesOutWhatCannotBeAdded) {

@@ -142,13 +142,13 @@ TEST_F(FindServices, NothingOfTheConfigurationChanges) {
 TEST_F(BuildService, FromASatelliteRow) {
   file.insert(kSat, kSatRow);
   DVBInputServiceConfig expected;
-  expected.inputService.sid = 4101;
-  expected.inputService.name = "Channel One";
-  expected.inputService.catalogueFlag = true;
-  expected.inputService.inputType = 2;
-  expected.inputService.serviceType = 25;
-  expected.inputService.intItems = {101, 102, 103};
-  expected.inputService.lItems = {"a", "b"};
+  expected.service.sid = 4101;
+  expected.service.name = "Channel One";
+  expected.service.catalogueFlag = true;
+  expected.service.inputType = 2;
+  expected.service.serviceType = 25;
+  expected.service.intItems = {101, 102, 103};
+  expected.service.lItems = {"a", "b"};
   hub_module::LineupSATMux mux;
   mux.frequency = 11778;
   mux.satParam2 = 120;
@@ -157,7 +157,7 @@ TEST_F(BuildService, FromASatelliteRow) {
   mux.satParam5 = 4;
   mux.satParam6 = 1;
   mux.satParam7 = 26;
-  expected.inputService.__set_lineupSATMux(mux);
+  expected.service.__set_lineupSATMux(mux);
   expected.configFlag = true;
   EXPECT_EQ(buildSatService(1017), expected);
 }
@@ -165,18 +165,18 @@ TEST_F(BuildService, FromASatelliteRow) {
 TEST_F(BuildService, FromATerrestrialRow) {
   file.insert(kTdt, kTdtRow);
   DVBInputServiceConfig expected;
-  expected.inputService.sid = 101;
-  expected.inputService.name = "Télé Uno";
-  expected.inputService.inputType = 1;
-  expected.inputService.serviceType = 1;
-  expected.inputService.intItems = {1, -2};
-  expected.inputService.lItems = {"spa", "", "eng"};
+  expected.service.sid = 101;
+  expected.service.name = "Télé Uno";
+  expected.service.inputType = 1;
+  expected.service.serviceType = 1;
+  expected.service.intItems = {1, -2};
+  expected.service.lItems = {"spa", "", "eng"};
   hub_module::LineupTDTMux mux;
   mux.frequency = 490000;
   mux.tdtParam2 = 8;
   mux.tdtParam3 = 2;
   mux.tdtParam4 = 1;
-  expected.inputService.__set_lineupTDTMux(mux);
+  expected.service.__set_lineupTDTMux(mux);
   expected.configFlag = false;
   EXPECT_EQ(buildTdtService(17), expected);
 }
@@ -184,16 +184,16 @@ TEST_F(BuildService, FromATerrestrialRow) {
 TEST_F(BuildService, FromACableRow) {
   file.insert(kCable, kCableRow);
   DVBInputServiceConfig expected;
-  expected.inputService.sid = 201;
-  expected.inputService.name = "Kabel Eins";
-  expected.inputService.catalogueFlag = true;
-  expected.inputService.inputType = 3;
-  expected.inputService.serviceType = 2;
+  expected.service.sid = 201;
+  expected.service.name = "Kabel Eins";
+  expected.service.catalogueFlag = true;
+  expected.service.inputType = 3;
+  expected.service.serviceType = 2;
   hub_module::LineupCableMux mux;
   mux.frequency = 306000;
   mux.cableParam2 = 6875;
   mux.cableParam3 = 64;
-  expected.inputService.__set_lineupCableMux(mux);
+  expected.service.__set_lineupCableMux(mux);
   expected.configFlag = true;
   EXPECT_EQ(buildCableService(18), expected);
 }
@@ -201,14 +201,14 @@ TEST_F(BuildService, FromACableRow) {
 TEST_F(BuildService, FromAnIPRow) {
   file.insert(kIP, kIPRow);
   DVBInputServiceConfig expected;
-  expected.inputService.sid = 301;
-  expected.inputService.name = "IP Uno";
-  expected.inputService.catalogueFlag = true;
-  expected.inputService.inputType = 4;
-  expected.inputService.serviceType = 1;
-  expected.inputService.intItems = {9};
-  expected.inputService.lItems = {"x"};
-  expected.inputService.__set_ipMuxUUID("0f1e2d3c-0000-4000-8000-000000000001");
+  expected.service.sid = 301;
+  expected.service.name = "IP Uno";
+  expected.service.catalogueFlag = true;
+  expected.service.inputType = 4;
+  expected.service.serviceType = 1;
+  expected.service.intItems = {9};
+  expected.service.lItems = {"x"};
+  expected.service.__set_ipMuxUUID("0f1e2d3c-0000-4000-8000-000000000001");
   expected.configFlag = true;
   EXPECT_EQ(buildIPService(19), expected);
 }
@@ -217,19 +217,19 @@ TEST_F(BuildService, NullCellsBecomeZeroWhateverTheDefault) {
   file.insert(kSat, {{15, "1"}});
   file.insert(kTdt, {{10, "1"}});
   const DVBInputServiceConfig sat = buildSatService(1);
-  EXPECT_EQ(sat.inputService.lineupSATMux.satParam5, 0);
-  EXPECT_EQ(sat.inputService.lineupSATMux.satParam7, 0);
-  EXPECT_EQ(sat.inputService.name, "");
-  EXPECT_TRUE(sat.inputService.intItems.empty());
-  EXPECT_TRUE(sat.inputService.lItems.empty());
+  EXPECT_EQ(sat.service.lineupSATMux.satParam5, 0);
+  EXPECT_EQ(sat.service.lineupSATMux.satParam7, 0);
+  EXPECT_EQ(sat.service.name, "");
+  EXPECT_TRUE(sat.service.intItems.empty());
+  EXPECT_TRUE(sat.service.lItems.empty());
   EXPECT_FALSE(sat.configFlag);
-  EXPECT_EQ(buildTdtService(1).inputService.lineupTDTMux.tdtParam4, 0);
+  EXPECT_EQ(buildTdtService(1).service.lineupTDTMux.tdtParam4, 0);
 }
 
 TEST_F(BuildService, MarksOnlyTheMuxOfItsKind) {
   insertOneOfEach();
   const auto marked = [](const DVBInputServiceConfig& config) {
-    const auto& isset = config.inputService.__isset;
+    const auto& isset = config.service.__isset;
     return std::string(isset.lineupSATMux ? "S" : "") + (isset.lineupTDTMux ? "T" : "") +
            (isset.lineupCableMux ? "C" : "") + (isset.ipMuxUUID ? "I" : "");
   };
@@ -242,7 +242,7 @@ TEST_F(BuildService, MarksOnlyTheMuxOfItsKind) {
 TEST_F(BuildService, TakesTheFirstOfSeveralRows) {
   file.insert(kSat, with(kSatRow, {{16, "First"}}));
   file.insert(kSat, with(kSatRow, {{16, "Second"}, {24, "malformed"}}));
-  EXPECT_EQ(buildSatService(1017).inputService.name, "First");
+  EXPECT_EQ(buildSatService(1017).service.name, "First");
 }
 
 TEST_F(BuildService, WithoutARowFails) {
@@ -274,16 +274,16 @@ TEST_F(StoreDVBService, TakesTheSmallestFreeKey) {
   EXPECT_EQ(editor.storeDVBService({}), 1);
   EXPECT_EQ(editor.storeDVBService({}), 2);
   auto& services = editor.config.lineupConfig.dvbInputServices;
-  services[4].inputService.name = "four";
+  services[4].service.name = "four";
   EXPECT_EQ(editor.storeDVBService({}), 3);
   EXPECT_EQ(editor.storeDVBService({}), 5);
-  EXPECT_EQ(services[4].inputService.name, "four");
+  EXPECT_EQ(services[4].service.name, "four");
 }
 
 TEST_F(StoreDVBService, StoresACopyAndMarksTheChange) {
   DVBInputServiceConfig service;
-  service.inputService.name = "Channel One";
-  service.inputService.__set_ipMuxUUID("uuid");
+  service.service.name = "Channel One";
+  service.service.__set_ipMuxUUID("uuid");
   editor.storeDVBService(service);
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.config.lineupConfig.dvbInputServices.at(1), service);
@@ -291,7 +291,7 @@ TEST_F(StoreDVBService, StoresACopyAndMarksTheChange) {
 
 TEST_F(StoreDVBService, LeavesTheOtherServicesAlone) {
   editor.config.lineupConfig.encInputServices[1].label = "encoder";
-  editor.config.lineupConfig.emptyInputServices[1].inputService.serviceType = 2;
+  editor.config.lineupConfig.emptyInputServices[1].service.serviceType = 2;
   EXPECT_EQ(editor.storeDVBService({}), 1);
   EXPECT_EQ(editor.config.lineupConfig.encInputServices.size(), 1U);
   EXPECT_EQ(editor.config.lineupConfig.emptyInputServices.size(), 1U);
@@ -308,12 +308,12 @@ TEST_F(AddCatalogueService, TheFirstTableThatHasTheIdWins) {
   EXPECT_EQ(editor.addCatalogueService(5), 4);
 
   const auto& services = editor.config.lineupConfig.dvbInputServices;
-  EXPECT_EQ(services.at(1).inputService.inputType, 4);
-  EXPECT_EQ(services.at(1).inputService.ipMuxUUID, "0f1e2d3c-0000-4000-8000-000000000001");
-  EXPECT_FALSE(services.at(1).inputService.__isset.lineupSATMux);
-  EXPECT_EQ(services.at(2).inputService.inputType, 3);
-  EXPECT_EQ(services.at(3).inputService.inputType, 1);
-  EXPECT_EQ(services.at(4).inputService.inputType, 2);
+  EXPECT_EQ(services.at(1).service.inputType, 4);
+  EXPECT_EQ(services.at(1).service.ipMuxUUID, "0f1e2d3c-0000-4000-8000-000000000001");
+  EXPECT_FALSE(services.at(1).service.__isset.lineupSATMux);
+  EXPECT_EQ(services.at(2).service.inputType, 3);
+  EXPECT_EQ(services.at(3).service.inputType, 1);
+  EXPECT_EQ(services.at(4).service.inputType, 2);
   EXPECT_TRUE(editor.pendingChanges);
 }
 

@@ -312,24 +312,24 @@ TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
       auto& entry = lineup.ipEntries.emplace_back();
       entry.serviceKey = key;
       entry.serviceKind = LineupEntryKind::DVB;
-      entry.name = service.inputService.name;
+      entry.name = service.service.name;
     }
     if (rf) {
       auto& entry = lineup.rfEntries.emplace_back();
       entry.serviceKey = key;
       entry.serviceKind = LineupEntryKind::DVB;
-      entry.name = service.inputService.name;
+      entry.name = service.service.name;
     }
   };
 
   DVBInputServiceConfig sat;
-  sat.inputService.sid = 4101;
-  sat.inputService.name = "Channel One";
-  sat.inputService.catalogueFlag = true;
-  sat.inputService.inputType = 2;
-  sat.inputService.serviceType = 25;
-  sat.inputService.intItems = {101, 102};
-  sat.inputService.lItems = {"a", "b"};
+  sat.service.sid = 4101;
+  sat.service.name = "Channel One";
+  sat.service.catalogueFlag = true;
+  sat.service.inputType = 2;
+  sat.service.serviceType = 25;
+  sat.service.intItems = {101, 102};
+  sat.service.lItems = {"a", "b"};
   korvel::thrift::hub_module::LineupSATMux satMux;
   satMux.frequency = 11778;
   satMux.satParam2 = 120;
@@ -338,47 +338,47 @@ TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
   satMux.satParam5 = 4;
   satMux.satParam6 = 1;
   satMux.satParam7 = 26;
-  sat.inputService.__set_lineupSATMux(satMux);
+  sat.service.__set_lineupSATMux(satMux);
   add(1, sat, true, true);
 
   DVBInputServiceConfig tdt;
-  tdt.inputService.sid = 101;
-  tdt.inputService.name = "Télé Uno";
-  tdt.inputService.inputType = 1;
-  tdt.inputService.serviceType = 1;
-  tdt.inputService.intItems = {1, -2};
-  tdt.inputService.lItems = {"spa", "eng"};
+  tdt.service.sid = 101;
+  tdt.service.name = "Télé Uno";
+  tdt.service.inputType = 1;
+  tdt.service.serviceType = 1;
+  tdt.service.intItems = {1, -2};
+  tdt.service.lItems = {"spa", "eng"};
   tdt.configFlag = false;
   korvel::thrift::hub_module::LineupTDTMux tdtMux;
   tdtMux.frequency = 490000;
   tdtMux.tdtParam2 = 8;
   tdtMux.tdtParam3 = 2;
   tdtMux.tdtParam4 = 1;
-  tdt.inputService.__set_lineupTDTMux(tdtMux);
+  tdt.service.__set_lineupTDTMux(tdtMux);
   add(2, tdt, true, false);
 
   DVBInputServiceConfig cable;
-  cable.inputService.sid = 201;
-  cable.inputService.name = "Kabel Eins";
-  cable.inputService.inputType = 3;
-  cable.inputService.serviceType = 2;
+  cable.service.sid = 201;
+  cable.service.name = "Kabel Eins";
+  cable.service.inputType = 3;
+  cable.service.serviceType = 2;
   cable.configFlag = false;
   korvel::thrift::hub_module::LineupCableMux cableMux;
   cableMux.frequency = 306000;
   cableMux.cableParam2 = 6875;
   cableMux.cableParam3 = 64;
-  cable.inputService.__set_lineupCableMux(cableMux);
+  cable.service.__set_lineupCableMux(cableMux);
   add(3, cable, false, true);
 
   DVBInputServiceConfig ip;
-  ip.inputService.sid = 301;
-  ip.inputService.name = "IP Uno";
-  ip.inputService.catalogueFlag = true;
-  ip.inputService.inputType = 4;
-  ip.inputService.serviceType = 1;
-  ip.inputService.intItems = {9};
-  ip.inputService.lItems = {"x"};
-  ip.inputService.__set_ipMuxUUID(kMuxUuid);
+  ip.service.sid = 301;
+  ip.service.name = "IP Uno";
+  ip.service.catalogueFlag = true;
+  ip.service.inputType = 4;
+  ip.service.serviceType = 1;
+  ip.service.intItems = {9};
+  ip.service.lItems = {"x"};
+  ip.service.__set_ipMuxUUID(kMuxUuid);
   add(4, ip, true, true);
 
   EXPECT_EQ(controller.config(), expected);
@@ -387,14 +387,14 @@ TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
 TEST_F(CatalogueCommands, AddingTakesTheSmallestFreeKey) {
   HeadendConfig config;
   for (const int32_t key : {-3, 0, 1, 2, 4}) {
-    config.lineupConfig.dvbInputServices[key].inputService.name = std::to_string(key);
+    config.lineupConfig.dvbInputServices[key].service.name = std::to_string(key);
   }
   controller.setConfig(config);
   printedBy("rfadddvb 17\nrfadddvb 17\ncommit\n");
   const auto lineup = controller.config().lineupConfig;
   EXPECT_EQ(lineup.dvbInputServices.size(), 7U);
-  EXPECT_EQ(lineup.dvbInputServices.at(3).inputService.name, "Télé Uno");
-  EXPECT_EQ(lineup.dvbInputServices.at(5).inputService.name, "Télé Uno");
+  EXPECT_EQ(lineup.dvbInputServices.at(3).service.name, "Télé Uno");
+  EXPECT_EQ(lineup.dvbInputServices.at(5).service.name, "Télé Uno");
   ASSERT_EQ(lineup.rfEntries.size(), 2U);
   EXPECT_EQ(lineup.rfEntries[0].serviceKey, 3);
   EXPECT_EQ(lineup.rfEntries[1].serviceKey, 5);
@@ -403,7 +403,7 @@ TEST_F(CatalogueCommands, AddingTakesTheSmallestFreeKey) {
 TEST_F(CatalogueCommands, AnIdInSeveralTablesIsTheSatelliteService) {
   file->insert(kSat, {{15, "17"}, {16, "From space"}});
   printedBy("adddvb 17\ncommit\n");
-  const auto service = controller.config().lineupConfig.dvbInputServices.at(1).inputService;
+  const auto service = controller.config().lineupConfig.dvbInputServices.at(1).service;
   EXPECT_EQ(service.name, "From space");
   EXPECT_EQ(service.inputType, 2);
   EXPECT_EQ(service.lineupSATMux.satParam5, 0) << "a NULL cell, where the default is -1";
@@ -416,8 +416,8 @@ TEST_F(CatalogueCommands, AnIdIsReadAsFarAsItIsANumber) {
   printedBy("adddvb abc\nadddvb 17abc\ncommit\n");
   const auto services = controller.config().lineupConfig.dvbInputServices;
   ASSERT_EQ(services.size(), 2U);
-  EXPECT_EQ(services.at(1).inputService.name, "Nought");
-  EXPECT_EQ(services.at(2).inputService.name, "Télé Uno");
+  EXPECT_EQ(services.at(1).service.name, "Nought");
+  EXPECT_EQ(services.at(2).service.name, "Télé Uno");
 }
 
 TEST_F(CatalogueCommands, AddingWithoutAnIdIsRefused) {

@@ -141,7 +141,7 @@ TEST_F(ConsoleAndController, FailedFetchOfTheStatusIsAnErrorLine) {
 TEST_F(ConsoleAndController, FortyMegabytesAreFetchedAndCommitted) {
   HeadendConfig config = randomHeadendConfig(1);
   for (int32_t key = 1; key <= 10000; ++key) {
-    config.lineupConfig.dvbInputServices[key].inputService.name = std::string(4096, 'n');
+    config.lineupConfig.dvbInputServices[key].service.name = std::string(4096, 'n');
   }
   controller_.setConfig(config);
   expectSession({{"id 7", kIdChanged}, {"commit", "", false}});

@@ -127,16 +127,16 @@ TEST_F(LineupCommands, TheSmallestFreeKeyIsTakenFirst) {
       committedAfter({{"rfaddenc 4 0"}, {"rfaddenc 4 1"}, {"rfaddempty 2"}, {"rfaddempty 2"}});
   EXPECT_EQ(committed.lineupConfig.encInputServices.at(2), encService(4, 0));
   EXPECT_EQ(committed.lineupConfig.encInputServices.at(4), encService(4, 1));
-  EXPECT_EQ(committed.lineupConfig.emptyInputServices.at(1).inputService.serviceType, 2);
-  EXPECT_EQ(committed.lineupConfig.emptyInputServices.at(3).inputService.serviceType, 2);
+  EXPECT_EQ(committed.lineupConfig.emptyInputServices.at(1).service.serviceType, 2);
+  EXPECT_EQ(committed.lineupConfig.emptyInputServices.at(3).service.serviceType, 2);
 }
 
 // ---- reserved slots
 
 TEST_F(LineupCommands, RfAddEmptyReservesASlot) {
   HeadendConfig expected;
-  expected.lineupConfig.emptyInputServices[1].inputService.serviceType = 25;
-  expected.lineupConfig.emptyInputServices[2].inputService.serviceType = 0;
+  expected.lineupConfig.emptyInputServices[1].service.serviceType = 25;
+  expected.lineupConfig.emptyInputServices[2].service.serviceType = 0;
   expected.lineupConfig.rfEntries = {rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
                                      rfEntry(2, LineupEntryKind::EMPTY, "EMPTY SLOT")};
   EXPECT_EQ(committedAfter({{"rfaddempty 25"}, {"rfaddempty radio"}}), expected);
@@ -156,7 +156,7 @@ TEST_F(LineupCommands, AnEncoderFillsASlotReservedForTelevision) {
 TEST_F(LineupCommands, AnEncoderPassesOverASlotReservedForAnotherType) {
   HeadendConfig expected;
   expected.lineupConfig.encInputServices[1] = encService(4, 0);
-  expected.lineupConfig.emptyInputServices[1].inputService.serviceType = 2;
+  expected.lineupConfig.emptyInputServices[1].service.serviceType = 2;
   expected.lineupConfig.rfEntries = {rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
                                      rfEntry(1, LineupEntryKind::ENC, "ENC 4/0")};
   EXPECT_EQ(committedAfter({{"rfaddempty 2"}, {"rfaddenc 4 0"}}), expected);
@@ -188,17 +188,17 @@ TEST_F(LineupCommands, ClearOfAnEmptyLineupIsNoChange) {
 
 TEST_F(LineupCommands, ClearLeavesReservationsAndEverythingElse) {
   config.lineupConfig.ipConfig.port = 5000;
-  config.lineupConfig.dvbInputServices[7].inputService.name = "Uno";
+  config.lineupConfig.dvbInputServices[7].service.name = "Uno";
   config.lineupConfig.ipEntries = {ipEntry(7, LineupEntryKind::DVB, "Uno")};
   HeadendConfig expected;
   expected.lineupConfig.ipConfig.port = 5000;
-  expected.lineupConfig.emptyInputServices[1].inputService.serviceType = 1;
+  expected.lineupConfig.emptyInputServices[1].service.serviceType = 1;
   EXPECT_EQ(committedAfter({{"rfaddempty 1"}, {"addenc 4 0"}, {"rfaddempty 1"}, {"clear"}}),
             expected);
 }
 
 TEST_F(LineupCommands, ClearWithOnlyReservationsLeftIsNoChange) {
-  config.lineupConfig.emptyInputServices[1].inputService.serviceType = 1;
+  config.lineupConfig.emptyInputServices[1].service.serviceType = 1;
   EXPECT_EQ(committedAfter({{"clear", "", false}}), config);
 }
 

@@ -216,7 +216,7 @@ TEST_F(ConfigFile, IsReadBackEqual) {
 TEST_F(ConfigFile, OfFortyMegabytesIsReadBackEqual) {
   HeadendConfig config = randomHeadendConfig(1);
   for (int32_t key = 1; key <= 10000; ++key) {
-    config.lineupConfig.dvbInputServices[key].inputService.name = std::string(4096, 'n');
+    config.lineupConfig.dvbInputServices[key].service.name = std::string(4096, 'n');
     config.lineupConfig.rfEntries.emplace_back().serviceKey = key;
   }
   ASSERT_EQ(writeConfigFile(path_, config), 0);

@@ -42,6 +42,15 @@ TEST(Dump, ShowsTheDefaultsOfANewEditor) {
   EXPECT_EQ(text.find("countryCode"), std::string::npos);
 }
 
+TEST(Dump, CallsTheServiceOfAnEntryService) {
+  hub_module::HeadendConfig config;
+  config.lineupConfig.dvbInputServices[1];
+  config.lineupConfig.emptyInputServices[1];
+  const std::string text = configDebugString(config);
+  EXPECT_NE(text.find("01: service (struct) = DVBInputService {"), std::string::npos);
+  EXPECT_NE(text.find("01: service (struct) = EmptyInputService {"), std::string::npos);
+}
+
 TEST(Dump, ShortensLongStringsToTheirFirstSixteenBytes) {
   hub_module::HeadendConfig config;
   config.headendGlobalConfig.headendName = "0123456789abcdef" + std::string(241, 'x');

@@ -584,7 +584,7 @@ TEST_F(HostileReplies, AHundredThousandOfTheShortestRecordsThatAPeerWritesAreTak
 TEST_F(HostileReplies, AHundredThousandReservedSlotsAreTaken) {
   HeadendConfig config;
   for (int32_t key = 1; key <= 100000; ++key) {
-    config.lineupConfig.emptyInputServices[key].inputService.serviceType = 1;
+    config.lineupConfig.emptyInputServices[key].service.serviceType = 1;
   }
   controller_.setConfig(config);
   HeadendConfig fetched;

@@ -246,10 +246,10 @@ HeadendConfig configWithoutText() {
   for (int32_t key = 1; key <= 4; ++key) {
     config.lineupConfig.rfConfig.carrierFrequencies[key] = 474000 + 8000 * key;
     config.lineupConfig.rfEntries.emplace_back().serviceKey = key;
-    auto& service = config.lineupConfig.dvbInputServices[key].inputService;
+    auto& service = config.lineupConfig.dvbInputServices[key].service;
     service.sid = 100 + key;
     service.intItems = {key, -key};
-    config.lineupConfig.emptyInputServices[key].inputService.serviceType = key;
+    config.lineupConfig.emptyInputServices[key].service.serviceType = key;
   }
   config.lineupConfig.globalConfig.eitMode = 2;
   config.lineupConfig.ipConfig.mcastRangeStart.clear();

@@ -239,7 +239,7 @@ TEST_F(SimpleClientTest, TimeoutsOfZeroAndLessAreNotApplied) {
 TEST_F(SimpleClientTest, FortyMegabytesAreCommittedAndFetched) {
   HeadendConfig config = randomHeadendConfig(1);
   for (int32_t key = 1; key <= 10000; ++key) {
-    config.lineupConfig.dvbInputServices[key].inputService.name = std::string(4096, 'n');
+    config.lineupConfig.dvbInputServices[key].service.name = std::string(4096, 'n');
     config.lineupConfig.rfEntries.emplace_back().serviceKey = key;
   }
   FakeController controller(0);

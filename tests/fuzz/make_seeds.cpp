@@ -28,22 +28,22 @@ using lineup::fuzz::encode;
 hub_module::HeadendConfig withLineup(hub_module::HeadendConfig config) {
   hub_module::LineupConfig& lineup = config.lineupConfig;
   hub_module::DVBInputServiceConfig dvb;
-  dvb.inputService.sid = 4101;
-  dvb.inputService.name = "Velaria Uno";
-  dvb.inputService.inputType = 2;
-  dvb.inputService.serviceType = 1;
-  dvb.inputService.lItems = {"spa", "eng"};
-  dvb.inputService.intItems = {101, 102, 103};
-  dvb.inputService.__set_lineupSATMux({});
+  dvb.service.sid = 4101;
+  dvb.service.name = "Velaria Uno";
+  dvb.service.inputType = 2;
+  dvb.service.serviceType = 1;
+  dvb.service.lItems = {"spa", "eng"};
+  dvb.service.intItems = {101, 102, 103};
+  dvb.service.__set_lineupSATMux({});
   lineup.dvbInputServices[0] = dvb;
-  dvb.inputService.__isset.lineupSATMux = false;
-  dvb.inputService.__set_lineupTDTMux({});
-  dvb.inputService.__set_lineupCableMux({});
-  dvb.inputService.__set_ipMuxUUID("7a4e9b52-0c1d-4f7e-9a33-5d1f0c2b8e61");
+  dvb.service.__isset.lineupSATMux = false;
+  dvb.service.__set_lineupTDTMux({});
+  dvb.service.__set_lineupCableMux({});
+  dvb.service.__set_ipMuxUUID("7a4e9b52-0c1d-4f7e-9a33-5d1f0c2b8e61");
   lineup.dvbInputServices[1] = dvb;
   lineup.encInputServices[0].label = "HDMI 1";
   lineup.encConfig.moduleSettings[3] = {};
-  lineup.emptyInputServices[0].inputService.serviceType = 25;
+  lineup.emptyInputServices[0].service.serviceType = 25;
   for (const auto kind : {hub_module::LineupEntryKind::DVB, hub_module::LineupEntryKind::ENC,
                           hub_module::LineupEntryKind::EMPTY}) {
     hub_module::LineupRFEntryConfig rf;

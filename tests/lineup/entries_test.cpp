@@ -42,7 +42,7 @@ int32_t rfAddEmpty(LineupEditor& editor, int32_t serviceType) {
 }
 
 void putDvbService(LineupEditor& editor, int32_t key, const std::string& name, int32_t type) {
-  auto& service = lineupOf(editor).dvbInputServices[key].inputService;
+  auto& service = lineupOf(editor).dvbInputServices[key].service;
   service.name = name;
   service.serviceType = type;
 }
@@ -167,14 +167,14 @@ TEST(ServiceKeys, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.addEmptyService(1), 2);
   hub_module::EmptyInputServiceConfig expected;
-  expected.inputService.serviceType = 25;
+  expected.service.serviceType = 25;
   EXPECT_EQ(lineupOf(editor).emptyInputServices.at(1), expected);
 }
 
 TEST(EntryServiceType, IsTheServicesOwnOrOneForEveryEncoder) {
   LineupEditor editor;
   putDvbService(editor, 4, "Radio", 2);
-  lineupOf(editor).emptyInputServices[4].inputService.serviceType = 25;
+  lineupOf(editor).emptyInputServices[4].service.serviceType = 25;
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::DVB), 2);
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::EMPTY), 25);
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::ENC), 1);
@@ -244,7 +244,7 @@ TEST(Entries, TheSameEncoderInputTwiceGivesTwoServicesAndTwoEntries) {
 
 TEST(Entries, IPEntriesAreAlwaysAppended) {
   LineupEditor editor;
-  lineupOf(editor).emptyInputServices[1].inputService.serviceType = 1;
+  lineupOf(editor).emptyInputServices[1].service.serviceType = 1;
   lineupOf(editor).ipEntries = {ipEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT")};
   putDvbService(editor, 7, "Uno", 1);
   editor.addIPEntry(7, LineupEntryKind::DVB);
@@ -355,7 +355,7 @@ TEST(ClearLineup, EmptiesTheLineupsAndTheirServicesButNoReservation) {
   EXPECT_TRUE(editor.pendingChanges);
   LineupEditor expected;
   expected.config.lineupConfig.ipConfig.port = 5000;
-  lineupOf(expected).emptyInputServices[1].inputService.serviceType = 1;
+  lineupOf(expected).emptyInputServices[1].service.serviceType = 1;
   EXPECT_EQ(editor.config, expected.config);
 }
 
@@ -418,7 +418,7 @@ TEST(Entries, TheSearchForAReservedSlotAgreesWithAWalkOfTheLineup) {
     LineupEditor editor;
     // Few keys and types, so that entries share a reservation, or lack theirs.
     for (int i = upTo(4); i > 0; --i) {
-      lineupOf(editor).emptyInputServices[upTo(5)].inputService.serviceType = upTo(3) - 1;
+      lineupOf(editor).emptyInputServices[upTo(5)].service.serviceType = upTo(3) - 1;
     }
     for (int32_t key = 0; key <= 4; ++key) {
       putDvbService(editor, key, "service " + std::to_string(key), upTo(3) - 1);

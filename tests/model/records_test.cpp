@@ -93,7 +93,7 @@ TEST(Records, FlagsOfFieldsWithADefaultStartSetAndAllOthersClear) {
                mux.__isset.fecColumns || mux.__isset.fecRows);
   const hub_module::IPInput input;
   EXPECT_FALSE(input.__isset.slot || input.__isset.interfaceId || input.__isset.muxes);
-  EXPECT_FALSE(hub_module::EmptyInputServiceConfig().__isset.inputService);
+  EXPECT_FALSE(hub_module::EmptyInputServiceConfig().__isset.service);
   EXPECT_FALSE(hub_module::EmptyInputService().__isset.serviceType);
   const hub_module::DVBInputService service;
   EXPECT_FALSE(service.__isset.lineupSATMux || service.__isset.lineupTDTMux ||
@@ -129,14 +129,14 @@ TEST(Records, NewConfigurationReadBackIsEqualWithTheDefaultedFlagsStillSet) {
 TEST(Records, OneNumberIsAKeyInAllThreeServiceMaps) {
   LineupEditor editor;
   hub_module::LineupConfig& lineup = editor.config.lineupConfig;
-  lineup.dvbInputServices[1].inputService.name = "DVB";
+  lineup.dvbInputServices[1].service.name = "DVB";
   lineup.encInputServices[1].label = "ENC";
-  lineup.emptyInputServices[1].inputService.serviceType = 25;
+  lineup.emptyInputServices[1].service.serviceType = 25;
   HeadendConfig copy;
   test::decode<TBinaryProtocol>(test::toBinary(editor.config), copy);
-  EXPECT_EQ(copy.lineupConfig.dvbInputServices.at(1).inputService.name, "DVB");
+  EXPECT_EQ(copy.lineupConfig.dvbInputServices.at(1).service.name, "DVB");
   EXPECT_EQ(copy.lineupConfig.encInputServices.at(1).label, "ENC");
-  EXPECT_EQ(copy.lineupConfig.emptyInputServices.at(1).inputService.serviceType, 25);
+  EXPECT_EQ(copy.lineupConfig.emptyInputServices.at(1).service.serviceType, 25);
   EXPECT_EQ(copy, editor.config);
 }
 

@@ -68,9 +68,9 @@ HeadendConfig editedConfig(HeadendConfig config) {
   lineup.rfConfig.modulation = 1;
   for (int32_t key = 1; key <= 2; ++key) {
     hub_module::DVBInputServiceConfig& service = lineup.dvbInputServices[key];
-    service.inputService.name = "Sérvice \"✓\" \x01 " + std::to_string(key);
-    service.inputService.lItems = {"a", "", " b"};
-    service.inputService.__set_ipMuxUUID("6f1c2a9e-3b57-4d08-9a41-c2e8b7d05f13");
+    service.service.name = "Sérvice \"✓\" \x01 " + std::to_string(key);
+    service.service.lItems = {"a", "", " b"};
+    service.service.__set_ipMuxUUID("6f1c2a9e-3b57-4d08-9a41-c2e8b7d05f13");
     hub_module::LineupIPEntryConfig ipEntry;
     ipEntry.serviceKey = key;
     lineup.ipEntries.push_back(ipEntry);
@@ -78,7 +78,7 @@ HeadendConfig editedConfig(HeadendConfig config) {
     rfEntry.serviceKey = key;
     lineup.rfEntries.push_back(rfEntry);
   }
-  lineup.emptyInputServices[1].inputService.serviceType = 25;
+  lineup.emptyInputServices[1].service.serviceType = 25;
   hub_module::LineupRFEntryConfig slot;
   slot.serviceKey = 1;
   slot.serviceKind = hub_module::LineupEntryKind::EMPTY;
@@ -491,10 +491,10 @@ TEST_F(SimulatorService, ConfigurationOfFortyMegabytesIsAcceptedServedAndKept) {
   constexpr int32_t kServices = 40000;
   for (int32_t key = 1; key <= kServices; ++key) {
     hub_module::DVBInputServiceConfig& service = large.lineupConfig.dvbInputServices[key];
-    service.inputService.sid = key;
-    service.inputService.name = "Service " + std::to_string(key);
-    service.inputService.providerName = std::string(1000, 'x');
-    service.inputService.lItems = {"spa", "eng"};
+    service.service.sid = key;
+    service.service.name = "Service " + std::to_string(key);
+    service.service.providerName = std::string(1000, 'x');
+    service.service.lItems = {"spa", "eng"};
   }
   commit(large);
   EXPECT_EQ(config(), large);

@@ -172,10 +172,10 @@ class Filler {
     r.__set_lineupCableMux(made<LineupCableMux>());
     r.__set_ipMuxUUID(made<std::string>());
   }
-  void one(DVBInputServiceConfig& r) { fill(r.inputService, r.configFlag, r.filteredPids); }
+  void one(DVBInputServiceConfig& r) { fill(r.service, r.configFlag, r.filteredPids); }
   void one(ENCInputServiceConfig& r) { fill(r.address, r.settings, r.label); }
   void one(EmptyInputService& r) { fill(r.serviceType); }
-  void one(EmptyInputServiceConfig& r) { fill(r.inputService); }
+  void one(EmptyInputServiceConfig& r) { fill(r.service); }
   void one(LineupENCConfig& r) { fill(r.moduleSettings); }
   void one(LineupConfig& r) {
     fill(r.globalConfig, r.ipConfig, r.ipEntries, r.rfConfig, r.rfEntries, r.dvbInputServices,
