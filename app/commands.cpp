@@ -32,15 +32,18 @@ struct Invocation {
   }
 };
 
-/// One row of a command table. Words are compared exactly.
+/// One row of a command table. Words are compared exactly. A row has one of `run`, `setting` and
+/// `subcommands`.
 struct Command {
   std::string_view word;
-  std::size_t wordsNeeded;  ///< in the whole line, the command word included
-  const char* tooFewWords;  ///< the message for a line that has fewer
-  void (*run)(Invocation&);
+  std::size_t wordsNeeded = 1;        ///< in the whole line, the command word included
+  const char* tooFewWords = nullptr;  ///< the message for a line that has fewer
+  void (*run)(Invocation&) = nullptr;
   /// What the word behind it may become; null where nothing is known of it.
   std::vector<Possibility> (*complete)(const std::string& typed) = nullptr;
-  /// Instead of `run` and `complete`: the rows for the word behind it.
+  /// The setting that the command shows or changes; it checks its words and completes them.
+  const Setting* setting = nullptr;
+  /// The rows for the word behind it.
   std::span<const Command> subcommands{};
 };
 
@@ -57,8 +60,12 @@ void runCommand(const Command& command, Invocation& line) {
   if (line.words.size() < command.wordsNeeded) {
     throw std::runtime_error(command.tooFewWords);
   }
-  if (command.subcommands.empty()) {
+  if (command.run != nullptr) {
     command.run(line);
+    return;
+  }
+  if (command.setting != nullptr) {
+    runSettingCommand(*command.setting, line.editor, line.words, line.quiet);
     return;
   }
   const Command* const subcommand = findCommand(command.subcommands, line.words[1]);
@@ -87,34 +94,42 @@ std::vector<Possibility> complete(std::span<const Command> commands,
   if (!command->subcommands.empty()) {
     return complete(command->subcommands, words.subspan(1));
   }
+  if (words.size() == 2 && command->setting != nullptr) {
+    return completeChoice(*command->setting, words[1]);
+  }
   return words.size() == 2 && command->complete != nullptr ? command->complete(words[1])
                                                            : possibilities;
 }
 
 // ---- lineup entries
 
-enum class Lineups { IPAndRF, RF, IP };
+/// The lineups to which a service is added.
+struct Lineups {
+  bool ip;
+  bool rf;
+};
 
-template <Lineups lineups>
-void addEntries(LineupEditor& editor, int32_t key, LineupEntryKind::type kind) {
-  if constexpr (lineups != Lineups::RF) {
+constexpr Lineups kBothLineups{.ip = true, .rf = true};
+constexpr Lineups kRFLineup{.ip = false, .rf = true};
+constexpr Lineups kIPLineup{.ip = true, .rf = false};
+
+void addEntries(LineupEditor& editor, Lineups lineups, int32_t key, LineupEntryKind::type kind) {
+  if (lineups.ip) {
     editor.addIPEntry(key, kind);
   }
-  if constexpr (lineups != Lineups::IP) {
+  if (lineups.rf) {
     editor.addRFEntry(key, kind);
   }
 }
 
-template <Lineups lineups>
-void addDvb(Invocation& line) {
+void addDvb(Invocation& line, Lineups lineups) {
   const int32_t key = line.editor.addCatalogueService(readNumber(line.words[1]));
-  addEntries<lineups>(line.editor, key, LineupEntryKind::DVB);
+  addEntries(line.editor, lineups, key, LineupEntryKind::DVB);
 }
 
-template <Lineups lineups>
-void addEnc(Invocation& line) {
+void addEnc(Invocation& line, Lineups lineups) {
   const int32_t key = line.editor.addEncService(makeEncService(line.words));
-  addEntries<lineups>(line.editor, key, LineupEntryKind::ENC);
+  addEntries(line.editor, lineups, key, LineupEntryKind::ENC);
 }
 
 void addEmpty(Invocation& line) {
@@ -126,22 +141,6 @@ void addMux(Invocation& line) {
   line.editor.addIPMux(readNumber(line.words[1]), readNumber(line.words[2]), line.words[3]);
 }
 
-// ---- global settings
-
-template <const Setting& setting>
-void showOrChange(Invocation& line) {
-  if (line.words.size() < 2) {
-    showSetting(setting, line.editor);
-  } else {
-    changeSetting(setting, line.editor, line.words[1], line.quiet);
-  }
-}
-
-template <const Setting& setting>
-std::vector<Possibility> choices(const std::string& typed) {
-  return completeChoice(setting, typed);
-}
-
 // ---- commands with sub-commands
 
 constexpr char kNoSubcommand[] = "If you don't give me a parameter, there is little I can do";
@@ -149,25 +148,19 @@ constexpr char kWhichRFInput[] =
     "Please enter RF input [TDT1, TDT2 | SAT1...SAT8 | TDTALL | SATALL]";
 constexpr char kWhichScan[] = "Please select the type of scan [COFDM|QAMS]";
 
-template <bool enable>
-void switchRFInput(Invocation& line) {
-  line.editor.setRFInputState(enable, line.words[2]);
-}
-
-template <bool enable>
-void switchTdtScan(Invocation& line) {
-  line.editor.setTdtScan(enable, line.words[2]);
-}
-
 constexpr Command kRFInputCommands[] = {
-    {"enable", 3, kWhichRFInput, switchRFInput<true>, completeRFInput},
-    {"disable", 3, kWhichRFInput, switchRFInput<false>, completeRFInput},
+    {"enable", 3, kWhichRFInput,
+     [](Invocation& line) { line.editor.setRFInputState(true, line.words[2]); }, completeRFInput},
+    {"disable", 3, kWhichRFInput,
+     [](Invocation& line) { line.editor.setRFInputState(false, line.words[2]); }, completeRFInput},
     {"status", 2, kNoSubcommand, [](Invocation& line) { line.editor.getRFInputState(); }},
 };
 
 constexpr Command kTdtScanCommands[] = {
-    {"enable", 3, kWhichScan, switchTdtScan<true>, completeScanType},
-    {"disable", 3, kWhichScan, switchTdtScan<false>, completeScanType},
+    {"enable", 3, kWhichScan, [](Invocation& line) { line.editor.setTdtScan(true, line.words[2]); },
+     completeScanType},
+    {"disable", 3, kWhichScan,
+     [](Invocation& line) { line.editor.setTdtScan(false, line.words[2]); }, completeScanType},
     {"status", 2, kNoSubcommand, [](Invocation& line) { line.editor.showTdtScan(); }},
 };
 
@@ -177,7 +170,7 @@ constexpr char kWhichService[] = "Please give a SERVICE_ID";
 constexpr char kWhichFile[] = "Please a configuration file";
 
 // "addenc" and its kin count their words where the encoder service is built.
-const Command kCommands[] = {
+constexpr Command kCommands[] = {
     {"help", 1, nullptr, [](Invocation&) { printHelp(); }},
     {"quit", 1, nullptr, [](Invocation& line) { line.leave = true; }},
     {"show", 1, nullptr, [](Invocation& line) { line.editor.showLineup(); }},
@@ -191,27 +184,36 @@ const Command kCommands[] = {
      [](Invocation& line) { line.editor.findCableServices(line.wordOrEmpty(1)); }},
     {"findip", 1, nullptr,
      [](Invocation& line) { line.editor.findIPServices(line.wordOrEmpty(1)); }},
-    {"adddvb", 2, kWhichService, addDvb<Lineups::IPAndRF>, completeService},
-    {"rfadddvb", 2, kWhichService, addDvb<Lineups::RF>, completeService},
-    {"ipadddvb", 2, kWhichService, addDvb<Lineups::IP>, completeService},
-    {"addenc", 1, nullptr, addEnc<Lineups::IPAndRF>},
-    {"rfaddenc", 1, nullptr, addEnc<Lineups::RF>},
-    {"ipaddenc", 1, nullptr, addEnc<Lineups::IP>},
+    {"adddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kBothLineups); },
+     completeService},
+    {"rfadddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kRFLineup); },
+     completeService},
+    {"ipadddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kIPLineup); },
+     completeService},
+    {"addenc", 1, nullptr, [](Invocation& line) { addEnc(line, kBothLineups); }},
+    {"rfaddenc", 1, nullptr, [](Invocation& line) { addEnc(line, kRFLineup); }},
+    {"ipaddenc", 1, nullptr, [](Invocation& line) { addEnc(line, kIPLineup); }},
     {"rfaddempty", 2, "Please give a DVB service type", addEmpty},
     {"addpls", 1, nullptr, [](Invocation& line) { line.editor.addPlsItem(); }},
     {"rmpls", 1, nullptr, [](Invocation& line) { line.editor.clearPlsItems(); }},
-    {"rfmod", 1, nullptr, showOrChange<kRFModulation>, choices<kRFModulation>},
-    {"rfnum", 2, kRFCarriers.missing, showOrChange<kRFCarriers>, choices<kRFCarriers>},
-    {"drm", 1, nullptr, showOrChange<kDrm>, choices<kDrm>},
-    {"eit", 2, kEit.missing, showOrChange<kEit>, choices<kEit>},
-    {"id", 2, kHeadendId.missing, showOrChange<kHeadendId>, choices<kHeadendId>},
-    {"country", 2, kCountry.missing, showOrChange<kCountry>, choices<kCountry>},
-    {"type", 2, kHeadendType.missing, showOrChange<kHeadendType>, choices<kHeadendType>},
-    {"vlan", 2, kOutputVlan.missing, showOrChange<kOutputVlan>, choices<kOutputVlan>},
+    {.word = "rfmod", .setting = &kRFModulation},
+    {.word = "rfnum", .setting = &kRFCarriers},
+    {.word = "drm", .setting = &kDrm},
+    {.word = "eit", .setting = &kEit},
+    {.word = "id", .setting = &kHeadendId},
+    {.word = "country", .setting = &kCountry},
+    {.word = "type", .setting = &kHeadendType},
+    {.word = "vlan", .setting = &kOutputVlan},
     {"addipmux", 4, "Please give a SLOT_ID, IF_ID and URL", addMux},
-    {"stdp", 2, kDecryptPolicy.missing, showOrChange<kDecryptPolicy>, choices<kDecryptPolicy>},
-    {"rfinput", 2, kNoSubcommand, nullptr, nullptr, kRFInputCommands},
-    {"tdtscan", 2, kNoSubcommand, nullptr, nullptr, kTdtScanCommands},
+    {.word = "stdp", .setting = &kDecryptPolicy},
+    {.word = "rfinput",
+     .wordsNeeded = 2,
+     .tooFewWords = kNoSubcommand,
+     .subcommands = kRFInputCommands},
+    {.word = "tdtscan",
+     .wordsNeeded = 2,
+     .tooFewWords = kNoSubcommand,
+     .subcommands = kTdtScanCommands},
     {"save", 2, kWhichFile, [](Invocation& line) { line.editor.saveConfig(line.words[1]); },
      completeFile},
     {"restore", 2, kWhichFile, [](Invocation& line) { line.editor.restoreConfig(line.words[1]); },

@@ -5,17 +5,12 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "model/lineup_editor.h"
+#include "model/setting_choices.h"
 
 namespace lineup {
-
-/// A word that a setting accepts and the value that stands for it.
-struct Choice {
-  std::string_view word;
-  int32_t value;
-};
 
 /// How the typed word is compared with the choices.
 enum class WordReading {
@@ -26,19 +21,17 @@ enum class WordReading {
 
 struct Setting {
   std::span<const Choice> choices;
-  WordReading reading;
-  const char* missing;    ///< for a line without a word; null where that shows the value
-  const char* invalid;    ///< for a word that is no choice
-  const char* already;    ///< before the word, when the value is held already
-  const char* changed;    ///< after a change...
-  const char* afterWord;  ///< ...then the word and this; null where no word follows
-  bool silencedByQuiet;
-  /// Whether the configuration holds the value.
-  bool (*holds)(const hub_module::HeadendConfig&, int32_t value);
-  /// Stores the value and what goes with it.
-  void (*store)(hub_module::HeadendConfig&, int32_t value);
-  /// The text that shows the value held; null where `missing` is not.
-  std::string (*show)(const hub_module::HeadendConfig&);
+  const char* invalid;            ///< for a word that is no choice
+  const char* missing = invalid;  ///< for a line without a word, unless `show` is set
+  const char* already;            ///< before the word, when the value is held already
+  const char* changed;            ///< after a change...
+  const char* afterWord = "";     ///< ...then the word and this; null where no word follows
+  WordReading reading = WordReading::Exact;
+  bool silencedByQuiet = false;
+  /// Stores the value and what goes with it. Returns false, and changes nothing, if it is held.
+  bool (*store)(hub_module::HeadendConfig&, int32_t value);
+  /// The text that a line without a word prints; null where a word is needed.
+  std::string (*show)(const hub_module::HeadendConfig&) = nullptr;
 };
 
 extern const Setting kRFModulation;
@@ -51,13 +44,11 @@ extern const Setting kHeadendType;
 extern const Setting kOutputVlan;
 extern const Setting kDecryptPolicy;
 
-/// Prints the value held; for settings whose `missing` is null.
-void showSetting(const Setting& setting, const LineupEditor& editor);
-
-/// Sets the setting to the choice that `word` names, marks the change as pending and says so; says
-/// "already" if it is held. Raises std::runtime_error with `invalid` for any other word. With
-/// `quiet`, a setting that is silenced by it prints nothing.
-void changeSetting(const Setting& setting, LineupEditor& editor, const std::string& word,
-                   bool quiet);
+/// Runs the command of `setting`; words[0] is the command, words[1] names a choice. Stores it,
+/// marks the change as pending and says so; says "already" if it is held. Without words[1], prints
+/// the value held if the setting shows it. Raises std::runtime_error with `missing` or `invalid`
+/// otherwise. With `quiet`, a setting that is silenced by it prints nothing.
+void runSettingCommand(const Setting& setting, LineupEditor& editor,
+                       const std::vector<std::string>& words, bool quiet);
 
 }  // namespace lineup
