@@ -42,7 +42,7 @@ bool FrameTransport::readFrame() {
   for (uint32_t have = 0; have < size;) {
     if (have == rBufSize_) {
       const uint32_t larger = std::min(size, std::max(kFirstBufferSize, 2 * have));
-      boost::scoped_array<uint8_t> buffer(new uint8_t[larger]);
+      decltype(rBuf_) buffer(new uint8_t[larger]);  // its type differs between Thrift's releases
       std::copy_n(rBuf_.get(), have, buffer.get());
       rBuf_.swap(buffer);
       rBufSize_ = larger;
