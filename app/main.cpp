@@ -11,6 +11,7 @@
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
+#include "support/memory_limit.h"
 
 namespace {
 
@@ -53,6 +54,7 @@ int run(const lineup::CommandLineOptions& options) {
   if (options.version) {
     printVersionAndLeave();
   }
+  limitMemory();
   log_setup(options.level, options.console ? kLogToSyslogAndConsole : kLogToSyslog);
   lineup::routeThriftOutputToLog();
   catchEndingSignals();

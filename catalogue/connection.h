@@ -5,23 +5,15 @@
 #include <sqlite3.h>
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 
 namespace korveldb {
 
-/// Opens a database file for reading and closes it when it goes. Statements that would change
-/// anything, the file or another, are refused by SQLite, and a missing file is not created. What
-/// stays SQLite's own business is to bring a database back to its last commit when its writer died.
-///
-/// A statement that runs when a signal is to end the program is broken off and fails. So is one for
-/// which SQLite would need more than 20 MiB, or 20 times the file if that is more; one with a cell
-/// of more than a million bytes that is longer than the file; one that takes more than a hundred
-/// million steps of SQLite's virtual machine, or 100 for each byte of the file; and one that takes
-/// more than ten seconds of processor time, or one for each megabyte of the file.
+/// An SQLite connection: the constructor opens it, the destructor closes it.
 ///
 /// Nothing is reported by the constructor: on a file that could not be opened, every statement
-/// fails. Messages go to the log under the module name "db".
+/// fails. A file that does not exist is created, empty, if its folder does. Messages go to the log
+/// under the module name "db".
 class tSqlite3db {
  public:
   explicit tSqlite3db(const std::string& fileName);
@@ -30,7 +22,8 @@ class tSqlite3db {
   /// Rolls an open transaction back, then closes the connection.
   ~tSqlite3db();
 
-  /// The connection, for selects; never to be closed by the caller.
+  /// The connection, for selects; null if there was no memory for it. Never to be closed by the
+  /// caller.
   sqlite3* getHandle() const { return handle; }
 
   /// Runs a statement, whose rows are dropped, with up to three tries. False if all three failed.
@@ -48,16 +41,28 @@ class tSqlite3db {
  private:
   bool endTransaction(const char* sql);
 
-  // What SQLite calls when a statement begins, and again and again while it runs: not 0 ends it.
-  static int beginStatement(unsigned event, void* connection, void* statement, void* text);
-  static int breakOff(void* connection);
-
   sqlite3* handle = nullptr;
-  int64_t allowedSteps = 0;
-  int64_t takenSteps = 0;
-  std::chrono::seconds allowedTime{};
-  std::chrono::nanoseconds timeAtBegin{};
   bool inTransaction = false;
+};
+
+/// For its lifetime, a connection only reads: SQLite compiles nothing but selects (SQLITE_AUTH for
+/// everything else), and interrupts a statement (SQLITE_INTERRUPT) when a signal is to end the
+/// program, or at the deadline. Takes the connection's authorizer and progress handler.
+class tReadingOnly {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// `handle_` may be null.
+  explicit tReadingOnly(sqlite3* handle_, Clock::time_point deadline_ = Clock::time_point::max());
+  ~tReadingOnly();
+  tReadingOnly(const tReadingOnly&) = delete;
+  tReadingOnly& operator=(const tReadingOnly&) = delete;
+
+ private:
+  static int isOver(void* reading);
+
+  sqlite3* handle;
+  Clock::time_point deadline;
 };
 
 }  // namespace korveldb

@@ -6,7 +6,7 @@
 #include <new>
 #include <string>
 
-#include "catalogue/sqlite_memory.h"
+#include "catalogue/connection.h"
 #include "support/ending_signals.h"
 
 namespace korveldb {
@@ -29,11 +29,11 @@ void reportFailure(const char* table, int attempt, const char* error) {
   }
 }
 
-/// Whether the rows can be copied with what SQLite's limit leaves: as much as the result, and the
-/// cells themselves.
-bool canBeCopied(int rows) {
-  constexpr int64_t kBytesOfARow = 1024;
-  return kBytesOfARow * rows <= sqliteMemoryLimit();
+/// sqlite3_get_table, but of selects alone.
+int getTable(sqlite3* handle, const char* statement, char*** cells, int* rows, int* columns,
+             char** error) {
+  const tReadingOnly reading(handle);
+  return sqlite3_get_table(handle, statement, cells, rows, columns, error);
 }
 
 }  // namespace
@@ -57,14 +57,14 @@ tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, 
     int rows = 0;
     int columns = 0;
     char* errorText = nullptr;
-    const int result =
-        sqlite3_get_table(handle, statement.get(), &cells, &rows, &columns, &errorText);
+    const int result = getTable(handle, statement.get(), &cells, &rows, &columns, &errorText);
     const SqliteText error(errorText);
     tResultTable selected(cells, rows, columns);
-    if (result == SQLITE_OK && canBeCopied(rows)) {
+    if (result == SQLITE_OK) {
       return selected;
     }
-    reportFailure(table, attempt, result == SQLITE_OK ? sqlite3_errstr(SQLITE_NOMEM) : error.get());
+    endIfSignalled();  // which has interrupted the select
+    reportFailure(table, attempt, error.get());
     waitFor(std::chrono::seconds(attempt + 1));
   }
   return {nullptr, 0, 0};

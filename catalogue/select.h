@@ -37,11 +37,11 @@ class tResultTable {
 };
 
 /// Selects every column of `table`, by the printf-like `filter` ("WHERE ...", or null for all rows)
-/// and its arguments, which are inserted as they are.
+/// and its arguments, which are inserted as they are: whatever statement they make can only read.
 ///
 /// Tries up to three times. After the n-th failure it says so on standard error and sleeps n
-/// seconds, after the last failure too. Raises std::bad_alloc, and
-/// EndedBySignal from the sleep.
+/// seconds, after the last failure too. Raises std::bad_alloc, and EndedBySignal as soon as a
+/// signal is caught, which interrupts the select as well as the sleep.
 tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, va_list arguments);
 
 }  // namespace korveldb

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <memory>
 
 #include "catalogue/available_services.h"
@@ -29,15 +30,9 @@ std::string textOf(sqlite3_stmt* row, int column) {
   return text == nullptr ? std::string() : text;
 }
 
-/// What all names may take, so that a catalogue that makes up rows without end is left at some
-/// time.
-constexpr std::size_t kMostBytes = std::size_t{32} * 1024 * 1024;
-constexpr std::size_t kBytesOfAName = 100;  // beside its text
-
 /// Adds the services whose id no table before has. An id is one that can be asked for: a number
 /// written as the look-up writes it.
-void addNames(sqlite3* catalogue, const NamedTable& named, ServiceNames& names,
-              std::size_t& bytesLeft) {
+void addNames(sqlite3* catalogue, const NamedTable& named, ServiceNames& names) {
   const std::string select =
       std::string("SELECT service_id, service_name FROM ") + named.layout.name;
   sqlite3_stmt* compiled = nullptr;
@@ -45,15 +40,9 @@ void addNames(sqlite3* catalogue, const NamedTable& named, ServiceNames& names,
   const std::unique_ptr<sqlite3_stmt, Finalize> rows(compiled);
   while (sqlite3_step(rows.get()) == SQLITE_ROW) {
     const std::string id = textOf(rows.get(), 0);
-    const std::string name = textOf(rows.get(), 1);
-    const std::size_t bytes = kBytesOfAName + name.size();
-    if (bytes > bytesLeft) {
-      return;
-    }
-    bytesLeft -= bytes;
     const int32_t number = readNumber(id);
     if (id == std::to_string(number)) {
-      names.emplace(number, ServiceName{name, named.table.kind});
+      names.emplace(number, ServiceName{textOf(rows.get(), 1), named.table.kind});
     }
   }
 }
@@ -67,10 +56,14 @@ ServiceNames readServiceNames() {
                                            {korveldb::kCableLayout, kCableTable},
                                            {korveldb::kIPLayout, kIPTable}};
   ServiceNames names;
+  if (!std::filesystem::exists(kCatalogueFile)) {
+    return names;  // opening would create it
+  }
   const korveldb::tSqlite3db catalogue(kCatalogueFile);
-  std::size_t bytesLeft = kMostBytes;
+  using korveldb::tReadingOnly;
+  const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
   for (const NamedTable& named : kTables) {
-    addNames(catalogue.getHandle(), named, names, bytesLeft);
+    addNames(catalogue.getHandle(), named, names);
   }
   return names;
 }

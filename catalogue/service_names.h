@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -13,8 +14,11 @@ struct ServiceName {
   const char* kind;  ///< "SAT", "TDT", "Cable" or "IP"
 };
 
-/// Every service that addCatalogueService() can find, by its catalogue id. What cannot be read is
-/// left out: at once, without a message and without another try.
+/// How long readServiceNames() may take: for so long a key is held up at most.
+inline constexpr std::chrono::seconds kTimeForNames{5};
+
+/// Every service that addCatalogueService() can find, by its catalogue id. What cannot be read, at
+/// once or within kTimeForNames, is left out without a message. A missing catalogue stays missing.
 std::map<int32_t, ServiceName> readServiceNames();
 
 }  // namespace lineup

@@ -22,6 +22,7 @@ using lineup::test::CatalogueFile;
 using lineup::test::CatalogueLock;
 using lineup::test::Cells;
 using lineup::test::filesIn;
+using lineup::test::kIP;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 using Lines = std::vector<std::string>;
@@ -206,9 +207,9 @@ TEST_F(AvailableServices, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
   }
 }
 
-TEST_F(AvailableServices, AMissingFileHasNoErrorTextAndIsNotCreated) {
+TEST_F(AvailableServices, AFileThatCannotBeOpenedHasNoErrorText) {
   const Lines lines = errorsOf([&] {
-    const tSqlite3db db(path);
+    const tSqlite3db db(folder.file("nowhere/catalogue.sqlite"));
     EXPECT_TRUE(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows.empty());
   });
   EXPECT_EQ(
@@ -216,7 +217,6 @@ TEST_F(AvailableServices, AMissingFileHasNoErrorTextAndIsNotCreated) {
       (Lines{"[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 0",
              "[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 1",
              "[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 2"}));
-  EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(AvailableServices, ALockThatGoesAwayCostsOneAttempt) {
@@ -270,6 +270,49 @@ TEST_F(AvailableServices, ASecondStatementThatWritesIsRefused) {
   ASSERT_EQ(lines.size(), 9U);
   EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: not authorized");
   EXPECT_EQ(filesIn(folder.path()), before);
+}
+
+TEST_F(AvailableServices, WhatFollowsASelectMayWrite) {
+  const CatalogueFile file(path);
+  tSqlite3db db(path);
+  EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.empty());
+  EXPECT_TRUE(db.exec("INSERT INTO availableSatService(service_id) VALUES(17)"));
+  EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U);
+}
+
+TEST_F(AvailableServices, RowsInTheLogBesideASmallFileAreRead) {
+  constexpr int kRows = 22'000;
+  CatalogueFile file(path);
+  file.execute("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; VACUUM");
+  file.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  file.fill(kIP, kRows,
+            "i, 'uuid-' || i, 'udp://239.1.' || i / 250 || '.' || i % 250 || ':1234', 0, 0, '', i, "
+            "'Channel ' || i, i, 1, 1, 'spa', '1,2'");
+  file.execute(
+      "UPDATE availableIPService SET service_name = hex(zeroblob(750000)) "
+      "WHERE service_id = 17");
+  ASSERT_LT(std::filesystem::file_size(path), 100'000U);
+  const tSqlite3db db(path);
+  const auto list = tAvailableIPService::doSelect(db.getHandle(), nullptr);
+  ASSERT_EQ(list->rows.size(), static_cast<std::size_t>(kRows));
+  EXPECT_EQ(list->rows[16].asText(7), std::string(1'500'000, '0'));
+  EXPECT_EQ(list->rows.back().asText(7), "Channel 22000");
+  EXPECT_EQ(list->rows.back().asText(12), "1,2");
+}
+
+TEST_F(AvailableServices, AViewMayTakeHundredsOfMillionsOfSteps) {
+  CatalogueFile file(path);
+  file.execute("DROP TABLE availableSatService");
+  file.execute(
+      "CREATE VIEW availableSatService AS SELECT max(i) FROM (WITH RECURSIVE n(i) AS (VALUES(1) "
+      "UNION ALL SELECT i + 1 FROM n LIMIT 10000000) SELECT i FROM n)");
+  const tSqlite3db db(path);
+  EXPECT_EQ(errorsOf([&] {
+              const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+              ASSERT_EQ(list->rows.size(), 1U);
+              EXPECT_EQ(list->rows[0].asInt(0), 10'000'000);
+            }),
+            Lines{});
 }
 
 TEST_F(AvailableServices, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {

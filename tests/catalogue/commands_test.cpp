@@ -245,6 +245,22 @@ TEST_F(BuildService, TakesTheFirstOfSeveralRows) {
   EXPECT_EQ(buildSatService(1017).service.name, "First");
 }
 
+TEST_F(BuildService, ListsMayBeLong) {
+  constexpr int kItems = 100'000;
+  std::string texts;
+  std::string integers;
+  for (int item = 0; item < kItems; ++item) {
+    texts += "spa" + std::to_string(item) + ",";
+    integers += std::to_string(item) + ",";
+  }
+  file.insert(kSat, with(kSatRow, {{23, texts}, {24, integers}}));
+  const DVBInputServiceConfig service = buildSatService(1017);
+  ASSERT_EQ(service.service.lItems.size(), static_cast<std::size_t>(kItems));
+  ASSERT_EQ(service.service.intItems.size(), static_cast<std::size_t>(kItems));
+  EXPECT_EQ(service.service.lItems.back(), "spa99999");
+  EXPECT_EQ(service.service.intItems.back(), 99'999);
+}
+
 TEST_F(BuildService, WithoutARowFails) {
   insertOneOfEach();
   for (const auto build : {buildSatService, buildTdtService, buildCableService, buildIPService}) {

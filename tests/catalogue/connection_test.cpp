@@ -18,6 +18,7 @@ namespace {
 
 using lineup::test::CatalogueFile;
 using lineup::test::CatalogueLock;
+using lineup::test::CatalogueWriter;
 using lineup::test::filesIn;
 
 class Connection : public testing::Test {
@@ -114,7 +115,7 @@ TEST_F(Connection, ASecondBeginIsRefused) {
 }
 
 TEST_F(Connection, AFailedBeginCountsAsBegun) {
-  tSqlite3db db(folder.file("missing.sqlite"));
+  tSqlite3db db(folder.file("nowhere/missing.sqlite"));
   EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
             (Records{"[db] DB: Begin transaction",
                      "[db] Query could not be executed (21): BEGIN TRANSACTION"}));
@@ -128,7 +129,7 @@ TEST_F(Connection, AFailedBeginCountsAsBegun) {
 }
 
 TEST_F(Connection, AFailedRollbackEndsTheTransaction) {
-  tSqlite3db db(folder.file("missing.sqlite"));
+  tSqlite3db db(folder.file("nowhere/missing.sqlite"));
   db.beginTransaction();
   EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
             (Records{"[db] DB: Rollback transaction",
@@ -176,15 +177,57 @@ TEST_F(Connection, AStatementIsTriedThreeTimes) {
   EXPECT_EQ(tries, 3);
 }
 
-TEST_F(Connection, AMissingFileIsNotCreated) {
-  {
-    tSqlite3db db(folder.file("missing.sqlite"));
-    EXPECT_FALSE(db.exec("SELECT 1"));
-  }
-  EXPECT_EQ(filesIn(folder.path()).count("missing.sqlite"), 0U);
+TEST_F(Connection, AMissingFileIsCreatedEmpty) {
+  const tSqlite3db db(folder.file("missing.sqlite"));
+  EXPECT_EQ(filesIn(folder.path()).at("missing.sqlite"), "");
 }
 
-TEST_F(Connection, NoStatementChangesTheFileOrMakesAnother) {
+TEST_F(Connection, StatementsAndTransactionsWorkOnADatabaseOfItsOwn) {
+  const std::string own = folder.file("own.sqlite");
+  tSqlite3db db(own);
+  EXPECT_EQ(logOf([&] {
+              EXPECT_TRUE(db.exec("PRAGMA journal_mode=WAL"));
+              EXPECT_TRUE(db.exec("CREATE TABLE numbers(x)"));
+              EXPECT_TRUE(db.exec("INSERT INTO numbers VALUES(1)"));
+              EXPECT_TRUE(db.exec("ATTACH '" + path + "' AS other"));
+              EXPECT_TRUE(db.exec("DETACH other"));
+            }),
+            Records{});
+  db.beginTransaction();
+  EXPECT_TRUE(db.exec("INSERT INTO numbers VALUES(2)"));
+  EXPECT_TRUE(db.commitTransaction());
+  db.beginTransaction();
+  EXPECT_TRUE(db.exec("DELETE FROM numbers"));
+  EXPECT_TRUE(db.rollbackTransaction());
+  // Fails unless the rows 1 and 2 are there, and no others.
+  CatalogueWriter(own).execute(
+      "CREATE TABLE expected(x CHECK(x = 3)); INSERT INTO expected SELECT sum(x) FROM numbers");
+}
+
+TEST_F(Connection, ReadsOnlyAsLongAsItIsToldTo) {
+  tSqlite3db db(path);
+  {
+    const tReadingOnly reading(db.getHandle());
+    EXPECT_TRUE(db.exec("SELECT upper(service_name) FROM availableSatService"));
+    EXPECT_EQ(logOf([&] {
+                EXPECT_FALSE(db.exec("INSERT INTO availableSatService(service_id) VALUES(1)"));
+              }),
+              (Records{"[db] Query could not be executed (23): INSERT INTO "
+                       "availableSatService(service_id) VALUES(1)"}));
+  }
+  EXPECT_TRUE(db.exec("INSERT INTO availableSatService(service_id) VALUES(1)"));
+}
+
+TEST_F(Connection, ASelectBehindTheDeadlineIsInterrupted) {
+  tSqlite3db db(path);
+  const std::string endless =
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";
+  const tReadingOnly reading(db.getHandle(), tReadingOnly::Clock::now());
+  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.exec(endless)); }),
+            (Records{"[db] Query could not be executed (9): " + endless}));
+}
+
+TEST_F(Connection, ReadingOnlyNoStatementChangesTheFileOrMakesAnother) {
   file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
   file.execute("CREATE INDEX names ON availableSatService(service_name)");
   const CatalogueFile other(folder.file("other.sqlite"));
@@ -221,6 +264,7 @@ TEST_F(Connection, NoStatementChangesTheFileOrMakesAnother) {
            "PRAGMA wal_checkpoint",
            "PRAGMA temp_store_directory='FOLDER'",
            "SELECT * FROM pragma_optimize",
+           "BEGIN",
            "BEGIN IMMEDIATE",
            "BEGIN EXCLUSIVE",
            "SAVEPOINT extra",
@@ -232,7 +276,8 @@ TEST_F(Connection, NoStatementChangesTheFileOrMakesAnother) {
     if (const auto position = statement.find("FOLDER"); position != std::string::npos) {
       statement.replace(position, 6, folder.path());
     }
-    tSqlite3db db(path);
+    const tSqlite3db db(path);
+    const tReadingOnly reading(db.getHandle());
     EXPECT_NE(sqlite3_exec(db.getHandle(), statement.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
         << statement;
     EXPECT_EQ(filesIn(folder.path()), before) << statement << ", connection open";

@@ -40,6 +40,7 @@ constexpr Table kTables[] = {{'S', korveldb::kSatLayout.name, lineup::kSatTable}
                              {'I', korveldb::kIPLayout.name, lineup::kIPTable}};
 
 constexpr std::size_t kMostColumns = 64;
+constexpr std::size_t kMostRows = 4096;  // a row of one byte takes a kilobyte of memory
 
 using Row = std::vector<std::string>;
 
@@ -170,6 +171,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (const std::string& line : splitWords(text.substr(std::min<std::size_t>(1, size)), '\n')) {
     rows.push_back(splitWords(line, '\t'));
   }
+  rows.resize(std::min(rows.size(), kMostRows));
   fill(*table, rows);
 
   const lineup::fuzz::MemoryLimit limit;

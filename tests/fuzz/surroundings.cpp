@@ -42,9 +42,9 @@ std::map<std::string, int> files;
 constexpr std::size_t kMostFiles = 16;
 
 constexpr char kCatalogueUri[] = "file:/catalogue?vfs=memdb";
-constexpr int kLongestText = 1 << 20;
+constexpr int kMemory = 32 << 20;
 constexpr int kStepsBetweenLooks = 1000;
-constexpr int kMostLooks = 200;
+constexpr int kMostLooks = 100;
 
 int looksLeft = 0;
 
@@ -116,7 +116,6 @@ EndingSignalsHeld::~EndingSignalsHeld() {}
 
 extern "C" {
 
-int __real_sqlite3_open_v2(const char* name, sqlite3** handle, int flags, const char* vfs);
 void __real_sqlite3_progress_handler(sqlite3* handle, int steps, int (*look)(void*),
                                      void* argument);
 
@@ -143,18 +142,20 @@ int __wrap_syncfs(int /*descriptor*/) {
   return 0;
 }
 
-int __wrap_sqlite3_open_v2(const char* name, sqlite3** handle, int flags, const char* vfs) {
+int __wrap_sqlite3_open(const char* name, sqlite3** handle) {
   using namespace lineup::fuzz;
   require(std::string_view(name) == lineup::kCatalogueFile, "no database but the catalogue");
   catalogue();
-  const int result = __real_sqlite3_open_v2(kCatalogueUri, handle, flags | SQLITE_OPEN_URI, vfs);
-  sqlite3_limit(*handle, SQLITE_LIMIT_LENGTH, kLongestText);
-  return result;
+  return sqlite3_open_v2(kCatalogueUri, handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, nullptr);
 }
 
-void __wrap_sqlite3_progress_handler(sqlite3* handle, int /*steps*/, int (* /*look*/)(void*),
-                                     void* /*argument*/) {
+void __wrap_sqlite3_progress_handler(sqlite3* handle, int steps, int (*look)(void*),
+                                     void* argument) {
   using namespace lineup::fuzz;
+  if (look == nullptr) {
+    __real_sqlite3_progress_handler(handle, steps, look, argument);
+    return;
+  }
   looksLeft = kMostLooks;
   __real_sqlite3_progress_handler(handle, kStepsBetweenLooks, stopEndlessSelect, nullptr);
 }
@@ -165,9 +166,10 @@ void __wrap_sqlite3_progress_handler(sqlite3* handle, int /*steps*/, int (* /*lo
 sqlite3* lineup::fuzz::catalogue() {
   static sqlite3* const connection = [] {
     sqlite3* opened = nullptr;
-    const int result = __real_sqlite3_open_v2(
-        kCatalogueUri, &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
-        nullptr);
+    const int result =
+        sqlite3_open_v2(kCatalogueUri, &opened,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI, nullptr);
+    sqlite3_hard_heap_limit64(kMemory);
     require(result == SQLITE_OK, "the catalogue can be made");
     return opened;
   }();

@@ -73,6 +73,14 @@ void CatalogueWriter::execute(const std::string& sql) {
   }
 }
 
+void CatalogueWriter::createTables(std::size_t extraColumns) {
+  std::string sql = "BEGIN;";
+  for (const Table& table : kTables) {
+    sql += createStatement(table, extraColumns);
+  }
+  execute(sql + "COMMIT");
+}
+
 void CatalogueWriter::insert(const std::string& table, const Cells& cells) {
   std::string values;
   for (std::size_t column = 0; column < columnCount(table); ++column) {
@@ -81,6 +89,11 @@ void CatalogueWriter::insert(const std::string& table, const Cells& cells) {
               (cell == cells.end() ? "NULL" : quoted(cell->second));
   }
   execute("INSERT INTO " + table + " VALUES(" + values + ")");
+}
+
+void CatalogueWriter::fill(const std::string& table, int count, const std::string& cells) {
+  execute("WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n LIMIT " +
+          std::to_string(count) + ") INSERT INTO " + table + " SELECT " + cells + " FROM n");
 }
 
 std::size_t CatalogueWriter::columnCount(const std::string& table) {
@@ -93,9 +106,7 @@ std::size_t CatalogueWriter::columnCount(const std::string& table) {
 
 CatalogueFile::CatalogueFile(const std::string& path, std::size_t extraColumns)
     : CatalogueWriter(cleared(path)) {
-  for (const Table& table : kTables) {
-    execute(createStatement(table, extraColumns));
-  }
+  createTables(extraColumns);
 }
 
 CatalogueLock::CatalogueLock(const std::string& path) : writer_(path) {

@@ -30,8 +30,16 @@ class CatalogueWriter {
   /// Runs one or more statements.
   void execute(const std::string& sql);
 
+  /// Makes the four tables, empty, in one transaction. Each has `extraColumns` columns behind those
+  /// that the console knows.
+  void createTables(std::size_t extraColumns = 0);
+
   /// Adds a row to `table`. Columns that `cells` does not name are NULL.
   void insert(const std::string& table, const Cells& cells);
+
+  /// Adds `count` rows to `table`. `cells` are SQL expressions with commas between them, one for
+  /// each column, in which `i` counts the rows from 1.
+  void fill(const std::string& table, int count, const std::string& cells);
 
  private:
   std::size_t columnCount(const std::string& table);
@@ -42,7 +50,6 @@ class CatalogueWriter {
 /// A catalogue with four empty tables at `path`. Makes the folders above it and replaces the file.
 class CatalogueFile : public CatalogueWriter {
  public:
-  /// Each table has `extraColumns` columns behind those that the console knows.
   explicit CatalogueFile(const std::string& path, std::size_t extraColumns = 0);
 };
 
