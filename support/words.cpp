@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+namespace lineup {
+
 std::vector<std::string> splitWords(const std::string& text, char delimiter) {
   return readWords(text, delimiter, [](std::string word) { return word; });
 }
@@ -29,3 +31,5 @@ void upperCase(std::string& text) {
     }
   }
 }
+
+}  // namespace lineup

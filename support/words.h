@@ -10,6 +10,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace lineup {
+
 /// What `read` makes of each word of `text`, a std::string. Words are the pieces between
 /// delimiters: two delimiters in a row have an empty word between them and a leading one has an
 /// empty word before it; a trailing one adds nothing, and an empty text has no words.
@@ -39,3 +41,5 @@ bool isOneWord(std::string_view text);
 
 /// Turns `text` into upper case in place, byte by byte: bytes beyond ASCII stay as they are.
 void upperCase(std::string& text);
+
+}  // namespace lineup

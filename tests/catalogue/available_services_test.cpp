@@ -43,7 +43,7 @@ class AvailableServices : public testing::Test {
   static Lines errorsOf(Action action) {
     testing::internal::CaptureStderr();
     action();
-    return splitWords(testing::internal::GetCapturedStderr(), '\n');
+    return lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
   }
 
   lineup::test::TemporaryFolder folder;
@@ -251,7 +251,7 @@ TEST_F(AvailableServices, ALockThatGoesAwayCostsOneAttempt) {
   ASSERT_EQ(list->rows.size(), 1U);
   EXPECT_EQ(list->rows[0].asText(11), "Channel One");
   EXPECT_GE(duration, seconds(1));
-  const Lines lines = splitWords(errors, '\n');
+  const Lines lines = lineup::splitWords(errors, '\n');
   ASSERT_EQ(lines.size(), 3U) << errors;
   EXPECT_EQ(lines[0],
             "[ERROR_DB]doSelect: Error leyendo datos tabla availableCableService . intento: 0");

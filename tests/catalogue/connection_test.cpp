@@ -28,7 +28,8 @@ class Connection : public testing::Test {
     log_setup(LOG_LEVEL_DEBUG, 3);
     testing::internal::CaptureStderr();
     action();
-    std::vector<std::string> records = splitWords(testing::internal::GetCapturedStderr(), '\n');
+    std::vector<std::string> records =
+        lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
     for (std::string& record : records) {
       record.erase(0, record.find('['));     // the program's name
       record.erase(0, record.find('[', 1));  // and its process id

@@ -168,8 +168,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
   }
   std::vector<Row> rows;
-  for (const std::string& line : splitWords(text.substr(std::min<std::size_t>(1, size)), '\n')) {
-    rows.push_back(splitWords(line, '\t'));
+  for (const std::string& line :
+       lineup::splitWords(text.substr(std::min<std::size_t>(1, size)), '\n')) {
+    rows.push_back(lineup::splitWords(line, '\t'));
   }
   rows.resize(std::min(rows.size(), kMostRows));
   fill(*table, rows);
@@ -180,7 +181,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (std::size_t row = 0; row < rows.size() && row < kRowsAdded; ++row) {
     const std::size_t column = table->columns.id;
     const std::string id = column < rows[row].size() ? rows[row][column] : "";
-    addService(editor, readNumber(id.starts_with('#') ? id.substr(1) : id));
+    addService(editor, lineup::readNumber(id.starts_with('#') ? id.substr(1) : id));
   }
   lineup::fuzz::requireRoundTrip(editor.config);
   return 0;

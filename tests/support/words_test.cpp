@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+namespace lineup {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -77,3 +78,4 @@ TEST(UpperCase, TurnsAsciiAlone) {
 }
 
 }  // namespace
+}  // namespace lineup
