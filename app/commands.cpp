@@ -1,4 +1,4 @@
-// The command table, the dispatcher and completion from the table. A new command is one row.
+#include "app/commands.h"
 
 #include <iostream>
 #include <span>
@@ -13,6 +13,8 @@
 #include "lineup/entries.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
+
+// The command table, the dispatcher and completion from the table. A new command is one row.
 
 namespace lineup {
 

@@ -11,10 +11,6 @@
 
 namespace lineup {
 
-/// What a line up to its cursor may become: command words, then what the command table says of
-/// their arguments.
-std::vector<Possibility> completeCommandLine(const std::string& begun);
-
 std::vector<Possibility> completeChoice(const Setting& setting, const std::string& typed);
 
 /// In any case of letters, as the names are read.

@@ -2,7 +2,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "app/completion.h"
+#include "app/commands.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/line_input.h"

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "app/commands.h"
 #include "model/lineup_editor.h"
 #include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"

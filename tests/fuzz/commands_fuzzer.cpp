@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "app/completion.h"
+#include "app/commands.h"
 #include "model/lineup_editor.h"
 #include "simulator/catalogue.h"
 #include "simulator/initial_state.h"
