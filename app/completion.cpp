@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "catalogue/service_names.h"
-#include "lineup/rf_inputs.h"
-#include "lineup/scan.h"
+#include "lineup/rf_input_names.h"
+#include "lineup/scan_types.h"
 #include "support/words.h"
 
 namespace lineup {

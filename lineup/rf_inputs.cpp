@@ -1,35 +1,18 @@
-#include "lineup/rf_inputs.h"
-
 #include <chrono>
-#include <cstdio>
-#include <iterator>
+#include <iostream>
 #include <map>
-#include <span>
+#include <string>
 
+#include "lineup/rf_input_names.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
-#include "support/words.h"
 
 namespace lineup {
 
 namespace {
 
 using general::RFInputId;
-
-struct InputName {
-  const char* name;
-  RFInputId::type id;
-};
-
-constexpr InputName kInputs[] = {
-    {"SAT1", RFInputId::SAT1}, {"SAT2", RFInputId::SAT2}, {"SAT3", RFInputId::SAT3},
-    {"SAT4", RFInputId::SAT4}, {"SAT5", RFInputId::SAT5}, {"SAT6", RFInputId::SAT6},
-    {"SAT7", RFInputId::SAT7}, {"SAT8", RFInputId::SAT8}, {"TDT1", RFInputId::TDT1},
-    {"TDT2", RFInputId::TDT2},
-};
-
-constexpr InputName kGroups[] = {{"TDTALL", RFInputId::TDTALL}, {"SATALL", RFInputId::SATALL}};
 
 /// How long the headend takes to show a switched input in its status.
 constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
@@ -83,46 +66,10 @@ void printStates(const std::map<RFInputId::type, bool>& states) {
     marks += position < kPaddedMarks ? "      " : "";
     ++position;
   }
-  std::puts("\n");
-  std::printf("   %s\n    %s\n\n\n", names.c_str(), marks.c_str());
-  std::fflush(stdout);
+  std::cout << "\n\n   " << names << "\n    " << marks << "\n\n\n" << std::flush;
 }
 
 }  // namespace
-
-std::string rfInputName(RFInputId::type id) {
-  for (const InputName& input : kInputs) {
-    if (input.id == id) {
-      return input.name;
-    }
-  }
-  return "UNKNOWN";
-}
-
-bool parseRFInputName(std::string& name, RFInputId::type& id) {
-  upperCase(name);
-  const std::span<const InputName> lists[] = {kInputs, kGroups};
-  for (const std::span<const InputName>& list : lists) {
-    for (const InputName& input : list) {
-      if (name == input.name) {
-        id = input.id;
-        return true;
-      }
-    }
-  }
-  return false;
-}
-
-std::vector<std::string> rfInputNames() {
-  std::vector<std::string> names;
-  for (const InputName& input : kInputs) {
-    names.emplace_back(input.name);
-  }
-  for (const InputName& group : kGroups) {
-    names.emplace_back(group.name);
-  }
-  return names;
-}
 
 void LineupEditor::getRFInputState() {
   std::map<RFInputId::type, bool> states;
@@ -141,8 +88,7 @@ void LineupEditor::setRFInputState(bool enable, const std::string& name) {
     RFInputId::type id{};
     std::string upperCaseName = name;
     if (!parseRFInputName(upperCaseName, id)) {
-      std::puts("Error RF Input value. ");
-      std::fflush(stdout);
+      std::cout << "Error RF Input value. " << std::endl;
       return;
     }
     fetchHeadendStatus();

@@ -1,9 +1,9 @@
-#include "lineup/scan.h"
-
-#include <cstdio>
 #include <iostream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
+#include "lineup/scan_types.h"
 #include "model/lineup_editor.h"
 #include "support/line_input.h"
 #include "support/words.h"
@@ -20,12 +20,9 @@ const char* mark(bool enabled) {
 
 void LineupEditor::showTdtScan() const {
   const auto& global = config.lineupConfig.globalConfig;
-  const std::string names = "DVB-T   DVB-C   ";
-  const std::string marks =
-      std::string(mark(global.cofdmScanEnabled)) + "       " + mark(global.qamsScanEnabled);
-  std::puts("\n");
-  std::printf("    %s\n      %s\n\n\n", names.c_str(), marks.c_str());
-  std::fflush(stdout);
+  std::cout << "\n\n    DVB-T   DVB-C   \n      " << mark(global.cofdmScanEnabled) << "       "
+            << mark(global.qamsScanEnabled) << "\n\n\n"
+            << std::flush;
 }
 
 void LineupEditor::setTdtScan(bool enable, std::string& type) {

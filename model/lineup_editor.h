@@ -18,7 +18,7 @@ namespace module = korvel::thrift::module;
 ///
 /// Operations change `config` in memory and set `pendingChanges`; only commitHeadendConfig() and
 /// the RF input operations reach the controller. Unless an operation says otherwise:
-///  - what the user is told goes to standard output, each line flushed;
+///  - what the user is told goes to std::cout, each line flushed;
 ///  - a refused argument or a failed lookup is raised as std::runtime_error whose what() is the
 ///    whole text for the user, and `config` is then as it was;
 ///  - numbers are the controller's signed 32-bit integers;

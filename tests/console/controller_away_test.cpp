@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/console/rf_inputs.h"
+#include "tests/support/rf_inputs.h"
 #include "tests/console/session.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"

@@ -1,116 +1,34 @@
-// The RF inputs, with the remote calls replaced by a controller that lives in this file. The real
-// calls report no failure to their caller; these can raise what a call might.
+// The RF inputs, switched on a controller in the test's own process.
 
-#include "lineup/rf_inputs.h"
+#include "tests/support/rf_inputs.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdarg>
-#include <cstdio>
-#include <functional>
+#include <iostream>
 #include <stdexcept>
+#include <streambuf>
 #include <string>
 #include <vector>
 
 #include "model/lineup_editor.h"
 #include "support/log.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/streams.h"
 
-namespace {
-
-/// The controller: what it answers, and what it was asked in order.
-struct Controller {
-  std::function<void(lineup::LineupEditor&)> answerStatus = [](lineup::LineupEditor&) {};
-  std::function<void()> answerSend = [] {};
-  std::vector<std::string> calls;
-};
-
-Controller controller;
-std::vector<std::string> logRecords;
-
-std::string onOff(bool enabled) {
-  return enabled ? " on" : " off";
-}
-
-}  // namespace
-
-void log_function(int level, const char* module, const char* format, ...) {
-  char message[200];
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(message, sizeof message, format, arguments);
-  va_end(arguments);
-  logRecords.push_back(std::to_string(level) + " " + (module == nullptr ? "null" : module) + " " +
-                       message);
-}
-
-namespace lineup {
-
-void LineupEditor::fetchHeadendStatus() {
-  controller.calls.emplace_back("status");
-  controller.answerStatus(*this);
-}
-
-void LineupEditor::sendTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt1,
-                                        const hub_module::TDTRFInputConfig& tdt2) {
-  controller.calls.push_back("TDT " + std::to_string(tdt1.antennaVoltage) + onOff(tdt1.enabled) +
-                             ", " + std::to_string(tdt2.antennaVoltage) + onOff(tdt2.enabled));
-  controller.answerSend();
-}
-
-void LineupEditor::sendSATRFInputConfig(general::RFInputId::type id,
-                                        const hub_module::SATRFInputConfig& sat) {
-  controller.calls.push_back("SAT " + std::to_string(id) + " " + std::to_string(sat.lnb.voltage) +
-                             onOff(sat.enabled));
-  controller.answerSend();
-}
-
+namespace lineup::test {
 namespace {
 
 using general::RFInputId;
-using ::testing::internal::CaptureStdout;
-using ::testing::internal::GetCapturedStdout;
 using Calls = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
 
-const char* const kNamesRow =
-    "   TDT1   TDT2   SAT1   SAT2   SAT3   SAT4   SAT5   SAT6   SAT7   SAT8   \n";
-
-template <class Operation>
-std::string outputOf(Operation operation) {
-  CaptureStdout();
-  try {
-    operation();
-  } catch (...) {
-    GetCapturedStdout();
-    throw;
-  }
-  return GetCapturedStdout();
-}
-
-/// Ten inputs, TDT1 alone switched on. Voltages tell the configurations apart.
-hub_module::HeadendStatus fullStatus() {
-  hub_module::HeadendStatus status;
-  for (int id = RFInputId::TDT1; id <= RFInputId::TDT2; ++id) {
-    auto& input = status.tdtRFInputs[static_cast<RFInputId::type>(id)].config;
-    input.antennaVoltage = id * 11;
-    input.enabled = id == RFInputId::TDT1;
-  }
-  for (int id = RFInputId::SAT1; id <= RFInputId::SAT8; ++id) {
-    status.satRFInputs[static_cast<RFInputId::type>(id)].config.lnb.voltage = 100 + id;
-  }
-  return status;
-}
-
+/// An editor with a configuration that no operation on RF inputs may change.
 class RFInputs : public ::testing::Test {
  protected:
-  RFInputs() {
-    controller = {};
-    logRecords.clear();
-    editor.config.headendGlobalConfig.headendId = 4;
-  }
+  RFInputs() { editor.config.headendGlobalConfig.headendId = 4; }
 
   ~RFInputs() override {
     hub_module::HeadendConfig expected;
@@ -119,131 +37,94 @@ class RFInputs : public ::testing::Test {
     EXPECT_FALSE(editor.pendingChanges);
   }
 
-  /// The controller has `status`, and answers with it.
-  void answerWith(const hub_module::HeadendStatus& status) {
-    controller.answerStatus = [status](LineupEditor& asking) { asking.status = status; };
-  }
-
   std::string state() {
-    return outputOf([this] { editor.getRFInputState(); });
+    return printed([this] { editor.getRFInputState(); });
   }
 
   std::string set(bool enable, const std::string& name) {
-    return outputOf([&] { editor.setRFInputState(enable, name); });
-  }
-
-  /// Expects that switching ends with the failed look-up, without a table.
-  void expectFailedLookup(bool enable, const std::string& name) {
-    const Clock::time_point start = Clock::now();
-    CaptureStdout();
-    try {
-      editor.setRFInputState(enable, name);
-      ADD_FAILURE() << "found " << name;
-    } catch (const std::out_of_range& failure) {
-      EXPECT_STREQ(failure.what(), "map::at");
-    }
-    EXPECT_EQ(GetCapturedStdout(), "");
-    EXPECT_LT(Clock::now() - start, kSwitchingTime);
+    return printed([&] { editor.setRFInputState(enable, name); });
   }
 
   LineupEditor editor;
 };
 
-// ---- names
+/// A controller with ten inputs, TDT1 alone switched on.
+class RFInputsOfAHeadend : public RFInputs {
+ protected:
+  RFInputsOfAHeadend() { controller.setStatus(status); }
 
-TEST(RFInputNames, EveryInputHasOne) {
-  const std::vector<std::string> names = {"TDT1", "TDT2", "SAT1", "SAT2", "SAT3",
-                                          "SAT4", "SAT5", "SAT6", "SAT7", "SAT8"};
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    EXPECT_EQ(rfInputName(static_cast<RFInputId::type>(i + 1)), names[i]);
-  }
-}
+  Calls calls() const { return describe(controller.calls()); }
 
-TEST(RFInputNames, GroupsAndOtherValuesAreUnknown) {
-  for (const int id : {240, 243, 0, 11, 255}) {
-    EXPECT_EQ(rfInputName(static_cast<RFInputId::type>(id)), "UNKNOWN");
-  }
-}
+  void failNext() { controller.answerNext({.kind = Answer::kNotReady}); }
 
-TEST(RFInputNames, AreReadInAnyCaseAndUpperCasedInPlace) {
-  const struct {
-    const char* typed;
-    const char* upperCase;
-    int id;
-  } cases[] = {{"SAT1", "SAT1", 3},       {"sat2", "SAT2", 4},  {"Sat3", "SAT3", 5},
-               {"sAT4", "SAT4", 6},       {"SAT5", "SAT5", 7},  {"SAT6", "SAT6", 8},
-               {"SAT7", "SAT7", 9},       {"SAT8", "SAT8", 10}, {"tdtall", "TDTALL", 240},
-               {"SatAll", "SATALL", 243}, {"tdt1", "TDT1", 1},  {"TDT2", "TDT2", 2}};
-  for (const auto& each : cases) {
-    std::string name = each.typed;
-    RFInputId::type id{};
-    EXPECT_TRUE(parseRFInputName(name, id)) << each.typed;
-    EXPECT_EQ(id, each.id);
-    EXPECT_EQ(name, each.upperCase);
+  /// Expects that switching ends with the failed look-up, without a table, after `expected` calls.
+  void expectFailedLookup(bool enable, const std::string& name, const Calls& expected) {
+    SCOPED_TRACE(name);
+    const std::size_t before = controller.calls().size();
+    const Clock::time_point start = Clock::now();
+    EXPECT_EQ(printed([&] {
+                try {
+                  editor.setRFInputState(enable, name);
+                  ADD_FAILURE() << "found " << name;
+                } catch (const std::out_of_range& failure) {
+                  EXPECT_STREQ(failure.what(), "map::at");
+                }
+              }),
+              "");
+    EXPECT_LT(Clock::now() - start, kSwitchingTime);
+    const Calls all = calls();
+    EXPECT_EQ(Calls(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()), expected);
   }
-}
 
-TEST(RFInputNames, OtherTextsAreNotRecognised) {
-  for (const char* typed : {"SAT9", "SAT0", "TDT", "ALL", "TDT3", "SAT10", " SAT1", "SAT1 ",
-                            "SAT1\t", "", "1", "UNKNOWN", "s\xC3\xA1t1", "\xFF"}) {
-    std::string name = typed;
-    RFInputId::type id = RFInputId::SAT7;
-    EXPECT_FALSE(parseRFInputName(name, id)) << typed;
-    EXPECT_EQ(id, RFInputId::SAT7);
-  }
-}
+  FakeController controller;
+  hub_module::HeadendStatus status = tenInputs("+---------");
+};
 
 // ---- the table
 
-TEST_F(RFInputs, TableShowsTenInputsWithTheirMarksBelow) {
-  answerWith(fullStatus());
+TEST_F(RFInputsOfAHeadend, TableShowsTenInputsWithTheirMarksBelow) {
   EXPECT_EQ(state(),
-            std::string("\n\n") + kNamesRow +
-                "    ✓      ✕      ✕      ✕      ✕      ✕      ✕      ✕      ✕      ✕\n\n\n");
-  EXPECT_EQ(controller.calls, Calls{"status"});
+            "\n\n   TDT1   TDT2   SAT1   SAT2   SAT3   SAT4   SAT5   SAT6   SAT7   SAT8   \n"
+            "    ✓      ✕      ✕      ✕      ✕      ✕      ✕      ✕      ✕      ✕\n\n\n");
+  EXPECT_EQ(calls(), Calls{"status"});
 }
 
-TEST_F(RFInputs, TableMarksEveryEnabledInput) {
-  auto status = fullStatus();
-  status.tdtRFInputs[RFInputId::TDT1].config.enabled = false;
-  status.satRFInputs[RFInputId::SAT2].config.enabled = true;
-  status.satRFInputs[RFInputId::SAT8].config.enabled = true;
-  answerWith(status);
-  EXPECT_EQ(state(),
-            std::string("\n\n") + kNamesRow +
-                "    ✕      ✕      ✕      ✓      ✕      ✕      ✕      ✕      ✕      ✓\n\n\n");
+TEST_F(RFInputsOfAHeadend, TableMarksEveryEnabledInput) {
+  controller.setStatus(tenInputs("---+-----+"));
+  EXPECT_EQ(state(), inputTable("---+-----+"));
 }
 
-TEST_F(RFInputs, TableShowsOnlyTheInputsOfTheStatus) {
-  auto status = fullStatus();
+TEST_F(RFInputsOfAHeadend, TableShowsOnlyTheInputsOfTheStatus) {
   status.tdtRFInputs.erase(RFInputId::TDT2);
   status.satRFInputs.clear();
   status.satRFInputs[RFInputId::SAT3].config.enabled = true;
-  answerWith(status);
+  controller.setStatus(status);
   EXPECT_EQ(state(), "\n\n   TDT1   SAT3   \n    ✓      ✓      \n\n\n");
 }
 
-TEST_F(RFInputs, TableOfAnEmptyStatusIsBlank) {
+TEST_F(RFInputsOfAHeadend, TableOfAnEmptyStatusIsBlank) {
+  controller.setStatus({});
   EXPECT_EQ(state(), "\n\n   \n    \n\n\n");
 }
 
 TEST_F(RFInputs, TableShowsTheStatusHeldFromBeforeIfTheFetchFails) {
   editor.status.satRFInputs[RFInputId::SAT3].config.enabled = true;
-  EXPECT_EQ(state(), "\n\n   SAT3   \n    ✓      \n\n\n");
+  EXPECT_EQ(state(), std::string(kNoStatus) + "\n\n   SAT3   \n    ✓      \n\n\n");
 }
 
-TEST_F(RFInputs, TableKeepsTheTerrestrialStateOfAnIdThatBothMapsHave) {
-  editor.status.tdtRFInputs[RFInputId::SAT1].config.enabled = true;
-  editor.status.satRFInputs[RFInputId::SAT1].config.enabled = false;
+TEST_F(RFInputsOfAHeadend, TableKeepsTheTerrestrialStateOfAnIdThatBothMapsHave) {
+  hub_module::HeadendStatus twice;
+  twice.tdtRFInputs[RFInputId::SAT1].config.enabled = true;
+  twice.satRFInputs[RFInputId::SAT1].config.enabled = false;
+  controller.setStatus(twice);
   EXPECT_EQ(state(), "\n\n   SAT1   \n    ✓      \n\n\n");
 }
 
-TEST_F(RFInputs, TableTakesMoreThanTenInputs) {
-  auto status = fullStatus();
+TEST_F(RFInputsOfAHeadend, TableTakesMoreThanTenInputs) {
   for (const int id : {0, 11, 240}) {
     status.satRFInputs[static_cast<RFInputId::type>(id)].config.enabled = true;
   }
-  answerWith(status);
+  controller.setStatus(status);
   EXPECT_EQ(
       state(),
       "\n\n   UNKNOWN   TDT1   TDT2   SAT1   SAT2   SAT3   SAT4   SAT5   SAT6   SAT7   SAT8   "
@@ -253,136 +134,153 @@ TEST_F(RFInputs, TableTakesMoreThanTenInputs) {
 
 // ---- switching
 
-TEST_F(RFInputs, SwitchesASatelliteInputThenShowsTheTable) {
-  auto status = fullStatus();
-  controller.answerStatus = [&](LineupEditor& asking) { asking.status = status; };
-  controller.answerSend = [&] { status.satRFInputs[RFInputId::SAT1].config.enabled = true; };
+TEST_F(RFInputsOfAHeadend, SwitchesASatelliteInputThenShowsTheTable) {
   const Clock::time_point start = Clock::now();
-  EXPECT_EQ(set(true, "sat1"),
-            std::string("\n\n") + kNamesRow +
-                "    ✓      ✕      ✓      ✕      ✕      ✕      ✕      ✕      ✕      ✕\n\n\n");
+  EXPECT_EQ(set(true, "sat1"), inputTable("+-+-------"));
   EXPECT_GE(Clock::now() - start, kSwitchingTime);
-  EXPECT_EQ(controller.calls, (Calls{"status", "SAT 3 103 on", "status"}));
+  EXPECT_EQ(calls(), (Calls{"status", "SAT 3 103 on", "status"}));
 }
 
-TEST_F(RFInputs, SwitchesTheLastSatelliteInputOff) {
-  auto status = fullStatus();
-  status.satRFInputs[RFInputId::SAT8].config.enabled = true;
-  answerWith(status);
-  set(false, "SAT8");
-  EXPECT_EQ(controller.calls, (Calls{"status", "SAT 10 110 off", "status"}));
+TEST_F(RFInputsOfAHeadend, SwitchesTheLastSatelliteInputOff) {
+  controller.setStatus(tenInputs("+--------+"));
+  EXPECT_EQ(set(false, "SAT8"), inputTable("+---------"));
+  EXPECT_EQ(calls(), (Calls{"status", "SAT 10 110 off", "status"}));
 }
 
-TEST_F(RFInputs, SendsTheTerrestrialInputsAsAPair) {
-  answerWith(fullStatus());
-  set(false, "TDT2");
-  EXPECT_EQ(controller.calls, (Calls{"status", "TDT 11 on, 22 off", "status"}));
-  controller.calls.clear();
-  set(true, "tdt2");
-  EXPECT_EQ(controller.calls, (Calls{"status", "TDT 11 on, 22 on", "status"}));
-  controller.calls.clear();
-  set(false, "TDT1");
-  EXPECT_EQ(controller.calls, (Calls{"status", "TDT 11 off, 22 off", "status"}));
+TEST_F(RFInputsOfAHeadend, SendsTheTerrestrialInputsAsAPair) {
+  EXPECT_EQ(set(false, "TDT2"), inputTable("+---------"));
+  EXPECT_EQ(set(true, "tdt2"), inputTable("++--------"));
+  EXPECT_EQ(set(false, "TDT1"), inputTable("-+--------"));
+  EXPECT_EQ(calls(), (Calls{"status", "TDT 11 on, 22 off", "status",  //
+                            "status", "TDT 11 on, 22 on", "status",   //
+                            "status", "TDT 11 off, 22 on", "status"}));
 }
 
-TEST_F(RFInputs, SendsThePairTwiceForAllTerrestrialInputs) {
-  answerWith(fullStatus());
-  set(true, "TDTALL");
-  EXPECT_EQ(controller.calls, (Calls{"status", "TDT 11 on, 22 on", "TDT 11 on, 22 on", "status"}));
-  controller.calls.clear();
-  set(false, "TdtAll");
-  EXPECT_EQ(controller.calls,
-            (Calls{"status", "TDT 11 off, 22 off", "TDT 11 off, 22 off", "status"}));
+TEST_F(RFInputsOfAHeadend, SendsThePairTwiceForAllTerrestrialInputs) {
+  EXPECT_EQ(set(true, "TDTALL"), inputTable("++--------"));
+  EXPECT_EQ(set(false, "TdtAll"), inputTable("----------"));
+  EXPECT_EQ(calls(), (Calls{"status", "TDT 11 on, 22 on", "TDT 11 on, 22 on", "status",  //
+                            "status", "TDT 11 off, 22 off", "TDT 11 off, 22 off", "status"}));
 }
 
-TEST_F(RFInputs, SendsEachOfAllSatelliteInputsInOrder) {
-  answerWith(fullStatus());
-  set(true, "SATALL");
-  EXPECT_EQ(controller.calls,
+TEST_F(RFInputsOfAHeadend, SendsEachOfAllSatelliteInputsInOrder) {
+  EXPECT_EQ(set(true, "SATALL"), inputTable("+-++++++++"));
+  EXPECT_EQ(calls(),
             (Calls{"status", "SAT 3 103 on", "SAT 4 104 on", "SAT 5 105 on", "SAT 6 106 on",
                    "SAT 7 107 on", "SAT 8 108 on", "SAT 9 109 on", "SAT 10 110 on", "status"}));
+  EXPECT_EQ(controller.connections(), 10U);
 }
 
-TEST_F(RFInputs, StopsAtASatelliteInputThatTheStatusLacks) {
-  auto status = fullStatus();
+TEST_F(RFInputsOfAHeadend, StopsAtASatelliteInputThatTheStatusLacks) {
   status.satRFInputs.erase(RFInputId::SAT5);
-  answerWith(status);
-  expectFailedLookup(true, "SATALL");
-  EXPECT_EQ(controller.calls,
-            (Calls{"status", "SAT 3 103 on", "SAT 4 104 on", "SAT 5 105 on", "SAT 6 106 on"}));
+  controller.setStatus(status);
+  expectFailedLookup(true, "SATALL",
+                     {"status", "SAT 3 103 on", "SAT 4 104 on", "SAT 5 105 on", "SAT 6 106 on"});
 }
 
-TEST_F(RFInputs, SendsNothingIfTheStatusLacksTheInput) {
+TEST_F(RFInputsOfAHeadend, SendsNothingIfTheStatusLacksTheInput) {
+  controller.setStatus({});
   for (const char* name : {"SAT3", "SATALL", "TDT1", "TDT2", "TDTALL"}) {
-    SCOPED_TRACE(name);
-    controller.calls.clear();
-    expectFailedLookup(false, name);
-    EXPECT_EQ(controller.calls, Calls{"status"});
+    expectFailedLookup(false, name, {"status"});
   }
 }
 
-TEST_F(RFInputs, SendsNoTerrestrialInputIfTheOtherIsMissing) {
-  auto status = fullStatus();
+TEST_F(RFInputsOfAHeadend, SendsNoTerrestrialInputIfTheOtherIsMissing) {
   status.tdtRFInputs.erase(RFInputId::TDT2);
-  answerWith(status);
+  controller.setStatus(status);
   for (const char* name : {"TDT1", "TDTALL"}) {
-    controller.calls.clear();
-    expectFailedLookup(true, name);
-    EXPECT_EQ(controller.calls, Calls{"status"});
+    expectFailedLookup(true, name, {"status"});
   }
 }
 
-TEST_F(RFInputs, UsesTheStatusHeldFromBeforeIfTheFetchFails) {
-  editor.status = fullStatus();
-  set(true, "SAT2");
-  EXPECT_EQ(controller.calls, (Calls{"status", "SAT 4 104 on", "status"}));
+TEST_F(RFInputsOfAHeadend, UsesTheStatusHeldFromBeforeIfTheFetchFails) {
+  editor.status = status;
+  failNext();
+  EXPECT_EQ(set(true, "SAT2"), kNoStatus + inputTable("+--+------"));
+  EXPECT_EQ(calls(), (Calls{"status", "SAT 4 104 on", "status"}));
 }
 
-TEST_F(RFInputs, RefusesAnUnknownNameWithoutACall) {
-  answerWith(fullStatus());
+TEST_F(RFInputsOfAHeadend, RefusesAnUnknownNameWithoutACall) {
   for (const char* name : {"SAT9", "TDT", "ALL", "", "sat1 "}) {
-    EXPECT_EQ(set(true, name), "Error RF Input value. \n");
+    EXPECT_EQ(set(true, name), kBadInput);
   }
-  EXPECT_EQ(controller.calls, Calls{});
+  EXPECT_EQ(calls(), Calls{});
 }
 
-// ---- a controller that is not ready
+// ---- a remote call that raises
+//
+// The remote calls print their failures and do not raise them. An exception leaves one only from
+// standard output, while the line of a failure is printed.
 
-const std::function<void()> notReady = [] { throw hub_module::ControllerTaskIsNotReady(); };
+template <class Exception>
+class RaisingOutput : std::streambuf {
+ public:
+  RaisingOutput() : replaced_(std::cout.rdbuf(this)) { std::cout.exceptions(std::ios::badbit); }
+  ~RaisingOutput() override {
+    std::cout.exceptions(std::ios::goodbit);
+    std::cout.rdbuf(replaced_);  // clears the state
+  }
+  RaisingOutput(const RaisingOutput&) = delete;
+  RaisingOutput& operator=(const RaisingOutput&) = delete;
 
-TEST_F(RFInputs, TableLogsAControllerThatIsNotReadyAndShowsWhatWasGathered) {
-  editor.status = fullStatus();
-  controller.answerStatus = [](LineupEditor&) { notReady(); };
-  EXPECT_EQ(state(), "\n\n   \n    \n\n\n");
-  EXPECT_EQ(logRecords,
-            Calls{"7 null getRFInputState: exception hub_module::ControllerTaskIsNotReady"});
+ private:
+  std::streamsize xsputn(const char* /*text*/, std::streamsize /*size*/) override {
+    throw Exception();
+  }
+
+  std::streambuf* replaced_;
+};
+
+/// What `work` logs up to `level`, without the name and number of the process.
+template <class Work>
+std::string logged(int level, Work work) {
+  log_setup(level, 3);
+  testing::internal::CaptureStderr();
+  work();
+  const std::string record = testing::internal::GetCapturedStderr();
+  return record.empty() ? "" : record.substr(record.find("]: ") + 3);
 }
 
-TEST_F(RFInputs, SwitchingLogsAControllerThatIsNotReadyAndEndsWithoutWaitOrTable) {
-  controller.answerStatus = [](LineupEditor&) { notReady(); };
+TEST_F(RFInputsOfAHeadend, TableLogsAControllerThatIsNotReadyAndIsPrinted) {
+  const auto show = [this] {
+    failNext();
+    const RaisingOutput<hub_module::ControllerTaskIsNotReady> output;
+    // Printing the table on the output that is broken by then.
+    EXPECT_THROW(editor.getRFInputState(), std::ios::failure);
+  };
+  EXPECT_EQ(logged(7, show), "getRFInputState: exception hub_module::ControllerTaskIsNotReady\n");
+  EXPECT_EQ(logged(6, show), "");
+}
+
+TEST_F(RFInputsOfAHeadend, SwitchingLogsAControllerThatIsNotReadyAndEndsWithoutWaitOrTable) {
+  editor.status = status;
+  failNext();
   const Clock::time_point start = Clock::now();
-  EXPECT_EQ(set(true, "SAT1"), "");
+  EXPECT_EQ(logged(7,
+                   [this] {
+                     const RaisingOutput<hub_module::ControllerTaskIsNotReady> output;
+                     editor.setRFInputState(true, "SAT1");
+                   }),
+            "setRFInputState: exception hub_module::ControllerTaskIsNotReady\n");
   EXPECT_LT(Clock::now() - start, kSwitchingTime);
-  EXPECT_EQ(controller.calls, Calls{"status"});
-  EXPECT_EQ(logRecords,
-            Calls{"7 null setRFInputState: exception hub_module::ControllerTaskIsNotReady"});
+  EXPECT_EQ(calls(), Calls{"status"});
 }
 
-TEST_F(RFInputs, SwitchingManyInputsEndsAtTheCallThatIsNotReady) {
-  answerWith(fullStatus());
-  controller.answerSend = notReady;
-  EXPECT_EQ(set(true, "SATALL"), "");
-  EXPECT_EQ(controller.calls, (Calls{"status", "SAT 3 103 on"}));
-  EXPECT_EQ(logRecords,
-            Calls{"7 null setRFInputState: exception hub_module::ControllerTaskIsNotReady"});
+TEST_F(RFInputsOfAHeadend, SwitchingManyInputsEndsAtTheCallThatIsNotReady) {
+  controller.answerNext({});
+  failNext();
+  const RaisingOutput<hub_module::ControllerTaskIsNotReady> output;
+  editor.setRFInputState(true, "SATALL");
+  EXPECT_EQ(calls(), (Calls{"status", "SAT 3 103 on"}));
 }
 
-TEST_F(RFInputs, OtherFailuresPassThrough) {
-  controller.answerStatus = [](LineupEditor&) { throw std::runtime_error("lost"); };
-  EXPECT_THROW(state(), std::runtime_error);
-  EXPECT_THROW(set(true, "SAT1"), std::runtime_error);
-  EXPECT_EQ(logRecords, Calls{});
+TEST_F(RFInputs, OtherExceptionsPassThrough) {
+  struct Other {};
+  const RaisingOutput<Other> output;
+  EXPECT_THROW(editor.getRFInputState(), Other);
+  std::cout.clear();
+  EXPECT_THROW(editor.setRFInputState(true, "SAT1"), Other);
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test
