@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <iostream>
 #include <stdexcept>
 
@@ -14,8 +13,6 @@
 #include "support/memory_limit.h"
 
 namespace {
-
-constexpr char kVersion[] = "2.10.1+d20260617";
 
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
@@ -33,8 +30,7 @@ void openClosedStreams() {
 
 // At once: there is nothing yet that a destructor would have to end.
 [[noreturn]] void printVersionAndLeave() {
-  std::printf("\nVersion: %s\n", kVersion);
-  std::fflush(stdout);
+  std::cout << "\nVersion: " CONSOLE_VERSION "\n" << std::flush;
   _exit(0);
 }
 

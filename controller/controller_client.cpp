@@ -1,11 +1,11 @@
 #include "controller/controller_client.h"
 
+#include "model/headend_places.h"
+
 namespace lineup {
 
 namespace {
 
-constexpr const char* kAddress = "127.0.0.1";
-constexpr int32_t kPort = 9190;
 constexpr bool kUnixSocket = false;
 constexpr int32_t kConnectTimeoutMs = 1000;
 constexpr int32_t kReceiveTimeoutMs = 20000;
@@ -14,8 +14,8 @@ constexpr int32_t kSendTimeoutMs = 20000;
 }  // namespace
 
 ControllerClient makeControllerClient() {
-  return ControllerClient(kAddress, kPort, kUnixSocket, kConnectTimeoutMs, kReceiveTimeoutMs,
-                          kSendTimeoutMs);
+  return ControllerClient(kControllerAddress, kControllerPort, kUnixSocket, kConnectTimeoutMs,
+                          kReceiveTimeoutMs, kSendTimeoutMs);
 }
 
 }  // namespace lineup

@@ -7,11 +7,12 @@
 #include <string>
 
 #include "general_types.h"
+#include "model/headend_places.h"
 
 namespace lineup::simulator {
 
 struct Options {
-  int port = 9190;
+  int port = kControllerPort;
   std::string stateFile = "/etc/korvel/conf/ControllerTask/headend-simulator.json";
   std::string catalogueFile = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
   bool writeCatalogue = true;

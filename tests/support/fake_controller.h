@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "hub_module_types.h"
+#include "model/headend_places.h"
 
 namespace lineup::test {
 
@@ -73,7 +74,7 @@ std::string recordReply(const std::string& method, const std::string& record);
 class FakeController {
  public:
   /// Listens on 127.0.0.1; port 0 takes a free one. Raises std::system_error if it cannot.
-  explicit FakeController(uint16_t port = 9190);
+  explicit FakeController(uint16_t port = kControllerPort);
   /// Listens on the Unix socket `path`, which is removed at the end.
   explicit FakeController(const std::string& path);
   /// Closes every connection.
