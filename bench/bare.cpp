@@ -17,10 +17,10 @@
 #include <string>
 
 #include "WebSrv.h"
+#include "model/no_size_limits.h"
 
 namespace {
 
-using apache::thrift::TConfiguration;
 using apache::thrift::protocol::TBinaryProtocol;
 using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::transport::TBufferedTransport;
@@ -32,16 +32,11 @@ using korvel::thrift::hub_module::HeadendConfig;
 using korvel::thrift::hub_module::HeadendStatus;
 using korvel::thrift::hub_module::WebSrvClient;
 
-std::shared_ptr<TConfiguration> unlimited() {
-  constexpr int kNoLimit = 0x7fffffff;
-  return std::make_shared<TConfiguration>(kNoLimit, kNoLimit);
-}
-
 /// One call over a connection of its own.
 template <class Call>
 void call(Call make) {
-  const auto socket = std::make_shared<TSocket>("127.0.0.1", 9190, unlimited());
-  const auto transport = std::make_shared<TFramedTransport>(socket, unlimited());
+  const auto socket = std::make_shared<TSocket>("127.0.0.1", 9190, lineup::noSizeLimits());
+  const auto transport = std::make_shared<TFramedTransport>(socket, lineup::noSizeLimits());
   WebSrvClient client(std::make_shared<TBinaryProtocol>(transport));
   transport->open();
   make(client);
@@ -64,9 +59,9 @@ void commit(const HeadendConfig& config) {
 template <class Work>
 void withFile(const std::string& path, int flags, Work work) {
   const int descriptor = open(path.c_str(), flags, 0600);
-  const auto file =
-      std::make_shared<TFDTransport>(descriptor, TFDTransport::CLOSE_ON_DESTROY, unlimited());
-  const auto buffered = std::make_shared<TBufferedTransport>(file, 512, unlimited());
+  const auto file = std::make_shared<TFDTransport>(descriptor, TFDTransport::CLOSE_ON_DESTROY,
+                                                   lineup::noSizeLimits());
+  const auto buffered = std::make_shared<TBufferedTransport>(file, 512, lineup::noSizeLimits());
   TJSONProtocol protocol(buffered);
   work(protocol);
   buffered->flush();

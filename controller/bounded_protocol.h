@@ -5,10 +5,8 @@
 
 #include <thrift/protocol/TProtocol.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <string>
 
 namespace lineup {
 
@@ -16,17 +14,13 @@ namespace lineup {
 class BoundedSource {
  public:
   virtual ~BoundedSource() = default;
-  /// Whether there are at least `count` more bytes. May wait for them, where they come from a pipe.
-  virtual bool hasBytes(uint64_t count) = 0;
+  /// Whether there are at least `count` more bytes. Waits for them, where they come from a pipe.
+  virtual bool waitForBytes(uint64_t count) = 0;
 };
 
 /// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
-/// does, but raises TProtocolException(SIZE_LIMIT) for
-///  - a container that claims more elements than there are bytes left, and
-///  - more records in containers than half the fields read, or 65,536 if that is more: an absent
-///    field takes its place in memory but not a byte of the message, so that a megabyte of empty
-///    records would take several hundred. Those of the interface's records that stand in containers
-///    have at least two fields, which every writer writes.
+/// does, but throws TProtocolException(SIZE_LIMIT) for a container that claims more elements than
+/// there are bytes left, before memory is taken for them.
 template <class Base>
 class BoundedProtocol : public Base {
  public:
@@ -34,22 +28,6 @@ class BoundedProtocol : public Base {
   template <class Transport>
   explicit BoundedProtocol(const std::shared_ptr<Transport>& transport)
       : Base(transport), source_(*transport) {}
-
-  uint32_t readFieldBegin_virt(std::string& name, apache::thrift::protocol::TType& type,
-                               int16_t& id) override {
-    const uint32_t read = Base::readFieldBegin(name, type, id);
-    fields_ += type != apache::thrift::protocol::T_STOP ? 1U : 0U;
-    recordIsField_ = type == apache::thrift::protocol::T_STRUCT;
-    return read;
-  }
-
-  uint32_t readStructBegin_virt(std::string& name) override {
-    if (!recordIsField_) {
-      countRecord();
-    }
-    recordIsField_ = false;
-    return Base::readStructBegin(name);
-  }
 
   uint32_t readListBegin_virt(apache::thrift::protocol::TType& type, uint32_t& size) override {
     const uint32_t read = Base::readListBegin(type, size);
@@ -76,37 +54,17 @@ class BoundedProtocol : public Base {
                                           type);
   }
 
- protected:
-  /// Begins the count of records anew, for the next frame of the source.
-  void restartCount() {
-    records_ = 0;
-    fields_ = 0;
-    recordIsField_ = false;
-  }
-
  private:
   using Exception = apache::thrift::protocol::TProtocolException;
 
-  static constexpr uint64_t kFieldsPerRecord = 2;
-  static constexpr uint64_t kRecordsAlwaysAllowed = 65536;
-
-  void countRecord() {
-    if (++records_ > std::max(kRecordsAlwaysAllowed, fields_ / kFieldsPerRecord)) {
-      throw Exception(Exception::SIZE_LIMIT, "more records than the fields can fill");
-    }
-  }
-
   void checkClaim(uint32_t elements) {
-    if (!source_.hasBytes(elements)) {
+    if (!source_.waitForBytes(elements)) {
       throw Exception(Exception::SIZE_LIMIT,
                       "a container claims more elements than there are bytes");
     }
   }
 
   BoundedSource& source_;
-  uint64_t records_ = 0;
-  uint64_t fields_ = 0;
-  bool recordIsField_ = false;  // the next record is a field's value, no element of a container
 };
 
 }  // namespace lineup

@@ -8,8 +8,8 @@
 #include <memory>
 #include <utility>
 
-#include "controller/file_protocol.h"
-#include "controller/file_transport.h"
+#include "controller/config_file_protocol.h"
+#include "controller/config_file_transport.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 
@@ -26,8 +26,8 @@ int withConfigFile(const std::string& path, int flags, Work work) {
     return CONFIG_FILE_NOT_OPENED;
   }
   try {
-    const auto file = std::make_shared<FileTransport>(descriptor);
-    FileProtocol protocol(file);
+    const auto file = std::make_shared<ConfigFileTransport>(descriptor);
+    ConfigFileProtocol protocol(file);
     file->open();
     return work(*file, protocol);
   } catch (...) {

@@ -8,7 +8,7 @@
 
 namespace lineup {
 
-/// What the file operations return. They print nothing and raise nothing.
+/// What the file operations return. They print nothing and throw nothing.
 enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_FILE_FAILED = -2 };
 
 /// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing

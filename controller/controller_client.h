@@ -10,7 +10,7 @@ namespace lineup {
 using ControllerClient =
     korvel::thrift::utils::SimpleClient<korvel::thrift::hub_module::WebSrvClient>;
 
-/// A client connected to this board's ControllerTask, for one call. Raises TTransportException if
+/// A client connected to this board's ControllerTask, for one call. Throws TTransportException if
 /// ControllerTask cannot be reached within a second; each later wait is at most 20 seconds.
 ControllerClient makeControllerClient();
 

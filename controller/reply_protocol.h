@@ -11,25 +11,27 @@
 #include <string>
 
 #include "controller/bounded_protocol.h"
-#include "controller/frame_transport.h"
+#include "controller/reply_transport.h"
 
 namespace lineup {
 
 /// A binary protocol that reads headers of fields and containers by itself. The library takes any
 /// byte for one of its types and multiplies a count before anyone could check it, neither of which
-/// C++ defines. Raises TProtocolException for a type that there is not and for a negative count.
+/// C++ defines. Throws TProtocolException for a type that there is not and for a negative count.
 /// It knows its transport's class, so that a value is taken out of the frame without a virtual
 /// call.
-class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<FrameTransport> {
+class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<ReplyTransport> {
  public:
   using TBinaryProtocolT::TBinaryProtocolT;
   using TType = apache::thrift::protocol::TType;
 
-  uint32_t readFieldBegin(std::string& /*name*/, TType& type, int16_t& id) {
+  uint32_t readFieldBegin_virt(std::string& /*name*/, TType& type, int16_t& id) override {
     id = 0;
     const uint32_t read = readType(type);
     return type == apache::thrift::protocol::T_STOP ? read : read + readI16(id);
   }
+
+  // The headers of containers; BoundedProtocol goes through these.
 
   uint32_t readListBegin(TType& type, uint32_t& size) {
     const uint32_t read = readType(type);
@@ -67,9 +69,9 @@ class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<
   }
 };
 
-/// A binary protocol that raises TApplicationException at once for any message that does not answer
-/// the call last written: one that is neither reply nor exception, or has another method name or
-/// sequence number. A generated client skips such a message and waits for another.
+/// A binary protocol that throws TApplicationException at once for any message that does not answer
+/// the call last written: one that is neither reply nor exception, or has another method name. A
+/// generated client skips such a message and waits for another.
 class ReplyProtocol : public BoundedProtocol<CheckedBinaryProtocol> {
  public:
   using BoundedProtocol::BoundedProtocol;
@@ -78,23 +80,18 @@ class ReplyProtocol : public BoundedProtocol<CheckedBinaryProtocol> {
                                   const apache::thrift::protocol::TMessageType type,
                                   const int32_t sequence) override {
     method_ = name;
-    sequence_ = sequence;
     return BoundedProtocol::writeMessageBegin(name, type, sequence);
   }
 
   uint32_t readMessageBegin_virt(std::string& name, apache::thrift::protocol::TMessageType& type,
                                  int32_t& sequence) override {
     using apache::thrift::TApplicationException;
-    restartCount();
     const uint32_t read = BoundedProtocol::readMessageBegin(name, type, sequence);
     if (!answersACall(type)) {
       throw TApplicationException(TApplicationException::INVALID_MESSAGE_TYPE, "not a reply");
     }
     if (name != method_) {
       throw TApplicationException(TApplicationException::WRONG_METHOD_NAME, "another call's reply");
-    }
-    if (sequence != sequence_) {
-      throw TApplicationException(TApplicationException::BAD_SEQUENCE_ID, "another call's reply");
     }
     return read;
   }
@@ -111,7 +108,6 @@ class ReplyProtocol : public BoundedProtocol<CheckedBinaryProtocol> {
   }
 
   std::string method_;
-  int32_t sequence_ = 0;
 };
 
 }  // namespace lineup

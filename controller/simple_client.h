@@ -9,20 +9,20 @@
 #include <string>
 #include <utility>
 
-#include "controller/frame_transport.h"
 #include "controller/reply_protocol.h"
-#include "controller/unlimited.h"
+#include "controller/reply_transport.h"
+#include "model/no_size_limits.h"
 
 namespace korvel::thrift::utils {
 
 /// The generated `Client` over a connection of its own: framed transport, binary protocol. For one
-/// thread; calls raise what `Client` raises.
+/// thread; calls throw what `Client` throws.
 template <class Client>
 class SimpleClient : public virtual Client {
  public:
   /// Connects to `address` and `port`, or, with `unixSocket`, to the Unix socket
   /// /tmp/sock-ADDRESS-PORT. The time-outs are in milliseconds and apply when greater than 0: to
-  /// connecting, and to each wait for bytes of a reply and each wait for room to send. Raises
+  /// connecting, and to each wait for bytes of a reply and each wait for room to send. Throws
   /// TTransportException if there is no connection.
   SimpleClient(const std::string& address, int32_t port, bool unixSocket, int32_t connectTimeout,
                int32_t receiveTimeout, int32_t sendTimeout)
@@ -43,13 +43,13 @@ class SimpleClient : public virtual Client {
   using Socket = apache::thrift::transport::TSocket;
 
   explicit SimpleClient(const std::shared_ptr<Socket>& socket)
-      : SimpleClient(socket, std::make_shared<lineup::FrameTransport>(socket)) {}
+      : SimpleClient(socket, std::make_shared<lineup::ReplyTransport>(socket)) {}
 
   SimpleClient(const std::shared_ptr<Socket>& socket,
-               const std::shared_ptr<lineup::FrameTransport>& transport)
+               const std::shared_ptr<lineup::ReplyTransport>& transport)
       : SimpleClient(socket, transport, std::make_shared<lineup::ReplyProtocol>(transport)) {}
 
-  SimpleClient(std::shared_ptr<Socket> socket, std::shared_ptr<lineup::FrameTransport> transport,
+  SimpleClient(std::shared_ptr<Socket> socket, std::shared_ptr<lineup::ReplyTransport> transport,
                std::shared_ptr<lineup::ReplyProtocol> protocol)
       : Client(protocol),
         socket_(std::move(socket)),
@@ -60,14 +60,14 @@ class SimpleClient : public virtual Client {
                                             bool unixSocket) {
     if (unixSocket) {
       return std::make_shared<Socket>("/tmp/sock-" + address + "-" + std::to_string(port),
-                                      lineup::unlimited());
+                                      lineup::noSizeLimits());
     }
-    return std::make_shared<Socket>(address, port, lineup::unlimited());
+    return std::make_shared<Socket>(address, port, lineup::noSizeLimits());
   }
 
   // Released in reverse order; the connection closes with the socket.
   std::shared_ptr<Socket> socket_;
-  std::shared_ptr<lineup::FrameTransport> transport_;
+  std::shared_ptr<lineup::ReplyTransport> transport_;
   std::shared_ptr<lineup::ReplyProtocol> protocol_;
 };
 

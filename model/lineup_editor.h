@@ -19,7 +19,7 @@ namespace module = korvel::thrift::module;
 /// Operations change `config` in memory and set `pendingChanges`; only commitHeadendConfig() and
 /// the RF input operations reach the controller. Unless an operation says otherwise:
 ///  - what the user is told goes to std::cout, each line flushed;
-///  - a refused argument or a failed lookup is raised as std::runtime_error whose what() is the
+///  - a refused argument or a failed lookup is thrown as std::runtime_error whose what() is the
 ///    whole text for the user, and `config` is then as it was;
 ///  - numbers are the controller's signed 32-bit integers;
 ///  - where it waits or prints line by line, a signal that was caught throws EndedBySignal.
@@ -104,8 +104,8 @@ class LineupEditor {
   int32_t storeDVBService(hub_module::DVBInputServiceConfig service);
 
   /// Stores the service with the catalogue id `id` from the first table that has it (satellite,
-  /// terrestrial, cable, IP) and returns its key. Raises std::runtime_error "Service not found"; a
-  /// malformed integer list raises what std::stoi does and ends the search.
+  /// terrestrial, cable, IP) and returns its key. Throws std::runtime_error "Service not found"; a
+  /// malformed integer list throws what std::stoi does and ends the search.
   int32_t addCatalogueService(int32_t id);
 
   // ---- lineup/: entries of the RF and IP lineups
@@ -139,7 +139,7 @@ class LineupEditor {
 
   // ---- lineup/: IP muxes
 
-  /// Adds a mux with a fresh UUID to the IP input at `slot` and `interface`. Raises
+  /// Adds a mux with a fresh UUID to the IP input at `slot` and `interface`. Throws
   /// std::runtime_error if there is no such input or it already has a mux of this URL.
   void addIPMux(int32_t slot, int32_t interface, const std::string& url);
 
@@ -149,7 +149,7 @@ class LineupEditor {
   void getRFInputState();
 
   /// Switches the input, or the group, that `name` gives ("TDT1", "SAT3", "TDTALL", in upper or
-  /// lower case), waits 1.25 s and prints the table. An input that the status lacks raises
+  /// lower case), waits 1.25 s and prints the table. An input that the status lacks throws
   /// std::out_of_range, which ends the console; what was sent before it stays sent.
   void setRFInputState(bool enable, const std::string& name);
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <thread>
 
-#include "simulator/unlimited.h"
+#include "model/no_size_limits.h"
 
 namespace lineup::simulator {
 
@@ -45,14 +45,14 @@ class UnlimitedServerSocket : public TServerSocket {
 
  protected:
   std::shared_ptr<TSocket> createSocket(THRIFT_SOCKET client) override {
-    return std::make_shared<TSocket>(client, pChildInterruptSockReader_, unlimited());
+    return std::make_shared<TSocket>(client, pChildInterruptSockReader_, noSizeLimits());
   }
 };
 
 class UnlimitedFramedTransportFactory : public TTransportFactory {
  public:
   std::shared_ptr<TTransport> getTransport(std::shared_ptr<TTransport> transport) override {
-    return std::make_shared<TFramedTransport>(transport, unlimited());
+    return std::make_shared<TFramedTransport>(transport, noSizeLimits());
   }
 };
 

@@ -12,8 +12,8 @@
 #include <system_error>
 #include <utility>
 
+#include "model/no_size_limits.h"
 #include "simulator/initial_state.h"
-#include "simulator/unlimited.h"
 
 namespace lineup::simulator {
 
@@ -23,7 +23,7 @@ using apache::thrift::transport::TMemoryBuffer;
 namespace {
 
 std::string toJson(const HeadendState& state) {
-  const auto buffer = std::make_shared<TMemoryBuffer>(unlimited());
+  const auto buffer = std::make_shared<TMemoryBuffer>(noSizeLimits());
   TJSONProtocol protocol(buffer);
   state.write(&protocol);
   return buffer->getBufferAsString();
@@ -33,7 +33,7 @@ HeadendState fromJson(std::string text) {
   auto* const bytes = reinterpret_cast<uint8_t*>(text.data());
   const auto size = static_cast<uint32_t>(text.size());
   const auto buffer =
-      std::make_shared<TMemoryBuffer>(bytes, size, TMemoryBuffer::OBSERVE, unlimited());
+      std::make_shared<TMemoryBuffer>(bytes, size, TMemoryBuffer::OBSERVE, noSizeLimits());
   TJSONProtocol protocol(buffer);
   HeadendState state;
   state.read(&protocol);

@@ -1,11 +1,9 @@
 #include "support/ending_signals.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
-#include <iterator>
 
 namespace {
 
@@ -126,11 +124,4 @@ EndingSignalsHeld::EndingSignalsHeld() {
 
 EndingSignalsHeld::~EndingSignalsHeld() {
   pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
-}
-
-bool isEndingSignalHeld() {
-  sigset_t pending;
-  sigpending(&pending);
-  return std::any_of(std::begin(kEndingSignals), std::end(kEndingSignals),
-                     [&](int signal) { return sigismember(&pending, signal) == 1; });
 }

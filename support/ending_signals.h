@@ -64,6 +64,3 @@ class EndingSignalsHeld {
  private:
   sigset_t maskBefore_;
 };
-
-/// Whether a signal has arrived that an EndingSignalsHeld holds back.
-bool isEndingSignalHeld();

@@ -256,23 +256,6 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
                                                             "setSATRFInputConfig"}));
 }
 
-TEST_F(Ending, AReplyThatTricklesInDoesNotHoldItForEver) {
-  ConsoleProcess console(start(false));
-  edit(console);
-  Answer trickle;
-  trickle.byteByByte = true;
-  trickle.pause = std::chrono::milliseconds(500);
-  controller.answerNext(trickle);
-  console.send("commit\n");
-  controller.waitForCalls(2);
-  console.signal(SIGTERM);
-  const Outcome outcome = console.finish();
-  EXPECT_EQ(outcome.signal, SIGTERM);
-  EXPECT_NE(outcome.out.find("ERROR: Could not set LineupConfig to ControllerTask"),
-            std::string::npos);
-  expectRescued(outcome, false);
-}
-
 class EndingByException : public Ending, public testing::WithParamInterface<bool> {};
 
 TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {

@@ -17,9 +17,9 @@
 
 #include "WebSrv.h"
 #include "controller/dump.h"
-#include "controller/frame_transport.h"
 #include "controller/reply_protocol.h"
-#include "controller/unlimited.h"
+#include "controller/reply_transport.h"
+#include "model/no_size_limits.h"
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/round_trip.h"
 
@@ -34,11 +34,10 @@ using apache::thrift::transport::TSocket;
 class ConnectionWithReply : public TSocket {
  public:
   ConnectionWithReply(std::string reply, std::size_t pieceSize)
-      : TSocket(lineup::unlimited()), reply_(std::move(reply)), pieceSize_(pieceSize) {}
+      : TSocket(lineup::noSizeLimits()), reply_(std::move(reply)), pieceSize_(pieceSize) {}
 
   bool isOpen() const override { return true; }
   void write(const uint8_t* /*bytes*/, uint32_t /*length*/) override {}
-  bool hasPendingDataToRead() override { return taken_ < reply_.size(); }
 
   uint32_t read(uint8_t* buffer, uint32_t length) override {
     const std::size_t count =
@@ -56,6 +55,7 @@ class ConnectionWithReply : public TSocket {
 
 constexpr const char* kCalls[] = {"getHeadendConfig", "getHeadendStatus", "setHeadendConfig",
                                   "setTDTRFInputConfig", "setSATRFInputConfig"};
+constexpr uint32_t kLongestInput = 100000;
 constexpr uint8_t kCallBits = 0x07;
 constexpr uint8_t kBareResult = 0x08;   // the input lacks frame and message header
 constexpr uint8_t kBareMessage = 0x10;  // the input lacks the frame's header
@@ -87,7 +87,8 @@ struct Received {
 
 void receive(std::size_t call, const std::shared_ptr<TSocket>& connection, Received& received) {
   const lineup::fuzz::MemoryLimit limit;
-  const auto transport = std::make_shared<lineup::FrameTransport>(connection);
+  const auto transport = std::make_shared<lineup::ReplyTransport>(connection);
+  transport->setMaxFrameSize(kLongestInput);  // what a frame claims is allocated
   hub_module::WebSrvClient client(std::make_shared<lineup::ReplyProtocol>(transport));
   try {
     switch (call) {

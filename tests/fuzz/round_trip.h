@@ -10,8 +10,8 @@
 #include <string>
 
 #include "controller/config_file.h"
-#include "controller/unlimited.h"
 #include "hub_module_types.h"
+#include "model/no_size_limits.h"
 #include "tests/fuzz/require.h"
 #include "tests/fuzz/scratch_file.h"
 
@@ -19,8 +19,7 @@ namespace lineup::fuzz {
 
 template <class Protocol, class Record>
 std::string encode(const Record& record) {
-  const auto buffer =
-      std::make_shared<apache::thrift::transport::TMemoryBuffer>(lineup::unlimited());
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
   Protocol protocol(buffer);
   record.write(&protocol);
   return buffer->getBufferAsString();
@@ -28,8 +27,7 @@ std::string encode(const Record& record) {
 
 template <class Protocol, class Record>
 Record decode(const std::string& bytes) {
-  const auto buffer =
-      std::make_shared<apache::thrift::transport::TMemoryBuffer>(lineup::unlimited());
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
   buffer->write(reinterpret_cast<const uint8_t*>(bytes.data()),
                 static_cast<uint32_t>(bytes.size()));
   Protocol protocol(buffer);

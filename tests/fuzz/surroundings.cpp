@@ -104,9 +104,6 @@ bool readCommandLine(const std::string& /*prompt*/, Completer /*complete*/, std:
 
 void endIfSignalled() {}
 void waitFor(std::chrono::microseconds /*duration*/) {}
-bool isEndingSignalHeld() {
-  return false;
-}
 
 EndingSignalsHeld::EndingSignalsHeld() : maskBefore_{} {}
 EndingSignalsHeld::~EndingSignalsHeld() {}

@@ -8,8 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <stdexcept>
+
+#include "model/no_size_limits.h"
 
 namespace lineup::test {
 
@@ -35,11 +36,9 @@ void writeFile(const std::string& path, const std::string& text) {
 
 Connection::Connection(int port) {
   using namespace apache::thrift;
-  constexpr int kAny = std::numeric_limits<int>::max();
-  const auto unlimited = std::make_shared<TConfiguration>(kAny, kAny);
-  const auto socket = std::make_shared<transport::TSocket>("127.0.0.1", port, unlimited);
+  const auto socket = std::make_shared<transport::TSocket>("127.0.0.1", port, noSizeLimits());
   socket->setRecvTimeout(60000);
-  const auto framed = std::make_shared<transport::TFramedTransport>(socket, unlimited);
+  const auto framed = std::make_shared<transport::TFramedTransport>(socket, noSizeLimits());
   client_ = std::make_unique<korvel::thrift::hub_module::WebSrvClient>(
       std::make_shared<protocol::TBinaryProtocol>(framed));
   framed->open();

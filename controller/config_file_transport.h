@@ -32,17 +32,18 @@ class Descriptor {
 /// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
 /// library's JSON protocol does not see: that a file is too short for what it claims, that a number
 /// has no digits, and what the escapes of NUL and of the slash stand for.
-class FileTransport : public apache::thrift::transport::TBufferedTransport, public BoundedSource {
+class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport,
+                            public BoundedSource {
  public:
-  /// Takes `descriptor` over: it is closed by close() or by the destructor. If this raises,
+  /// Takes `descriptor` over: it is closed by close() or by the destructor. If this throws,
   /// `descriptor` still owns it.
-  explicit FileTransport(Descriptor& descriptor);
+  explicit ConfigFileTransport(Descriptor& descriptor);
 
   /// The descriptor, until the transport is closed.
   int descriptor() const { return descriptor_; }
 
   /// Reads ahead, as the size of a pipe is not known. Takes as much memory as there are bytes.
-  bool hasBytes(uint64_t count) override;
+  bool waitForBytes(uint64_t count) override;
 
   uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override;
 

@@ -1,4 +1,4 @@
-#include "controller/file_transport.h"
+#include "controller/config_file_transport.h"
 
 #include <thrift/transport/TFDTransport.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "controller/unlimited.h"
+#include "model/no_size_limits.h"
 
 namespace lineup {
 
@@ -18,13 +18,13 @@ namespace {
 constexpr uint32_t kBufferSize = 512;
 
 /// Escapes of JSON that the library does not read, and the characters that it takes in their place:
-/// it writes the first itself but reads nothing for it, and raises an error for the second.
+/// it writes the first itself but reads nothing for it, and throws an error for the second.
 constexpr std::pair<std::string_view, char> kUnknownEscapes[] = {{"u0000", '\0'}, {"/", '/'}};
 
 /// A transport that owns `descriptor` from now on.
 std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
   constexpr auto kClosing = TFDTransport::CLOSE_ON_DESTROY;
-  auto transport = std::make_shared<TFDTransport>(descriptor.number(), kClosing, unlimited());
+  auto transport = std::make_shared<TFDTransport>(descriptor.number(), kClosing, noSizeLimits());
   descriptor.release();
   return transport;
 }
@@ -38,13 +38,13 @@ Descriptor::~Descriptor() {
 }
 
 // gcov counts the first initialization with the second.
-FileTransport::FileTransport(Descriptor& descriptor)
-    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, unlimited()),  // GCOVR_EXCL_LINE
+ConfigFileTransport::ConfigFileTransport(Descriptor& descriptor)
+    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, noSizeLimits()),  // GCOVR_EXCL_LINE
       descriptor_(descriptor.number()) {
   transport_ = takeOver(descriptor);
 }
 
-bool FileTransport::hasBytes(uint64_t count) {
+bool ConfigFileTransport::waitForBytes(uint64_t count) {
   while (ahead_.size() - aheadTaken_ < count) {
     uint8_t part[kBufferSize];
     const uint64_t missing = count - (ahead_.size() - aheadTaken_);
@@ -58,7 +58,7 @@ bool FileTransport::hasBytes(uint64_t count) {
   return true;
 }
 
-uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
+uint32_t ConfigFileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
   for (uint32_t index = 0; index < length; ++index) {
     const char character = takeUnescaped();
     note(character);
@@ -67,7 +67,7 @@ uint32_t FileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
   return length;
 }
 
-char FileTransport::take() {
+char ConfigFileTransport::take() {
   if (aheadTaken_ == ahead_.size()) {
     uint8_t byte = 0;
     TBufferedTransport::readAll(&byte, 1);
@@ -82,9 +82,9 @@ char FileTransport::take() {
 }
 
 /// Looks no further than the text matches: a pipe may have come to its last character.
-bool FileTransport::isAhead(std::string_view text) {
+bool ConfigFileTransport::isAhead(std::string_view text) {
   for (size_t index = 0; index < text.size(); ++index) {
-    if (!hasBytes(index + 1) || ahead_[aheadTaken_ + index] != text[index]) {
+    if (!waitForBytes(index + 1) || ahead_[aheadTaken_ + index] != text[index]) {
       return false;
     }
   }
@@ -92,7 +92,7 @@ bool FileTransport::isAhead(std::string_view text) {
 }
 
 /// The next character; for an escape that the library does not know, what it stands for.
-char FileTransport::takeUnescaped() {
+char ConfigFileTransport::takeUnescaped() {
   const char character = take();
   escaped_ = character == '\\' && !escaped_;
   if (!escaped_) {
@@ -110,7 +110,7 @@ char FileTransport::takeUnescaped() {
   return character;
 }
 
-void FileTransport::note(char character) {
+void ConfigFileTransport::note(char character) {
   digitsBeforeLastButOne_ = std::exchange(digitsBeforeLast_, digits_);
   last_ = character;
   switch (character) {

@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "controller/bounded_protocol.h"
-#include "controller/file_transport.h"
+#include "controller/config_file_transport.h"
 
 namespace lineup {
 
@@ -20,7 +20,7 @@ class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
  public:
   using TType = apache::thrift::protocol::TType;
 
-  explicit CheckedJsonProtocol(const std::shared_ptr<FileTransport>& file)
+  explicit CheckedJsonProtocol(const std::shared_ptr<ConfigFileTransport>& file)
       : TJSONProtocol(file), file_(*file) {}
 
   uint32_t readBool_virt(bool& value) override { return number(value, &TJSONProtocol::readBool); }
@@ -84,10 +84,10 @@ class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
     }
   }
 
-  const FileTransport& file_;
+  const ConfigFileTransport& file_;
 };
 
 /// What configuration files are read and written with.
-using FileProtocol = BoundedProtocol<CheckedJsonProtocol>;
+using ConfigFileProtocol = BoundedProtocol<CheckedJsonProtocol>;
 
 }  // namespace lineup
