@@ -12,8 +12,8 @@
 
 #include "app/commands.h"
 #include "model/lineup_editor.h"
-#include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -130,7 +130,7 @@ class ServiceCompletion : public testing::Test {
     return services;
   }
 
-  CatalogueFile catalogue{lineup::kCataloguePath};
+  CatalogueFile catalogue{lineup::test::kCataloguePath};
 };
 
 TEST_F(ServiceCompletion, OffersIdsWithNamesFromAllTablesInOrder) {
@@ -185,15 +185,15 @@ TEST_F(ServiceCompletion, ACatalogueThatCannotBeReadOffersNothingAndSaysNothing)
   catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
   testing::internal::CaptureStderr();
   {
-    const CatalogueLock lock(lineup::kCataloguePath);
+    const CatalogueLock lock(lineup::test::kCataloguePath);
     EXPECT_EQ(servicesFor("adddvb "), Words());
   }
   EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
-  fs::resize_file(lineup::kCataloguePath, 700);
+  fs::resize_file(lineup::test::kCataloguePath, 700);
   EXPECT_EQ(servicesFor("adddvb "), Words());
-  fs::remove(lineup::kCataloguePath);
+  fs::remove(lineup::test::kCataloguePath);
   EXPECT_EQ(servicesFor("adddvb "), Words());
-  EXPECT_FALSE(fs::exists(lineup::kCataloguePath));
+  EXPECT_FALSE(fs::exists(lineup::test::kCataloguePath));
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

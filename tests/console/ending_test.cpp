@@ -16,10 +16,10 @@
 #include <string>
 #include <vector>
 
-#include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -271,7 +271,7 @@ TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
 
 TEST_P(EndingByException, AMalformedListOfTheCatalogueAbortsAfterTheRescue) {
   const bool terminal = GetParam();
-  lineup::test::CatalogueFile(lineup::kCataloguePath)
+  lineup::test::CatalogueFile(lineup::test::kCataloguePath)
       .insert(lineup::test::kSat, {{15, "17"}, {24, "101,,103"}});
   ConsoleProcess console(start(terminal));
   console.readUntil("> ");

@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
-#include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/sandbox.h"
 #include "tests/support/screen.h"
 #include "tests/support/temporary_folder.h"
 
@@ -506,7 +506,7 @@ TEST_F(Completing, NamesThatDifferWithinALetterAreCompletedUpToIt) {
 }
 
 TEST_F(Completing, ServicesAreListedWithTheirNames) {
-  CatalogueFile catalogue(lineup::kCataloguePath);
+  CatalogueFile catalogue(lineup::test::kCataloguePath);
   catalogue.insert(lineup::test::kSat, {{15, "1017"}, {16, "Canal Uno"}});
   catalogue.insert(lineup::test::kTdt, {{10, "1018"}, {11, "Canal Dos"}});
   catalogue.insert(lineup::test::kIP, {{6, "22"}, {7, "Niñós TV"}});
@@ -534,7 +534,7 @@ TEST_F(Completing, ServicesAreListedWithTheirNames) {
 }
 
 TEST_F(Completing, NamesCannotDisturbTheTerminal) {
-  CatalogueFile catalogue(lineup::kCataloguePath);
+  CatalogueFile catalogue(lineup::test::kCataloguePath);
   catalogue.insert(lineup::test::kSat, {{15, "1"},
                                         {16,
                                          "Clear\x1b[2J\nit\x9b"
@@ -551,16 +551,16 @@ TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
   session.type("adddvb \t");  // there is none
   session.type("1");
   session.expect("\n> adddvb 1|");
-  CatalogueFile catalogue(lineup::kCataloguePath);
+  CatalogueFile catalogue(lineup::test::kCataloguePath);
   catalogue.insert(lineup::test::kSat, {{15, "17"}, {16, "Canal Uno"}});
   {
-    const CatalogueLock lock(lineup::kCataloguePath);
+    const CatalogueLock lock(lineup::test::kCataloguePath);
     session.type("\t7");
     session.expect("\n> adddvb 17|");
   }
   session.type("\t");
   session.expect("\n> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17 |");
-  std::ofstream(lineup::kCataloguePath) << "no database at all";
+  std::ofstream(lineup::test::kCataloguePath) << "no database at all";
   session.type(std::string(kBackspace) + kBackspace + "\t7");
   session.expect("\n> adddvb 17|");
   EXPECT_EQ(session.screen.text(),
@@ -568,7 +568,7 @@ TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
 }
 
 TEST_F(Completing, ALargeCatalogueIsListedAsFarAsTheScreenHasRoom) {
-  CatalogueFile catalogue(lineup::kCataloguePath);
+  CatalogueFile catalogue(lineup::test::kCataloguePath);
   catalogue.execute(
       "WITH RECURSIVE n(i) AS (VALUES(100000) UNION ALL SELECT i + 1 FROM n WHERE i < 199999) "
       "INSERT INTO availableSatService(service_id, service_name) SELECT i, 'Channel ' || i FROM n");

@@ -27,7 +27,7 @@ def completion_of(program):
 
 def output_of(*command, given=""):
     """Standard output of a program in a headend's place of its own, where no controller runs."""
-    return subprocess.run([f"{PROGRAMS}/headend-sandbox", *command], input=given, check=True,
+    return subprocess.run([f"{SOURCES}/sandbox/headend-sandbox", *command], input=given, check=True,
                           stdout=subprocess.PIPE, text=True).stdout
 
 

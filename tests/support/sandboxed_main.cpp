@@ -3,12 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <iostream>
-#include <stdexcept>
 #include <string_view>
 
-#include "simulator/sandbox.h"
+#include "tests/support/sandbox.h"
 
 namespace {
 
@@ -26,13 +23,8 @@ bool runsTests(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    if (runsTests(argc, argv)) {
-      lineup::enterSandbox();
-    }
-  } catch (const std::exception& error) {
-    std::cerr << error.what() << std::endl;
-    return EXIT_FAILURE;
+  if (runsTests(argc, argv)) {
+    lineup::test::enterSandbox(argv);
   }
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

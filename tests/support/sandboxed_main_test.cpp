@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "simulator/sandbox.h"
+#include "tests/support/sandbox.h"
 
 namespace lineup::test {
 namespace {

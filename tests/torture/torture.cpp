@@ -18,10 +18,10 @@
 #include <string>
 #include <vector>
 
-#include "simulator/sandbox.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/sandbox.h"
 
 namespace {
 
@@ -285,7 +285,7 @@ class Torture {
   Torture() {
     std::string name = (fs::temp_directory_path() / "torture-XXXXXX").string();
     folder_ = mkdtemp(name.data());
-    lineup::test::CatalogueFile catalogue(lineup::kCataloguePath);
+    lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath);
     // Columns: what the console selects by, the name and the service id of the channel.
     catalogue.insert(lineup::test::kSat, {{7, "11778"},
                                           {15, "17"},
@@ -418,7 +418,7 @@ class Torture {
 int main(int argc, char** argv) {
   const long sample =
       argc == 3 && std::string(argv[1]) == "--sample" ? std::strtol(argv[2], nullptr, 10) : 0;
-  lineup::enterSandbox();
+  lineup::test::enterSandbox(argv);
   Torture torture;
   long injected = 0;
   for (const Session& session : kSessions) {

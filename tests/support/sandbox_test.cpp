@@ -1,7 +1,7 @@
 // The sandbox, as a command sees it. The way without namespaces is tried in a sandbox with
 // namespaces, which plays the machine.
 
-#include "simulator/sandbox.h"
+#include "tests/support/sandbox.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ namespace {
 Start sandboxed(const std::vector<std::string>& command) {
   return {.program = HEADEND_SANDBOX_PROGRAM,
           .arguments = command,
-          .environment = {{kSandboxVariable, std::nullopt},
+          .environment = {{"HEADEND_SANDBOX", std::nullopt},
                           {"SANDBOX", HEADEND_SANDBOX_PROGRAM},
                           {"FOLDER", kCatalogueFolder},
                           {"CATALOGUE", kCataloguePath}}};
@@ -74,6 +74,18 @@ class OwnNamespaces : public testing::Test {
   }
 };
 
+/// What needs namespaces of users too, which no root entered by chroot alone may create.
+class OwnUsers : public OwnNamespaces {
+ protected:
+  void SetUp() override {
+    OwnNamespaces::SetUp();
+    if (run({.program = "unshare", .arguments = {"--user", "--map-root-user", "true"}}).status !=
+        0) {
+      GTEST_SKIP() << "namespaces of users are forbidden here";
+    }
+  }
+};
+
 class MachinesOwn : public OwnNamespaces {};
 
 TEST_F(Sandbox, RunsACommandAndEndsWithItsStatus) {
@@ -84,15 +96,18 @@ TEST_F(Sandbox, RunsACommandAndEndsWithItsStatus) {
 }
 
 TEST_F(Sandbox, EndsWith128AndTheSignalThatEndedTheCommand) {
-  EXPECT_EQ(run(sandboxedShell("kill -KILL $$")).status, 128 + SIGKILL);
+  // To a shell, be it by the signal itself or by the status.
+  Start start = sandboxed({"-c", "$SANDBOX sh -c 'kill -KILL $$'; echo $?"});
+  start.program = "sh";
+  EXPECT_EQ(run(start).out, std::to_string(128 + SIGKILL) + "\n");
 }
 
 TEST_F(Sandbox, NamesACommandThatIsMissingOrNoProgram) {
   const Outcome missing = run(sandboxed({"/nonesuch"}));
-  EXPECT_EQ(errorsOf(missing), "headend-sandbox: /nonesuch: No such file or directory\n");
+  EXPECT_NE(missing.err.find("/nonesuch"), std::string::npos) << missing.err;
   EXPECT_EQ(missing.status, 127);
   const Outcome folder = run(sandboxed({"/etc"}));
-  EXPECT_EQ(errorsOf(folder), "headend-sandbox: /etc: Permission denied\n");
+  EXPECT_NE(folder.err.find("/etc"), std::string::npos) << folder.err;
   EXPECT_EQ(folder.status, 126);
 }
 
@@ -111,7 +126,7 @@ TEST_F(Sandbox, ExplainsItsUse) {
 
 TEST_F(Sandbox, RefusesAnUnknownWay) {
   Start start = sandboxed({"true"});
-  start.environment[kSandboxVariable] = "other";
+  start.environment["HEADEND_SANDBOX"] = "other";
   const Outcome outcome = run(start);
   EXPECT_EQ(outcome.err,
             "headend-sandbox: HEADEND_SANDBOX is \"other\": use \"shared\" or leave it unset\n");
@@ -136,14 +151,6 @@ TEST_F(Sandbox, KeepsTheWorkingFolder) {
   Start start = sandboxed({"pwd", "-P"});
   start.folder = "/usr/share";
   EXPECT_EQ(run(start).out, "/usr/share\n");
-}
-
-TEST_F(Sandbox, LeavesNoProcessBehind) {
-  // The output ends, and with it this test, only when the last of them is gone.
-  EXPECT_EQ(run(sandboxedShell("(sleep 1000 & setsid sleep 1000 & sh -c 'sleep 1000; :' &) &\n"
-                               "trap '' TERM; sleep 1000 & echo started"))
-                .out,
-            "started\n");
 }
 
 TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
@@ -178,14 +185,14 @@ TEST_F(Sandbox, AllowsJobControl) {
   start.columns = 300;
   ConsoleProcess process(start);
   process.send(
-      "sh -c 'trap \"echo resu\"med CONT; sleep 1000 & echo runn\"\"ing; while :; do wait; "
-      "done'\n");
+      "sh -c 'trap \"echo resu\"med CONT; echo runn\"\"ing; while :; do read line; done'\n");
   process.readUntil("running");
   process.send("\x1a");
   process.readUntil("Stopped");
   process.send("fg\n");
   process.readUntil("resumed");
   process.send("\x03");
+  process.readUntil("bash-");
   process.send("echo status=$?\n");
   process.readUntil("status=130");
   process.send("exit 4\n");
@@ -229,7 +236,7 @@ TEST_F(OwnNamespaces, NeedNoPowerOverTheMachine) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(OwnNamespaces, AreDoneWithoutByRootWhereForbidden) {
+TEST_F(OwnUsers, AreDoneWithoutByRootWhereForbidden) {
   const Outcome outcome = run(machine(
       "exec unshare --user --map-root-user sh -c '\n"
       "for kind in user mnt net; do echo 0 >/proc/sys/user/max_${kind}_namespaces; done\n"
@@ -239,15 +246,15 @@ TEST_F(OwnNamespaces, AreDoneWithoutByRootWhereForbidden) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST_F(OwnNamespaces, AreNeededByOtherUsers) {
+TEST_F(OwnUsers, AreNeededByOtherUsers) {
   const Outcome outcome =
       run(machine("exec unshare --user --map-root-user sh -c '\n"
                   "echo 1 >/proc/sys/user/max_user_namespaces\n"
                   "exec unshare --user --map-user=1000 $SANDBOX true'"));
   EXPECT_EQ(
       outcome.err,
-      "headend-sandbox: a simulated headend needs namespaces of its own (unshare: No space left "
-      "on device): allow them to this user, or run as root\n");
+      "headend-sandbox: a simulated headend needs namespaces of its own (unshare: unshare failed: "
+      "No space left on device): allow them to this user, or run as root\n");
   EXPECT_EQ(outcome.status, 125);
 }
 
@@ -260,24 +267,24 @@ TEST_F(MachinesOwn, FolderIsRemovedWithAllThatWasWritten) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST_F(MachinesOwn, OtherFilesStay) {
+TEST_F(MachinesOwn, FolderThatWasThereStays) {
   const Outcome outcome =
-      run(machine("mkdir -p $FOLDER; touch $FOLDER/kept\n"
+      run(machine("mkdir -p $FOLDER\n"
                   "export HEADEND_SANDBOX=shared\n"
                   "$SANDBOX touch $CATALOGUE $CATALOGUE-journal\n"
-                  "ls -A $FOLDER"));
-  EXPECT_EQ(outcome.out, "kept\n");
+                  "find /etc/korvel -mindepth 1"));
+  EXPECT_EQ(outcome.out, "/etc/korvel/conf\n" + std::string(kCatalogueFolder) + "\n");
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST_F(MachinesOwn, CatalogueIsNotOverwritten) {
+TEST_F(MachinesOwn, FilesAreNotOverwritten) {
   const Outcome outcome =
       run(machine("mkdir -p $FOLDER; echo data >$CATALOGUE\n"
                   "HEADEND_SANDBOX=shared $SANDBOX echo ran\n"
-                  "echo $?; cat $CATALOGUE"));
-  EXPECT_EQ(outcome.out, "125\ndata\n");
-  EXPECT_EQ(outcome.err, "headend-sandbox: " + std::string(kCataloguePath) +
-                             " exists and is not overwritten: move it away\n");
+                  "echo $?; cat $CATALOGUE; ls -A /etc/korvel"));
+  EXPECT_EQ(outcome.out, "125\ndata\nconf\n");
+  EXPECT_EQ(outcome.err, "headend-sandbox: " + std::string(kCatalogueFolder) +
+                             " holds files, which are not overwritten: move them away\n");
 }
 
 TEST_F(MachinesOwn, PortInUseIsRefused) {
@@ -310,20 +317,21 @@ TEST_F(MachinesOwn, SandboxesComeOneAfterAnother) {
   EXPECT_EQ(outcome.out, "first\nended\nsecond\nend\n");
 }
 
-TEST_F(MachinesOwn, FolderIsRemovedWhenTheSandboxIsKilled) {
-  // The second one waits until all is clean after the first.
+TEST_F(MachinesOwn, KilledSandboxTakesItsCommandWithItAndLeavesTheRestToTheNext) {
+  // The command has the pipe open until its end.
   const Outcome outcome =
-      run(machine("export HEADEND_SANDBOX=shared\n"
-                  "$SANDBOX sh -c 'touch $CATALOGUE; kill -KILL $PPID; sleep 1000' 2>/dev/null\n"
-                  "echo $?; $SANDBOX ls -A $FOLDER 2>/dev/null; ls -A /etc/korvel"));
-  EXPECT_EQ(outcome.out, "137\n");
+      run(machine("export HEADEND_SANDBOX=shared; exec 2>/dev/null\n"
+                  "$SANDBOX sh -c 'touch $CATALOGUE; kill -KILL $PPID; exec sleep 1000' | cat\n"
+                  "$SANDBOX ls -A $FOLDER; ls -A /etc/korvel"));
+  EXPECT_EQ(outcome.out, "");
 }
 
 TEST(SandboxedMain, ListsTestsWithoutASandbox) {
-  Start start{.program = SANDBOXED_TEST_PROGRAM, .environment = {{kSandboxVariable, "other"}}};
+  Start start{.program = SANDBOXED_TEST_PROGRAM, .environment = {{"HEADEND_SANDBOX", "other"}}};
   const Outcome refused = run(start);
-  EXPECT_EQ(refused.err, "HEADEND_SANDBOX is \"other\": use \"shared\" or leave it unset\n");
-  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.err,
+            "headend-sandbox: HEADEND_SANDBOX is \"other\": use \"shared\" or leave it unset\n");
+  EXPECT_EQ(refused.status, 125);
   start.arguments = {"--gtest_list_tests"};
   EXPECT_EQ(run(start).status, 0);
 }
