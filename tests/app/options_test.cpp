@@ -4,9 +4,8 @@
 
 #include <vector>
 
+namespace lineup::test {
 namespace {
-
-using lineup::CommandLineOptions;
 
 /// Parses as the shell would hand the words over.
 CommandLineOptions parse(std::vector<std::string> words) {
@@ -17,7 +16,7 @@ CommandLineOptions parse(std::vector<std::string> words) {
     argv.push_back(word.data());
   }
   argv.push_back(nullptr);
-  return lineup::parseOptions(static_cast<int>(words.size()), argv.data());
+  return parseOptions(static_cast<int>(words.size()), argv.data());
 }
 
 /// The message of the range error that the words raise.
@@ -116,3 +115,4 @@ TEST(OptionsDeathTest, HelpExitsDuringParsing) {
 }
 
 }  // namespace
+}  // namespace lineup::test

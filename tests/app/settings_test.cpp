@@ -5,24 +5,26 @@
 #include <stdexcept>
 
 #include "model/lineup_editor.h"
+#include "tests/support/streams.h"
 
+namespace lineup::test {
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
-using lineup::LineupEditor;
+using hub_module::HeadendConfig;
 
 class Settings : public testing::Test {
  protected:
   /// What the command line prints, or the message that it raises.
   std::string run(const std::string& line, bool quiet = false) {
-    testing::internal::CaptureStdout();
     std::string raised;
-    try {
-      EXPECT_TRUE(editor.dispatchCommand(line, quiet));
-    } catch (const std::runtime_error& error) {
-      raised = error.what();
-    }
-    return testing::internal::GetCapturedStdout() + raised;
+    const std::string text = printed([&] {
+      try {
+        EXPECT_TRUE(editor.dispatchCommand(line, quiet));
+      } catch (const std::runtime_error& error) {
+        raised = error.what();
+      }
+    });
+    return text + raised;
   }
 
   /// Expects that the line raises the message and changes nothing.
@@ -48,8 +50,8 @@ class Settings : public testing::Test {
   }
 
   LineupEditor editor;
-  korvel::thrift::hub_module::LineupConfig& lineup = editor.config.lineupConfig;
-  korvel::thrift::hub_module::HeadendGlobalConfig& global = editor.config.headendGlobalConfig;
+  hub_module::LineupConfig& lineup = editor.config.lineupConfig;
+  hub_module::HeadendGlobalConfig& global = editor.config.headendGlobalConfig;
 };
 
 TEST_F(Settings, RfmodAloneShowsTheModulation) {
@@ -178,7 +180,7 @@ TEST_F(Settings, CountryCommandStoresEveryCountry) {
 }
 
 TEST_F(Settings, CountryThatWasNeverSetIsAChangeEvenIfTheValueIsHeld) {
-  global.countryCode = korvel::thrift::general::CountryCode::UK;
+  global.countryCode = general::CountryCode::UK;
   EXPECT_EQ(run("country uk"), "Country changed. Please remember to commit the changes.\n");
   EXPECT_TRUE(global.__isset.countryCode);
   EXPECT_TRUE(editor.pendingChanges);
@@ -300,3 +302,4 @@ TEST_F(Settings, AValueSetBackStillLeavesChangesPending) {
 }
 
 }  // namespace
+}  // namespace lineup::test

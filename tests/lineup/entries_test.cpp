@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "model/lineup_editor.h"
-#include "tests/lineup/expect_refused.h"
+#include "tests/support/expect_refused.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 using hub_module::LineupEntryKind;
@@ -440,4 +440,4 @@ TEST(Entries, TheSearchForAReservedSlotAgreesWithAWalkOfTheLineup) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "model/lineup_editor.h"
-#include "tests/lineup/expect_refused.h"
+#include "tests/support/expect_refused.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 hub_module::IPInput inputAt(int32_t slot, int32_t interface) {
@@ -129,4 +129,4 @@ TEST(AddIPMux, GivesEveryMuxItsOwnUuidInTextOrder) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

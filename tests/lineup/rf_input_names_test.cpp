@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 using korvel::thrift::general::RFInputId;
@@ -53,4 +53,4 @@ TEST(RFInputNames, OtherTextsAreNotRecognised) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

@@ -20,6 +20,7 @@
 #include <system_error>
 
 #include "WebSrv.h"
+#include "tests/support/encoding.h"
 
 namespace lineup::test {
 
@@ -68,20 +69,11 @@ ReceivedCall decode(const std::string& frame) {
   return call;
 }
 
-/// What writes the body that holds a call's result or its declared exception.
-template <class Result>
-std::string encode(const Result& result) {
-  const auto buffer = std::make_shared<TMemoryBuffer>();
-  TBinaryProtocol protocol(buffer);
-  result.write(&protocol);
-  return buffer->getBufferAsString();
-}
-
 std::string notReady() {
   WebSrv_getHeadendConfig_result result;  // the exception has the same place in every call's result
   result.notReady.reason = "starting";
   result.__isset.notReady = true;
-  return encode(result);
+  return toBinary(result);
 }
 
 /// Sends `bytes`, as far as there is someone to read them.
@@ -361,7 +353,7 @@ std::string FakeController::result(const ReceivedCall& call) {
     WebSrv_getHeadendConfig_result result;
     result.success = config_;
     result.__isset.success = true;
-    return encode(result);
+    return toBinary(result);
   }
   if (call.method == "getHeadendStatus" || call.method == "setHeadendConfig") {
     if (call.method == "setHeadendConfig") {
@@ -370,7 +362,7 @@ std::string FakeController::result(const ReceivedCall& call) {
     WebSrv_getHeadendStatus_result result;
     result.success = status_;
     result.__isset.success = true;
-    return encode(result);
+    return toBinary(result);
   }
   if (call.method == "setTDTRFInputConfig") {
     status_.tdtRFInputs[general::RFInputId::TDT1].config = call.tdt1;
@@ -378,7 +370,7 @@ std::string FakeController::result(const ReceivedCall& call) {
   } else if (call.method == "setSATRFInputConfig") {
     status_.satRFInputs[call.satId].config = call.satConfig;
   }
-  return encode(WebSrv_setSATRFInputConfig_result());
+  return toBinary(WebSrv_setSATRFInputConfig_result());
 }
 
 }  // namespace lineup::test

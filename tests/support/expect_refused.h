@@ -9,7 +9,7 @@
 
 #include "model/lineup_editor.h"
 
-namespace lineup {
+namespace lineup::test {
 
 /// Runs `operation` and expects a std::runtime_error with the text `message`, and `editor` as it
 /// was.
@@ -27,4 +27,4 @@ void expectRefused(LineupEditor& editor, const std::string& message, Operation o
   EXPECT_EQ(editor.pendingChanges, pendingBefore);
 }
 
-}  // namespace lineup
+}  // namespace lineup::test
