@@ -22,12 +22,12 @@ namespace {
 
 using hub_module::LineupEntryKind;
 
-/// One command line on its way to a handler.
+/// The command line that is run.
 struct Invocation {
   LineupEditor& editor;
   std::vector<std::string> words;
   bool quiet;
-  bool leave = false;  ///< set by the command that ends the prompt loop
+  bool leave = false;  ///< set by "quit": dispatchCommand() then returns false
 
   std::string wordOrEmpty(std::size_t index) const {
     return index < words.size() ? words[index] : std::string();
@@ -41,11 +41,11 @@ struct Command {
   std::size_t wordsNeeded = 1;        ///< in the whole line, the command word included
   const char* tooFewWords = nullptr;  ///< the message for a line that has fewer
   void (*run)(Invocation&) = nullptr;
-  /// What the word behind it may become; null where nothing is known of it.
+  /// Completes the second word; null if there is nothing to offer.
   std::vector<Possibility> (*complete)(const std::string& typed) = nullptr;
-  /// The setting that the command shows or changes; it checks its words and completes them.
+  /// The setting that the command shows or changes; checks and completes the second word.
   const Setting* setting = nullptr;
-  /// The rows for the word behind it.
+  /// The table in which the second word is looked up.
   std::span<const Command> subcommands{};
 };
 
@@ -77,7 +77,7 @@ void runCommand(const Command& command, Invocation& line) {
   runCommand(*subcommand, line);
 }
 
-/// What the last of `words` may become, the first of which is a word of `commands`.
+/// Completes the last of `words`; words[0] is looked up in `commands`.
 std::vector<Possibility> complete(std::span<const Command> commands,
                                   std::span<const std::string> words) {
   std::vector<Possibility> possibilities;
@@ -171,7 +171,7 @@ constexpr Command kTdtScanCommands[] = {
 constexpr char kWhichService[] = "Please give a SERVICE_ID";
 constexpr char kWhichFile[] = "Please a configuration file";
 
-// "addenc" and its kin count their words where the encoder service is built.
+// makeEncService() checks the number of words of "addenc", "rfaddenc" and "ipaddenc".
 constexpr Command kCommands[] = {
     {"help", 1, nullptr, [](Invocation&) { printHelp(); }},
     {"quit", 1, nullptr, [](Invocation& line) { line.leave = true; }},

@@ -9,8 +9,8 @@
 
 namespace lineup {
 
-/// What a line up to its cursor may become: command words, then what the command table says of
-/// their arguments.
+/// Completes the last word of `begun`, the line up to the cursor: a command word, or an argument as
+/// the row of its command says.
 std::vector<Possibility> completeCommandLine(const std::string& begun);
 
 }  // namespace lineup

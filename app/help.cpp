@@ -6,7 +6,7 @@ namespace lineup {
 
 namespace {
 
-// A text of its own, not made from the command table: its order and wording are the manual's.
+// Fixed text, not generated from the command table: it has an order and a wording of its own.
 constexpr char kHelp[] =
     "  help                     This help\n"
     "  show                     Show current lineup to be commited (also just pressing Return)\n"

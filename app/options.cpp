@@ -78,7 +78,7 @@ void setOption(CommandLineOptions& options, int letter) {
     case 't':
       options.headendType = optarg;
       break;
-    default:  // getopt_long has said what is wrong
+    default:  // getopt_long() has printed its diagnostic
       printUsage(options.programName, 1);
   }
 }
@@ -88,7 +88,7 @@ void setOption(CommandLineOptions& options, int letter) {
 CommandLineOptions parseOptions(int argc, char* argv[]) {
   CommandLineOptions options;
   options.programName = argv[0];
-  optind = 0;  // a parse starts afresh, whatever was parsed before
+  optind = 0;  // reinitializes getopt_long()
   int letter;
   while ((letter = getopt_long(argc, argv, kShortOptions, kLongOptions, nullptr)) != -1) {
     setOption(options, letter);

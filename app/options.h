@@ -15,18 +15,17 @@ struct CommandLineOptions {
   std::string saveFile;
   std::string restoreFile;
   std::string headendType;
-  std::string programName;  ///< argv[0]
-  int32_t firstOperand =
-      0;  ///< index of the first argument that is no option; operands are ignored
+  std::string programName;   ///< argv[0]
+  int32_t firstOperand = 0;  ///< index in argv of the first operand; operands are ignored
 };
 
-/// Reads the options; the last of a repeated one wins. Throws a std::string, the message for the
-/// user, for a level out of range. Help, an unknown option and a missing argument end the process
-/// in printUsage().
+/// Parses the options with getopt_long(); the last occurrence of an option counts. Throws a
+/// std::string, the message for the user, for a level out of range. For help, an unknown option or
+/// a missing argument it does not return: it calls printUsage().
 CommandLineOptions parseOptions(int argc, char* argv[]);
 
-/// Ends the process with `status`, after the usage text on standard output if it is 0, else after a
-/// hint on standard error.
+/// Prints the usage text on standard output if `status` is 0, else a hint on standard error, and
+/// calls exit(status).
 [[noreturn]] void printUsage(const std::string& programName, int status);
 
 }  // namespace lineup

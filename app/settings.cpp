@@ -35,7 +35,7 @@ bool storeDrm(HeadendConfig& config, int32_t state) {
   }
   drm.lynkConfig.enabled = lynk;
   drm.vsecureConfig.enabled = vsecure;
-  // The headend combines the systems when both are enabled, which no choice here brings about.
+  // Always false: no choice enables both systems.
   drm.combinedFlag = lynk && vsecure;
   return true;
 }
@@ -64,7 +64,7 @@ bool storeHeadendType(HeadendConfig& config, int32_t type) {
   if (!change(config.headendGlobalConfig.headendType, type)) {
     return false;
   }
-  // A skyit headend works in Italy on COFDM; a standard one keeps what was set.
+  // "skyit" implies Italy and COFDM; "standard" changes nothing else.
   if (type == kSkyitHeadend) {
     storeCountry(config, CountryCode::ITALY);
     config.headendGlobalConfig.timeZone = "Europe/Rome";

@@ -19,10 +19,11 @@ enum class WordReading {
   NumberEchoed  ///< likewise, and the messages show that number
 };
 
+/// One setting: its words, its messages and where it is stored.
 struct Setting {
   std::span<const Choice> choices;
-  const char* invalid;            ///< for a word that is no choice
-  const char* missing = invalid;  ///< for a line without a word, unless `show` is set
+  const char* invalid;            ///< message for a word that is no choice
+  const char* missing = invalid;  ///< message for a line without a word, unless `show` is set
   const char* already;            ///< before the word, when the value is held already
   const char* changed;            ///< after a change...
   const char* afterWord = "";     ///< ...then the word and this; null where no word follows
@@ -46,8 +47,8 @@ extern const Setting kDecryptPolicy;
 
 /// Runs the command of `setting`; words[0] is the command, words[1] names a choice. Stores it,
 /// marks the change as pending and says so; says "already" if it is held. Without words[1], prints
-/// the value held if the setting shows it. Raises std::runtime_error with `missing` or `invalid`
-/// otherwise. With `quiet`, a setting that is silenced by it prints nothing.
+/// the value held if the setting shows it. Throws std::runtime_error with `missing` or `invalid`
+/// otherwise. With `quiet`, a setting with `silencedByQuiet` prints nothing.
 void runSettingCommand(const Setting& setting, LineupEditor& editor,
                        const std::vector<std::string>& words, bool quiet);
 

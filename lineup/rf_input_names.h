@@ -16,7 +16,7 @@ std::string rfInputName(korvel::thrift::general::RFInputId::type id);
 /// "TDTALL" and "SATALL". Returns whether it is one; only then `id` is set.
 bool parseRFInputName(std::string& name, korvel::thrift::general::RFInputId::type& id);
 
-/// Every name that parseRFInputName() knows.
+/// Every name that parseRFInputName() accepts.
 std::vector<std::string> rfInputNames();
 
 }  // namespace lineup

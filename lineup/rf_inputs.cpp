@@ -14,14 +14,14 @@ namespace {
 
 using general::RFInputId;
 
-/// How long the headend takes to show a switched input in its status.
+/// The time after which the headend's status shows that an input was switched.
 constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
 
-/// The marks of inputs 0 to 8 are padded to the width of a name; the last of the ten needs no
-/// padding, and whatever a controller might send beyond it gets none.
+/// The marks at positions 0 to 8 are padded to the width of a column; the tenth is the last one,
+/// and any further one is not padded either.
 constexpr std::size_t kPaddedMarks = 9;
 
-/// Switches the terrestrial input `id`, or both if it is the group. They are sent as a pair.
+/// Sends the pair of terrestrial inputs, with the input `id` switched, or both for TDTALL.
 void switchTdtInputs(LineupEditor& editor, bool enable, RFInputId::type id) {
   auto tdt1 = editor.status.tdtRFInputs.at(RFInputId::TDT1).config;
   auto tdt2 = editor.status.tdtRFInputs.at(RFInputId::TDT2).config;
@@ -34,21 +34,21 @@ void switchTdtInputs(LineupEditor& editor, bool enable, RFInputId::type id) {
   editor.sendTDTRFInputConfig(tdt1, tdt2);
 }
 
-/// Switches the satellite input `id`.
+/// Sends the satellite input `id`, switched.
 void switchSatInput(LineupEditor& editor, bool enable, RFInputId::type id) {
   auto config = editor.status.satRFInputs.at(id).config;
   config.enabled = enable;
   editor.sendSATRFInputConfig(id, config);
 }
 
-/// The remote calls report every failure themselves; should one let this pass, it is no reason to
-/// end the console.
+/// The remote calls catch this exception themselves. If one does throw it, it must not end the
+/// console.
 void logNotReady(const char* operation) {
   log_function(LOG_LEVEL_DEBUG, nullptr, "%s: exception hub_module::ControllerTaskIsNotReady",
                operation);
 }
 
-/// Adds which of `inputs` are switched on; an input that is there already stays as it is.
+/// Adds the states of `inputs`. An input that `states` has already is not replaced.
 template <class Inputs>
 void gatherStates(const Inputs& inputs, std::map<RFInputId::type, bool>& states) {
   for (const auto& [id, input] : inputs) {
@@ -98,7 +98,7 @@ void LineupEditor::setRFInputState(bool enable, const std::string& name) {
         switchTdtInputs(*this, enable, id);
         break;
       case RFInputId::TDTALL:
-        // The headend is sent the pair once for each of the two inputs.
+        // The pair is sent once for each of the two inputs.
         for ([[maybe_unused]] const int32_t input : tdtInputIds) {
           switchTdtInputs(*this, enable, id);
         }

@@ -33,7 +33,7 @@ void LineupEditor::setTdtScan(bool enable, std::string& type) {
   }
   auto& global = config.lineupConfig.globalConfig;
   bool& enabled = isQams ? global.qamsScanEnabled : global.cofdmScanEnabled;
-  // A request for QAMS counts as a change even when it changes nothing.
+  // A request for QAMS sets pendingChanges even if the value is the same.
   pendingChanges = pendingChanges || isQams || enabled != enable;
   if (enabled == enable) {
     std::cout << "It has the same configuration: " << (enable ? "ENABLED" : "DISABLED")

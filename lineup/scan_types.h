@@ -1,4 +1,4 @@
-// The types of carriers that the terrestrial inputs can scan for.
+// The carrier types for which terrestrial inputs scan: DVB-T (COFDM) and DVB-C (QAM).
 
 #pragma once
 

@@ -19,7 +19,7 @@ int32_t readNumber(const std::string& word) {
 bool isOneWord(std::string_view text) {
   return std::none_of(text.begin(), text.end(), [](char character) {
     const auto byte = static_cast<unsigned char>(character);
-    return byte <= ' ' || byte == 0x7f;  // the control characters of ASCII, and the blank
+    return byte <= ' ' || byte == 0x7f;  // control characters, and the blank
   });
 }
 
