@@ -10,7 +10,6 @@
 #include "app/completion.h"
 #include "app/help.h"
 #include "app/settings.h"
-#include "lineup/entries.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
 
@@ -130,7 +129,7 @@ void addDvb(Invocation& line, Lineups lineups) {
 }
 
 void addEnc(Invocation& line, Lineups lineups) {
-  const int32_t key = line.editor.addEncService(makeEncService(line.words));
+  const int32_t key = line.editor.addEncService(LineupEditor::makeEncService(line.words));
   addEntries(line.editor, lineups, key, LineupEntryKind::ENC);
 }
 

@@ -6,7 +6,6 @@
 
 #include "catalogue/build_services.h"
 #include "model/lineup_editor.h"
-#include "model/service_keys.h"
 
 namespace lineup {
 

@@ -1,10 +1,7 @@
-#include "lineup/entries.h"
-
 #include <algorithm>
 #include <stdexcept>
 
 #include "model/lineup_editor.h"
-#include "model/service_keys.h"
 #include "support/words.h"
 
 namespace lineup {
@@ -152,7 +149,8 @@ void LineupEditor::clearLineup() {
   pendingChanges = true;
 }
 
-hub_module::ENCInputServiceConfig makeEncService(const std::vector<std::string>& words) {
+hub_module::ENCInputServiceConfig LineupEditor::makeEncService(
+    const std::vector<std::string>& words) {
   hub_module::ENCInputServiceConfig service;
   service.address = parseEncAddress(words);
   service.settings.videoCodec = 0;
@@ -162,7 +160,7 @@ hub_module::ENCInputServiceConfig makeEncService(const std::vector<std::string>&
   return service;
 }
 
-module::ModuleChainAddress parseEncAddress(const std::vector<std::string>& words) {
+module::ModuleChainAddress LineupEditor::parseEncAddress(const std::vector<std::string>& words) {
   if (words.size() < 3) {
     throw std::runtime_error("Please give a SLOT_ID and HDMI_ID");
   }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -110,6 +112,20 @@ class LineupEditor {
 
   // ---- lineup/: entries of the RF and IP lineups
 
+  /// The smallest integer of at least 1 that is no key of `services`, which may have any other
+  /// keys.
+  template <class Service>
+  static int32_t allocateServiceKey(const std::map<int32_t, Service>& services);
+
+  /// The encoder service that a command line describes: the address of parseEncAddress() and the
+  /// console's fixed encoder settings. Throws what parseEncAddress() throws.
+  static hub_module::ENCInputServiceConfig makeEncService(const std::vector<std::string>& words);
+
+  /// The HDMI input that a command line names: words[0] is the command, words[1] the slot of the
+  /// encoder module (3 to 12), words[2] its HDMI input (0 to 3). Throws std::runtime_error with the
+  /// text for the user if a word is missing or out of range.
+  static module::ModuleChainAddress parseEncAddress(const std::vector<std::string>& words);
+
   /// Stores a copy under the smallest free key of `encInputServices` and returns the key.
   int32_t addEncService(const hub_module::ENCInputServiceConfig& enc);
 
@@ -173,5 +189,20 @@ class LineupEditor {
 /// settings, the RF entries in order and the DVB and encoder services of `status`; everything else
 /// at its defaults.
 hub_module::LineupConfig lineupFromStatus(const hub_module::LineupStatus& status);
+
+// The search starts at the highest key, because the keys in use are almost always 1, 2, 3 and so on
+// without a gap: then one look is enough, however many services there are.
+template <class Service>
+int32_t LineupEditor::allocateServiceKey(const std::map<int32_t, Service>& services) {
+  const auto notPositive = std::distance(services.begin(), services.lower_bound(1));
+  // The n-th positive key is n exactly when every key from 1 to n is in use.
+  auto n = static_cast<int32_t>(services.size()) - static_cast<int32_t>(notPositive);
+  auto next = services.end();
+  while (n > 0 && std::prev(next)->first != n) {
+    --next;
+    --n;
+  }
+  return n + 1;
+}
 
 }  // namespace lineup

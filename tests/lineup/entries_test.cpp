@@ -1,5 +1,3 @@
-#include "lineup/entries.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
@@ -23,14 +21,14 @@ hub_module::LineupConfig& lineupOf(LineupEditor& editor) {
 
 /// The commands, as the dispatcher composes them of the operations.
 int32_t addEnc(LineupEditor& editor, const Words& words) {
-  const int32_t key = editor.addEncService(makeEncService(words));
+  const int32_t key = editor.addEncService(LineupEditor::makeEncService(words));
   editor.addIPEntry(key, LineupEntryKind::ENC);
   editor.addRFEntry(key, LineupEntryKind::ENC);
   return key;
 }
 
 int32_t rfAddEnc(LineupEditor& editor, const Words& words) {
-  const int32_t key = editor.addEncService(makeEncService(words));
+  const int32_t key = editor.addEncService(LineupEditor::makeEncService(words));
   editor.addRFEntry(key, LineupEntryKind::ENC);
   return key;
 }
@@ -68,22 +66,22 @@ hub_module::LineupIPEntryConfig ipEntry(int32_t key, LineupEntryKind::type kind,
 // ---- addresses of encoder inputs
 
 TEST(EncAddress, AcceptsTheFirstAndTheLastInput) {
-  const auto first = parseEncAddress({"addenc", "3", "0"});
+  const auto first = LineupEditor::parseEncAddress({"addenc", "3", "0"});
   EXPECT_EQ(first.slot, 3);
   EXPECT_EQ(first.port, 0);
-  const auto last = parseEncAddress({"addenc", "12", "3"});
+  const auto last = LineupEditor::parseEncAddress({"addenc", "12", "3"});
   EXPECT_EQ(last.slot, 12);
   EXPECT_EQ(last.port, 3);
 }
 
 TEST(EncAddress, IgnoresTrailingJunkAndFurtherWords) {
-  const auto address = parseEncAddress({"addenc", "5x", "2.7", "9"});
+  const auto address = LineupEditor::parseEncAddress({"addenc", "5x", "2.7", "9"});
   EXPECT_EQ(address.slot, 5);
   EXPECT_EQ(address.port, 2);
 }
 
 TEST(EncAddress, ReadsAHdmiIdThatIsNoNumberAsZero) {
-  const auto address = parseEncAddress({"addenc", "5", "hdmi"});
+  const auto address = LineupEditor::parseEncAddress({"addenc", "5", "hdmi"});
   EXPECT_EQ(address.slot, 5);
   EXPECT_EQ(address.port, 0);
 }
@@ -138,7 +136,7 @@ TEST(EncService, HasTheFixedSettingsAndDefaultsOtherwise) {
   expected.settings.videoResolution = 0;
   expected.settings.videoProfile = 3;
   expected.settings.audioCodec = 2;
-  EXPECT_EQ(makeEncService({"addenc", "5", "2"}), expected);
+  EXPECT_EQ(LineupEditor::makeEncService({"addenc", "5", "2"}), expected);
   EXPECT_EQ(expected.settings.videoBitrate, 8000);
 }
 
@@ -146,13 +144,13 @@ TEST(EncService, HasTheFixedSettingsAndDefaultsOtherwise) {
 
 TEST(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
   LineupEditor editor;
-  const auto enc = makeEncService({"addenc", "5", "2"});
+  const auto enc = LineupEditor::makeEncService({"addenc", "5", "2"});
   EXPECT_EQ(editor.addEncService(enc), 1);
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.addEncService(enc), 2);
   EXPECT_EQ(editor.addEncService(enc), 3);
   lineupOf(editor).encInputServices.erase(2);
-  const auto other = makeEncService({"addenc", "7", "1"});
+  const auto other = LineupEditor::makeEncService({"addenc", "7", "1"});
   EXPECT_EQ(editor.addEncService(other), 2);
   EXPECT_EQ(editor.addEncService(other), 4);
   EXPECT_EQ(lineupOf(editor).encInputServices.at(1), enc);
@@ -192,7 +190,7 @@ TEST(EntryServiceType, IsZeroForAMissingServiceOrAnUnknownKind) {
 TEST(EntryName, IsTheServicesName) {
   LineupEditor editor;
   putDvbService(editor, 4, "Télé \"1\" ✓", 1);
-  lineupOf(editor).encInputServices[4] = makeEncService({"addenc", "12", "3"});
+  lineupOf(editor).encInputServices[4] = LineupEditor::makeEncService({"addenc", "12", "3"});
   lineupOf(editor).emptyInputServices[4];
   auto rf = rfEntry(4, LineupEntryKind::DVB, "old");
   editor.entryName(rf);
@@ -225,7 +223,7 @@ TEST(Entries, AddEncStartsBothLineups) {
   EXPECT_EQ(addEnc(editor, {"addenc", "5", "2"}), 1);
   EXPECT_TRUE(editor.pendingChanges);
   LineupEditor expected;
-  lineupOf(expected).encInputServices[1] = makeEncService({"addenc", "5", "2"});
+  lineupOf(expected).encInputServices[1] = LineupEditor::makeEncService({"addenc", "5", "2"});
   lineupOf(expected).ipEntries = {ipEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
   lineupOf(expected).rfEntries = {rfEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
   EXPECT_EQ(editor.config, expected.config);
