@@ -19,8 +19,6 @@ set_target_properties(Thrift::thrift PROPERTIES
 # Enumerations are generated without a type, and a value that none of them names would then be undefined
 # behaviour. They get the type that they have on the wire, so that whatever another sent is carried on.
 # RENAME gives a member, in code and in printed text, a name that the definition language reserves.
-# The records' printTo() is generated virtual, though nothing derives from them, and so would be linked
-# into every program; as it is, it is linked where something is printed.
 function(add_thrift_library target)
   cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES;RENAME" ${ARGN})
   set(directory "${CMAKE_CURRENT_BINARY_DIR}/generated")
@@ -41,9 +39,7 @@ function(add_thrift_library target)
     list(APPEND commands COMMAND "${THRIFT_COMPILER}" --gen cpp:no_skeleton,moveable_types
          -out "${directory}" "${definition}")
   endforeach()
-  list(APPEND commands COMMAND sed -i
-       -e "s/^  enum type {/  enum type : int32_t {/" -e "s/^  virtual void printTo(/  void printTo(/"
-       ${headers})
+  list(APPEND commands COMMAND sed -i "s/^  enum type {/  enum type : int32_t {/" ${headers})
   if(ARG_RENAME)
     list(GET ARG_RENAME 0 member)
     list(GET ARG_RENAME 1 name)
