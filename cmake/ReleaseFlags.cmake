@@ -2,6 +2,7 @@
 # processor can. Every other build type is left as CMake has it.
 
 include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
 include(CheckPIESupported)
 
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
@@ -26,6 +27,15 @@ endforeach()
 add_compile_options("$<$<CONFIG:Release>:-flto=auto;-ffat-lto-objects>")
 set(shipped "$<BOOL:$<TARGET_PROPERTY:LINEUP_SHIPPED>>")
 add_link_options("$<$<CONFIG:Release>:$<IF:${shipped},-flto=auto,-fno-lto>>")
+
+# The C++ library and libgcc are linked statically into the shipped programs: the loader takes as long
+# to resolve and relocate them as for everything else, and a megabyte of memory.
+add_link_options("$<$<AND:$<CONFIG:Release>,${shipped}>:-static-libstdc++;-static-libgcc>")
+# Fatal, because a linker that does not support it for the processor only warns.
+check_linker_flag(CXX "LINKER:--fatal-warnings,-z,pack-relative-relocs" HAVE_PACKED_RELOCATIONS)
+if(HAVE_PACKED_RELOCATIONS)
+  add_link_options("$<$<CONFIG:Release>:LINKER:-z,pack-relative-relocs>")
+endif()
 
 # ship_program(PROGRAM): optimizes a program as a whole, and installs it.
 function(ship_program program)
