@@ -20,7 +20,7 @@ SETUP = """\
 bind '"\\t": insert-completions'
 bind 'set enable-bracketed-paste off'
 PS1=
-for program in lineup-console headend-simulator; do
+for program in lineup-console headend-simulator headend-demo; do
   . "$COMPLETIONS/$program"
   eval "$program() { printf '<%s>' \\"\\$@\\" >>\\"\\$RESULT\\"; }"
 done
@@ -111,6 +111,13 @@ class Completion(unittest.TestCase):
 
     def test_simulator_number_completes_to_nothing(self):
         self.check("headend-simulator --port ", "--port")
+
+    def test_demo_options(self):
+        self.check("headend-demo --f", "--folder", "--fresh")
+
+    def test_demo_folder(self):
+        os.mkdir(os.path.join(self.folder.name, "course"))
+        self.check("headend-demo --folder ", "--folder", "course")
 
 
 if __name__ == "__main__":

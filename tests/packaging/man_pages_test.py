@@ -13,6 +13,7 @@ import unittest
 
 PROGRAMS = os.path.abspath(sys.argv.pop(2))
 SOURCES = os.path.abspath(sys.argv.pop(1))
+EVERY_PROGRAM = ("lineup-console", "headend-simulator", "headend-demo")
 
 
 def page_of(program):
@@ -32,13 +33,14 @@ def output_of(*command, given=""):
 
 
 def options_of(program):
-    return set(re.findall(r"--([a-z-]+)", output_of(f"{PROGRAMS}/{program}", "--help")))
+    folder = f"{SOURCES}/sandbox" if program == "headend-demo" else PROGRAMS
+    return set(re.findall(r"--([a-z-]+)", output_of(f"{folder}/{program}", "--help")))
 
 
 class ManPages(unittest.TestCase):
     @unittest.skipUnless(shutil.which("mandoc"), "needs mandoc")
     def test_well_formed(self):
-        for program in ("lineup-console", "headend-simulator"):
+        for program in EVERY_PROGRAM:
             # Which other manuals are installed here is not the page's business.
             lint = subprocess.run(["mandoc", "-Tlint", "-Wstyle", f"docs/man/{program}.1"],
                                   cwd=SOURCES, check=False, stdout=subprocess.PIPE,
@@ -64,12 +66,12 @@ class ManPages(unittest.TestCase):
                 self.assertRegex(page, rf"\b{word}\b")
 
     def test_every_option_is_explained(self):
-        for program in ("lineup-console", "headend-simulator"):
+        for program in EVERY_PROGRAM:
             explained = set(re.findall(r"(?:Fl|,) -([a-z-]+)", page_of(program)))
             self.assertEqual(options_of(program) - explained, set())
 
     def test_every_option_is_completed(self):
-        for program in ("lineup-console", "headend-simulator"):
+        for program in EVERY_PROGRAM:
             completed = set(re.findall(r"--([a-z-]+)", completion_of(program)))
             self.assertEqual(options_of(program) - completed, set())
 
