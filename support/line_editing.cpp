@@ -1,52 +1,69 @@
-// Line editing with libedit.
+// Line editing. libedit keeps the line and edits it, but neither reads the keys nor draws: it
+// writes beyond its picture of the screen where a line has more rows than that. So its screen is a
+// large one of its own, for which nothing is put out, LineScreen shows the line, and KeyReader
+// leaves it no key but those below.
 
 #include "support/line_editing.h"
 
 #include <histedit.h>
-#include <sys/ioctl.h>
 #include <sys/signalfd.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <cwchar>
+#include <cwctype>
+#include <exception>
 #include <iostream>
+#include <iterator>
+#include <optional>
+#include <string_view>
 
 #include "support/column_list.h"
 #include "support/ending_signals.h"
+#include "support/line_history.h"
+#include "support/line_screen.h"
+#include "support/terminal_keys.h"
+#include "support/terminal_mode.h"
 
 namespace {
 
-constexpr int kRememberedLines = 1000;
 constexpr char kEndOfInputKey = 'D' & 0x1f;
 
-/// Keys that modern terminals send and libedit leaves unbound.
+/// What libedit does. All other keys mean nothing to it.
 struct KeyBinding {
-  const char* key;
-  const char* function;
+  wchar_t key;
+  const wchar_t* function;
 };
-constexpr KeyBinding kKeys[] = {
-    {"\\e[1;5C", "em-next-word"},       // Ctrl-Right
-    {"\\e[1;5D", "ed-prev-word"},       // Ctrl-Left
-    {"\\e[1;3C", "em-next-word"},       // Alt-Right
-    {"\\e[1;3D", "ed-prev-word"},       // Alt-Left
-    {"\\e[3~", "ed-delete-next-char"},  // Delete
-    {"\\e[1~", "ed-move-to-beg"},       // Home and End
-    {"\\e[4~", "ed-move-to-end"},      {"\\e[7~", "ed-move-to-beg"},
-    {"\\e[8~", "ed-move-to-end"},      {"\\e[2~", "ed-ignore"},  // Insert
-    {"\\e[5~", "ed-ignore"},                                     // Page Up and Page Down
-    {"\\e[6~", "ed-ignore"},
+constexpr KeyBinding kBindings[] = {
+    {key::kBeginning, L"ed-move-to-beg"},
+    {key::kLeft, L"ed-prev-char"},
+    {key::kEndOfInput, L"em-delete-or-list"},
+    {key::kEnd, L"ed-move-to-end"},
+    {key::kRight, L"ed-next-char"},
+    {key::kBackspace, L"ed-delete-prev-char"},
+    {key::kLineFeed, L"ed-newline"},
+    {key::kEraseToEnd, L"ed-kill-line"},
+    {key::kReturn, L"ed-newline"},
+    {key::kTranspose, L"ed-transpose-chars"},
+    {key::kEraseToBeginning, L"vi-kill-line-prev"},
+    {key::kYank, L"em-yank"},
+    {key::kRubout, L"ed-delete-prev-char"},
+    {key::kDelete, L"ed-delete-next-char"},
+    {key::kWordLeft, L"ed-prev-word"},
+    {key::kWordRight, L"em-next-word"},
+    {key::kEraseWord, L"em-delete-next-word"},
+    {key::kEraseWordBefore, L"ed-delete-prev-word"},
 };
 
-/// The signals that concern the terminal and not the program's end. They are read from a descriptor
-/// while a line is edited, so that none is acted on while libedit works.
+/// The signals that concern the terminal and not the program's end. They are held back while a line
+/// is edited, so that none is acted on while libedit works.
 sigset_t terminalSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -70,35 +87,34 @@ class TerminalSignalsHeld {
   sigset_t before_;
 };
 
-/// Raises `signal` as if nobody held it: the program stops here, and goes on when it is continued,
-/// or ends.
-void raiseUnheld(int signal) {
-  sigset_t one;
-  sigset_t before;
-  sigemptyset(&one);
-  sigaddset(&one, signal);
-  pthread_sigmask(SIG_UNBLOCK, &one, &before);
-  raise(signal);
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+sigset_t only(int signal) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, signal);
+  return signals;
 }
 
-/// The mode of the terminal, kept over the editing of a line.
-class TerminalMode {
- public:
-  void keep() { kept_ = tcgetattr(STDIN_FILENO, &mode_) == 0; }
+bool isHeldBack(int signal) {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, signal) == 1;
+}
 
-  /// Nothing that was typed is discarded. Output comes first, unless it does not get away.
-  void restore() {
-    if (kept_ && tcsetattr(STDIN_FILENO, TCSADRAIN, &mode_) != 0) {
-      tcsetattr(STDIN_FILENO, TCSANOW, &mode_);
-    }
-    kept_ = false;
-  }
+/// Takes `signal` away if it is held back; returns whether it was.
+bool takeHeldBack(int signal) {
+  const sigset_t one = only(signal);
+  const timespec atOnce{};
+  return sigtimedwait(&one, nullptr, &atOnce) == signal;
+}
 
- private:
-  termios mode_{};
-  bool kept_ = false;
-};
+/// Lets `signal`, which is held back, do what it does: the program stops here, and goes on when it
+/// is continued, or ends. If it has been continued already, the system has taken the stop back.
+void letThrough(int signal) {
+  const sigset_t one = only(signal);
+  sigset_t before;
+  pthread_sigmask(SIG_UNBLOCK, &one, &before);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
 
 bool equalIgnoringCase(char a, char b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
@@ -123,102 +139,226 @@ std::string commonBeginning(const std::vector<Possibility>& possibilities) {
   return common;
 }
 
+/// The letters of `text`; bytes that make none are left out.
+std::wstring lettersOf(const std::string& text) {
+  std::wstring letters;
+  std::mbstate_t state{};
+  for (std::size_t begin = 0; begin < text.size();) {
+    wchar_t letter = 0;
+    std::size_t size = std::mbrtowc(&letter, text.data() + begin, text.size() - begin, &state);
+    if (size == 0 || size > text.size() - begin) {
+      state = {};
+      size = 1;
+    } else {
+      letters += letter;
+    }
+    begin += size;
+  }
+  return letters;
+}
+
+std::string bytesOf(const std::wstring& letters) {
+  std::string text;
+  std::mbstate_t state{};
+  for (const wchar_t letter : letters) {
+    std::array<char, MB_LEN_MAX> bytes{};
+    const std::size_t size = std::wcrtomb(bytes.data(), letter, &state);
+    text.append(bytes.data(), size <= bytes.size() ? size : 0);
+  }
+  return text;
+}
+
 class LineEditor {
  public:
   /// Null if there is no terminal to edit on.
   static LineEditor* start();
 
   Edited edit(const std::string& prompt, Completer complete, std::string& line);
-  void remember(const std::string& line);
+  void remember(const std::string& line) { history_.add(lettersOf(line)); }
 
  private:
   LineEditor() = default;
-  bool prepare();
+  bool prepare(const char* terminal);
+  bool startLibedit(const char* terminal, std::FILE* nowhere);
+  bool learnAbilities(bool known);
+  std::string ability(const char* name) const;
+  bool can(const char* name) const;
+  std::size_t number(const char* name) const;
+  void bindKeys();
 
   static LineEditor& of(EditLine* lib);
+  bool wasInterrupted() const;
+  Edited endWithoutLine();
+
   int readCharacter(wchar_t& character);
+  bool handle(wchar_t key);
   bool readByte(char& byte);
+  void seeWhetherMoreFollows();
   void waitForByte();
   void handleTerminalSignals();
-  void passOn(int signal);
+  void letStop(int signal);
   void startAgain();
-  void redrawResized();
 
-  unsigned char completeWord();
-  unsigned char tryToCompleteWord();
+  void recall(std::size_t line);
+  bool search(wchar_t& key);
+  void eraseToBlank();
+  void keepForUndo(wchar_t key);
+  void undo();
+
+  void completeWord();
   void replaceWord(const std::string& typed, const std::string& word);
   void list(const std::string& typed, const std::vector<Possibility>& possibilities);
 
-  std::size_t size(const char* capability) const;
-  std::size_t rowOf(const wchar_t* position) const;
-  void leaveLine() const;
+  std::wstring text() const;
+  std::size_t length() const;
+  std::size_t cursor() const;
+  void insert(const std::wstring& text);
+  void replaceLine(const std::wstring& text, std::size_t cursor);
+  void makeRoom(std::size_t letters);
+
+  TerminalSize size() const;
+  void draw();
+  void leave();
+  static void put(const std::string& output) { std::cout << output << std::flush; }
 
   EditLine* lib_ = nullptr;
-  History* history_ = nullptr;
+  std::size_t room_ = 0;     ///< for how many letters libedit's screen is large enough
+  std::size_t longest_ = 1;  ///< the most letters that a line has had
   int signals_ = -1;
-  std::string prompt_;
-  Completer complete_ = nullptr;
   TerminalMode mode_;
-  int endedBy_ = 0;       ///< the signal that ended the line, 0 for none
-  bool started_ = false;  ///< whether a byte of the line has been waited for
-  int typedAhead_ = 0;    ///< the bytes still to be read that were typed before the line began
+  TerminalSize usualSize_{24, 80};
+  bool sparesLastColumn_ = false;
+  LineScreen screen_{{}};
+  KeyReader keys_{[this](char& byte) { return readByte(byte); }};
+  LineHistory history_{};
   bool atEnd_ = false;
+  bool lineFeedMayFollow_ = false;  ///< after a Return behind which something was waiting
+
+  // The line being edited.
+  std::wstring prompt_{};
+  std::wstring note_{};  ///< shown below it
+  Completer complete_ = nullptr;
+  std::size_t recalled_ = 0;  ///< its place in the history
+  std::wstring typed_{};      ///< what was typed in the last place
+  std::vector<std::wstring> before_{};
+  bool typing_ = false;         ///< whether the last key was a letter
+  bool endTyped_ = false;       ///< whether a key has ended the input
+  bool started_ = false;        ///< whether a byte of it has been waited for
+  int typedAhead_ = 0;          ///< the bytes still to be read that were typed before it began
+  std::exception_ptr ended_{};  ///< what ended it
 };
+
+// ---- starting
 
 // Never ended: that would discard what was typed ahead for the program that comes next.
 LineEditor* LineEditor::start() {
-  const char* const terminal = std::getenv("TERM");
-  if (terminal == nullptr || *terminal == '\0' || std::strcmp(terminal, "dumb") == 0 ||
-      isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1) {
+  const char* const value = std::getenv("TERM");
+  const std::string_view terminal = value == nullptr ? "" : value;
+  // libedit does not edit in emacs.
+  if (terminal.empty() || terminal == "dumb" || terminal == "emacs" || isatty(STDIN_FILENO) != 1 ||
+      isatty(STDOUT_FILENO) != 1) {
     return nullptr;
   }
   static LineEditor editor;
-  return editor.prepare() ? &editor : nullptr;
+  return editor.prepare(value) ? &editor : nullptr;
 }
 
-bool LineEditor::prepare() {
+bool LineEditor::prepare(const char* terminal) {
   std::setlocale(LC_CTYPE, "");
-  if (std::strcmp(std::setlocale(LC_CTYPE, nullptr), "C") == 0) {
+  if (std::string_view(std::setlocale(LC_CTYPE, nullptr)) == "C") {
     std::setlocale(LC_CTYPE, "C.UTF-8");  // no language is set, as on a board; letters are letters
   }
   const sigset_t signals = terminalSignals();
   signals_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-  history_ = history_init();
-  // What libedit has to say about a terminal that it does not know would disturb the prompt.
-  std::FILE* const nowhere = std::fopen("/dev/null", "we");
-  if (signals_ < 0 || history_ == nullptr || nowhere == nullptr) {
+  std::FILE* const nowhere = std::fopen("/dev/null", "w+e");
+  if (signals_ < 0 || nowhere == nullptr || !startLibedit(terminal, nowhere)) {
     return false;
   }
-  mode_.keep();
-  lib_ = el_init("lineup-console", stdin, stdout, nowhere);
-  mode_.restore();
-  char* clearToEndOfLine = nullptr;
-  if (lib_ == nullptr || el_get(lib_, EL_GETTC, "ce", &clearToEndOfLine) != 0 ||
-      clearToEndOfLine == nullptr) {
-    return false;
-  }
-
-  HistEvent event;
-  history(history_, &event, H_SETSIZE, kRememberedLines);
-  history(history_, &event, H_SETUNIQUE, 1);
   el_set(lib_, EL_CLIENTDATA, this);
-  el_set(lib_, EL_HIST, history, history_);
-  el_set(lib_, EL_EDITOR, "emacs");
   el_set(
-      lib_, EL_PROMPT, +[](EditLine* lib) { return of(lib).prompt_.data(); });
+      lib_, EL_PROMPT, +[](EditLine* /*lib*/) {
+        static char none[] = "";
+        return none;
+      });
   el_set(
       lib_, EL_GETCFN,
       +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
-  el_wset(
-      lib_, EL_ADDFN, L"complete-word", L"Complete the word before the cursor",
-      +[](EditLine* lib, wint_t) { return of(lib).completeWord(); });
-  // A line feed stays one for the program that reads on when this one has ended.
-  el_set(lib_, EL_SETTY, "-d", "-inlcr", nullptr);
-  el_set(lib_, EL_BIND, "^I", "complete-word", nullptr);
-  for (const KeyBinding& binding : kKeys) {
-    el_set(lib_, EL_BIND, binding.key, binding.function, nullptr);
-  }
+  bindKeys();
+  makeRoom(1);
   return true;
+}
+
+/// Starts libedit on the terminal, learns from it what the terminal can do, and takes the terminal
+/// away from it: libedit takes it to be in its mode from now on, and sees no size of it.
+bool LineEditor::startLibedit(const char* terminal, std::FILE* nowhere) {
+  const TerminalSizeBounded bounded;
+  mode_.keep();
+  lib_ = el_init_fd("lineup-console", stdin, nowhere, nowhere, STDIN_FILENO, STDOUT_FILENO,
+                    fileno(nowhere));
+  const bool able = lib_ != nullptr && learnAbilities(el_set(lib_, EL_TERMINAL, terminal) == 0);
+  if (able) {
+    el_set(lib_, EL_PREP_TERM, 1);
+    el_set(lib_, EL_SETFP, 0, nowhere);
+  }
+  mode_.restore();
+  return able;
+}
+
+/// Returns whether lines can be edited. A terminal that is not known is taken for an xterm, as
+/// nearly all are.
+bool LineEditor::learnAbilities(bool known) {
+  if (!known) {
+    screen_ = LineScreen({"\x1b[A", "\x1b[K", "\x1b[J", "\x1b[H\x1b[2J", true});
+    return true;
+  }
+  usualSize_ = {number("li"), number("co")};
+  // Without the second, the cursor is in the next row as soon as the last column is written.
+  sparesLastColumn_ = can("am") && !can("xn");
+  screen_ = LineScreen(
+      {ability("up"), ability("ce"), ability("cd"), ability("cl"), can("am") && can("xn")});
+  return !ability("up").empty() && !ability("ce").empty();
+}
+
+/// The string for the terminal's ability of this termcap name, without the pauses ("$<5>") that
+/// terminals of metal needed.
+std::string LineEditor::ability(const char* name) const {
+  char* value = nullptr;
+  if (el_get(lib_, EL_GETTC, name, &value) != 0 || value == nullptr) {
+    return "";
+  }
+  std::string text = value;
+  for (std::size_t begin = text.find("$<"); begin != std::string::npos; begin = text.find("$<")) {
+    const std::size_t end = std::min(text.find('>', begin), text.size() - 1);
+    text.erase(begin, end + 1 - begin);
+  }
+  return text;
+}
+
+bool LineEditor::can(const char* name) const {
+  return ability(name) == "yes";
+}
+
+std::size_t LineEditor::number(const char* name) const {
+  int value = 0;
+  el_get(lib_, EL_GETTC, name, &value);
+  return static_cast<std::size_t>(std::max(value, 1));
+}
+
+void LineEditor::bindKeys() {
+  constexpr wchar_t kFirstLetterBeyond = 0xa0;
+  el_wset(lib_, EL_EDITOR, L"emacs");
+  for (wchar_t key = 1; key < kFirstLetterBeyond; ++key) {
+    const wchar_t keys[] = {L'\\', static_cast<wchar_t>(L'0' + key / 64),
+                            static_cast<wchar_t>(L'0' + key / 8 % 8),
+                            static_cast<wchar_t>(L'0' + key % 8), L'\0'};
+    const auto* const binding =
+        std::find_if(std::begin(kBindings), std::end(kBindings),
+                     [key](const KeyBinding& candidate) { return candidate.key == key; });
+    const wchar_t* const function = binding != std::end(kBindings) ? binding->function
+                                    : key::isLetter(key)           ? L"ed-insert"
+                                                                   : L"ed-unassigned";
+    el_wset(lib_, EL_BIND, keys, function, nullptr);
+  }
 }
 
 LineEditor& LineEditor::of(EditLine* lib) {
@@ -227,42 +367,58 @@ LineEditor& LineEditor::of(EditLine* lib) {
   return *static_cast<LineEditor*>(editor);
 }
 
+// ---- a line
+
 Edited LineEditor::edit(const std::string& prompt, Completer complete, std::string& line) {
   line.clear();
   if (atEnd_) {
     return Edited::End;
   }
-  prompt_ = prompt;
+  prompt_ = lettersOf(prompt);
   complete_ = complete;
-  endedBy_ = 0;
-  started_ = false;
+  recalled_ = history_.size();
+  before_.clear();
+  typing_ = endTyped_ = started_ = false;
+  ended_ = nullptr;
   std::cout.flush();
 
   const TerminalSignalsHeld held;
-  mode_.keep();
-  // Before the prompt, so that what is typed on seeing it is not echoed twice.
-  el_set(lib_, EL_PREP_TERM, 1);
+  mode_.change();  // before the prompt, so that what is typed on seeing it is not echoed twice
+  screen_.begin(size().rows, size().columns);
   int length = 0;
-  const char* const text = el_gets(lib_, &length);
+  const char* const result = el_gets(lib_, &length);
+  if (result != nullptr) {
+    line.assign(result, std::string_view(result).find('\n'));
+    leave();
+  } else if (ended_ != nullptr) {
+    draw();
+    put(wasInterrupted() ? "^C" : "");
+    put(screen_.leave());
+  } else if (endTyped_) {
+    draw();
+    put("^D");
+  }
   mode_.restore();
-  if (text != nullptr) {
-    line = text;
-    if (!line.empty() && line.back() == '\n') {
-      line.pop_back();
-    }
-    return Edited::Line;
+  return result != nullptr ? Edited::Line : endWithoutLine();
+}
+
+bool LineEditor::wasInterrupted() const {
+  try {
+    std::rethrow_exception(ended_);
+  } catch (const EndedBySignal& end) {
+    return end.signal == SIGINT;
+  } catch (...) {  // GCOVR_EXCL_LINE: only without memory
+    return false;  // GCOVR_EXCL_LINE
   }
-  if (endedBy_ != 0) {
-    std::fputs(endedBy_ == SIGINT ? "^C" : "", stdout);
-    leaveLine();
-    std::fflush(stdout);
-  }
-  if (endedBy_ == SIGINT) {
+}
+
+Edited LineEditor::endWithoutLine() {
+  if (ended_ != nullptr && wasInterrupted()) {
     forgetInterrupt();
     return Edited::Dropped;
   }
-  if (endedBy_ != 0) {
-    throw EndedBySignal{endedBy_};
+  if (ended_ != nullptr) {
+    std::rethrow_exception(ended_);
   }
   endIfSignalled();
   endIfHungUp(STDIN_FILENO);
@@ -270,42 +426,65 @@ Edited LineEditor::edit(const std::string& prompt, Completer complete, std::stri
   return Edited::End;
 }
 
-void LineEditor::remember(const std::string& line) {
-  HistEvent event;
-  if (!line.empty()) {
-    history(history_, &event, H_ENTER, line.c_str());
-  }
-}
-
 // ---- reading
 
-/// Returns what libedit expects: 1 for a character, else 0 or -1.
+/// Returns what libedit expects: 1 for a character, 0 at the end, or -1. Nothing may be thrown
+/// through libedit.
 int LineEditor::readCharacter(wchar_t& character) {
   try {
-    std::mbstate_t state{};
-    char byte = 0;
-    while (readByte(byte)) {
-      const bool begun = std::mbsinit(&state) == 0;
-      std::size_t result = std::mbrtowc(&character, &byte, 1, &state);
-      if (result == static_cast<std::size_t>(-1) && begun) {
-        state = {};  // the letter broke off; the byte may begin the next one
-        result = std::mbrtowc(&character, &byte, 1, &state);
+    while (keys_.read(character)) {
+      if (character == key::kSearch && !search(character)) {
+        return 0;
       }
-      if (result == static_cast<std::size_t>(-1)) {
-        state = {};
-      } else if (result != static_cast<std::size_t>(-2)) {
+      if (!handle(character)) {
+        makeRoom(longest_ + length() + 1);
+        endTyped_ = character == key::kEndOfInput && length() == 0;
         return 1;
       }
+      el_set(lib_, EL_REFRESH);  // or its screen would not be that of the line
     }
     return 0;
-  } catch (const EndedBySignal& end) {
-    endedBy_ = end.signal;
+  } catch (...) {
+    ended_ = std::current_exception();
     return -1;
   }
 }
 
+/// Does what libedit does not; returns whether `key` was of that kind.
+bool LineEditor::handle(wchar_t key) {
+  if (key == key::kUndo) {
+    undo();
+    return true;
+  }
+  keepForUndo(key);
+  switch (key) {
+    case key::kUp:
+      recall(recalled_ - std::min<std::size_t>(recalled_, 1));
+      return true;
+    case key::kDown:
+      recall(recalled_ + 1);
+      return true;
+    case key::kEraseToBlank:
+      eraseToBlank();
+      return true;
+    case key::kTab:
+      completeWord();
+      return true;
+    case key::kClearScreen:
+      put(screen_.clear());
+      return true;
+    case key::kReturn:
+    case key::kLineFeed:
+      seeWhetherMoreFollows();
+      return false;
+    default:
+      return false;
+  }
+}
+
 bool LineEditor::readByte(char& byte) {
-  if (!started_) {
+  const bool first = !started_;
+  if (first) {
     started_ = true;
     ioctl(STDIN_FILENO, FIONREAD, &typedAhead_);
   }
@@ -323,11 +502,26 @@ bool LineEditor::readByte(char& byte) {
       byte = kEndOfInputKey;
     }
     --typedAhead_;
+    if (first && lineFeedMayFollow_ && byte == '\n') {
+      continue;
+    }
     return true;
   }
 }
 
+/// Where lines end with Return and line feed, as in a paste, the two are one. The line feed is left
+/// where it is: it may be for another program. One typed later is not there yet.
+void LineEditor::seeWhetherMoreFollows() {
+  constexpr int kBetweenBytesOfAPaste = 10;  // ms, on a slow line
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  lineFeedMayFollow_ = poll(&input, 1, kBetweenBytesOfAPaste) == 1;
+}
+
 void LineEditor::waitForByte() {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  if (poll(&input, 1, 0) != 1) {
+    draw();  // not before: a paste is shown at once
+  }
   while (true) {
     std::array<pollfd, 2> inputs{{{STDIN_FILENO, POLLIN, 0}, {signals_, POLLIN, 0}}};
     waitForInput(inputs);
@@ -339,73 +533,139 @@ void LineEditor::waitForByte() {
 }
 
 void LineEditor::handleTerminalSignals() {
-  signalfd_siginfo info{};
-  while (read(signals_, &info, sizeof info) == sizeof info) {
-    const auto signal = static_cast<int>(info.ssi_signo);
-    switch (signal) {
-      case SIGWINCH:
-        redrawResized();
-        break;
-      case SIGCONT:
-        startAgain();
-        break;
-      default:
-        passOn(signal);
-        break;
+  if (takeHeldBack(SIGWINCH)) {
+    put(screen_.resize(size().rows, size().columns));
+    draw();
+  }
+  if (takeHeldBack(SIGCONT)) {
+    startAgain();
+  }
+  for (const int signal : {SIGTSTP, SIGQUIT}) {
+    if (isHeldBack(signal)) {
+      letStop(signal);
     }
   }
 }
 
 /// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
-void LineEditor::passOn(int signal) {
-  el_set(lib_, EL_PREP_TERM, 0);
+void LineEditor::letStop(int signal) {
   mode_.restore();
-  raiseUnheld(signal);
+  letThrough(signal);
   endIfSignalled();
-  mode_.keep();
-  el_set(lib_, EL_PREP_TERM, 1);
+  startAgain();
 }
 
 /// Edits on after the program was stopped: whoever had the terminal meanwhile may have changed it.
 void LineEditor::startAgain() {
-  el_set(lib_, EL_PREP_TERM, 0);
-  el_set(lib_, EL_PREP_TERM, 1);
-  el_resize(lib_);
-  std::fputc('\r', stdout);
-  el_set(lib_, EL_REFRESH);
+  mode_.change();
+  screen_.begin(size().rows, size().columns);
+  put("\r");
+  draw();
 }
 
-/// Draws the line anew where it began, which is elsewhere now if the terminal has wrapped it for
-/// its new width.
-void LineEditor::redrawResized() {
-  el_resize(lib_);
-  for (std::size_t row = rowOf(el_wline(lib_)->cursor); row > 0; --row) {
-    el_set(lib_, EL_ECHOTC, "up", nullptr);
+// ---- earlier lines
+
+/// Makes the line the one of this place in the history; behind its end it is what was typed.
+void LineEditor::recall(std::size_t line) {
+  if (line == recalled_ || line > history_.size()) {
+    put("\a");
+    return;
   }
-  std::fputc('\r', stdout);
-  el_set(lib_, EL_ECHOTC, "cd", nullptr);
-  el_set(lib_, EL_REFRESH);
+  if (recalled_ == history_.size()) {
+    typed_ = text();
+  }
+  recalled_ = line;
+  const std::wstring& recalled = line == history_.size() ? typed_ : history_[line];
+  replaceLine(recalled, recalled.size());
+}
+
+/// Lets the person look for an earlier line by a part of it. Returns false at the end of input;
+/// else `key` is the one with which to go on.
+bool LineEditor::search(wchar_t& key) {
+  keepForUndo(key);
+  const std::wstring line = text();
+  std::wstring part;
+  std::optional<LineHistory::Place> place;
+  note_ = L"bck:";
+  while (keys_.read(key)) {
+    std::size_t before = place ? place->line + 1 : history_.size();
+    if (key::isLetter(key)) {
+      part += key;
+    } else if (key == key::kSearch) {
+      before = place ? place->line : history_.size();
+    } else if (key == key::kBackspace || key == key::kRubout) {
+      part.resize(part.size() - std::min<std::size_t>(part.size(), 1));
+      before = history_.size();
+    } else {
+      note_.clear();
+      if (key == key::kGiveUp) {
+        replaceLine(line, line.size());
+      }
+      el_set(lib_, EL_REFRESH);
+      return true;
+    }
+    const auto found = part.empty() ? std::nullopt : history_.find(part, before);
+    note_ = L"bck:" + part + (found || part.empty() ? L"" : L"?");
+    if (found) {
+      place = found;
+      recalled_ = found->line;
+      replaceLine(history_[found->line], found->column);
+    }
+  }
+  return false;
+}
+
+// ---- erasing
+
+/// Erases the word before the cursor, whatever it is made of, and the blanks behind it.
+void LineEditor::eraseToBlank() {
+  const std::wstring before = text().substr(0, cursor());
+  const std::size_t end = before.find_last_not_of(L' ') + 1;
+  const std::size_t begin = end == 0 ? 0 : before.find_last_of(L' ', end - 1) + 1;
+  el_deletestr(lib_, static_cast<int>(before.size() - begin));
+}
+
+/// Keeps the line as it is before `key`; letters typed in a row are one step.
+void LineEditor::keepForUndo(wchar_t key) {
+  constexpr std::size_t kSteps = 100;
+  const bool goesOn = typing_ && key::isLetter(key);
+  typing_ = key::isLetter(key);
+  if (goesOn || (!before_.empty() && before_.back() == text())) {
+    return;
+  }
+  before_.push_back(text());
+  if (before_.size() > kSteps) {
+    before_.erase(before_.begin());
+  }
+}
+
+void LineEditor::undo() {
+  typing_ = false;
+  while (!before_.empty() && before_.back() == text()) {
+    before_.pop_back();
+  }
+  if (before_.empty()) {
+    put("\a");
+    return;
+  }
+  replaceLine(before_.back(), before_.back().size());
 }
 
 // ---- completing
 
-unsigned char LineEditor::completeWord() {
-  try {
-    return tryToCompleteWord();
-  } catch (...) {     // GCOVR_EXCL_LINE: only without memory
-    return CC_ERROR;  // GCOVR_EXCL_LINE: nothing may be thrown through libedit
-  }
-}
-
-unsigned char LineEditor::tryToCompleteWord() {
-  const LineInfo* const info = el_line(lib_);
-  const std::string begun(info->buffer, info->cursor);
-  const bool blankFollows = info->cursor != info->lastchar && *info->cursor == ' ';
+void LineEditor::completeWord() {
+  const std::string begun = bytesOf(text().substr(0, cursor()));
+  const bool blankFollows = cursor() < text().size() && text()[cursor()] == L' ';
   const std::string typed = begun.substr(begun.rfind(' ') + 1);
-  const std::vector<Possibility> possible =
-      complete_ == nullptr ? std::vector<Possibility>() : complete_(begun);
+  std::vector<Possibility> possible;
+  try {
+    possible = complete_ == nullptr ? possible : complete_(begun);
+  } catch (const std::exception&) {
+    possible.clear();
+  }
   if (possible.empty()) {
-    return CC_ERROR;
+    put("\a");
+    return;
   }
   if (possible.size() > 1) {
     const std::string common = commonBeginning(possible);
@@ -414,23 +674,22 @@ unsigned char LineEditor::tryToCompleteWord() {
     } else {
       list(typed, possible);
     }
-    return CC_REFRESH;
+    return;
   }
   if (!possible.front().note.empty()) {
     list(typed, possible);
   }
   const std::string& word = possible.front().word;
   replaceWord(typed, blankFollows || word.ends_with('/') ? word : word + ' ');
-  return CC_REFRESH;
 }
 
 void LineEditor::replaceWord(const std::string& typed, const std::string& word) {
   if (word.starts_with(typed)) {
-    el_insertstr(lib_, word.c_str() + typed.size());
+    insert(lettersOf(word.substr(typed.size())));
     return;
   }
-  el_deletestr(lib_, static_cast<int>(std::mbstowcs(nullptr, typed.c_str(), 0)));
-  el_insertstr(lib_, word.c_str());
+  el_deletestr(lib_, static_cast<int>(lettersOf(typed).size()));
+  insert(lettersOf(word));
 }
 
 /// Shows the possibilities below the line, and the line below them.
@@ -443,42 +702,85 @@ void LineEditor::list(const std::string& typed, const std::vector<Possibility>& 
     items.push_back(possibility.note.empty() ? shown : shown + "  " + possibility.note);
   }
   constexpr std::size_t kLeastLines = 5;
-  const std::size_t height = std::max(kLeastLines, size("li") - 2);
-  leaveLine();
-  std::fputs(listInColumns(items, size("co") - 1, height).c_str(), stdout);
+  const std::size_t height = std::max(kLeastLines + 2, screen_.rows()) - 2;
+  const std::size_t width = std::max<std::size_t>(screen_.columns(), 2) - 1;
+  draw();
+  put(screen_.leave());
+  put(listInColumns(items, width, height));
+}
+
+// ---- the line in libedit
+
+std::wstring LineEditor::text() const {
+  const LineInfoW* const line = el_wline(lib_);
+  return {line->buffer, line->lastchar};
+}
+
+std::size_t LineEditor::length() const {
+  const LineInfoW* const line = el_wline(lib_);
+  return static_cast<std::size_t>(line->lastchar - line->buffer);
+}
+
+/// How many letters are before the cursor.
+std::size_t LineEditor::cursor() const {
+  const LineInfoW* const line = el_wline(lib_);
+  return static_cast<std::size_t>(line->cursor - line->buffer);
+}
+
+void LineEditor::insert(const std::wstring& text) {
+  makeRoom(longest_ + length() + text.size());
+  el_winsertstr(lib_, text.c_str());
+}
+
+void LineEditor::replaceLine(const std::wstring& text, std::size_t cursor) {
+  makeRoom(longest_ + text.size());
+  const auto all = static_cast<int>(length());
+  if (text.empty()) {
+    el_cursor(lib_, all);
+    el_deletestr(lib_, all);
+  } else {
+    el_wreplacestr(lib_, text.c_str());
+    el_cursor(lib_, static_cast<int>(cursor) - static_cast<int>(this->cursor()));
+  }
+}
+
+/// Makes libedit's screen large enough for `letters` more than it has room for now, and what one
+/// key may add to them.
+void LineEditor::makeRoom(std::size_t letters) {
+  longest_ = std::max(longest_, length());
+  if (letters <= room_) {
+    return;
+  }
+  constexpr std::size_t kColumns = 256;
+  constexpr std::size_t kWidestLetter = 8;  // as libedit spells one that it cannot print
+  constexpr std::size_t kLeast = 1024;
+  room_ = std::max(kLeast, 2 * letters);
+  const std::size_t rows = room_ * kWidestLetter / (kColumns - kWidestLetter) + 2;
+  el_set(lib_, EL_SETTC, "co", std::to_string(kColumns).c_str(), nullptr);
+  el_set(lib_, EL_SETTC, "li", std::to_string(rows).c_str(), nullptr);
   el_set(lib_, EL_REFRESH);
 }
 
 // ---- the screen
 
-/// The number of lines ("li") or columns ("co") of the terminal.
-std::size_t LineEditor::size(const char* capability) const {
-  int value = 0;
-  el_get(lib_, EL_GETTC, capability, &value);
-  return static_cast<std::size_t>(std::max(value, 2));
+TerminalSize LineEditor::size() const {
+  TerminalSize size = terminalSize(usualSize_);
+  size.columns -= sparesLastColumn_ && size.columns > 1 ? 1 : 0;
+  return size;
 }
 
-/// The row, from 0, in which `position` of libedit's line is on the screen.
-std::size_t LineEditor::rowOf(const wchar_t* position) const {
-  const std::size_t columns = size("co");
-  std::size_t column = prompt_.size();
-  for (const wchar_t* letter = el_wline(lib_)->buffer; letter < position; ++letter) {
-    if (*letter == L'\n') {
-      column += columns - column % columns;
-    } else {
-      constexpr int kControlCharacter = 2;  // as in ^A
-      const int width = wcwidth(*letter);
-      column += static_cast<std::size_t>(width < 0 ? kControlCharacter : width);
-    }
+void LineEditor::draw() {
+  put(screen_.show(prompt_ + text(), prompt_.size() + cursor(), note_));
+}
+
+/// Shows the line as it was entered, and leaves it.
+void LineEditor::leave() {
+  std::wstring line = text();
+  if (!line.empty() && line.back() == L'\n') {
+    line.pop_back();
   }
-  return column / columns;
-}
-
-/// Moves the terminal's cursor below the line.
-void LineEditor::leaveLine() const {
-  const LineInfoW* const line = el_wline(lib_);
-  const std::size_t rows = rowOf(line->lastchar) - rowOf(line->cursor) + 1;
-  std::fputs(std::string(rows, '\n').c_str(), stdout);
+  put(screen_.show(prompt_ + line, prompt_.size() + line.size()));
+  put(screen_.leave());
 }
 
 LineEditor* lineEditor() {

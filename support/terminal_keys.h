@@ -1,0 +1,70 @@
+// The keys of a terminal: which one a sequence of bytes stands for.
+
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+/// What is read from the keyboard: a letter, or one of these. Cursor keys and their like are the
+/// control characters that do the same; those without one have codes of their own, beyond ASCII,
+/// which no letter has.
+namespace key {
+
+constexpr wchar_t control(char letter) {
+  return static_cast<wchar_t>(letter & 0x1f);
+}
+
+constexpr wchar_t kBeginning = control('A');
+constexpr wchar_t kLeft = control('B');
+constexpr wchar_t kEndOfInput = control('D');  ///< or deletes the letter at the cursor
+constexpr wchar_t kEnd = control('E');
+constexpr wchar_t kRight = control('F');
+constexpr wchar_t kGiveUp = control('G');
+constexpr wchar_t kBackspace = control('H');
+constexpr wchar_t kTab = control('I');
+constexpr wchar_t kLineFeed = control('J');
+constexpr wchar_t kEraseToEnd = control('K');
+constexpr wchar_t kClearScreen = control('L');
+constexpr wchar_t kReturn = control('M');
+constexpr wchar_t kDown = control('N');
+constexpr wchar_t kUp = control('P');
+constexpr wchar_t kSearch = control('R');
+constexpr wchar_t kTranspose = control('T');
+constexpr wchar_t kEraseToBeginning = control('U');
+constexpr wchar_t kEraseToBlank = control('W');
+constexpr wchar_t kYank = control('Y');
+constexpr wchar_t kEscape = 0x1b;
+constexpr wchar_t kUndo = 0x1f;  ///< Ctrl-_
+constexpr wchar_t kRubout = 0x7f;
+constexpr wchar_t kDelete = 0x80;
+constexpr wchar_t kWordLeft = 0x81;
+constexpr wchar_t kWordRight = 0x82;
+constexpr wchar_t kEraseWord = 0x83;
+constexpr wchar_t kEraseWordBefore = 0x84;
+
+/// Whether `code` is a letter, to be inserted, and none of the above.
+bool isLetter(wchar_t code);
+
+}  // namespace key
+
+/// Reads keys from bytes, letters in the encoding of the locale. Bytes that make no letter are left
+/// out. An escape sequence that stands for none of the keys above is left out, whole.
+class KeyReader {
+ public:
+  /// `readByte` waits for the next byte, and returns false at the end; it may throw.
+  explicit KeyReader(std::function<bool(char&)> readByte) : readByte_(std::move(readByte)) {}
+
+  /// Waits for the next key; false at the end.
+  bool read(wchar_t& key);
+
+ private:
+  std::optional<wchar_t> readKey();
+  bool readCharacter(wchar_t& character);
+  bool readSequence(std::wstring& sequence);
+  bool readRest(wchar_t first, wchar_t last, std::wstring& sequence);
+
+  std::function<bool(char&)> readByte_;
+  std::optional<wchar_t> next_{};  ///< what cut a sequence short
+  bool ended_ = false;
+};

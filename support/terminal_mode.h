@@ -1,0 +1,50 @@
+// The mode and the size of the terminal that standard input is.
+
+#pragma once
+
+#include <sys/ioctl.h>
+#include <termios.h>
+
+#include <cstddef>
+
+/// The mode in which the terminal was found.
+class TerminalMode {
+ public:
+  void keep();
+
+  /// Keeps the mode, and changes it to one in which keys arrive as they are typed, Return and line
+  /// feed apart, and are not shown. Signals are still sent by their keys.
+  void change();
+
+  /// Goes back to the mode that was kept. Nothing that was typed is discarded.
+  void restore();
+
+ private:
+  void set(const termios& mode) const;
+
+  termios mode_{};
+  bool kept_ = false;
+};
+
+struct TerminalSize {
+  std::size_t rows;
+  std::size_t columns;
+};
+
+/// The terminal's size, at least 1 by 1 and at most 1000 by 1000: a larger one is a mistake. Where
+/// the terminal does not know, `otherwise`.
+TerminalSize terminalSize(const TerminalSize& otherwise);
+
+/// A terminal of more than 1000 rows or columns has that size for its lifetime, for code that would
+/// take memory for each of them.
+class TerminalSizeBounded {
+ public:
+  TerminalSizeBounded();
+  ~TerminalSizeBounded();
+  TerminalSizeBounded(const TerminalSizeBounded&) = delete;
+  TerminalSizeBounded& operator=(const TerminalSizeBounded&) = delete;
+
+ private:
+  winsize size_{};
+  bool beyond_ = false;
+};
