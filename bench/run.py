@@ -188,12 +188,11 @@ def make_big_catalogue():
 def start(_folder, _lineups):
     figures = compare(f"{CONSOLE} --version", "sqlite3 -version", "redis-cli --version", EMPTY,
                       runs=200, shell=False)
-    for index, (peer, aim) in enumerate([("sqlite3 -version", 1), ("redis-cli --version", 1),
-                                         ("empty program", 1.2)]):
-        add_times("start to exit, `--version`", [figures[0], figures[index + 1]], peer, aim)
-    console, shell = figures[:2]
-    add_row("the same, processor time", shown(console.cpu), "sqlite3 -version", shown(shell.cpu),
-            console.cpu / shell.cpu, 1)
+    console = figures[0]
+    for other, peer, aim in zip(figures[1:], ["sqlite3 -version", "redis-cli --version", "empty program"],
+                                [1, 1, 1.2]):
+        add_row("start to exit, `--version`, processor time", shown(console.cpu), peer, shown(other.cpu),
+                console.cpu / other.cpu, aim, note=f"wall {console.wall / other.wall:.2f}")
 
 
 def first_prompt(folder, _lineups):
