@@ -153,6 +153,7 @@ hub_module::ENCInputServiceConfig LineupEditor::makeEncService(
     const std::vector<std::string>& words) {
   hub_module::ENCInputServiceConfig service;
   service.address = parseEncAddress(words);
+  // The settings of every encoder service that is added, in the numbering of ControllerTask.
   service.settings.videoCodec = 0;
   service.settings.videoResolution = 0;
   service.settings.videoProfile = 3;

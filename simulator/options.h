@@ -14,7 +14,7 @@ namespace lineup::simulator {
 struct Options {
   int port = kControllerPort;
   std::string stateFile = "/etc/korvel/conf/ControllerTask/headend-simulator.json";
-  std::string catalogueFile = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
+  std::string catalogueFile = kCataloguePath;
   bool writeCatalogue = true;
   bool replaceCatalogue = false;
   std::set<korvel::thrift::general::RFInputId::type> absentInputs;

@@ -2,13 +2,12 @@
 
 #pragma once
 
+#include "model/headend_places.h"
+
 namespace lineup::test {
 
-/// Where the console looks for the controller and for its catalogue.
-inline constexpr int kHeadendPort = 9190;
-inline constexpr const char* kCatalogueFolder = "/etc/korvel/conf/ControllerTask";
-inline constexpr const char* kCataloguePath =
-    "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
+using lineup::kCatalogueFolder;
+using lineup::kCataloguePath;
 
 /// Starts this program anew in a sandbox, with the arguments `argv` of main(); returns in one that
 /// is already inside. There the port is free, and the folder exists, is empty and can be written
