@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include "catalogue/service_names.h"
+#include "catalogue/find_available_services.h"
 #include "lineup/rf_input_names.h"
 #include "lineup/scan_types.h"
 #include "support/words.h"
@@ -80,7 +80,7 @@ std::vector<Possibility> completeFile(const std::string& typed) {
 std::vector<Possibility> completeService(const std::string& typed) {
   std::vector<Possibility> ids;
   std::vector<Possibility> named;
-  for (const auto& [number, service] : readServiceNames()) {
+  for (const auto& [number, service] : readAvailableServiceNames()) {
     const std::string id = std::to_string(number);
     const std::string note = service.name + " (" + service.kind + ")";
     if (id.starts_with(typed)) {

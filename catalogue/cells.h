@@ -39,7 +39,7 @@ class tSqlite3int : public tSqlite3parent {
   int32_t asInt() const;
 };
 
-/// Ends a cell whose own memory goes with the rest of a list of rows.
+/// Deleter: runs the destructor only, the memory resource of the row list frees the memory.
 struct tEndCell {
   void operator()(tSqlite3parent* cell) const { cell->~tSqlite3parent(); }
 };

@@ -1,10 +1,10 @@
 #include "catalogue/select.h"
 
+#include <cassert>
 #include <chrono>
 #include <cstdio>
 #include <iostream>
 #include <new>
-#include <string>
 
 #include "catalogue/connection.h"
 #include "support/ending_signals.h"
@@ -18,56 +18,103 @@ struct SqliteFree {
 };
 using SqliteText = std::unique_ptr<char, SqliteFree>;
 
-constexpr const char* kErrorPrefix = "[ERROR_DB]doSelect: ";
+struct SqliteFreeTable {
+  void operator()(char** cells) const { sqlite3_free_table(cells); }
+};
 
-void reportFailure(const char* table, int attempt, const char* error) {
-  std::cerr << kErrorPrefix << "Error leyendo datos tabla " << table << " . intento: " << attempt
+/// What sqlite3_get_table returns.
+struct Result {
+  int code = SQLITE_OK;
+  std::unique_ptr<char*, SqliteFreeTable> cells;  // the names of the columns, then the rows
+  std::size_t rows = 0;
+  std::size_t columns = 0;
+  SqliteText error;
+};
+
+/// Runs `statement`, however many it is, as long as it only reads.
+Result getTable(sqlite3* handle, const char* statement) {
+  char** cells = nullptr;
+  int rows = 0;
+  int columns = 0;
+  char* error = nullptr;
+  const tReadingOnly reading(handle);
+  const int code = sqlite3_get_table(handle, statement, &cells, &rows, &columns, &error);
+  return {code, decltype(Result::cells)(cells), static_cast<std::size_t>(rows),
+          static_cast<std::size_t>(columns), SqliteText(error)};
+}
+
+void reportFailure(const tTable& table, int attempt, const char* error) {
+  constexpr const char* kPrefix = "[ERROR_DB]doSelect: ";
+  std::cerr << kPrefix << "Error leyendo datos tabla " << table.name << " . intento: " << attempt
             << std::endl;
   if (error != nullptr) {
-    std::cerr << kErrorPrefix << error << std::endl;
+    std::cerr << kPrefix << error << std::endl;
     std::perror(error);
   }
 }
 
-/// sqlite3_get_table, but of selects alone.
-int getTable(sqlite3* handle, const char* statement, char*** cells, int* rows, int* columns,
-             char** error) {
-  const tReadingOnly reading(handle);
-  return sqlite3_get_table(handle, statement, cells, rows, columns, error);
+SqliteText formatSelect(const tTable& table, const char* filter, va_list arguments) {
+  const std::string format =
+      std::string("SELECT * FROM ") + table.name + " " + (filter != nullptr ? filter : "");
+  SqliteText statement(sqlite3_vmprintf(format.c_str(), arguments));
+  if (!statement) {
+    throw std::bad_alloc();
+  }
+  return statement;
+}
+
+/// The result of the first of three attempts that succeeds; one without rows if none does.
+Result select(const tTable& table, sqlite3* handle, const char* statement) {
+  constexpr int kAttempts = 3;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    Result result = getTable(handle, statement);
+    if (result.code == SQLITE_OK) {
+      return result;
+    }
+    endIfSignalled();  // which has interrupted the select
+    reportFailure(table, attempt, result.error.get());
+    result = {};  // may hold a lot
+    waitFor(std::chrono::seconds(attempt + 1));
+  }
+  return {};
 }
 
 }  // namespace
 
-tResultTable::tResultTable(char** cells_, int rows_, int columns_)
-    : cells(cells_),
-      rows(static_cast<std::size_t>(rows_)),
-      columns(static_cast<std::size_t>(columns_)) {}
-
-tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, va_list arguments) {
-  const std::string format =
-      std::string("SELECT * FROM ") + table + " " + (filter != nullptr ? filter : "");
-  const SqliteText statement(sqlite3_vmprintf(format.c_str(), arguments));
-  if (!statement) {
-    throw std::bad_alloc();
+tRow::tRow(const tTable& table_, std::span<const char* const> cells,
+           std::pmr::memory_resource* memory)
+    : table(&table_), columns(memory), flags(table_.columnTypes.size(), false, memory) {
+  std::pmr::polymorphic_allocator<> allocator(memory);
+  columns.reserve(table->columnTypes.size());
+  for (const char type : table->columnTypes) {
+    const std::size_t column = columns.size();
+    const char* const text = column < cells.size() ? cells[column] : nullptr;
+    columns.emplace_back(type == 'I' ? allocator.new_object<tSqlite3int>(text, memory)
+                                     : allocator.new_object<tSqlite3parent>(text, memory));
   }
+}
 
-  constexpr int kAttempts = 3;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    char** cells = nullptr;
-    int rows = 0;
-    int columns = 0;
-    char* errorText = nullptr;
-    const int result = getTable(handle, statement.get(), &cells, &rows, &columns, &errorText);
-    const SqliteText error(errorText);
-    tResultTable selected(cells, rows, columns);
-    if (result == SQLITE_OK) {
-      return selected;
-    }
-    endIfSignalled();  // which has interrupted the select
-    reportFailure(table, attempt, error.get());
-    waitFor(std::chrono::seconds(attempt + 1));
+int32_t tRow::asInt(std::size_t column) const {
+  assert(table->columnTypes[column] == 'I');
+  return static_cast<const tSqlite3int&>(*columns[column]).asInt();
+}
+
+std::string tRow::asText(std::size_t column) const {
+  return table->columnTypes[column] == 'I' ? std::to_string(asInt(column))
+                                           : columns[column]->asString();
+}
+
+std::unique_ptr<tRowList> selectRows(const tTable& table, sqlite3* handle, const char* filter,
+                                     va_list arguments) {
+  const SqliteText statement = formatSelect(table, filter, arguments);
+  const Result result = select(table, handle, statement.get());
+  auto list = std::make_unique<tRowList>();
+  list->rows.reserve(result.rows);
+  for (std::size_t row = 1; row <= result.rows; ++row) {
+    list->rows.emplace_back(
+        table, std::span(result.cells.get() + row * result.columns, result.columns), &list->memory);
   }
-  return {nullptr, 0, 0};
+  return list;
 }
 
 }  // namespace korveldb

@@ -1,4 +1,4 @@
-// One select on a table of the catalogue, with patience for a busy database.
+// Selecting rows of the catalogue's tables, with patience for a busy database.
 
 #pragma once
 
@@ -6,42 +6,78 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <memory_resource>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "catalogue/cells.h"
+#include "catalogue/tables.h"
 
 namespace korveldb {
 
-/// The rows of a select as SQLite delivers them. A failed select has none.
-class tResultTable {
+/// One row of a table.
+class tRow {
  public:
-  /// Takes `cells` over: (rows + 1) * columns texts of which the first `columns` are the column
-  /// names, or null.
-  tResultTable(char** cells, int rows, int columns);
+  /// Copies a row of a result into `memory`, which has to outlive this row. Null is an SQL NULL;
+  /// columns that the result lacks are NULL, and those that the table lacks are ignored.
+  tRow(const tTable& table, std::span<const char* const> cells, std::pmr::memory_resource* memory);
 
-  /// The number of rows.
-  std::size_t size() const { return rows; }
+  /// The number in the integer column `column`.
+  int32_t asInt(std::size_t column) const;
 
-  /// The text of a cell, `row` and `column` counting from 0. Null for an SQL NULL, and in columns
-  /// that the result does not have. Belongs to the table.
-  const char* cell(std::size_t row, std::size_t column) const {
-    return column < columns ? cells.get()[(row + 1) * columns + column] : nullptr;
-  }
+  /// The text in the column `column`; the number, in decimal, in an integer column.
+  std::string asText(std::size_t column) const;
 
- private:
-  struct Free {
-    void operator()(char** table) const { sqlite3_free_table(table); }
-  };
-
-  std::unique_ptr<char*, Free> cells;
-  std::size_t rows;
-  std::size_t columns;
+  const tTable* table;
+  std::pmr::vector<tCell> columns;
+  /// One flag a column; the console has no use for them.
+  std::pmr::vector<bool> flags;
 };
 
-/// Selects every column of `table`, by the printf-like `filter` ("WHERE ...", or null for all rows)
-/// and its arguments, which are inserted as they are: whatever statement they make can only read.
+/// Rows in the order in which SQLite returned them. The destructor frees all that they hold.
+struct tRowList {
+  /// Holds the cells. A row has up to 25 of them, a catalogue easily a hundred thousand rows: one
+  /// by one on the heap they would take longer to make and free than SQLite takes to find them.
+  std::pmr::monotonic_buffer_resource memory;
+  std::vector<tRow> rows;
+};
+
+/// The rows of `table` that the printf-like `filter` ("WHERE ...", or null for all rows) selects,
+/// never null. Its arguments are inserted as they are: whatever statement they make can only read.
 ///
 /// Tries up to three times. After the n-th failure it says so on standard error and sleeps n
-/// seconds, after the last failure too. Raises std::bad_alloc, and EndedBySignal as soon as a
-/// signal is caught, which interrupts the select as well as the sleep.
-tResultTable selectFrom(const char* table, sqlite3* handle, const char* filter, va_list arguments);
+/// seconds, after the last failure too; then there are no rows. Throws std::bad_alloc, and
+/// EndedBySignal as soon as a signal is caught, which interrupts the select as well as the sleep.
+std::unique_ptr<tRowList> selectRows(const tTable& table, sqlite3* handle, const char* filter,
+                                     va_list arguments);
+
+/// The row class of one table.
+template <const tTable& kTable>
+class tAvailableService : public tRow {
+ public:
+  /// selectRows() of the table.
+  static std::unique_ptr<tRowList> doSelect(sqlite3* handle, const char* filter, ...);
+
+  /// Frees a list; null is accepted.
+  static void freeList(std::unique_ptr<tRowList> list) { list.reset(); }
+};
+
+using tAvailableSatService = tAvailableService<kSatTable>;
+using tAvailableTdtService = tAvailableService<kTdtTable>;
+using tAvailableCableService = tAvailableService<kCableTable>;
+using tAvailableIPService = tAvailableService<kIPTable>;
+
+template <const tTable& kTable>
+std::unique_ptr<tRowList> tAvailableService<kTable>::doSelect(sqlite3* handle, const char* filter,
+                                                              ...) {
+  va_list arguments;
+  va_start(arguments, filter);
+  auto list = selectRows(kTable, handle, filter, arguments);
+  va_end(arguments);
+  return list;
+}
 
 }  // namespace korveldb

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "model/lineup_editor.h"
 #include "support/words.h"
@@ -71,6 +72,14 @@ int32_t numberBetween(int32_t low, int32_t high, const std::string& word, const 
 }
 
 }  // namespace
+
+int32_t LineupEditor::storeDVBService(hub_module::DVBInputServiceConfig service) {
+  auto& services = config.lineupConfig.dvbInputServices;
+  const int32_t key = allocateServiceKey(services);
+  services[key] = std::move(service);  // its lists can be long
+  pendingChanges = true;
+  return key;
+}
 
 int32_t LineupEditor::addEncService(const hub_module::ENCInputServiceConfig& enc) {
   auto& services = config.lineupConfig.encInputServices;

@@ -89,7 +89,7 @@ class LineupEditor {
   /// Prints `config` field by field.
   void showLineup() const;
 
-  // ---- catalogue/: finding services and storing them
+  // ---- catalogue/: finding available services and storing them
   //
   // `name` is a part of the service name, inserted into the select as typed. The catalogue is read
   // only. A table that cannot be read counts as one without a match, after three attempts within
@@ -101,9 +101,6 @@ class LineupEditor {
   void findIPServices(const std::string& name) const;
   /// The four above, in this order.
   void findServices(const std::string& name) const;
-
-  /// Stores `service` under the smallest free key of `dvbInputServices` and returns the key.
-  int32_t storeDVBService(hub_module::DVBInputServiceConfig service);
 
   /// Stores the service with the catalogue id `id` from the first table that has it (satellite,
   /// terrestrial, cable, IP) and returns its key. Throws std::runtime_error "Service not found"; a
@@ -125,6 +122,9 @@ class LineupEditor {
   /// encoder module (3 to 12), words[2] its HDMI input (0 to 3). Throws std::runtime_error with the
   /// text for the user if a word is missing or out of range.
   static module::ModuleChainAddress parseEncAddress(const std::vector<std::string>& words);
+
+  /// Stores `service` under the smallest free key of `dvbInputServices` and returns the key.
+  int32_t storeDVBService(hub_module::DVBInputServiceConfig service);
 
   /// Stores a copy under the smallest free key of `encInputServices` and returns the key.
   int32_t addEncService(const hub_module::ENCInputServiceConfig& enc);

@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "catalogue/build_services.h"
-#include "catalogue/service_tables.h"
+#include "catalogue/build_dvb_services.h"
+#include "catalogue/tables.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
 
@@ -57,14 +57,13 @@ class Catalogue : public testing::Test {
     file.insert(kIP, kIPRow);
   }
 
-  CatalogueFile file{kCatalogueFile};
+  CatalogueFile file{korveldb::kCatalogueFile};
   LineupEditor editor;
 };
 
 using FindServices = Catalogue;
 using BuildService = Catalogue;
 using AddCatalogueService = Catalogue;
-using StoreDVBService = Catalogue;
 
 /// `row` with `cells` in place of its own.
 Cells with(Cells row, const Cells& cells) {
@@ -283,34 +282,7 @@ TEST_F(BuildService, AMalformedIntegerListIsALogicError) {
   EXPECT_THROW(buildCableService(18), std::invalid_argument);
   EXPECT_THROW(buildIPService(19), std::invalid_argument);
   // Nobody holds the catalogue after that.
-  EXPECT_NO_THROW(test::CatalogueLock(kCatalogueFile).release());
-}
-
-TEST_F(StoreDVBService, TakesTheSmallestFreeKey) {
-  EXPECT_EQ(editor.storeDVBService({}), 1);
-  EXPECT_EQ(editor.storeDVBService({}), 2);
-  auto& services = editor.config.lineupConfig.dvbInputServices;
-  services[4].service.name = "four";
-  EXPECT_EQ(editor.storeDVBService({}), 3);
-  EXPECT_EQ(editor.storeDVBService({}), 5);
-  EXPECT_EQ(services[4].service.name, "four");
-}
-
-TEST_F(StoreDVBService, StoresACopyAndMarksTheChange) {
-  DVBInputServiceConfig service;
-  service.service.name = "Channel One";
-  service.service.__set_ipMuxUUID("uuid");
-  editor.storeDVBService(service);
-  EXPECT_TRUE(editor.pendingChanges);
-  EXPECT_EQ(editor.config.lineupConfig.dvbInputServices.at(1), service);
-}
-
-TEST_F(StoreDVBService, LeavesTheOtherServicesAlone) {
-  editor.config.lineupConfig.encInputServices[1].label = "encoder";
-  editor.config.lineupConfig.emptyInputServices[1].service.serviceType = 2;
-  EXPECT_EQ(editor.storeDVBService({}), 1);
-  EXPECT_EQ(editor.config.lineupConfig.encInputServices.size(), 1U);
-  EXPECT_EQ(editor.config.lineupConfig.emptyInputServices.size(), 1U);
+  EXPECT_NO_THROW(test::CatalogueLock(korveldb::kCatalogueFile).release());
 }
 
 TEST_F(AddCatalogueService, TheFirstTableThatHasTheIdWins) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/available_services.h"
+#include "catalogue/select.h"
 #include "support/log.h"
 #include "support/words.h"
 #include "tests/support/catalogue_file.h"

@@ -1,8 +1,8 @@
-#include "catalogue/item_lists.h"
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+
+#include "catalogue/build_dvb_services.h"
 
 namespace lineup {
 namespace {

@@ -14,9 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "catalogue/available_services.h"
-#include "catalogue/item_lists.h"
-#include "catalogue/service_tables.h"
+#include "catalogue/build_dvb_services.h"
+#include "catalogue/tables.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
 #include "tests/fuzz/memory_limit.h"
@@ -28,27 +27,18 @@ namespace {
 
 using lineup::fuzz::require;
 
-struct Table {
-  char letter;
-  const char* name;
-  const lineup::ServiceTable& columns;
-};
-
-constexpr Table kTables[] = {{'S', korveldb::kSatLayout.name, lineup::kSatTable},
-                             {'T', korveldb::kTdtLayout.name, lineup::kTdtTable},
-                             {'C', korveldb::kCableLayout.name, lineup::kCableTable},
-                             {'I', korveldb::kIPLayout.name, lineup::kIPTable}};
+using korveldb::tTable;
 
 constexpr std::size_t kMostColumns = 64;
 constexpr std::size_t kMostRows = 4096;  // a row of one byte takes a kilobyte of memory
 
 using Row = std::vector<std::string>;
 
-std::string columnName(const Table& table, std::size_t column) {
-  if (column == table.columns.id) {
+std::string columnName(const tTable& table, std::size_t column) {
+  if (column == table.id) {
     return "service_id";
   }
-  return column == table.columns.name ? "service_name" : "column" + std::to_string(column);
+  return column == table.serviceName ? "service_name" : "column" + std::to_string(column);
 }
 
 void execute(const std::string& sql) {
@@ -58,9 +48,9 @@ void execute(const std::string& sql) {
 }
 
 /// An empty table with `columns` columns and no other tables.
-void makeTable(const Table& table, std::size_t columns) {
-  for (const Table& other : kTables) {
-    execute(std::string("DROP TABLE IF EXISTS ") + other.name);
+void makeTable(const tTable& table, std::size_t columns) {
+  for (const tTable* other : korveldb::kTables) {
+    execute(std::string("DROP TABLE IF EXISTS ") + other->name);
   }
   std::string names;
   for (std::size_t column = 0; column < columns; ++column) {
@@ -91,7 +81,7 @@ void bind(sqlite3_stmt* statement, int place, const std::string& cell) {
   }
 }
 
-void insertRow(const Table& table, std::size_t columns, const Row& row) {
+void insertRow(const tTable& table, std::size_t columns, const Row& row) {
   std::string places = "?";
   for (std::size_t column = 1; column < columns; ++column) {
     places += ",?";
@@ -108,7 +98,7 @@ void insertRow(const Table& table, std::size_t columns, const Row& row) {
   sqlite3_finalize(statement);
 }
 
-void fill(const Table& table, const std::vector<Row>& rows) {
+void fill(const tTable& table, const std::vector<Row>& rows) {
   const std::size_t columns =
       rows.empty() ? 1 : std::min(std::max<std::size_t>(1, rows.front().size()), kMostColumns);
   execute("BEGIN");
@@ -161,10 +151,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   require(quiet, "the output goes nowhere");
   const std::string text(reinterpret_cast<const char*>(data), size);
   checkLists(text);
-  const Table* table = kTables;
-  for (const Table& candidate : kTables) {
-    if (text.starts_with(candidate.letter)) {
-      table = &candidate;
+  // Their letters are the ones that their kinds begin with.
+  const tTable* table = korveldb::kTables.front();
+  for (const tTable* candidate : korveldb::kTables) {
+    if (text.starts_with(candidate->kind[0])) {
+      table = candidate;
     }
   }
   std::vector<Row> rows;
@@ -179,7 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   lineup::LineupEditor editor;
   editor.findServices("");
   for (std::size_t row = 0; row < rows.size() && row < kRowsAdded; ++row) {
-    const std::size_t column = table->columns.id;
+    const std::size_t column = table->id;
     const std::string id = column < rows[row].size() ? rows[row][column] : "";
     addService(editor, lineup::readNumber(id.starts_with('#') ? id.substr(1) : id));
   }

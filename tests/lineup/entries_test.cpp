@@ -142,6 +142,30 @@ TEST(EncService, HasTheFixedSettingsAndDefaultsOtherwise) {
 
 // ---- services and their keys
 
+TEST(ServiceKeys, DVBServicesGetTheSmallestFreeKey) {
+  LineupEditor editor;
+  EXPECT_EQ(editor.storeDVBService({}), 1);
+  EXPECT_EQ(editor.storeDVBService({}), 2);
+  lineupOf(editor).dvbInputServices[4].service.name = "four";
+  EXPECT_EQ(editor.storeDVBService({}), 3);
+  EXPECT_EQ(editor.storeDVBService({}), 5);
+  EXPECT_EQ(lineupOf(editor).dvbInputServices.at(4).service.name, "four");
+}
+
+TEST(ServiceKeys, ADVBServiceIsStoredAsItIsBesideTheOthers) {
+  LineupEditor editor;
+  lineupOf(editor).encInputServices[1].label = "encoder";
+  lineupOf(editor).emptyInputServices[1].service.serviceType = 2;
+  hub_module::DVBInputServiceConfig service;
+  service.service.name = "Channel One";
+  service.service.__set_ipMuxUUID("uuid");
+  EXPECT_EQ(editor.storeDVBService(service), 1);
+  EXPECT_TRUE(editor.pendingChanges);
+  EXPECT_EQ(lineupOf(editor).dvbInputServices.at(1), service);
+  EXPECT_EQ(lineupOf(editor).encInputServices.size(), 1U);
+  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+}
+
 TEST(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
   LineupEditor editor;
   const auto enc = LineupEditor::makeEncService({"addenc", "5", "2"});

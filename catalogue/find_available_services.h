@@ -1,4 +1,5 @@
-// The services of the catalogue at a glance, for completion.
+// Finding the catalogue's available services by their name: the find commands of
+// model/lineup_editor.h, and completion.
 
 #pragma once
 
@@ -9,16 +10,16 @@
 
 namespace lineup {
 
-struct ServiceName {
+struct AvailableServiceName {
   std::string name;
   const char* kind;  ///< "SAT", "TDT", "Cable" or "IP"
 };
 
-/// How long readServiceNames() may take: for so long a key is held up at most.
+/// How long readAvailableServiceNames() may take: for so long a key is held up at most.
 inline constexpr std::chrono::seconds kTimeForNames{5};
 
 /// Every service that addCatalogueService() can find, by its catalogue id. What cannot be read, at
 /// once or within kTimeForNames, is left out without a message. A missing catalogue stays missing.
-std::map<int32_t, ServiceName> readServiceNames();
+std::map<int32_t, AvailableServiceName> readAvailableServiceNames();
 
 }  // namespace lineup

@@ -1,4 +1,4 @@
-#include "catalogue/available_services.h"
+#include "catalogue/select.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ Cells cellsNamedByPosition(std::size_t columns) {
   return cells;
 }
 
-class AvailableServices : public testing::Test {
+class Select : public testing::Test {
  protected:
   /// What is written to standard error while `action` runs.
   template <typename Action>
@@ -50,7 +50,7 @@ class AvailableServices : public testing::Test {
   const std::string path = folder.file("catalogue.sqlite");
 };
 
-TEST_F(AvailableServices, EveryColumnOfEveryTableIsRead) {
+TEST_F(Select, EveryColumnOfEveryTableIsRead) {
   CatalogueFile file(path);
   file.insert(lineup::test::kSat, cellsNamedByPosition(25));
   file.insert(lineup::test::kTdt, cellsNamedByPosition(17));
@@ -74,7 +74,7 @@ TEST_F(AvailableServices, EveryColumnOfEveryTableIsRead) {
   expectNamedByPosition(tAvailableIPService::doSelect(db.getHandle(), nullptr), 13);
 }
 
-TEST_F(AvailableServices, ColumnsAreIntegersOrTextsByTheirPosition) {
+TEST_F(Select, ColumnsAreIntegersOrTextsByTheirPosition) {
   const auto typesOf = [](const auto& row) {
     std::string types;
     for (const auto& cell : row.columns) {
@@ -98,7 +98,7 @@ TEST_F(AvailableServices, ColumnsAreIntegersOrTextsByTheirPosition) {
             "ISSIISISIIISS");
 }
 
-TEST_F(AvailableServices, NullCellsAreZeroOrEmpty) {
+TEST_F(Select, NullCellsAreZeroOrEmpty) {
   CatalogueFile(path).insert(lineup::test::kSat, {});
   const tSqlite3db db(path);
   const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
@@ -108,7 +108,7 @@ TEST_F(AvailableServices, NullCellsAreZeroOrEmpty) {
   EXPECT_EQ(list->rows[0].asText(16), "");
 }
 
-TEST_F(AvailableServices, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
+TEST_F(Select, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
   CatalogueFile(path).insert(lineup::test::kSat, {{7, "11778 MHz"}, {17, "none"}});
   const tSqlite3db db(path);
   const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
@@ -117,7 +117,7 @@ TEST_F(AvailableServices, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
   EXPECT_EQ(list->rows[0].asInt(17), 0);
 }
 
-TEST_F(AvailableServices, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
+TEST_F(Select, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
   CatalogueFile file(path, 3);
   for (const char* number : {"1", "2", "3"}) {
     Cells cells = cellsNamedByPosition(28);
@@ -133,7 +133,7 @@ TEST_F(AvailableServices, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown
   }
 }
 
-TEST_F(AvailableServices, ColumnsThatTheResultLacksAreNull) {
+TEST_F(Select, ColumnsThatTheResultLacksAreNull) {
   // Only a second statement typed into a name brings this about.
   const CatalogueFile file(path);
   const tSqlite3db db(path);
@@ -146,7 +146,7 @@ TEST_F(AvailableServices, ColumnsThatTheResultLacksAreNull) {
   EXPECT_EQ(list->rows[1].asText(24), "");
 }
 
-TEST_F(AvailableServices, NoMatchIsAnEmptyListWithoutAMessage) {
+TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
   CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}});
   const tSqlite3db db(path);
   EXPECT_EQ(errorsOf([&] {
@@ -157,7 +157,14 @@ TEST_F(AvailableServices, NoMatchIsAnEmptyListWithoutAMessage) {
             Lines{});
 }
 
-TEST_F(AvailableServices, FilterArgumentsAreInsertedAsTheyAre) {
+TEST_F(Select, AListIsFreedAndSoIsNone) {
+  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}});
+  const tSqlite3db db(path);
+  tAvailableSatService::freeList(tAvailableSatService::doSelect(db.getHandle(), nullptr));
+  tAvailableSatService::freeList(nullptr);
+}
+
+TEST_F(Select, FilterArgumentsAreInsertedAsTheyAre) {
   CatalogueFile file(path);
   file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
   file.insert(lineup::test::kSat, {{15, "18"}, {16, "100% Folk"}});
@@ -186,7 +193,7 @@ TEST_F(AvailableServices, FilterArgumentsAreInsertedAsTheyAre) {
       tAvailableSatService::doSelect(db.getHandle(), "WHERE service_id='%d'", -17)->rows.empty());
 }
 
-TEST_F(AvailableServices, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
+TEST_F(Select, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
   CatalogueFile(path).execute("DROP TABLE availableTdtService");
   const tSqlite3db db(path);
   const auto start = steady_clock::now();
@@ -207,7 +214,7 @@ TEST_F(AvailableServices, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
   }
 }
 
-TEST_F(AvailableServices, AFileThatCannotBeOpenedHasNoErrorText) {
+TEST_F(Select, AFileThatCannotBeOpenedHasNoErrorText) {
   const Lines lines = errorsOf([&] {
     const tSqlite3db db(folder.file("nowhere/catalogue.sqlite"));
     EXPECT_TRUE(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows.empty());
@@ -219,7 +226,7 @@ TEST_F(AvailableServices, AFileThatCannotBeOpenedHasNoErrorText) {
              "[ERROR_DB]doSelect: Error leyendo datos tabla availableIPService . intento: 2"}));
 }
 
-TEST_F(AvailableServices, ALockThatGoesAwayCostsOneAttempt) {
+TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
   CatalogueFile(path).insert(lineup::test::kCable, {{10, "17"}, {11, "Channel One"}});
   const tSqlite3db db(path);
   CatalogueLock lock(path);
@@ -258,7 +265,7 @@ TEST_F(AvailableServices, ALockThatGoesAwayCostsOneAttempt) {
   EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: database is locked");
 }
 
-TEST_F(AvailableServices, ASecondStatementThatWritesIsRefused) {
+TEST_F(Select, ASecondStatementThatWritesIsRefused) {
   CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
   const auto before = filesIn(folder.path());
   const Lines lines = errorsOf([&] {
@@ -272,7 +279,7 @@ TEST_F(AvailableServices, ASecondStatementThatWritesIsRefused) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
-TEST_F(AvailableServices, WhatFollowsASelectMayWrite) {
+TEST_F(Select, WhatFollowsASelectMayWrite) {
   const CatalogueFile file(path);
   tSqlite3db db(path);
   EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.empty());
@@ -280,7 +287,7 @@ TEST_F(AvailableServices, WhatFollowsASelectMayWrite) {
   EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U);
 }
 
-TEST_F(AvailableServices, RowsInTheLogBesideASmallFileAreRead) {
+TEST_F(Select, RowsInTheLogBesideASmallFileAreRead) {
   constexpr int kRows = 22'000;
   CatalogueFile file(path);
   file.execute("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; VACUUM");
@@ -300,7 +307,7 @@ TEST_F(AvailableServices, RowsInTheLogBesideASmallFileAreRead) {
   EXPECT_EQ(list->rows.back().asText(12), "1,2");
 }
 
-TEST_F(AvailableServices, AViewMayTakeHundredsOfMillionsOfSteps) {
+TEST_F(Select, AViewMayTakeHundredsOfMillionsOfSteps) {
   CatalogueFile file(path);
   file.execute("DROP TABLE availableSatService");
   file.execute(
@@ -315,7 +322,7 @@ TEST_F(AvailableServices, AViewMayTakeHundredsOfMillionsOfSteps) {
             Lines{});
 }
 
-TEST_F(AvailableServices, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
+TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
   {
     CatalogueFile file(path);
     file.execute("PRAGMA journal_mode=WAL");
@@ -334,7 +341,7 @@ TEST_F(AvailableServices, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
-TEST_F(AvailableServices, AWriteThatItsWriterDidNotSurviveIsNotSeen) {
+TEST_F(Select, AWriteThatItsWriterDidNotSurviveIsNotSeen) {
   const lineup::test::TemporaryFolder crashed;
   CatalogueFile file(path);
   file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});

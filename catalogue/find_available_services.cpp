@@ -1,0 +1,109 @@
+#include "catalogue/find_available_services.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+#include "catalogue/connection.h"
+#include "catalogue/select.h"
+#include "catalogue/tables.h"
+#include "model/lineup_editor.h"
+#include "support/ending_signals.h"
+#include "support/words.h"
+
+namespace lineup {
+
+using korveldb::kCatalogueFile;
+using korveldb::tReadingOnly;
+using korveldb::tRow;
+using korveldb::tSqlite3db;
+using korveldb::tTable;
+
+namespace {
+
+std::string lineOf(const tTable& table, const tRow& row) {
+  return row.asText(table.id) + '\t' + row.asText(table.serviceName) + table.beforeSource +
+         row.asText(table.source) + table.afterSource + row.asText(table.sid) +
+         " L: " + row.asText(table.textList);
+}
+
+void find(const tTable& table, const std::string& name) {
+  const tSqlite3db catalogue(kCatalogueFile);
+  const auto found =
+      table.doSelect(catalogue.getHandle(), "WHERE service_name LIKE '%%%s%%'", name.c_str());
+  if (found->rows.empty()) {
+    std::cout << "No " << table.kind << " services found." << std::endl;
+  }
+  for (const tRow& row : found->rows) {
+    std::cout << lineOf(table, row) << std::endl;
+    endIfSignalled();
+  }
+}
+
+struct Finalize {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+std::string textOf(sqlite3_stmt* row, int column) {
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
+  return text == nullptr ? std::string() : text;
+}
+
+/// Adds the services whose id no table before has. An id is one that can be asked for: a number
+/// written as the look-up writes it.
+void addNames(sqlite3* catalogue, const tTable& table,
+              std::map<int32_t, AvailableServiceName>& names) {
+  const std::string select = std::string("SELECT service_id, service_name FROM ") + table.name;
+  sqlite3_stmt* compiled = nullptr;
+  sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr);
+  const std::unique_ptr<sqlite3_stmt, Finalize> rows(compiled);
+  while (sqlite3_step(rows.get()) == SQLITE_ROW) {
+    const std::string id = textOf(rows.get(), 0);
+    const int32_t number = readNumber(id);
+    if (id == std::to_string(number)) {
+      names.emplace(number, AvailableServiceName{textOf(rows.get(), 1), table.kind});
+    }
+  }
+}
+
+}  // namespace
+
+void LineupEditor::findTdtServices(const std::string& name) const {
+  find(korveldb::kTdtTable, name);
+}
+
+void LineupEditor::findSatServices(const std::string& name) const {
+  find(korveldb::kSatTable, name);
+}
+
+void LineupEditor::findCableServices(const std::string& name) const {
+  find(korveldb::kCableTable, name);
+}
+
+void LineupEditor::findIPServices(const std::string& name) const {
+  find(korveldb::kIPTable, name);
+}
+
+void LineupEditor::findServices(const std::string& name) const {
+  findTdtServices(name);
+  findSatServices(name);
+  findCableServices(name);
+  findIPServices(name);
+}
+
+std::map<int32_t, AvailableServiceName> readAvailableServiceNames() {
+  std::map<int32_t, AvailableServiceName> names;
+  if (!std::filesystem::exists(kCatalogueFile)) {
+    return names;  // opening would create it
+  }
+  const tSqlite3db catalogue(kCatalogueFile);
+  const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
+  for (const tTable* table : korveldb::kTables) {
+    addNames(catalogue.getHandle(), *table, names);
+  }
+  return names;
+}
+
+}  // namespace lineup
