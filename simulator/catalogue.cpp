@@ -64,7 +64,11 @@ void writeCatalogue(const std::string& path, bool replaceForeign) {
     throw std::runtime_error("the catalogue " + path +
                              " was not written by this program; --replace-catalogue replaces it");
   }
-  replaceFile(path, catalogueBytes());
+  try {
+    replaceFile(path, catalogueBytes());
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(std::string(error.what()) + "; --no-catalogue does without it");
+  }
 }
 
 }  // namespace lineup::simulator

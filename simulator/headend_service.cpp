@@ -1,11 +1,11 @@
 #include "simulator/headend_service.h"
 
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
 #include "simulator/config_summary.h"
 #include "simulator/initial_state.h"
+#include "simulator/messages.h"
 #include "simulator/status.h"
 
 namespace lineup::simulator {
@@ -16,7 +16,7 @@ namespace general = korvel::thrift::general;
 namespace {
 
 void report(const char* call, const std::string& text) {
-  std::cout << call << ": " << text << std::endl;
+  say(std::string(call) + ": " + text);
 }
 
 std::string inputName(general::RFInputId::type id) {
@@ -62,9 +62,11 @@ hub_module::ControllerTaskIsNotReady notReady(const char* reason) {
 
 }  // namespace
 
-HeadendService::HeadendService(StateStore& store, std::set<RFInputId::type> absentInputs,
+HeadendService::HeadendService(StateStore& store, Faults& faults,
+                               std::set<RFInputId::type> absentInputs,
                                std::chrono::seconds startupTime)
     : store_(store),
+      faults_(faults),
       absentInputs_(std::move(absentInputs)),
       startupTime_(startupTime),
       start_(std::chrono::steady_clock::now()) {}
@@ -169,9 +171,18 @@ void HeadendService::resetFactoryDefaults() {
   report("resetFactoryDefaults", summary(store_.state().config));
 }
 
-/// Takes the turn of a call; refuses it while the headend starts.
+/// Takes the turn of a call; refuses it while the headend starts, or as a fault asks.
 HeadendService::Lock HeadendService::begin(const char* call) {
+  const Faults::Verdict verdict = faults_.begin(call);
   Lock lock(mutex_);
+  if (verdict.broken) {
+    report(call, "broken off, as asked");
+    throw BrokenOff();
+  }
+  if (verdict.refused) {
+    report(call, "refused, as asked");
+    throw notReady("refused");
+  }
   if (std::chrono::steady_clock::now() - start_ < startupTime_) {
     report(call, "refused, not ready");
     throw notReady("starting");

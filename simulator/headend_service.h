@@ -8,9 +8,14 @@
 #include <string>
 
 #include "WebSrv.h"
+#include "simulator/faults.h"
 #include "simulator/state_store.h"
 
 namespace lineup::simulator {
+
+/// Raised out of a call whose connection is to be closed without an answer. No std::exception:
+/// those the generated code answers.
+struct BrokenOff {};
 
 /// Answers every call and prints one line for it on standard output: the call's name and what it
 /// changed. Calls from several threads take turns. A change that cannot be stored is refused with
@@ -21,9 +26,9 @@ class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
   using HeadendStatus = korvel::thrift::hub_module::HeadendStatus;
   using RFInputId = korvel::thrift::general::RFInputId;
 
-  /// Serves the headend in `store`, without the RF inputs `absentInputs`. Until `startupTime` has
-  /// passed, every call is refused with ControllerTaskIsNotReady.
-  HeadendService(StateStore& store, std::set<RFInputId::type> absentInputs,
+  /// Serves the headend in `store`, without the RF inputs `absentInputs` and with `faults`. Until
+  /// `startupTime` has passed, every call is refused with ControllerTaskIsNotReady.
+  HeadendService(StateStore& store, Faults& faults, std::set<RFInputId::type> absentInputs,
                  std::chrono::seconds startupTime);
 
   void getHeadendConfig(HeadendConfig& result) override;
@@ -59,6 +64,7 @@ class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
 
   std::mutex mutex_;
   StateStore& store_;
+  Faults& faults_;
   const std::set<RFInputId::type> absentInputs_;
   const std::chrono::seconds startupTime_;
   std::chrono::steady_clock::time_point start_;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <getopt.h>
+#include <strings.h>
 
 #include <charconv>
 #include <climits>
@@ -15,18 +16,28 @@ namespace general = korvel::thrift::general;
 const char kHelpText[] =
     R"(Usage: headend-simulator [OPTION]...
 Stands in for the headend's controller on 127.0.0.1: answers its calls, keeps the
-configuration across restarts and writes a service catalogue of invented services.
+configuration and writes a service catalogue of invented services.
 
   --port N               listen on port N instead of 9190; 0 for any free port
   --state FILE           keep the configuration and the RF inputs in FILE instead of
                          /etc/korvel/conf/ControllerTask/headend-simulator.json
+  --in-memory            keep them in no file
   --catalogue FILE       write the catalogue to FILE instead of
                          /etc/korvel/conf/ControllerTask/ControllerTask.sqlite
   --no-catalogue         write no catalogue
   --replace-catalogue    replace the catalogue even if another program wrote it
+  --keep                 leave what was made under /etc/korvel there at the end; files
+                         named by --state and --catalogue stay in any case
   --without-input NAME   leave an RF input (TDT1, TDT2, SAT1 to SAT8) out of the
                          status; may be given more than once
   --not-ready SECONDS    refuse every call for the first SECONDS
+  --delay CALL[:N]=SECONDS
+                         answer every CALL, or the Nth alone, so much later
+  --refuse CALL[:N]      refuse it as a headend that is not ready
+  --break CALL[:N]       close its connection without an answer
+                         CALL is a name such as setHeadendConfig, or "all"; these
+                         three may be given more than once
+  --timestamps           put the time in front of each line
   --ready-fd N           write the port and a newline to the open file descriptor N
                          once it serves, and close it
   --help                 print this text and exit
@@ -41,11 +52,17 @@ namespace {
 enum Option {
   PORT,
   STATE,
+  IN_MEMORY,
   CATALOGUE,
   NO_CATALOGUE,
   REPLACE,
+  KEEP,
   WITHOUT,
   NOT_READY,
+  DELAY,
+  REFUSE,
+  BREAK,
+  TIMESTAMPS,
   READY_FD,
   HELP,
   VERSION
@@ -59,6 +76,12 @@ const option kOptions[] = {{"port", required_argument, nullptr, PORT},
                            {"without-input", required_argument, nullptr, WITHOUT},
                            {"not-ready", required_argument, nullptr, NOT_READY},
                            {"ready-fd", required_argument, nullptr, READY_FD},
+                           {"in-memory", no_argument, nullptr, IN_MEMORY},
+                           {"keep", no_argument, nullptr, KEEP},
+                           {"delay", required_argument, nullptr, DELAY},
+                           {"refuse", required_argument, nullptr, REFUSE},
+                           {"break", required_argument, nullptr, BREAK},
+                           {"timestamps", no_argument, nullptr, TIMESTAMPS},
                            {"help", no_argument, nullptr, HELP},
                            {"version", no_argument, nullptr, VERSION},
                            {nullptr, 0, nullptr, 0}};
@@ -90,7 +113,7 @@ std::string path(const std::string& option, const std::string& text) {
 general::RFInputId::type inputNamed(const std::string& name) {
   for (const auto& [value, valueName] : general::_RFInputId_VALUES_TO_NAMES) {
     // The names of groups come after those of inputs.
-    if (value <= general::RFInputId::SAT8 && name == valueName) {
+    if (value <= general::RFInputId::SAT8 && strcasecmp(name.c_str(), valueName) == 0) {
       return static_cast<general::RFInputId::type>(value);
     }
   }
@@ -106,9 +129,11 @@ void apply(int option, Options& options) {
       break;
     case STATE:
       options.stateFile = path("--state", argument);
+      options.keepsState = true;
       break;
     case CATALOGUE:
       options.catalogueFile = path("--catalogue", argument);
+      options.keepsCatalogue = true;
       break;
     case NO_CATALOGUE:
       options.writeCatalogue = false;
@@ -124,6 +149,24 @@ void apply(int option, Options& options) {
       break;
     case READY_FD:
       options.readyDescriptor = openDescriptor("--ready-fd", argument);
+      break;
+    case IN_MEMORY:
+      options.inMemory = true;
+      break;
+    case KEEP:
+      options.keepsState = options.keepsCatalogue = true;
+      break;
+    case DELAY:
+      options.faults.push_back(parseFault("--delay", FaultKind::DELAY, argument));
+      break;
+    case REFUSE:
+      options.faults.push_back(parseFault("--refuse", FaultKind::REFUSE, argument));
+      break;
+    case BREAK:
+      options.faults.push_back(parseFault("--break", FaultKind::BREAK, argument));
+      break;
+    case TIMESTAMPS:
+      options.stamps = true;
       break;
     case HELP:
       options.help = true;

@@ -5,9 +5,11 @@
 #include <chrono>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "general_types.h"
 #include "model/headend_places.h"
+#include "simulator/faults.h"
 
 namespace lineup::simulator {
 
@@ -19,6 +21,11 @@ struct Options {
   bool replaceCatalogue = false;
   std::set<korvel::thrift::general::RFInputId::type> absentInputs;
   std::chrono::seconds startupTime{0};
+  std::vector<Fault> faults;
+  bool inMemory = false;        ///< no state file
+  bool keepsState = false;      ///< the state file stays at the end
+  bool keepsCatalogue = false;  ///< likewise
+  bool stamps = false;
   int readyDescriptor = -1;  ///< -1 for none
   bool help = false;
   bool version = false;

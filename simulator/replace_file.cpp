@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -19,8 +21,15 @@ int checked(int result) {
   return result;
 }
 
-FileDescriptor openFile(const std::string& path, int flags) {
-  return FileDescriptor(checked(open(path.c_str(), flags | O_CLOEXEC, 0644)));
+// Read before there are threads, as it can only be read by setting it.
+const mode_t kCreationMask = [] {
+  const mode_t mask = umask(022);
+  umask(mask);
+  return mask;
+}();
+
+FileDescriptor openFolder(const std::string& path) {
+  return FileDescriptor(checked(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
 }
 
 void writeAll(int file, const std::string& contents) {
@@ -63,20 +72,22 @@ bool fileExists(const std::string& path) {
 }
 
 FileDescriptor replaceFile(const std::string& path, const std::string& contents) {
-  // One fixed name: what a crash left behind is overwritten next time.
-  const std::string temporary = path + ".headend-simulator-new";
+  std::string temporary = path + ".XXXXXX";
+  bool made = false;
   try {
     const std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
     std::filesystem::create_directories(folder);
-    FileDescriptor file = openFile(temporary, O_WRONLY | O_CREAT | O_TRUNC);
+    FileDescriptor file(checked(mkostemp(temporary.data(), O_CLOEXEC)));
+    made = true;
+    checked(fchmod(file.number(), 0666 & ~kCreationMask));
     checked(flock(file.number(), LOCK_EX | LOCK_NB));
     writeAll(file.number(), contents);
     checked(fsync(file.number()));
     checked(rename(temporary.c_str(), path.c_str()));
-    checked(fsync(openFile(folder.string(), O_RDONLY | O_DIRECTORY).number()));
+    checked(fsync(openFolder(folder.string()).number()));
     return file;
   } catch (const std::system_error& error) {
-    unlink(temporary.c_str());
+    if (made) unlink(temporary.c_str());
     throw std::runtime_error("cannot write " + path + ": " + error.code().message());
   }
 }

@@ -1,6 +1,7 @@
 #include "simulator/server.h"
 
 #include <signal.h>
+#include <sys/socket.h>
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/server/TThreadedServer.h>
 #include <thrift/transport/TBufferTransports.h>
@@ -9,15 +10,19 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <deque>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "model/no_size_limits.h"
+#include "simulator/headend_service.h"
 
 namespace lineup::simulator {
 
 using apache::thrift::protocol::TBinaryProtocolFactory;
+using apache::thrift::protocol::TProtocol;
 using apache::thrift::server::TThreadedServer;
 using apache::thrift::transport::TFramedTransport;
 using apache::thrift::transport::TServerSocket;
@@ -29,10 +34,10 @@ using apache::thrift::transport::TTransportFactory;
 namespace {
 
 // How long a connection may say nothing, and how long its peer may take nothing.
-constexpr int kReceiveTimeoutMs = 60000;
+constexpr int kReceiveTimeoutMs = 10000;
 constexpr int kSendTimeoutMs = 5000;
 // Well below the descriptors that a process may open.
-constexpr int64_t kMostConnections = 500;
+constexpr size_t kMostConnections = 200;
 
 class UnlimitedServerSocket : public TServerSocket {
  public:
@@ -44,15 +49,49 @@ class UnlimitedServerSocket : public TServerSocket {
   }
 
  protected:
+  /// Called for each new connection by the one thread that accepts them.
   std::shared_ptr<TSocket> createSocket(THRIFT_SOCKET client) override {
-    return std::make_shared<TSocket>(client, pChildInterruptSockReader_, noSizeLimits());
+    makeRoom();
+    auto socket = std::make_shared<TSocket>(client, pChildInterruptSockReader_, noSizeLimits());
+    connections_.push_back(socket);
+    return socket;
   }
+
+ private:
+  /// Hangs up on the oldest connection when there are too many: clients that say nothing, however
+  /// many, keep nobody out. The number of a socket that was closed meanwhile is no other socket's,
+  /// as this thread alone opens those.
+  void makeRoom() {
+    std::erase_if(connections_, [](const auto& connection) { return connection.expired(); });
+    if (connections_.size() < kMostConnections) return;
+    if (const auto oldest = connections_.front().lock()) {
+      shutdown(oldest->getSocketFD(), SHUT_RDWR);
+    }
+    connections_.pop_front();
+  }
+
+  std::deque<std::weak_ptr<TSocket>> connections_;  // in the order of their coming
 };
 
 class UnlimitedFramedTransportFactory : public TTransportFactory {
  public:
   std::shared_ptr<TTransport> getTransport(std::shared_ptr<TTransport> transport) override {
     return std::make_shared<TFramedTransport>(transport, noSizeLimits());
+  }
+};
+
+class Processor : public korvel::thrift::hub_module::WebSrvProcessor {
+ public:
+  using WebSrvProcessor::WebSrvProcessor;
+
+ protected:
+  bool dispatchCall(TProtocol* in, TProtocol* out, const std::string& name, int32_t sequence,
+                    void* context) override {
+    try {
+      return WebSrvProcessor::dispatchCall(in, out, name, sequence, context);
+    } catch (const BrokenOff&) {
+      return false;  // closes the connection
+    }
   }
 };
 
@@ -73,14 +112,13 @@ int Server::port() const {
   return socket_->getPort();
 }
 
-bool Server::serveUntilSignal(
-    const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service) {
-  TThreadedServer server(std::make_shared<korvel::thrift::hub_module::WebSrvProcessor>(service),
-                         socket_, std::make_shared<UnlimitedFramedTransportFactory>(),
+bool Server::serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
+                              const std::function<void()>& atSignal) {
+  TThreadedServer server(std::make_shared<Processor>(service), socket_,
+                         std::make_shared<UnlimitedFramedTransportFactory>(),
                          std::make_shared<TBinaryProtocolFactory>());
-  server.setConcurrentClientLimit(kMostConnections);
   std::atomic<bool> told = false;
-  const auto stopOnSignal = [&server, &told] {
+  const auto stopOnSignal = [&server, &told, &atSignal] {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
@@ -88,6 +126,7 @@ bool Server::serveUntilSignal(
     int signal = 0;
     sigwait(&signals, &signal);
     told = true;
+    atSignal();
     server.stop();
   };
   std::thread waiter(stopOnSignal);

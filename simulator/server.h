@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "WebSrv.h"
@@ -13,7 +14,8 @@ class TServerSocket;
 namespace lineup::simulator {
 
 /// A TCP port of 127.0.0.1, taken when it is made, and served by one thread a connection, so that
-/// nobody waits for a client that has connected and sends nothing.
+/// nobody waits for a client that has connected and sends nothing. Such a connection is closed
+/// after ten seconds, or when more come than there is room for.
 class Server {
  public:
   /// Takes `port`, or a free one for 0. Raises std::runtime_error naming the port if it cannot be
@@ -23,8 +25,9 @@ class Server {
   int port() const;
 
   /// Answers calls until SIGTERM or SIGINT, which every thread must have blocked; calls that have
-  /// begun are finished. Returns false if the port broke before.
-  bool serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service);
+  /// begun are finished, `atSignal` may hurry them. Returns false if the port broke before.
+  bool serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
+                        const std::function<void()>& atSignal);
 
  private:
   std::shared_ptr<apache::thrift::transport::TServerSocket> socket_;

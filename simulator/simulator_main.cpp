@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <deque>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -13,7 +15,9 @@
 #include <system_error>
 
 #include "simulator/catalogue.h"
+#include "simulator/faults.h"
 #include "simulator/headend_service.h"
+#include "simulator/messages.h"
 #include "simulator/options.h"
 #include "simulator/server.h"
 #include "simulator/state_store.h"
@@ -46,18 +50,55 @@ void announce(int descriptor, int port) {
   close(descriptor);
 }
 
+/// Removes files and folders at the end.
+class Tidier {
+ public:
+  Tidier() = default;
+  Tidier(const Tidier&) = delete;
+  Tidier& operator=(const Tidier&) = delete;
+  ~Tidier() {
+    // A folder in which somebody else has put something stays.
+    std::error_code ignored;
+    for (const std::filesystem::path& part : parts_) std::filesystem::remove(part, ignored);
+  }
+
+  /// All parts of the file's path that are not there yet.
+  void removeWhatIsMissingOf(const std::filesystem::path& file) {
+    std::filesystem::path path;
+    for (const std::filesystem::path& name : file) {
+      path /= name;
+      std::error_code unknown;
+      if (!std::filesystem::exists(std::filesystem::symlink_status(path, unknown))) {
+        parts_.push_front(path);
+      }
+    }
+  }
+
+ private:
+  std::deque<std::filesystem::path> parts_;  // the deepest first
+};
+
 /// Serves until told to end.
 void run(const Options& options) {
   prepareSignals();
   // The port first: where another simulator is serving, none of its files is touched.
   Server server(options.port);
-  StateStore store(options.stateFile);
-  if (options.writeCatalogue) writeCatalogue(options.catalogueFile, options.replaceCatalogue);
+  Tidier tidier;
+  if (!options.keepsState && !options.inMemory) tidier.removeWhatIsMissingOf(options.stateFile);
+  StateStore store = options.inMemory ? StateStore() : StateStore(options.stateFile);
+  if (options.writeCatalogue) {
+    if (!options.keepsCatalogue) tidier.removeWhatIsMissingOf(options.catalogueFile);
+    writeCatalogue(options.catalogueFile, options.replaceCatalogue);
+  }
+  Faults faults(options.faults);
   const auto service =
-      std::make_shared<HeadendService>(store, options.absentInputs, options.startupTime);
-  std::cout << "headend-simulator: ready on 127.0.0.1:" << server.port() << std::endl;
+      std::make_shared<HeadendService>(store, faults, options.absentInputs, options.startupTime);
+  if (options.stamps) stampLines();
+  say("headend-simulator: ready on 127.0.0.1:" + std::to_string(server.port()));
   if (options.readyDescriptor >= 0) announce(options.readyDescriptor, server.port());
-  if (!server.serveUntilSignal(service)) throw std::runtime_error("the port broke");
+  if (!server.serveUntilSignal(service, [&faults] { faults.endDelays(); })) {
+    throw std::runtime_error("the port broke");
+  }
 }
 
 int runProgram(int argc, char** argv) {

@@ -58,6 +58,8 @@ StateStore::StateStore(std::string path) : path_(std::move(path)) {
   }
 }
 
+StateStore::StateStore() : state_(initialState()) {}
+
 void StateStore::load() {
   file_ = FileDescriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
   if (file_.number() < 0) {
@@ -76,7 +78,7 @@ void StateStore::load() {
 }
 
 void StateStore::replace(HeadendState next) {
-  file_ = replaceFile(path_, toJson(next));
+  if (!path_.empty()) file_ = replaceFile(path_, toJson(next));
   state_ = std::move(next);
 }
 

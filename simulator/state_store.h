@@ -17,6 +17,8 @@ class StateStore {
   /// std::runtime_error naming the path if the file cannot be read or written, is no state file or
   /// belongs to a running process; it is then left as it was.
   explicit StateStore(std::string path);
+  /// The initial state, in memory alone.
+  StateStore();
 
   const HeadendState& state() const { return state_; }
 

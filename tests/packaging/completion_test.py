@@ -99,8 +99,14 @@ class Completion(unittest.TestCase):
         self.check("lineup-console --type x", "--type", "x")
 
     def test_simulator_options(self):
-        self.check("headend-simulator ", "--catalogue", "--help", "--no-catalogue", "--not-ready",
-                   "--port", "--ready-fd", "--replace-catalogue", "--state", "--version", "--without-input")
+        self.check("headend-simulator ", "--break", "--catalogue", "--delay", "--help",
+                   "--in-memory", "--keep", "--no-catalogue", "--not-ready", "--port",
+                   "--ready-fd", "--refuse", "--replace-catalogue", "--state", "--timestamps",
+                   "--version", "--without-input")
+
+    def test_simulator_calls(self):
+        self.check("headend-simulator --refuse setH", "--refuse", "setHeadendConfig",
+                   "setHeadendGlobalConfig")
 
     def test_simulator_files(self):
         self.check("headend-simulator --state li", "--state", "lineup.json")

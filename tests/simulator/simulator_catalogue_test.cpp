@@ -283,7 +283,8 @@ TEST_F(SimulatorCatalogue, WhereNoFileCanBeIsRefused) {
   const std::string path = folder_.file("file/catalogue.sqlite");
   const Outcome outcome = runRefused({"--catalogue", path});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "headend-simulator: cannot write " + path + ": Not a directory\n");
+  EXPECT_EQ(outcome.err, "headend-simulator: cannot write " + path +
+                             ": Not a directory; --no-catalogue does without it\n");
 }
 
 TEST_F(SimulatorCatalogue, IsWrittenIntoFoldersThatDoNotExistYet) {

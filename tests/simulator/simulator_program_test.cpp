@@ -8,9 +8,14 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <regex>
 #include <thread>
+#include <vector>
 
 #include "tests/simulator/simulator_process.h"
 
@@ -82,8 +87,13 @@ TEST(SimulatorOptions, HelpNamesEveryOption) {
   EXPECT_EQ(outcome.out.rfind("Usage: headend-simulator [OPTION]...\n", 0), 0U);
   for (const char* option :
        {"--port N", "--state FILE", "--catalogue FILE", "--no-catalogue", "--replace-catalogue",
-        "--without-input NAME", "--not-ready SECONDS", "--ready-fd N", "--help", "--version"}) {
-    EXPECT_NE(outcome.out.find(std::string("\n  ") + option + " "), std::string::npos) << option;
+        "--without-input NAME", "--not-ready SECONDS", "--ready-fd N", "--in-memory", "--keep",
+        "--delay CALL[:N]=SECONDS", "--refuse CALL[:N]", "--break CALL[:N]", "--timestamps",
+        "--help", "--version"}) {
+    const std::string line = std::string("\n  ") + option;
+    EXPECT_TRUE(outcome.out.find(line + " ") != std::string::npos ||
+                outcome.out.find(line + "\n") != std::string::npos)
+        << option;
   }
 }
 
@@ -125,7 +135,7 @@ TEST(SimulatorOptions, EmptyPathIsRefused) {
 }
 
 TEST(SimulatorOptions, InputThatNoHeadendHasIsRefused) {
-  for (const std::string name : {"SAT9", "sat1", "TDTALL", "SATALL", ""}) {
+  for (const std::string name : {"SAT9", "SAT", "TDTALL", "SATALL", ""}) {
     expectUsageError({"--without-input", name},
                      "--without-input needs TDT1, TDT2 or SAT1 to SAT8, not '" + name + "'");
   }
@@ -228,6 +238,19 @@ TEST(SimulatorClients, ThatStallBlockNobody) {
   for (int call = 0; call < 20; ++call) EXPECT_EQ(headendName(simulator), "Simulated headend");
 }
 
+TEST(SimulatorClients, ThatSayNothingHoweverManyLockNobodyOut) {
+  const TemporaryFolder folder;
+  const SimulatorProcess simulator(folder);
+  std::vector<std::unique_ptr<RawConnection>> clients;
+  for (int client = 0; client < 600; ++client) {
+    clients.push_back(std::make_unique<RawConnection>(simulator.port()));
+    if (client % 2 == 0) clients.back()->send(std::string("\0\0\1\0half a frame", 16));
+  }
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(headendName(simulator), "Simulated headend");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
+}
+
 TEST(SimulatorClients, ThatSendGarbageOrHangUpDoNoHarm) {
   const TemporaryFolder folder;
   SimulatorProcess simulator(folder);
@@ -251,6 +274,158 @@ TEST(SimulatorClients, MayMakeSeveralCallsOnOneConnection) {
     connection->getHeadendConfig(config);
     EXPECT_EQ(config.ipInputs.size(), 2U);
   }
+}
+
+// ---- faults
+
+std::string errorOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const hub_module::ControllerTaskIsNotReady& error) {
+    return "not ready: " + error.reason;
+  } catch (const apache::thrift::transport::TTransportException&) {
+    return "broken";
+  }
+  return "";
+}
+
+TEST(SimulatorFaults, RefuseAndBreakTheNthCallOfAKind) {
+  const TemporaryFolder folder;
+  SimulatorProcess simulator(folder,
+                             {"--refuse", "getHeadendConfig:2", "--break", "getHeadendConfig:3"});
+  const auto get = [&] { headendName(simulator); };
+  hub_module::HeadendStatus status;
+  simulator.connect()->getHeadendStatus(status);
+  EXPECT_EQ(errorOf(get), "");
+  EXPECT_EQ(errorOf(get), "not ready: refused");
+  EXPECT_EQ(errorOf(get), "broken");
+  EXPECT_EQ(errorOf(get), "");
+  simulator.nextLine();
+  simulator.nextLine();
+  EXPECT_EQ(simulator.nextLine(), "getHeadendConfig: refused, as asked");
+  EXPECT_EQ(simulator.nextLine(), "getHeadendConfig: broken off, as asked");
+}
+
+TEST(SimulatorFaults, OfACommitLeaveTheConfigurationAsItWas) {
+  const TemporaryFolder folder;
+  const SimulatorProcess simulator(
+      folder, {"--refuse", "setHeadendConfig:1", "--break", "setHeadendConfig:2"});
+  const std::string state = readFile(folder.file("state.json"));
+  const auto set = [&] { setHeadendName(simulator, "lost"); };
+  EXPECT_EQ(errorOf(set), "not ready: refused");
+  EXPECT_EQ(errorOf(set), "broken");
+  EXPECT_EQ(headendName(simulator), "Simulated headend");
+  EXPECT_EQ(readFile(folder.file("state.json")), state);
+}
+
+TEST(SimulatorFaults, OfAllCallsCountThemTogether) {
+  const TemporaryFolder folder;
+  const SimulatorProcess simulator(folder, {"--refuse", "all:2"});
+  hub_module::HeadendStatus status;
+  simulator.connect()->getHeadendStatus(status);
+  EXPECT_EQ(errorOf([&] { headendName(simulator); }), "not ready: refused");
+  EXPECT_EQ(headendName(simulator), "Simulated headend");
+}
+
+TEST(SimulatorFaults, DelayHoldsItsCallAlone) {
+  const TemporaryFolder folder;
+  const SimulatorProcess simulator(folder, {"--delay", "getHeadendConfig:1=0.7"});
+  const auto start = std::chrono::steady_clock::now();
+  std::atomic<bool> answered = false;
+  std::thread late([&] {
+    headendName(simulator);
+    answered = true;
+  });
+  hub_module::HeadendStatus status;
+  simulator.connect()->getHeadendStatus(status);
+  late.join();
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(700));
+  headendName(simulator);
+}
+
+TEST(SimulatorFaults, DelayDoesNotHoldTheEnd) {
+  const TemporaryFolder folder;
+  SimulatorProcess simulator(folder, {"--delay", "getHeadendConfig=3600"});
+  std::thread late([&] { errorOf([&] { headendName(simulator); }); });
+  hub_module::HeadendStatus status;
+  simulator.connect()->getHeadendStatus(status);
+  simulator.signal(SIGTERM);
+  EXPECT_EQ(simulator.finish().status, 0);
+  late.join();
+}
+
+TEST(SimulatorFaults, ThatCannotBeReadAreRefused) {
+  expectUsageError({"--refuse", "everything"},
+                   "--refuse needs the name of a call or 'all', not 'everything'");
+  for (const std::string text : {"", "all:0", "all:x", "all=1", "all:1=1", "all:", ":1"}) {
+    expectUsageError({"--break", text}, "--break needs CALL[:N], not '" + text + "'");
+  }
+  for (const std::string text : {"all", "all:2", "all=", "all=-1", "all=1s", "3"}) {
+    expectUsageError({"--delay", text}, "--delay needs CALL[:N]=SECONDS, not '" + text + "'");
+  }
+}
+
+TEST(SimulatorLines, HaveTheTimeInFrontWithTimestamps) {
+  const TemporaryFolder folder;
+  Start start;
+  start.program = kSimulatorProgram;
+  start.arguments = {"--port", "0", "--in-memory", "--no-catalogue", "--timestamps"};
+  ConsoleProcess process(start);
+  const std::string line = process.readUntil("\n");
+  EXPECT_TRUE(std::regex_match(
+      line,
+      std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} headend-simulator: ready on .*\n)")))
+      << line;
+  process.signal(SIGTERM);
+  EXPECT_EQ(process.finish().status, 0);
+}
+
+// ---- what it leaves
+
+/// What is below /etc/korvel while the simulator runs there and afterwards, with a line between.
+std::string filesOfARun(const std::string& options, const std::string& before = "") {
+  const TemporaryFolder folder;
+  Start start;
+  start.program = HEADEND_SANDBOX_PROGRAM;
+  start.arguments = {
+      "sh",
+      "-c",
+      "cd \"$2\"; place=/etc/korvel/conf/ControllerTask; rm -r /etc/korvel/conf\n" + before +
+          "\nport=$(\"$1\" --ready-fd 3 " + options +
+          " 3>&1 >log 2>&1 & echo $! >pid)\n"
+          "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; echo $port\n"
+          "kill $(cat pid); while kill -0 $(cat pid); do sleep 0.02; done 2>/dev/null\n"
+          "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; mkdir -p $place",
+      "sh",
+      kSimulatorProgram,
+      folder.path()};
+  return run(start).out;
+}
+
+const std::string kConf = "/etc/korvel/conf\n";
+const std::string kPlace = kConf + "/etc/korvel/conf/ControllerTask\n";
+const std::string kCatalogue = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite\n";
+const std::string kState = "/etc/korvel/conf/ControllerTask/headend-simulator.json\n";
+
+const std::string kOther = "/etc/korvel/conf/ControllerTask/other\n";
+
+TEST(SimulatorEnd, RemovesWhatItMadeWithItsFolders) {
+  EXPECT_EQ(filesOfARun(""), kPlace + kCatalogue + kState + "9190\n");
+}
+
+TEST(SimulatorEnd, LeavesWhatItMadeWithKeep) {
+  const std::string all = kPlace + kCatalogue + kState;
+  EXPECT_EQ(filesOfARun("--keep"), all + "9190\n" + all);
+}
+
+TEST(SimulatorEnd, LeavesFoldersAndFilesThatWereThere) {
+  EXPECT_EQ(filesOfARun("", "mkdir -p $place/other"),
+            kPlace + kCatalogue + kState + kOther + "9190\n" + kPlace + kOther);
+}
+
+TEST(SimulatorEnd, LeavesFilesThatOptionsName) {
+  const std::string files = kPlace + "/etc/korvel/conf/ControllerTask/mine\n";
+  EXPECT_EQ(filesOfARun("--no-catalogue --state $place/mine"), files + "9190\n" + files);
 }
 
 // ---- state file
@@ -352,29 +527,47 @@ TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
 
 TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
   const TemporaryFolder folder;
-  SimulatorProcess simulator(folder);
-  const std::string state = readFile(folder.file("state.json"));
-  // A folder where the new file is to be written.
-  std::filesystem::create_directory(folder.file("state.json.headend-simulator-new"));
+  SimulatorProcess simulator(folder, {"--state", folder.file("state/file.json")});
+  const std::string state = readFile(folder.file("state/file.json"));
+  // Another folder stands where its folder was.
+  std::filesystem::rename(folder.file("state"), folder.file("away"));
+  writeFile(folder.file("state"), "");
   EXPECT_THROW(setHeadendName(simulator, "lost"), apache::thrift::TApplicationException);
   EXPECT_EQ(simulator.nextLine(), "getHeadendConfig: 0 RF entries, 0 IP entries, modulation COFDM");
   EXPECT_EQ(simulator.nextLine(), "setHeadendConfig: refused, cannot write " +
-                                      folder.file("state.json") + ": Is a directory");
+                                      folder.file("state/file.json") + ": Not a directory");
   EXPECT_EQ(headendName(simulator), "Simulated headend");
-  EXPECT_EQ(readFile(folder.file("state.json")), state);
+  EXPECT_EQ(readFile(folder.file("away/file.json")), state);
 }
 
-TEST(SimulatorState, SurvivesAnUnfinishedWrite) {
+TEST(SimulatorState, IsWrittenToNoFileThatALinkBesideItNames) {
   const TemporaryFolder folder;
-  SimulatorProcess first(folder);
-  setHeadendName(first, "kept");
-  first.signal(SIGKILL);
-  first.finish();
-  writeFile(folder.file("state.json.headend-simulator-new"), "{\"101\":{\"rec\":");
-  SimulatorProcess second(folder);
-  EXPECT_EQ(headendName(second), "kept");
-  setHeadendName(second, "written over it");
-  EXPECT_EQ(namesIn(folder), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
+  const std::string other = folder.file("other");
+  writeFile(other, "precious");
+  for (const char* name : {"state.json.headend-simulator-new", "state.json.new", "state.json~"}) {
+    std::filesystem::create_symlink(other, folder.file(name));
+  }
+  const SimulatorProcess simulator(folder);
+  setHeadendName(simulator, "changed");
+  EXPECT_EQ(readFile(other), "precious");
+}
+
+TEST(SimulatorState, HasTheModeThatTheMaskAllows) {
+  const TemporaryFolder folder;
+  const mode_t before = umask(027);
+  const SimulatorProcess simulator(folder);
+  umask(before);
+  struct stat file {};
+  ASSERT_EQ(stat(folder.file("state.json").c_str(), &file), 0);
+  EXPECT_EQ(file.st_mode & 07777U, 0640U);
+}
+
+TEST(SimulatorState, IsInNoFileWithInMemory) {
+  const TemporaryFolder folder;
+  const SimulatorProcess simulator(folder, {"--in-memory"});
+  setHeadendName(simulator, "remembered");
+  EXPECT_EQ(headendName(simulator), "remembered");
+  EXPECT_EQ(namesIn(folder), std::vector<std::string>{"catalogue.sqlite"});
 }
 
 TEST(SimulatorState, HoldsTheLastChangeOrTheOneBeforeWhenKilled) {

@@ -279,7 +279,7 @@ TEST_F(SimulatorService, InputThatNoHeadendHasIsNotSwitched) {
 
 TEST_F(SimulatorService, InputsLeftOutAreMissingFromTheStatusAndNotSwitched) {
   const HeadendStatus before = status();
-  start({"--without-input", "SAT5", "--without-input", "TDT1"});
+  start({"--without-input", "sat5", "--without-input", "Tdt1"});
   const HeadendStatus shown = status();
   EXPECT_EQ(shown.satRFInputs.count(RFInputId::SAT5), 0U);
   EXPECT_EQ(shown.satRFInputs.size(), 7U);

@@ -1,0 +1,15 @@
+// What the simulator says on standard output.
+
+#pragma once
+
+#include <string>
+
+namespace lineup::simulator {
+
+/// Puts the time in front of each line from now on. Call it while there is one thread.
+void stampLines();
+
+/// Prints the line at once.
+void say(const std::string& line);
+
+}  // namespace lineup::simulator
