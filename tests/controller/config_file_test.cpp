@@ -31,6 +31,7 @@
 #include "tests/support/fake_controller.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -80,12 +81,6 @@ using hub_module::HeadendConfig;
 
 const char* const kFetchError = "ERROR: Could not get current config from ControllerTask\n";
 const char* const kCommitError = "ERROR: Could not set LineupConfig to ControllerTask\n";
-
-std::string printed(const std::function<void()>& work) {
-  testing::internal::CaptureStdout();
-  work();
-  return testing::internal::GetCapturedStdout();
-}
 
 size_t openDescriptors() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");

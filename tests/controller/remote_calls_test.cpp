@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/random_records.h"
+#include "tests/support/streams.h"
 
 namespace lineup::test {
 namespace {
@@ -30,13 +30,6 @@ const char* const kCommitError = "ERROR: Could not set LineupConfig to Controlle
 const char* const kTdtError = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
 const char* const kSatError =
     "ERROR: Could not set SATRFInputConfig for RFInput (7) to ControllerTask\n";
-
-/// What `work` prints on standard output.
-std::string printed(const std::function<void()>& work) {
-  testing::internal::CaptureStdout();
-  work();
-  return testing::internal::GetCapturedStdout();
-}
 
 /// What is left in a new record that was read from `bytes` as far as they go.
 template <class Record>
