@@ -5,6 +5,7 @@
 #include "catalogue/connection.h"
 #include "catalogue/select.h"
 #include "catalogue/tables.h"
+#include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
 
@@ -19,7 +20,7 @@ namespace {
 
 DVBInputServiceConfig build(const tTable& table, int32_t id) {
   DVBInputServiceConfig result;
-  const korveldb::tSqlite3db catalogue(korveldb::kCatalogueFile);
+  const korveldb::tSqlite3db catalogue(kCataloguePath);
   const auto found = table.doSelect(catalogue.getHandle(), "WHERE service_id='%d'", id);
   if (found->rows.empty()) {
     throw std::runtime_error("Service not found on DB");

@@ -9,13 +9,13 @@
 #include "catalogue/connection.h"
 #include "catalogue/select.h"
 #include "catalogue/tables.h"
+#include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/words.h"
 
 namespace lineup {
 
-using korveldb::kCatalogueFile;
 using korveldb::tReadingOnly;
 using korveldb::tRow;
 using korveldb::tSqlite3db;
@@ -30,7 +30,7 @@ std::string lineOf(const tTable& table, const tRow& row) {
 }
 
 void find(const tTable& table, const std::string& name) {
-  const tSqlite3db catalogue(kCatalogueFile);
+  const tSqlite3db catalogue(kCataloguePath);
   const auto found =
       table.doSelect(catalogue.getHandle(), "WHERE service_name LIKE '%%%s%%'", name.c_str());
   if (found->rows.empty()) {
@@ -95,10 +95,10 @@ void LineupEditor::findServices(const std::string& name) const {
 
 std::map<int32_t, AvailableServiceName> readAvailableServiceNames() {
   std::map<int32_t, AvailableServiceName> names;
-  if (!std::filesystem::exists(kCatalogueFile)) {
+  if (!std::filesystem::exists(kCataloguePath)) {
     return names;  // opening would create it
   }
-  const tSqlite3db catalogue(kCatalogueFile);
+  const tSqlite3db catalogue(kCataloguePath);
   const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
   for (const tTable* table : korveldb::kTables) {
     addNames(catalogue.getHandle(), *table, names);

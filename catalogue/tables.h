@@ -19,10 +19,6 @@ namespace korveldb {
 class tRow;
 struct tRowList;
 
-/// The catalogue, which ControllerTask writes.
-inline constexpr const char* kCatalogueFile =
-    "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
-
 /// All that the console knows of one table. Columns are positions from 0; their names, but for
 /// service_id and service_name, are the controller's.
 struct tTable {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "catalogue/build_dvb_services.h"
-#include "catalogue/tables.h"
+#include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
 
@@ -57,7 +57,7 @@ class Catalogue : public testing::Test {
     file.insert(kIP, kIPRow);
   }
 
-  CatalogueFile file{korveldb::kCatalogueFile};
+  CatalogueFile file{kCataloguePath};
   LineupEditor editor;
 };
 
@@ -282,7 +282,7 @@ TEST_F(BuildService, AMalformedIntegerListIsALogicError) {
   EXPECT_THROW(buildCableService(18), std::invalid_argument);
   EXPECT_THROW(buildIPService(19), std::invalid_argument);
   // Nobody holds the catalogue after that.
-  EXPECT_NO_THROW(test::CatalogueLock(korveldb::kCatalogueFile).release());
+  EXPECT_NO_THROW(test::CatalogueLock(kCataloguePath).release());
 }
 
 TEST_F(AddCatalogueService, TheFirstTableThatHasTheIdWins) {

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <utility>
 
-#include "catalogue/tables.h"
+#include "model/headend_places.h"
 #include "support/ending_signals.h"
 #include "support/line_input.h"
 #include "tests/fuzz/require.h"
@@ -141,7 +141,7 @@ int __wrap_syncfs(int /*descriptor*/) {
 
 int __wrap_sqlite3_open(const char* name, sqlite3** handle) {
   using namespace lineup::fuzz;
-  require(std::string_view(name) == korveldb::kCatalogueFile, "no database but the catalogue");
+  require(std::string_view(name) == lineup::kCataloguePath, "no database but the catalogue");
   catalogue();
   return sqlite3_open_v2(kCatalogueUri, handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, nullptr);
 }
