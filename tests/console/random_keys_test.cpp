@@ -1,0 +1,260 @@
+// Random keys, pastes, resizes and pauses on terminals of every kind and size, for a while:
+// RANDOM_KEYS_SECONDS, else 30. A session that goes wrong is made as short as it can be and printed
+// with its number, from which RANDOM_KEYS_SEED begins again.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+
+namespace {
+
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Outcome;
+using lineup::test::Start;
+namespace fs = std::filesystem;
+
+using Random = std::mt19937;
+
+struct Size {
+  unsigned short rows;
+  unsigned short columns;
+};
+
+/// Something that the person at the terminal does: types, or gives it another size, or pauses.
+struct Step {
+  std::string keys;
+  Size size{0, 0};
+  unsigned pause = 0;  ///< microseconds
+};
+
+struct Session {
+  std::string terminal;
+  Size size;
+  std::vector<Step> steps;
+};
+
+std::size_t below(Random& random, std::size_t bound) {
+  return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random);
+}
+
+Size randomSize(Random& random) {
+  constexpr unsigned short kBounds[] = {3, 10, 100, 300};
+  const auto one = [&] {
+    return static_cast<unsigned short>(1 + below(random, kBounds[below(random, 4)]));
+  };
+  return {one(), one()};
+}
+
+/// The terminals of which the system knows what they can do.
+std::vector<std::string> knownTerminals() {
+  std::vector<std::string> names{"xterm", "not-known", "dumb"};
+  for (const char* folder : {"/lib/terminfo", "/usr/share/terminfo", "/etc/terminfo"}) {
+    std::error_code none;
+    for (const auto& entry : fs::recursive_directory_iterator(folder, none)) {
+      if (!entry.is_directory()) {
+        names.push_back(entry.path().filename());
+      }
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+/// What would stop, freeze or end the console, or wait long, is left out.
+std::string randomKeys(Random& random) {
+  static const std::string kKeys[] = {"\x01",
+                                      "\x02",
+                                      "\x07x\x02\x04",
+                                      "\x05",
+                                      "\x06",
+                                      "\x07",
+                                      "\b",
+                                      "\t",
+                                      "\n",
+                                      "\r",
+                                      "\x0b",
+                                      "\x0c",
+                                      "\x0e",
+                                      "\x0f",
+                                      "\x10",
+                                      "\x12",
+                                      "\x14",
+                                      "\x15",
+                                      "\x16",
+                                      "\x17",
+                                      "\x18",
+                                      "\x19",
+                                      "\x1b",
+                                      "\x1d",
+                                      "\x1e",
+                                      "\x1f",
+                                      "\x7f",
+                                      "\x1b[A",
+                                      "\x1b[B",
+                                      "\x1b[C",
+                                      "\x1b[D",
+                                      "\x1bOH",
+                                      "\x1bOF",
+                                      "\x1b[3~",
+                                      "\x1b[1;5C",
+                                      "\x1b[1;5D",
+                                      "\x1bx",
+                                      "\x1b\x7f",
+                                      "\x1b"
+                                      "d",
+                                      "\x1b[15~",
+                                      "\x1b[[A",
+                                      "\x1b[",
+                                      "\xc3",
+                                      "\xff",
+                                      "\r\n",
+                                      "x",
+                                      "y z",
+                                      "é",
+                                      "漢字",
+                                      "e\xcc\x81",
+                                      "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x94\xac",
+                                      "co\t",
+                                      "country \t",
+                                      "save /\t",
+                                      "addenc \t",
+                                      "adddvb \t",
+                                      "addpls\n",
+                                      "id 3\n",
+                                      "\"",
+                                      "\\"};
+  const std::size_t kind = below(random, 100);
+  if (kind < 3) {
+    std::string paste(below(random, 6'000), ' ');
+    for (char& letter : paste) {
+      letter = static_cast<char>(below(random, 50) == 0 ? ' ' : 'x' + below(random, 3));
+    }
+    return paste;
+  }
+  if (kind < 5) {
+    std::string bytes(below(random, 20), ' ');
+    for (char& byte : bytes) {
+      byte = static_cast<char>(128 + below(random, 128));
+    }
+    return bytes;
+  }
+  return kKeys[below(random, std::size(kKeys))];
+}
+
+Session randomSession(unsigned seed) {
+  static const std::vector<std::string> kTerminals = knownTerminals();
+  Random random(seed);
+  Session session{kTerminals[below(random, kTerminals.size())], randomSize(random), {}};
+  session.steps.resize(1 + below(random, 80));
+  for (Step& step : session.steps) {
+    const std::size_t kind = below(random, 20);
+    if (kind == 0) {
+      step.size = randomSize(random);
+    } else if (kind == 1) {
+      step.pause = static_cast<unsigned>(below(random, 20'000));
+    } else {
+      step.keys = randomKeys(random);
+    }
+  }
+  return session;
+}
+
+/// Plays the session, and leaves the console; returns what went wrong, or nothing.
+std::string play(const Session& session) {
+  const FakeController controller;
+  Start start;
+  start.terminal = true;
+  start.rows = session.size.rows;
+  start.columns = session.size.columns;
+  start.environment = {{"TERM", session.terminal}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}};
+  try {
+    ConsoleProcess console(start);
+    console.readUntil("for help");
+    for (const Step& step : session.steps) {
+      if (step.size.rows > 0) {
+        console.resize(step.size.rows, step.size.columns);
+      }
+      usleep(step.pause);
+      console.send(step.keys);
+    }
+    console.send("\x07\x05\x15\n\x05\x15quit\n");  // out of a search, and of an answer
+    const Outcome outcome = console.finish();
+    const bool wrong = outcome.signal != 0 || outcome.status != 0 ||
+                       outcome.out.find("Sanitizer") != std::string::npos ||
+                       outcome.out.find("runtime error:") != std::string::npos;
+    return wrong ? "status " + std::to_string(outcome.status) + ", signal " +
+                       std::to_string(outcome.signal) + ":\n" + outcome.out
+                 : "";
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+/// Leaves out whatever the fault does not need.
+void minimise(Session& session) {
+  for (std::size_t size = session.steps.size() / 2; size > 0; size /= 2) {
+    for (std::size_t begin = 0; begin + size <= session.steps.size();) {
+      Session shorter = session;
+      const auto first = shorter.steps.begin() + static_cast<std::ptrdiff_t>(begin);
+      shorter.steps.erase(first, first + static_cast<std::ptrdiff_t>(size));
+      if (play(shorter).empty()) {
+        begin += size;
+      } else {
+        session = shorter;
+      }
+    }
+  }
+}
+
+std::string describe(const Session& session) {
+  std::string text = session.terminal + " " + std::to_string(session.size.rows) + "x" +
+                     std::to_string(session.size.columns) + "\n";
+  for (const Step& step : session.steps) {
+    text += step.size.rows > 0
+                ? "size " + std::to_string(step.size.rows) + "x" + std::to_string(step.size.columns)
+            : step.pause > 0 ? "pause " + std::to_string(step.pause)
+                             : "keys " + testing::PrintToString(step.keys);
+    text += '\n';
+  }
+  return text;
+}
+
+unsigned numberFrom(const char* variable, unsigned otherwise) {
+  const char* const value = std::getenv(variable);
+  return value == nullptr ? otherwise : static_cast<unsigned>(std::strtoul(value, nullptr, 10));
+}
+
+TEST(RandomKeys, DoNoHarm) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end =
+      Clock::now() + std::chrono::seconds(numberFrom("RANDOM_KEYS_SECONDS", 30));
+  const unsigned first = numberFrom("RANDOM_KEYS_SEED", std::random_device()());
+  unsigned seed = first;
+  std::cout << "sessions from " << first << " on" << std::endl;
+  do {
+    Session session = randomSession(seed);
+    const std::string wrong = play(session);
+    if (!wrong.empty()) {
+      minimise(session);
+      FAIL() << "RANDOM_KEYS_SEED=" << seed << "\n"
+             << wrong << "\nAs short as it gets:\n"
+             << describe(session) << play(session);
+    }
+    ++seed;
+  } while (Clock::now() < end);
+  std::cout << seed - first << " sessions" << std::endl;
+}
+
+}  // namespace
