@@ -40,12 +40,16 @@ struct Command {
   std::size_t wordsNeeded = 1;        ///< in the whole line, the command word included
   const char* tooFewWords = nullptr;  ///< the message for a line that has fewer
   void (*run)(Invocation&) = nullptr;
-  /// Completes the second word; null if there is nothing to offer.
+  /// Completes the word behind it; null if there is nothing to offer.
   std::vector<Possibility> (*complete)(const std::string& typed) = nullptr;
   /// The setting that the command shows or changes; checks and completes the second word.
   const Setting* setting = nullptr;
   /// The table in which the second word is looked up.
   std::span<const Command> subcommands{};
+  /// Completes the words behind it where `complete` does not: the last of `words`, the first of
+  /// which is the word behind it.
+  std::vector<Possibility> (*completeWords)(std::span<const std::string> words,
+                                            const hub_module::HeadendConfig& config) = nullptr;
 };
 
 const Command* findCommand(std::span<const Command> commands, std::string_view word) {
@@ -78,7 +82,8 @@ void runCommand(const Command& command, Invocation& line) {
 
 /// Completes the last of `words`; words[0] is looked up in `commands`.
 std::vector<Possibility> complete(std::span<const Command> commands,
-                                  std::span<const std::string> words) {
+                                  std::span<const std::string> words,
+                                  const hub_module::HeadendConfig& config) {
   std::vector<Possibility> possibilities;
   if (words.size() == 1) {
     for (const Command& command : commands) {
@@ -93,10 +98,13 @@ std::vector<Possibility> complete(std::span<const Command> commands,
     return possibilities;
   }
   if (!command->subcommands.empty()) {
-    return complete(command->subcommands, words.subspan(1));
+    return complete(command->subcommands, words.subspan(1), config);
   }
   if (words.size() == 2 && command->setting != nullptr) {
     return completeChoice(*command->setting, words[1]);
+  }
+  if (command->completeWords != nullptr) {
+    return command->completeWords(words.subspan(1), config);
   }
   return words.size() == 2 && command->complete != nullptr ? command->complete(words[1])
                                                            : possibilities;
@@ -191,9 +199,15 @@ constexpr Command kCommands[] = {
      completeService},
     {"ipadddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kIPLineup); },
      completeService},
-    {"addenc", 1, nullptr, [](Invocation& line) { addEnc(line, kBothLineups); }},
-    {"rfaddenc", 1, nullptr, [](Invocation& line) { addEnc(line, kRFLineup); }},
-    {"ipaddenc", 1, nullptr, [](Invocation& line) { addEnc(line, kIPLineup); }},
+    {.word = "addenc",
+     .run = [](Invocation& line) { addEnc(line, kBothLineups); },
+     .completeWords = completeEncoder},
+    {.word = "rfaddenc",
+     .run = [](Invocation& line) { addEnc(line, kRFLineup); },
+     .completeWords = completeEncoder},
+    {.word = "ipaddenc",
+     .run = [](Invocation& line) { addEnc(line, kIPLineup); },
+     .completeWords = completeEncoder},
     {"rfaddempty", 2, "Please give a DVB service type", addEmpty},
     {"addpls", 1, nullptr, [](Invocation& line) { line.editor.addPlsItem(); }},
     {"rmpls", 1, nullptr, [](Invocation& line) { line.editor.clearPlsItems(); }},
@@ -205,7 +219,11 @@ constexpr Command kCommands[] = {
     {.word = "country", .setting = &kCountry},
     {.word = "type", .setting = &kHeadendType},
     {.word = "vlan", .setting = &kOutputVlan},
-    {"addipmux", 4, "Please give a SLOT_ID, IF_ID and URL", addMux},
+    {.word = "addipmux",
+     .wordsNeeded = 4,
+     .tooFewWords = "Please give a SLOT_ID, IF_ID and URL",
+     .run = addMux,
+     .completeWords = completeIPInput},
     {.word = "stdp", .setting = &kDecryptPolicy},
     {.word = "rfinput",
      .wordsNeeded = 2,
@@ -226,12 +244,13 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-std::vector<Possibility> completeCommandLine(const std::string& begun) {
+std::vector<Possibility> completeCommandLine(const std::string& begun,
+                                             const hub_module::HeadendConfig& config) {
   std::vector<std::string> words = splitWords(begun, ' ');
   if (begun.empty() || begun.ends_with(' ')) {
     words.emplace_back();
   }
-  return complete(kCommands, words);
+  return complete(kCommands, words, config);
 }
 
 bool LineupEditor::dispatchCommand(const std::string& line, bool quiet) {

@@ -5,12 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "model/lineup_editor.h"
 #include "support/line_input.h"
 
 namespace lineup {
 
 /// Completes the last word of `begun`, the line up to the cursor: a command word, or an argument as
-/// the row of its command says.
-std::vector<Possibility> completeCommandLine(const std::string& begun);
+/// the row of its command says, in a console that edits `config`.
+std::vector<Possibility> completeCommandLine(const std::string& begun,
+                                             const hub_module::HeadendConfig& config);
 
 }  // namespace lineup

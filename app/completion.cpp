@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
+#include <map>
 #include <string_view>
 
 #include "catalogue/find_available_services.h"
@@ -22,6 +24,14 @@ void offerInAnyCase(const std::string& word, const std::string& typed,
   upperCase(upper);
   if (word.starts_with(upper)) {
     possibilities.push_back({word, ""});
+  }
+}
+
+void offerNumber(int32_t number, const std::string& note, const std::string& typed,
+                 std::vector<Possibility>& possibilities) {
+  const std::string word = std::to_string(number);
+  if (word.starts_with(typed)) {
+    possibilities.push_back({word, note});
   }
 }
 
@@ -53,6 +63,43 @@ std::vector<Possibility> completeScanType(const std::string& typed) {
   std::vector<Possibility> possibilities;
   for (const char* const type : {kCofdmScan, kQamsScan}) {
     offerInAnyCase(type, typed, possibilities);
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeEncoder(std::span<const std::string> words,
+                                         const hub_module::HeadendConfig& /*config*/) {
+  struct Numbers {
+    int first;
+    int last;
+  };
+  constexpr Numbers kSlotAndInput[] = {{3, 12}, {0, 3}};
+  std::vector<Possibility> possibilities;
+  if (words.size() <= std::size(kSlotAndInput)) {
+    const auto [first, last] = kSlotAndInput[words.size() - 1];
+    for (int number = first; number <= last; ++number) {
+      offerNumber(number, "", words.back(), possibilities);
+    }
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeIPInput(std::span<const std::string> words,
+                                         const hub_module::HeadendConfig& config) {
+  std::map<int32_t, std::string> numbers;  // in their order, each once
+  for (const auto& [key, input] : config.ipInputs) {
+    if (!input.__isset.slot || !input.__isset.interfaceId) {
+      continue;
+    }
+    if (words.size() == 1) {
+      numbers[input.slot] = "";
+    } else if (words.size() == 2 && input.slot == readNumber(words[0])) {
+      numbers[input.interfaceId] = input.address;
+    }
+  }
+  std::vector<Possibility> possibilities;
+  for (const auto& [number, note] : numbers) {
+    offerNumber(number, note, words.back(), possibilities);
   }
   return possibilities;
 }

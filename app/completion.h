@@ -3,10 +3,12 @@
 
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
 #include "app/settings.h"
+#include "model/lineup_editor.h"
 #include "support/line_input.h"
 
 namespace lineup {
@@ -16,6 +18,16 @@ std::vector<Possibility> completeChoice(const Setting& setting, const std::strin
 /// In any case of letters, as the names are read.
 std::vector<Possibility> completeRFInput(const std::string& typed);
 std::vector<Possibility> completeScanType(const std::string& typed);
+
+/// The slots that encoder modules may be in and, behind one, their HDMI inputs. Completes the last
+/// of `words`, those behind the command.
+std::vector<Possibility> completeEncoder(std::span<const std::string> words,
+                                         const hub_module::HeadendConfig& config);
+
+/// Likewise the slots of the IP inputs in `config` and, behind one, its interfaces, each with its
+/// address.
+std::vector<Possibility> completeIPInput(std::span<const std::string> words,
+                                         const hub_module::HeadendConfig& config);
 
 /// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
 /// control character in them, are left out, and hidden ones until their dot is typed.

@@ -12,10 +12,13 @@ namespace lineup {
 void LineupEditor::runPromptLoop() {
   fetchHeadendConfig();
   std::cout << "Enter 'help' and press return for help" << std::endl;
+  const Completer complete = [this](const std::string& begun) {
+    return completeCommandLine(begun, config);
+  };
   std::string line;
   while (true) {
     const char* const prompt = pendingChanges ? "(changes to commit) > " : "> ";
-    if (!readCommandLine(prompt, completeCommandLine, line)) {
+    if (!readCommandLine(prompt, complete, line)) {
       break;
     }
     try {

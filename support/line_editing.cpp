@@ -173,7 +173,7 @@ class LineEditor {
   /// Null if there is no terminal to edit on.
   static LineEditor* start();
 
-  Edited edit(const std::string& prompt, Completer complete, std::string& line);
+  Edited edit(const std::string& prompt, const Completer& complete, std::string& line);
   void remember(const std::string& line) { history_.add(lettersOf(line)); }
 
  private:
@@ -237,7 +237,7 @@ class LineEditor {
   // The line being edited.
   std::wstring prompt_{};
   std::wstring note_{};  ///< shown below it
-  Completer complete_ = nullptr;
+  Completer complete_{};
   std::size_t recalled_ = 0;  ///< its place in the history
   std::wstring typed_{};      ///< what was typed in the last place
   std::vector<std::wstring> before_{};
@@ -369,7 +369,7 @@ LineEditor& LineEditor::of(EditLine* lib) {
 
 // ---- a line
 
-Edited LineEditor::edit(const std::string& prompt, Completer complete, std::string& line) {
+Edited LineEditor::edit(const std::string& prompt, const Completer& complete, std::string& line) {
   line.clear();
   if (atEnd_) {
     return Edited::End;
@@ -794,7 +794,7 @@ bool canEditLines() {
   return lineEditor() != nullptr;
 }
 
-Edited editLine(const std::string& prompt, Completer complete, std::string& line) {
+Edited editLine(const std::string& prompt, const Completer& complete, std::string& line) {
   return lineEditor()->edit(prompt, complete, line);
 }
 

@@ -71,7 +71,7 @@ bool readPlainLine(const std::string& prompt, std::string& line) {
 
 }  // namespace
 
-bool readCommandLine(const std::string& prompt, Completer complete, std::string& line) {
+bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line) {
   if (!canEditLines()) {
     return readPlainLine(prompt, line);
   }

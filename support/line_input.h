@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@ struct Possibility {
 
 /// Returns what the last word of `begun`, a line up to its cursor, may become. Words are separated
 /// by blanks; the last one is empty behind a blank. Whatever it raises counts as no possibility.
-using Completer = std::vector<Possibility> (*)(const std::string& begun);
+using Completer = std::function<std::vector<Possibility>(const std::string& begun)>;
 
 /// Reads one line of standard input up to a line feed, which is not stored, behind `prompt` on
 /// standard output. A last line without a line feed counts. Returns false at the end of input or on
@@ -23,7 +24,7 @@ using Completer = std::vector<Possibility> (*)(const std::string& begun);
 ///
 /// On a terminal the line can be edited, completed by `complete`, and found again later. SIGINT
 /// then drops the line and asks for another one.
-bool readCommandLine(const std::string& prompt, Completer complete, std::string& line);
+bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line);
 
 /// Reads a line likewise, without prompt and completion, and does not remember it. SIGINT makes it
 /// an empty one.

@@ -26,13 +26,45 @@ using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
-Words wordsFor(const std::string& begun) {
+const korvel::thrift::hub_module::HeadendConfig kNoConfig;
+
+Words wordsFor(const std::string& begun,
+               const korvel::thrift::hub_module::HeadendConfig& config = kNoConfig) {
   Words words;
-  for (const Possibility& possibility : completeCommandLine(begun)) {
+  for (const Possibility& possibility : completeCommandLine(begun, config)) {
     EXPECT_EQ(possibility.note, "");
     words.push_back(possibility.word);
   }
   return words;
+}
+
+TEST(CommandCompletion, OffersTheSlotsAndInputsOfEncoders) {
+  for (const char* command : {"addenc", "rfaddenc", "ipaddenc"}) {
+    const std::string line = std::string(command) + ' ';
+    EXPECT_EQ(wordsFor(line), (Words{"3", "4", "5", "6", "7", "8", "9", "10", "11", "12"}));
+    EXPECT_EQ(wordsFor(line + "1"), (Words{"10", "11", "12"}));
+    EXPECT_EQ(wordsFor(line + "3 "), (Words{"0", "1", "2", "3"}));
+    EXPECT_EQ(wordsFor(line + "3 4"), Words{});
+    EXPECT_EQ(wordsFor(line + "3 1 "), Words{});
+  }
+}
+
+TEST(CommandCompletion, OffersTheIPInputsOfTheConfiguration) {
+  korvel::thrift::hub_module::HeadendConfig config;
+  int key = 0;
+  for (const auto& [slot, interface] : {std::pair{10, 2}, {9, 1}, {10, 1}, {9, 1}}) {
+    korvel::thrift::hub_module::IPInput& input = config.ipInputs[std::to_string(++key)];
+    input.__set_slot(slot);
+    input.__set_interfaceId(interface);
+  }
+  config.ipInputs["without a place"] = {};
+  EXPECT_EQ(wordsFor("addipmux ", config), (Words{"9", "10"}));
+  EXPECT_EQ(wordsFor("addipmux 1", config), (Words{"10"}));
+  EXPECT_EQ(wordsFor("addipmux 10 ", config), (Words{"1", "2"}));
+  EXPECT_EQ(wordsFor("addipmux 9 ", config), (Words{"1"}));
+  EXPECT_EQ(wordsFor("addipmux 8 ", config), Words{});
+  EXPECT_EQ(wordsFor("addipmux 9 1 ", config), Words{});
+  EXPECT_EQ(wordsFor("addipmux "), Words{});
 }
 
 TEST(CommandCompletion, OffersEveryCommandOnAnEmptyLine) {
@@ -124,7 +156,7 @@ class ServiceCompletion : public testing::Test {
  protected:
   static Words servicesFor(const std::string& begun) {
     Words services;
-    for (const Possibility& possibility : completeCommandLine(begun)) {
+    for (const Possibility& possibility : completeCommandLine(begun, kNoConfig)) {
       services.push_back(possibility.word + ":" + possibility.note);
     }
     return services;

@@ -68,7 +68,7 @@ void completeLastLine(const std::string& script) {
     return;
   }
   try {
-    lineup::completeCommandLine(line);
+    lineup::completeCommandLine(line, {});
   } catch (const std::exception&) {  // counts as no possibility
   }
 }
