@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iterator>
 #include <map>
+#include <set>
 #include <string_view>
 
 #include "catalogue/find_available_services.h"
@@ -33,6 +34,17 @@ void offerNumber(int32_t number, const std::string& note, const std::string& typ
   if (word.starts_with(typed)) {
     possibilities.push_back({word, note});
   }
+}
+
+/// `name` as one word that "find" finds it by.
+std::string asPattern(std::string name) {
+  std::replace_if(
+      name.begin(), name.end(),
+      [](char byte) {
+        return !isOneWord({&byte, 1}) || byte == '\'' || byte == '"';
+      },
+      '_');
+  return name;
 }
 
 bool isHidden(std::string_view name) {
@@ -121,6 +133,35 @@ std::vector<Possibility> completeFile(const std::string& typed) {
   }
   std::sort(possibilities.begin(), possibilities.end(),
             [](const Possibility& a, const Possibility& b) { return a.word < b.word; });
+  return possibilities;
+}
+
+std::vector<Possibility> completeName(std::string_view kind, const std::string& typed) {
+  std::set<std::string> beginning;
+  std::set<std::string> containing;
+  for (const auto& [number, service] : readAvailableServiceNames()) {
+    const std::string word = asPattern(service.name);
+    const char* const place = strcasestr(word.c_str(), typed.c_str());
+    if (place != nullptr && !word.empty() && (kind.empty() || kind == service.kind)) {
+      (place == word.c_str() ? beginning : containing).insert(word);
+    }
+  }
+  std::vector<Possibility> possibilities;
+  for (const std::string& word : beginning.empty() ? containing : beginning) {
+    possibilities.push_back({word, ""});
+  }
+  return possibilities;
+}
+
+std::vector<Possibility> completeServiceType(const std::string& typed) {
+  std::set<int32_t> types;
+  for (const auto& [number, service] : readAvailableServiceNames()) {
+    types.insert(service.type);
+  }
+  std::vector<Possibility> possibilities;
+  for (const int32_t type : types) {
+    offerNumber(type, "", typed, possibilities);
+  }
   return possibilities;
 }
 

@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/settings.h"
@@ -32,6 +33,14 @@ std::vector<Possibility> completeIPInput(std::span<const std::string> words,
 /// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
 /// control character in them, are left out, and hidden ones until their dot is typed.
 std::vector<Possibility> completeFile(const std::string& typed);
+
+/// Names of the catalogue's services of `kind`, or of every kind if it is empty, as "find" takes
+/// them: '_', which stands for any character there, in place of what cannot be typed in one. If
+/// none begins with `typed`, in any case of ASCII letters, those that have it elsewhere.
+std::vector<Possibility> completeName(std::string_view kind, const std::string& typed);
+
+/// The DVB service types of the catalogue's services.
+std::vector<Possibility> completeServiceType(const std::string& typed);
 
 /// Ids of the catalogue, each with the name of its service. If none begins with `typed`, those of
 /// the services that have it in their names, in any case of ASCII letters.

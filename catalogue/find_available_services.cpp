@@ -55,7 +55,7 @@ std::string textOf(sqlite3_stmt* row, int column) {
 /// written as the look-up writes it.
 void addNames(sqlite3* catalogue, const tTable& table,
               std::map<int32_t, AvailableServiceName>& names) {
-  const std::string select = std::string("SELECT service_id, service_name FROM ") + table.name;
+  const std::string select = std::string("SELECT service_id, service_name, * FROM ") + table.name;
   sqlite3_stmt* compiled = nullptr;
   sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr);
   const std::unique_ptr<sqlite3_stmt, Finalize> rows(compiled);
@@ -63,7 +63,9 @@ void addNames(sqlite3* catalogue, const tTable& table,
     const std::string id = textOf(rows.get(), 0);
     const int32_t number = readNumber(id);
     if (id == std::to_string(number)) {
-      names.emplace(number, AvailableServiceName{textOf(rows.get(), 1), table.kind});
+      const auto type = static_cast<int>(2 + table.serviceType);
+      names.emplace(number, AvailableServiceName{textOf(rows.get(), 1), table.kind,
+                                                 sqlite3_column_int(rows.get(), type)});
     }
   }
 }

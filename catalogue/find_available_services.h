@@ -13,6 +13,7 @@ namespace lineup {
 struct AvailableServiceName {
   std::string name;
   const char* kind;  ///< "SAT", "TDT", "Cable" or "IP"
+  int32_t type;      ///< the DVB service type
 };
 
 /// How long readAvailableServiceNames() may take: for so long a key is held up at most.

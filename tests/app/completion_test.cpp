@@ -188,6 +188,27 @@ TEST_F(ServiceCompletion, OffersServicesByPartsOfTheirNamesIfNoIdBeginsAsTyped) 
   EXPECT_EQ(servicesFor("adddvb %"), Words());
 }
 
+TEST_F(ServiceCompletion, OffersNamesAsFindTakesThem) {
+  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "L'Étoile \"Bleue\""}, {19, "25"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "2"}, {11, "la 2"}, {14, "1"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "3"}, {11, "Tele L"}, {14, "1"}});
+  catalogue.insert(lineup::test::kSat, {{15, "4"}, {16, ""}, {19, "2"}});
+  EXPECT_EQ(wordsFor("find L"), (Words{"L_Étoile__Bleue_", "la_2"}));
+  EXPECT_EQ(wordsFor("findtdt "), (Words{"Tele_L", "la_2"}));
+  EXPECT_EQ(wordsFor("findsat "), Words{"L_Étoile__Bleue_"});
+  EXPECT_EQ(wordsFor("find ele"), Words{"Tele_L"});
+  EXPECT_EQ(wordsFor("findcable "), Words{});
+  EXPECT_EQ(wordsFor("findip l"), Words{});
+}
+
+TEST_F(ServiceCompletion, OffersTheServiceTypesThatThereAre) {
+  catalogue.insert(lineup::test::kSat, {{15, "1"}, {19, "25"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "2"}, {14, "1"}});
+  catalogue.insert(lineup::test::kTdt, {{10, "3"}, {14, "1"}});
+  EXPECT_EQ(wordsFor("rfaddempty "), (Words{"1", "25"}));
+  EXPECT_EQ(wordsFor("rfaddempty 2"), Words{"25"});
+}
+
 TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
   catalogue.insert(lineup::test::kTdt, {{10, "7"}, {11, "Terrestrial"}});
   catalogue.insert(lineup::test::kSat, {{15, "7"}, {16, "First"}});
