@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/rf_inputs.h"
 #include "tests/console/session.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/rf_inputs.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {

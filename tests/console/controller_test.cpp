@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/rf_inputs.h"
 #include "tests/console/session.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/random_records.h"
+#include "tests/support/rf_inputs.h"
 
 namespace lineup::test {
 namespace {
