@@ -1,0 +1,71 @@
+#include "compare/config_difference.h"
+
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "compare/json_difference.h"
+#include "compare/lineup_difference.h"
+#include "compare/printed_text.h"
+#include "compare/record_json.h"
+#include "compare/setting_words.h"
+
+namespace lineup {
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using nlohmann::json;
+
+/// The named JSON of everything but the lineups and their services.
+json withoutLineups(HeadendConfig config) {
+  config.lineupConfig.rfEntries.clear();
+  config.lineupConfig.ipEntries.clear();
+  config.lineupConfig.dvbInputServices.clear();
+  config.lineupConfig.encInputServices.clear();
+  config.lineupConfig.emptyInputServices.clear();
+  return namedJson(config);
+}
+
+std::string settingDifferences(const HeadendConfig& from, const HeadendConfig& to) {
+  std::string text;
+  for (const WordedSetting& setting : wordedSettings()) {
+    const std::string before = setting.word(from);
+    const std::string now = setting.word(to);
+    if (before != now) {
+      text.append(setting.command).append(": ").append(before).append(" -> ").append(now);
+      text += '\n';
+    }
+  }
+  return text;
+}
+
+/// Whether the settings say what differs at `path`.
+bool isWorded(const std::string& path) {
+  static const std::set<std::string> kFields = [] {
+    std::set<std::string> fields;
+    for (const WordedSetting& setting : wordedSettings()) {
+      fields.insert(setting.fields.begin(), setting.fields.end());
+    }
+    return fields;
+  }();
+  return kFields.contains(path);
+}
+
+}  // namespace
+
+std::string configDifference(const HeadendConfig& from, const HeadendConfig& to) {
+  if (from == to) {
+    return "";
+  }
+  std::string text = settingDifferences(from, to) + lineupDifferences(from, to);
+  compareJson(withoutLineups(from), withoutLineups(to),
+              [&](const std::string& path, const json* before, const json* now) {
+                if (!isWorded(path)) {
+                  text += differenceLine(path, before, now);
+                }
+              });
+  return text;
+}
+
+}  // namespace lineup

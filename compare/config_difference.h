@@ -1,0 +1,24 @@
+// What differs between two configurations, in the installer's words.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// A line for each difference, in this order; empty exactly if the records are equal.
+///  - Settings by the words of the prompt's commands: "rfmod: cofdm -> qam".
+///  - Entries of the lineups, matched by the service that they name, so that one entry put in front
+///    is one line: "RF lineup: added at 1: "News", SAT 11778 MHz, SID 4101, type 1", and likewise
+///    "removed from", "moved from 5 to 2", "changed at". Adding or removing an entry says that its
+///    service came or went with it.
+///  - Services: those in no lineup, and what differs in one. A service is the same one if it is
+///    received from the same place with the same SID (DVB), or has the same address (ENC).
+///  - Everything else by its path in the named JSON: "/installerInfo/name: "a" -> "b"".
+/// Texts of the records are quoted, and control characters in them escaped.
+std::string configDifference(const korvel::thrift::hub_module::HeadendConfig& from,
+                             const korvel::thrift::hub_module::HeadendConfig& to);
+
+}  // namespace lineup

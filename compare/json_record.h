@@ -1,0 +1,15 @@
+// Records out of JSON that names their fields.
+
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// The record whose namedJson() is `value`. Raises std::runtime_error, with the path of the place,
+/// for a field that is missing, unknown or not of its type.
+korvel::thrift::hub_module::HeadendConfig configFromJson(const nlohmann::json& value);
+
+}  // namespace lineup

@@ -1,0 +1,382 @@
+#include "compare/lineup_difference.h"
+
+#include <algorithm>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "compare/json_difference.h"
+#include "compare/lineup_services.h"
+#include "compare/printed_text.h"
+#include "compare/record_json.h"
+
+namespace lineup {
+
+namespace hub_module = korvel::thrift::hub_module;
+using hub_module::HeadendConfig;
+using hub_module::LineupEntryKind;
+using nlohmann::json;
+
+namespace {
+
+// ---- which service of one configuration is which of the other
+
+// What makes a service the same one, whatever its key and its other fields.
+
+std::string identityOf(const hub_module::DVBInputServiceConfig& config) {
+  const hub_module::DVBInputService& service = config.service;
+  std::string identity = std::to_string(service.inputType) + ' ' + std::to_string(service.sid);
+  if (service.__isset.lineupSATMux) {
+    identity += " SAT " + std::to_string(service.lineupSATMux.frequency);
+  }
+  if (service.__isset.lineupTDTMux) {
+    identity += " TDT " + std::to_string(service.lineupTDTMux.frequency);
+  }
+  if (service.__isset.lineupCableMux) {
+    identity += " cable " + std::to_string(service.lineupCableMux.frequency);
+  }
+  return service.__isset.ipMuxUUID ? identity + " IP " + service.ipMuxUUID : identity;
+}
+
+std::string identityOf(const hub_module::ENCInputServiceConfig& config) {
+  return std::to_string(config.address.slot) + '/' + std::to_string(config.address.port);
+}
+
+std::string identityOf(const hub_module::EmptyInputServiceConfig& config) {
+  return std::to_string(config.service.serviceType);
+}
+
+/// The keys of the services that both have: those before, by those now, and the other way round.
+struct SameServices {
+  std::map<int32_t, int32_t> nowByBefore;
+  std::map<int32_t, int32_t> beforeByNow;
+
+  void add(int32_t before, int32_t now) {
+    nowByBefore.emplace(before, now);
+    beforeByNow.emplace(now, before);
+  }
+};
+
+/// Services under the same key first, then the others by their identity, in the order of their
+/// keys.
+template <class Service>
+SameServices matchServices(const std::map<int32_t, Service>& from,
+                           const std::map<int32_t, Service>& to) {
+  SameServices same;
+  for (const auto& [key, before] : from) {
+    const auto now = to.find(key);
+    if (now != to.end() &&
+        (before == now->second || identityOf(before) == identityOf(now->second))) {
+      same.add(key, key);
+    }
+  }
+  std::map<std::string, std::vector<int32_t>> others;  // by identity, the smallest key last
+  for (auto now = to.rbegin(); now != to.rend(); ++now) {
+    if (!same.beforeByNow.contains(now->first)) {
+      others[identityOf(now->second)].push_back(now->first);
+    }
+  }
+  for (const auto& [key, before] : from) {
+    if (same.nowByBefore.contains(key)) {
+      continue;
+    }
+    const auto found = others.find(identityOf(before));
+    if (found != others.end() && !found->second.empty()) {
+      same.add(key, found->second.back());
+      found->second.pop_back();
+    }
+  }
+  return same;
+}
+
+// ---- what an entry names
+
+enum class Presence { Both, Before, Now, Missing };
+
+/// The service that an entry names: its kind, and its key in the newer configuration if it is
+/// there. Entries that name the same one are counted.
+struct Named {
+  int32_t kind;
+  Presence presence;
+  int32_t key;
+  std::size_t count;
+
+  auto operator<=>(const Named&) const = default;  // NOLINT(modernize-use-nullptr): no pointer
+};
+
+std::string described(const ServiceWords& words, const std::string& name) {
+  std::string text = inQuotes(name) + ", " + words.kind;
+  text += words.source.empty() ? "" : " " + printable(words.source);
+  text += words.sid.empty() ? "" : ", SID " + words.sid;
+  return text + (words.serviceType.empty() ? "" : ", type " + words.serviceType);
+}
+
+/// Compares two configurations; the text grows with each difference.
+class LineupComparison {
+ public:
+  LineupComparison(const HeadendConfig& from, const HeadendConfig& to)
+      : from_(from),
+        to_(to),
+        dvb_(matchServices(from.lineupConfig.dvbInputServices, to.lineupConfig.dvbInputServices)),
+        enc_(matchServices(from.lineupConfig.encInputServices, to.lineupConfig.encInputServices)),
+        empty_(matchServices(from.lineupConfig.emptyInputServices,
+                             to.lineupConfig.emptyInputServices)) {}
+
+  std::string text() {
+    const hub_module::LineupConfig& before = from_.lineupConfig;
+    const hub_module::LineupConfig& now = to_.lineupConfig;
+    compareEntries("RF lineup: ", before.rfEntries, now.rfEntries);
+    compareEntries("IP lineup: ", before.ipEntries, now.ipEntries);
+    compareServices("DVB", LineupEntryKind::DVB, before.dvbInputServices, now.dvbInputServices,
+                    dvb_);
+    compareServices("ENC", LineupEntryKind::ENC, before.encInputServices, now.encInputServices,
+                    enc_);
+    compareServices("EMPTY", LineupEntryKind::EMPTY, before.emptyInputServices,
+                    now.emptyInputServices, empty_);
+    return std::move(text_);
+  }
+
+ private:
+  // ---- entries
+
+  template <class Entry>
+  void compareEntries(const char* lineup, const std::vector<Entry>& from,
+                      const std::vector<Entry>& to) {
+    noteNamed(from, namedBefore_);
+    noteNamed(to, namedNow_);
+    const std::vector<Named> before = namedBy(from, from_, Presence::Before);
+    const std::vector<Named> now = namedBy(to, to_, Presence::Now);
+    const std::vector<std::optional<std::size_t>> places = placesIn(now, before);
+    const std::vector<bool> stays = longestRising(places);
+    for (std::size_t index = 0; index < from.size(); ++index) {
+      if (!places[index]) {
+        say(lineup, "removed from " + std::to_string(index + 1), from_, from[index]);
+      }
+    }
+    std::vector<bool> isNew(to.size(), true);
+    for (std::size_t index = 0; index < from.size(); ++index) {
+      if (const auto place = places[index]) {
+        isNew[*place] = false;
+        if (!stays[index]) {
+          say(lineup,
+              "moved from " + std::to_string(index + 1) + " to " + std::to_string(*place + 1), to_,
+              to[*place]);
+        }
+        compareFields(lineup, *place, from[index], to[*place]);
+      }
+    }
+    for (std::size_t index = 0; index < to.size(); ++index) {
+      if (isNew[index]) {
+        say(lineup, "added at " + std::to_string(index + 1), to_, to[index],
+            otherFields(to[index]));
+      }
+    }
+  }
+
+  template <class Entry>
+  void say(const char* lineup, const std::string& what, const HeadendConfig& config,
+           const Entry& entry, const std::string& more = "") {
+    const ServiceWords words = entryWords(config, entry.serviceKind, entry.serviceKey);
+    text_ += lineup + what + ": " + described(words, entry.name) + more + "\n";
+  }
+
+  /// The fields of a new entry that are not as the record has them by default.
+  template <class Entry>
+  static std::string otherFields(Entry entry) {
+    Entry expected;
+    expected.name = entry.name;
+    entry.serviceKey = expected.serviceKey;
+    entry.serviceKind = expected.serviceKind;
+    std::string text;
+    if (entry != expected) {
+      compareJson(namedJson(expected), namedJson(entry),
+                  [&](const std::string& path, const json* /*before*/, const json* now) {
+                    text += ", " + path + " " + printedValue(*now);
+                  });
+    }
+    return text;
+  }
+
+  /// What differs besides the service.
+  template <class Entry>
+  void compareFields(const char* lineup, std::size_t place, Entry from, const Entry& to) {
+    from.serviceKey = to.serviceKey;
+    from.serviceKind = to.serviceKind;
+    if (from == to) {
+      return;
+    }
+    const std::string where =
+        lineup + ("changed at " + std::to_string(place + 1)) + ", " + inQuotes(to.name) + ": ";
+    sayFields(where, namedJson(from), namedJson(to));
+  }
+
+  void sayFields(const std::string& where, const json& from, const json& to) {
+    compareJson(from, to, [&](const std::string& path, const json* before, const json* now) {
+      text_ += where + differenceLine(path, before, now);
+    });
+  }
+
+  template <class Entry>
+  static void noteNamed(const std::vector<Entry>& entries,
+                        std::set<std::pair<int32_t, int32_t>>& named) {
+    for (const Entry& entry : entries) {
+      named.emplace(entry.serviceKind, entry.serviceKey);
+    }
+  }
+
+  template <class Entry>
+  std::vector<Named> namedBy(const std::vector<Entry>& entries, const HeadendConfig& config,
+                             Presence alone) const {
+    std::map<Named, std::size_t> counts;
+    std::vector<Named> result;
+    result.reserve(entries.size());
+    for (const Entry& entry : entries) {
+      Named named = nameOf(entry.serviceKind, entry.serviceKey, config, alone);
+      named.count = counts[named]++;
+      result.push_back(named);
+    }
+    return result;
+  }
+
+  Named nameOf(int32_t kind, int32_t key, const HeadendConfig& config, Presence alone) const {
+    switch (kind) {
+      case LineupEntryKind::DVB:
+        return nameOf(kind, key, config.lineupConfig.dvbInputServices, dvb_, alone);
+      case LineupEntryKind::ENC:
+        return nameOf(kind, key, config.lineupConfig.encInputServices, enc_, alone);
+      case LineupEntryKind::EMPTY:
+        return nameOf(kind, key, config.lineupConfig.emptyInputServices, empty_, alone);
+      default:
+        return {kind, Presence::Missing, key, 0};
+    }
+  }
+
+  template <class Services>
+  static Named nameOf(int32_t kind, int32_t key, const Services& services, const SameServices& same,
+                      Presence alone) {
+    if (!services.contains(key)) {
+      return {kind, Presence::Missing, key, 0};
+    }
+    if (alone == Presence::Now) {
+      return {kind, same.beforeByNow.contains(key) ? Presence::Both : alone, key, 0};
+    }
+    const auto now = same.nowByBefore.find(key);
+    return now == same.nowByBefore.end() ? Named{kind, alone, key, 0}
+                                         : Named{kind, Presence::Both, now->second, 0};
+  }
+
+  /// Where each of `wanted` is in `entries`.
+  static std::vector<std::optional<std::size_t>> placesIn(const std::vector<Named>& entries,
+                                                          const std::vector<Named>& wanted) {
+    std::map<Named, std::size_t> index;
+    for (std::size_t place = 0; place < entries.size(); ++place) {
+      index.emplace(entries[place], place);
+    }
+    std::vector<std::optional<std::size_t>> places;
+    for (const Named& named : wanted) {
+      const auto found = index.find(named);
+      places.push_back(found == index.end() ? std::nullopt : std::optional(found->second));
+    }
+    return places;
+  }
+
+  /// Marks a longest subsequence of `places` that rises: the entries that need not be moved.
+  static std::vector<bool> longestRising(const std::vector<std::optional<std::size_t>>& places) {
+    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    std::vector<std::size_t> ends;  // of the rising sequences of each length, the lowest end
+    std::vector<std::size_t> before(places.size(), kNone);
+    for (std::size_t index = 0; index < places.size(); ++index) {
+      if (!places[index]) {
+        continue;
+      }
+      const auto end = std::lower_bound(
+          ends.begin(), ends.end(), *places[index],
+          [&](std::size_t other, std::size_t place) { return *places[other] < place; });
+      before[index] = end == ends.begin() ? kNone : *std::prev(end);
+      if (end == ends.end()) {
+        ends.push_back(index);
+      } else {
+        *end = index;
+      }
+    }
+    std::vector<bool> rises(places.size(), false);
+    for (std::size_t index = ends.empty() ? kNone : ends.back(); index != kNone;
+         index = before[index]) {
+      rises[index] = true;
+    }
+    return rises;
+  }
+
+  // ---- services
+
+  template <class Service>
+  void compareServices(const char* kind, int32_t kindNumber, const std::map<int32_t, Service>& from,
+                       const std::map<int32_t, Service>& to, const SameServices& same) {
+    for (const auto& [key, before] : from) {
+      const auto found = same.nowByBefore.find(key);
+      if (found != same.nowByBefore.end()) {
+        compareService(kind, key, before, found->second, to.at(found->second));
+      } else if (!namedBefore_.contains({kindNumber, key})) {
+        sayService(kind, key, "removed, was in no lineup", wordsOf(before, from_));
+      }
+    }
+    for (const auto& [key, now] : to) {
+      if (!same.beforeByNow.contains(key) && !namedNow_.contains({kindNumber, key})) {
+        sayService(kind, key, "added, in no lineup", wordsOf(now, to_));
+      }
+    }
+  }
+
+  static std::string numbered(const char* kind, int32_t key) {
+    return std::string(kind) + " service " + std::to_string(key);
+  }
+
+  void sayService(const char* kind, int32_t key, const char* what, const ServiceWords& words) {
+    text_ += numbered(kind, key) + " " + what + ": " + described(words, words.name) + "\n";
+  }
+
+  template <class Service>
+  void compareService(const char* kind, int32_t keyBefore, const Service& before, int32_t keyNow,
+                      const Service& now) {
+    const std::string where =
+        numbered(kind, keyNow) + ", " + inQuotes(wordsOf(now, to_).name) + ": ";
+    if (keyBefore != keyNow) {
+      text_ += where + "its number was " + std::to_string(keyBefore) + "\n";
+    }
+    if (before != now) {
+      sayFields(where, namedJson(before), namedJson(now));
+    }
+  }
+
+  const HeadendConfig& from_;
+  const HeadendConfig& to_;
+  const SameServices dvb_;
+  const SameServices enc_;
+  const SameServices empty_;
+  std::set<std::pair<int32_t, int32_t>> namedBefore_;  // kind and key
+  std::set<std::pair<int32_t, int32_t>> namedNow_;
+  std::string text_;
+};
+
+}  // namespace
+
+std::string lineupDifferences(const HeadendConfig& from, const HeadendConfig& to) {
+  return LineupComparison(from, to).text();
+}
+
+std::string differenceLine(const std::string& place, const json* before, const json* now) {
+  if (before == nullptr) {
+    return printable(place) + ": added " + printedValue(*now) + "\n";
+  }
+  if (now == nullptr) {
+    return printable(place) + ": removed " + printedValue(*before) + "\n";
+  }
+  return printable(place) + ": " + printedValue(*before) + " -> " + printedValue(*now) + "\n";
+}
+
+}  // namespace lineup

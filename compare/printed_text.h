@@ -1,0 +1,25 @@
+// Text out of records for a terminal or a file of lines.
+
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+namespace lineup {
+
+/// `text` as one line that does nothing to a terminal: control characters, and bytes that are no
+/// UTF-8, become escapes (\n, \t, \x1b), and so does the backslash.
+std::string printable(std::string_view text);
+
+/// The same between quotation marks, and with those in it escaped.
+std::string inQuotes(std::string_view text);
+
+/// `value` on one line: a text quoted, anything else as JSON.
+std::string printedValue(const nlohmann::json& value);
+
+/// How many characters `text` shows, if it is UTF-8.
+std::size_t charactersOf(std::string_view text);
+
+}  // namespace lineup

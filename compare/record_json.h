@@ -1,0 +1,17 @@
+// Records as JSON that names every field.
+
+#pragma once
+
+#include <thrift/TBase.h>
+
+#include <nlohmann/json.hpp>
+
+namespace lineup {
+
+/// `record` as an object with a member for each field, by the field's name. A field that is not set
+/// has no member. Lists and sets are arrays; maps are objects, whose members are named by the keys,
+/// numbers in decimal. Enumerators are numbers. Of what JSON has no number for, a double is "NaN",
+/// "Infinity" or "-Infinity". Texts hold the bytes that the record holds, UTF-8 or not.
+nlohmann::json namedJson(const apache::thrift::TBase& record);
+
+}  // namespace lineup

@@ -1,0 +1,96 @@
+#include "compare/setting_words.h"
+
+#include <cstdint>
+
+#include "model/setting_choices.h"
+
+namespace lineup {
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+
+constexpr Choice kSwitch[] = {{"disabled", 0}, {"enabled", 1}};
+
+std::string wordFor(std::span<const Choice> choices, int32_t value) {
+  const Choice* const choice = findValue(choices, value);
+  return choice == nullptr ? "unknown (" + std::to_string(value) + ")" : std::string(choice->word);
+}
+
+std::string countryWord(const HeadendConfig& config) {
+  const auto& global = config.headendGlobalConfig;
+  return global.__isset.countryCode ? wordFor(kCountries, global.countryCode) : "not set";
+}
+
+std::string drmWord(const HeadendConfig& config) {
+  const auto& drm = config.lineupConfig.globalConfig.drmConfig;
+  if (drm.lynkConfig.enabled && drm.vsecureConfig.enabled) {
+    return "lynk and vsecure";
+  }
+  return wordFor(kDrmStates, drm.lynkConfig.enabled      ? kDrmLynk
+                             : drm.vsecureConfig.enabled ? kDrmVSecure
+                                                         : kDrmOff);
+}
+
+/// The word for one field, which `Field` gives.
+template <const auto& kChoices, auto field>
+std::string word(const HeadendConfig& config) {
+  return wordFor(kChoices, field(config));
+}
+
+const std::vector<WordedSetting>& table() {
+  static const std::vector<WordedSetting> kTable = {
+      {"type",
+       word<kHeadendTypes,
+            [](const HeadendConfig& c) { return c.headendGlobalConfig.headendType; }>,
+       {"/headendGlobalConfig/headendType"}},
+      {"id",
+       word<kHeadendIds, [](const HeadendConfig& c) { return c.headendGlobalConfig.headendId; }>,
+       {"/headendGlobalConfig/headendId"}},
+      {"country", countryWord, {"/headendGlobalConfig/countryCode"}},
+      {"rfmod",
+       word<kModulations,
+            [](const HeadendConfig& c) { return c.lineupConfig.rfConfig.modulation; }>,
+       {"/lineupConfig/rfConfig/modulation"}},
+      {"rfnum",
+       word<kCarrierCounts,
+            [](const HeadendConfig& c) { return c.lineupConfig.rfConfig.carriersPerModule; }>,
+       {"/lineupConfig/rfConfig/carriersPerModule"}},
+      {"drm",
+       drmWord,
+       {"/lineupConfig/globalConfig/drmConfig/lynkConfig/enabled",
+        "/lineupConfig/globalConfig/drmConfig/vsecureConfig/enabled"}},
+      {"eit",
+       word<kEitModes, [](const HeadendConfig& c) { return c.lineupConfig.globalConfig.eitMode; }>,
+       {"/lineupConfig/globalConfig/eitMode"}},
+      {"stdp",
+       word<kDecryptPolicies,
+            [](const HeadendConfig& c) { return c.lineupConfig.globalConfig.decryptPolicy; }>,
+       {"/lineupConfig/globalConfig/decryptPolicy"}},
+      {"vlan",
+       word<kOutputVlans,
+            [](const HeadendConfig& c) { return c.lineupConfig.ipConfig.outputVlan; }>,
+       {"/lineupConfig/ipConfig/outputVlan"}},
+      {"tdtscan cofdm",
+       word<kSwitch,
+            [](const HeadendConfig& c) -> int32_t {
+              return c.lineupConfig.globalConfig.cofdmScanEnabled ? 1 : 0;
+            }>,
+       {"/lineupConfig/globalConfig/cofdmScanEnabled"}},
+      {"tdtscan qams",
+       word<kSwitch,
+            [](const HeadendConfig& c) -> int32_t {
+              return c.lineupConfig.globalConfig.qamsScanEnabled ? 1 : 0;
+            }>,
+       {"/lineupConfig/globalConfig/qamsScanEnabled"}},
+  };
+  return kTable;
+}
+
+}  // namespace
+
+std::span<const WordedSetting> wordedSettings() {
+  return table();
+}
+
+}  // namespace lineup

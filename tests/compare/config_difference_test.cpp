@@ -1,0 +1,338 @@
+#include "compare/config_difference.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "compare/json_difference.h"
+#include "compare/json_record.h"
+#include "compare/printed_text.h"
+#include "compare/record_json.h"
+#include "tests/support/random_records.h"
+
+namespace lineup::test {
+namespace {
+
+namespace hub_module = korvel::thrift::hub_module;
+using hub_module::HeadendConfig;
+using hub_module::LineupEntryKind;
+using nlohmann::json;
+
+// ---- a small headend
+
+/// Adds a satellite service to both lineups.
+void addService(HeadendConfig& config, int32_t key, const std::string& name, int32_t sid) {
+  hub_module::DVBInputServiceConfig service;
+  service.service.name = name;
+  service.service.sid = sid;
+  service.service.inputType = 2;
+  service.service.serviceType = 1;
+  hub_module::LineupSATMux mux;
+  mux.frequency = 11778;
+  service.service.__set_lineupSATMux(mux);
+  config.lineupConfig.dvbInputServices[key] = service;
+  hub_module::LineupRFEntryConfig rf;
+  rf.serviceKey = key;
+  rf.name = name;
+  config.lineupConfig.rfEntries.push_back(rf);
+  hub_module::LineupIPEntryConfig ip;
+  ip.serviceKey = key;
+  ip.name = name;
+  config.lineupConfig.ipEntries.push_back(ip);
+}
+
+HeadendConfig smallHeadend() {
+  HeadendConfig config;
+  addService(config, 1, "News", 4101);
+  addService(config, 2, "Film", 4102);
+  addService(config, 3, "Sport", 4103);
+  return config;
+}
+
+TEST(ConfigDifference, IsEmptyForEqualRecords) {
+  EXPECT_EQ(configDifference(smallHeadend(), smallHeadend()), "");
+  HeadendConfig config;
+  config.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod = std::nan("");
+  EXPECT_EQ(configDifference(config, config), "");
+}
+
+TEST(ConfigDifference, SaysSettingsInTheWordsOfTheCommands) {
+  const HeadendConfig from;
+  HeadendConfig to;
+  to.headendGlobalConfig.headendType = 1;
+  to.headendGlobalConfig.headendId = 7;
+  to.headendGlobalConfig.__set_countryCode(korvel::thrift::general::CountryCode::ITALY);
+  to.lineupConfig.rfConfig.modulation = 2;
+  to.lineupConfig.rfConfig.carriersPerModule = 4;
+  to.lineupConfig.globalConfig.drmConfig.vsecureConfig.enabled = true;
+  to.lineupConfig.globalConfig.eitMode = 0;
+  to.lineupConfig.globalConfig.decryptPolicy = 3;
+  to.lineupConfig.ipConfig.outputVlan = 1;
+  to.lineupConfig.globalConfig.cofdmScanEnabled = true;
+  to.lineupConfig.globalConfig.qamsScanEnabled = true;
+  EXPECT_EQ(
+      configDifference(from, to),
+      "type: standard -> skyit\nid: 1 -> 7\ncountry: not set -> italy\nrfmod: cofdm -> qamb\n"
+      "rfnum: 4 -> unknown (4)\ndrm: off -> vsecure\neit: actual -> off\nstdp: video -> ttx\n"
+      "vlan: 2 -> 1\ntdtscan cofdm: disabled -> enabled\ntdtscan qams: disabled -> enabled\n");
+}
+
+TEST(ConfigDifference, SaysOneEntryPutInFrontInOneLineOfEachLineup) {
+  HeadendConfig to = smallHeadend();
+  addService(to, 4, "Kids", 4104);
+  auto& lineup = to.lineupConfig;
+  std::rotate(lineup.rfEntries.begin(), lineup.rfEntries.end() - 1, lineup.rfEntries.end());
+  std::rotate(lineup.ipEntries.begin(), lineup.ipEntries.end() - 1, lineup.ipEntries.end());
+  const std::string service = "\"Kids\", SAT 11778 MHz, SID 4104, type 1\n";
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: added at 1: " + service + "IP lineup: added at 1: " + service);
+  EXPECT_EQ(configDifference(to, smallHeadend()),
+            "RF lineup: removed from 1: " + service + "IP lineup: removed from 1: " + service);
+}
+
+TEST(ConfigDifference, SaysThatAnEntryHasMoved) {
+  HeadendConfig to = smallHeadend();
+  auto& entries = to.lineupConfig.rfEntries;
+  std::rotate(entries.begin(), entries.end() - 1, entries.end());
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: moved from 3 to 1: \"Sport\", SAT 11778 MHz, SID 4103, type 1\n");
+}
+
+TEST(ConfigDifference, SaysWhatElseDiffersInAnEntry) {
+  HeadendConfig to = smallHeadend();
+  to.lineupConfig.rfEntries[1].lcn = 5;
+  to.lineupConfig.ipEntries[2].name = "Sport\n\"2\"";
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: changed at 2, \"Film\": /lcn: 0 -> 5\n"
+            "IP lineup: changed at 3, \"Sport\\n\\\"2\\\"\": /name: \"Sport\" -> "
+            "\"Sport\\n\\\"2\\\"\"\n");
+}
+
+TEST(ConfigDifference, SaysInTheSameLineWhatElseANewEntryHas) {
+  HeadendConfig to = smallHeadend();
+  to.lineupConfig.rfEntries.push_back(to.lineupConfig.rfEntries[0]);
+  to.lineupConfig.rfEntries.back().lcn = 5;
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: added at 4: \"News\", SAT 11778 MHz, SID 4101, type 1, /lcn 5\n");
+}
+
+TEST(ConfigDifference, KnowsAServiceUnderAnotherNumber) {
+  HeadendConfig to = smallHeadend();
+  auto& services = to.lineupConfig.dvbInputServices;
+  services[9] = services[1];
+  services.erase(1);
+  to.lineupConfig.rfEntries[0].serviceKey = 9;
+  to.lineupConfig.ipEntries[0].serviceKey = 9;
+  EXPECT_EQ(configDifference(smallHeadend(), to), "DVB service 9, \"News\": its number was 1\n");
+}
+
+TEST(ConfigDifference, SaysAServiceInTheNumberOfAnotherAsRemovedAndAdded) {
+  HeadendConfig to = smallHeadend();
+  auto& service = to.lineupConfig.dvbInputServices[2].service;
+  service.sid = 5000;
+  service.name = "Arte";
+  to.lineupConfig.rfEntries[1].name = "Arte";
+  to.lineupConfig.ipEntries.erase(to.lineupConfig.ipEntries.begin() + 1);
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: removed from 2: \"Film\", SAT 11778 MHz, SID 4102, type 1\n"
+            "RF lineup: added at 2: \"Arte\", SAT 11778 MHz, SID 5000, type 1\n"
+            "IP lineup: removed from 2: \"Film\", SAT 11778 MHz, SID 4102, type 1\n");
+}
+
+TEST(ConfigDifference, SaysServicesThatAreInNoLineup) {
+  HeadendConfig to = smallHeadend();
+  to.lineupConfig.emptyInputServices[1].service.serviceType = 2;
+  to.lineupConfig.encInputServices[1].address.slot = 5;
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "ENC service 1 added, in no lineup: \"ENC 5/0\", ENC slot 5 input 0, type 1\n"
+            "EMPTY service 1 added, in no lineup: \"EMPTY SLOT\", EMPTY, type 2\n");
+  EXPECT_EQ(configDifference(to, smallHeadend()),
+            "ENC service 1 removed, was in no lineup: \"ENC 5/0\", ENC slot 5 input 0, type 1\n"
+            "EMPTY service 1 removed, was in no lineup: \"EMPTY SLOT\", EMPTY, type 2\n");
+}
+
+TEST(ConfigDifference, SaysEverythingElseByItsPath) {
+  HeadendConfig to = smallHeadend();
+  to.installerInfo.name = "Ada \x1b[2J";
+  to.lineupConfig.globalConfig.preferredLanguages = {"eng"};
+  to.lineupConfig.dvbInputServices[1].filteredPids = {100};
+  to.ipInputs["4/0"].muxes["u"].url = "udp://239.0.0.1:5000";
+  const std::string text = configDifference(smallHeadend(), to);
+  EXPECT_EQ(text,
+            "DVB service 1, \"News\": /filteredPids/0: added 100\n"
+            "/installerInfo/name: \"\" -> \"Ada \\x1b[2J\"\n"
+            "/ipInputs/4~10: added {\"address\": \"\", \"muxes\": {\"u\": {\"fecColumns\": 0, "
+            "\"fecRows\": 0, \"name\": \"\", \"services\": {}, \"url\": \"udp://239.0.0.1:5000\", "
+            "\"uuid\": \"\"}}, \"netmask\": \"\"}\n"
+            "/lineupConfig/globalConfig/preferredLanguages/0: added \"eng\"\n");
+}
+
+TEST(ConfigDifference, GrowsWithTheLineupAndNoFaster) {
+  HeadendConfig from;
+  for (int32_t key = 1; key <= 10'000; ++key) {
+    addService(from, key, "Channel", 17);
+  }
+  HeadendConfig to = from;
+  addService(to, 10'001, "Kids", 18);
+  auto& entries = to.lineupConfig.rfEntries;
+  std::reverse(entries.begin(), entries.end());
+  const std::string text = configDifference(from, to);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 10'001);  // all but one moved, two added
+}
+
+// ---- whatever the records are
+
+/// Changes some of a record: moves, removes and repeats entries, takes parts of another one over.
+class Changes {
+ public:
+  explicit Changes(uint32_t seed) : random_(seed), other_(randomHeadendConfig(seed + 1'000'000)) {}
+
+  HeadendConfig applyTo(HeadendConfig config) {
+    using Change = std::function<void(HeadendConfig&)>;
+    const std::vector<Change> changes = {
+        [&](HeadendConfig& c) { shuffle(c.lineupConfig.rfEntries); },
+        [&](HeadendConfig& c) { shuffle(c.lineupConfig.ipEntries); },
+        [&](HeadendConfig& c) { nameServices(c); },
+        [&](HeadendConfig& c) { renumber(c.lineupConfig.dvbInputServices); },
+        [&](HeadendConfig& c) { renumber(c.lineupConfig.encInputServices); },
+        [&](HeadendConfig& c) { c.lineupConfig.rfConfig = other_.lineupConfig.rfConfig; },
+        [&](HeadendConfig& c) { c.lineupConfig.rfEntries = other_.lineupConfig.rfEntries; },
+        [&](HeadendConfig& c) { c.lineupConfig.globalConfig = other_.lineupConfig.globalConfig; },
+        [&](HeadendConfig& c) { c.headendGlobalConfig = other_.headendGlobalConfig; },
+        [&](HeadendConfig& c) { c.headendGlobalConfig.__isset.countryCode = false; },
+        [&](HeadendConfig& c) { c.rfInputsScanConfig = other_.rfInputsScanConfig; },
+        [&](HeadendConfig& c) {
+          c.ipInputs.insert(other_.ipInputs.begin(), other_.ipInputs.end());
+        },
+        [&](HeadendConfig& c) {
+          c.lineupConfig.dvbInputServices.insert(other_.lineupConfig.dvbInputServices.begin(),
+                                                 other_.lineupConfig.dvbInputServices.end());
+        },
+        [&](HeadendConfig& c) { c.lineupConfig.emptyInputServices.clear(); },
+        [](HeadendConfig& c) { c = HeadendConfig(); }};
+    for (std::size_t left = random_() % 4; left > 0; --left) {
+      changes[random_() % changes.size()](config);
+    }
+    return config;
+  }
+
+  /// Lets the entries of the lineups name services that there are.
+  void nameServices(HeadendConfig& config) {
+    nameServices(config, config.lineupConfig.rfEntries);
+    nameServices(config, config.lineupConfig.ipEntries);
+  }
+
+ private:
+  template <class Entries>
+  void nameServices(const HeadendConfig& config, Entries& entries) {
+    std::vector<int32_t> keys;
+    for (const auto& [key, service] : config.lineupConfig.dvbInputServices) {
+      keys.push_back(key);
+    }
+    for (auto& entry : entries) {
+      if (!keys.empty() && random_() % 4 != 0) {
+        entry.serviceKind = LineupEntryKind::DVB;
+        entry.serviceKey = keys[random_() % keys.size()];
+      }
+    }
+  }
+
+  template <class Entries>
+  void shuffle(Entries& entries) {
+    std::shuffle(entries.begin(), entries.end(), random_);
+    if (!entries.empty()) {
+      entries.push_back(entries.front());
+      entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(random_() % entries.size()));
+    }
+  }
+
+  template <class Services>
+  void renumber(Services& services) {
+    if (!services.empty()) {
+      auto first = services.extract(services.begin());
+      first.key() = static_cast<int32_t>(random_() % 5);
+      services.insert(std::move(first));
+    }
+  }
+
+  std::mt19937 random_;
+  const HeadendConfig other_;
+};
+
+/// Ten thousand pairs of records, in parts that run side by side.
+class ConfigDifferenceProperty : public testing::TestWithParam<uint32_t> {
+ protected:
+  static constexpr uint32_t kPairs = 1'250;
+
+  static uint32_t first() { return GetParam() * kPairs; }
+};
+
+INSTANTIATE_TEST_SUITE_P(Parts, ConfigDifferenceProperty, testing::Range(0U, 8U));
+
+TEST_P(ConfigDifferenceProperty, IsEmptyExactlyForEqualRecordsAndThePatchGivesTheOther) {
+  for (uint32_t seed = first(); seed < first() + kPairs; ++seed) {
+    HeadendConfig from = randomHeadendConfig(seed);
+    Changes changes(seed);
+    changes.nameServices(from);
+    const HeadendConfig to = changes.applyTo(from);
+    ASSERT_EQ(configDifference(from, to).empty(), from == to) << seed;
+    const json before = namedJson(from);
+    const json now = namedJson(to);
+    const json patch = patchBetween(before, now);
+    ASSERT_EQ(patch.empty(), from == to) << seed;
+    ASSERT_EQ(before.patch(patch), now) << seed;
+  }
+}
+
+/// The places of all values that are neither objects nor arrays.
+void gatherLeaves(const json& value, const std::string& path, std::vector<std::string>& leaves) {
+  if (!value.is_structured()) {
+    leaves.push_back(path);
+    return;
+  }
+  for (const auto& [name, member] : value.items()) {
+    gatherLeaves(member, (json::json_pointer(path) / name).to_string(), leaves);
+  }
+}
+
+/// Changes a value; returns the text that has to be in the line that says so.
+std::string change(json& value, const std::string& path, uint32_t number) {
+  if (value.is_boolean()) {
+    value = !value.get<bool>();
+    // DRM has one word for two flags.
+    if (path.find("lynkConfig") != std::string::npos ||
+        path.find("vsecureConfig") != std::string::npos) {
+      return "drm: ";
+    }
+    return path.ends_with("ScanEnabled") ? "tdtscan " : path.substr(path.rfind('/') + 1) + ": ";
+  }
+  if (value.is_string()) {
+    value = "changed " + std::to_string(number);
+    return "changed " + std::to_string(number);
+  }
+  value = 1'900'000'000 + number;
+  return std::to_string(1'900'000'000 + number);
+}
+
+TEST_P(ConfigDifferenceProperty, SaysEveryChangedLeafInSomeLine) {
+  for (uint32_t seed = first(); seed < first() + kPairs; ++seed) {
+    HeadendConfig from = randomHeadendConfig(seed % 500);
+    Changes(seed).nameServices(from);
+    json changed = namedJson(from);
+    std::vector<std::string> leaves;
+    gatherLeaves(changed, "", leaves);
+    const std::string path = leaves[(seed * 2'654'435'761U) % leaves.size()];
+    const std::string expected = change(changed[json::json_pointer(path)], path, seed);
+    const std::string text = configDifference(from, configFromJson(changed));
+    ASSERT_NE(text.find(expected), std::string::npos) << path << "\n" << expected << "\n" << text;
+  }
+}
+
+}  // namespace
+}  // namespace lineup::test

@@ -1,0 +1,136 @@
+#include "compare/record_json.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include "compare/json_difference.h"
+#include "compare/json_record.h"
+#include "tests/support/random_records.h"
+
+namespace lineup::test {
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using nlohmann::json;
+
+// ---- records as JSON
+
+TEST(NamedJson, NamesEveryFieldOfARecord) {
+  HeadendConfig config;
+  config.installerInfo.name = "Ada";
+  config.lineupConfig.rfConfig.carrierFrequencies[7] = 474000;
+  config.lineupConfig.globalConfig.preferredLanguages = {"eng", "spa"};
+  const json value = namedJson(config);
+  EXPECT_EQ(value["installerInfo"], json({{"name", "Ada"}, {"phone", ""}, {"email", ""}}));
+  EXPECT_EQ(value["lineupConfig"]["rfConfig"]["carrierFrequencies"], json({{"7", 474000}}));
+  EXPECT_EQ(value["lineupConfig"]["globalConfig"]["preferredLanguages"], json({"eng", "spa"}));
+  EXPECT_EQ(value["lineupConfig"]["ipConfig"]["port"], 1234);
+  EXPECT_EQ(value["lineupConfig"]["globalConfig"]["totEnabled"], true);
+  EXPECT_EQ(value["lineupConfig"]["rfEntries"], json::array());
+  EXPECT_EQ(value["ipInputs"], json::object());
+}
+
+TEST(NamedJson, LeavesOutWhatIsNotSet) {
+  HeadendConfig config;
+  EXPECT_FALSE(namedJson(config)["headendGlobalConfig"].contains("countryCode"));
+  config.headendGlobalConfig.__set_countryCode(korvel::thrift::general::CountryCode::ITALY);
+  EXPECT_EQ(namedJson(config)["headendGlobalConfig"]["countryCode"], 5);
+}
+
+TEST(NamedJson, HasWordsForWhatIsNoNumber) {
+  HeadendConfig config;
+  double& period = config.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod;
+  const auto written = [&] {
+    return namedJson(
+        config)["lineupConfig"]["globalConfig"]["drmConfig"]["vsecureConfig"]["keyPeriod"];
+  };
+  period = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(written(), "NaN");
+  period = -std::numeric_limits<double>::infinity();
+  EXPECT_EQ(written(), "-Infinity");
+  EXPECT_EQ(namedJson(configFromJson(namedJson(config))), namedJson(config));
+}
+
+// ---- and back
+
+TEST(ConfigFromJson, GivesTheRecordBack) {
+  EXPECT_EQ(configFromJson(namedJson(HeadendConfig())), HeadendConfig());
+  for (uint32_t seed = 0; seed < 200; ++seed) {
+    const HeadendConfig config = randomHeadendConfig(seed);
+    ASSERT_EQ(configFromJson(namedJson(config)), config) << seed;
+  }
+}
+
+void expectRefused(const json& value, const std::string& message) {
+  try {
+    configFromJson(value);
+    FAIL() << "taken, but: " << message;
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(error.what(), message);
+  }
+}
+
+TEST(ConfigFromJson, RefusesWhatIsMissingUnknownOrOfAnotherType) {
+  const json good = namedJson(randomHeadendConfig(1));
+  json value = good;
+  value["lineupConfig"]["ipConfig"].erase("port");
+  expectRefused(value, "/lineupConfig/ipConfig lacks \"port\"");
+  value = good;
+  value["installerInfo"]["fax"] = "1";
+  expectRefused(value, "/installerInfo has the unknown \"fax\"");
+  value = good;
+  value["lineupConfig"]["ipConfig"]["port"] = "1234";
+  expectRefused(value, "/lineupConfig/ipConfig/port is no whole number");
+  value["lineupConfig"]["ipConfig"]["port"] = 2147483648;
+  expectRefused(value, "/lineupConfig/ipConfig/port is out of range");
+  value["lineupConfig"]["ipConfig"]["port"] = std::numeric_limits<uint64_t>::max();
+  expectRefused(value, "/lineupConfig/ipConfig/port is out of range");
+  value = good;
+  value["lineupConfig"]["rfEntries"][0]["name"] = nullptr;
+  expectRefused(value, "/lineupConfig/rfEntries/0/name is no text");
+  value["lineupConfig"]["rfEntries"] = json::object();
+  expectRefused(value, "/lineupConfig/rfEntries is no array");
+  value = good;
+  value["lineupConfig"]["rfConfig"]["carrierFrequencies"] = {{"x", 1}};
+  expectRefused(value, "/lineupConfig/rfConfig/carrierFrequencies/x is named by no number");
+  value = good;
+  value["ipInputs"] = json::array();
+  expectRefused(value, "/ipInputs is no object");
+  expectRefused(json::array(), "the whole is no object");
+}
+
+// ---- patches
+
+TEST(PatchBetween, IsEmptyForEqualRecords) {
+  const json value = namedJson(randomHeadendConfig(1));
+  EXPECT_EQ(patchBetween(value, value), json::array());
+}
+
+TEST(PatchBetween, SaysOneElementPutInFrontInOneOperation) {
+  EXPECT_EQ(patchBetween({{"a", {1, 2, 3}}}, {{"a", {0, 1, 2, 3}}}),
+            json::parse(R"([{"op": "add", "path": "/a/0", "value": 0}])"));
+  EXPECT_EQ(patchBetween({{"a", {0, 1, 2, 3}}}, {{"a", {1, 2, 3}}}),
+            json::parse(R"([{"op": "remove", "path": "/a/0"}])"));
+}
+
+TEST(PatchBetween, EscapesTheNamesInPaths) {
+  EXPECT_EQ(patchBetween({{"a/b~c", 1}}, {{"a/b~c", 2}}),
+            json::parse(R"([{"op": "replace", "path": "/a~1b~0c", "value": 2}])"));
+}
+
+TEST(PatchBetween, GivesTheOtherListWhateverDiffers) {
+  const std::vector<json> lists = {
+      json::array(),      {1},          {1, 1},         {2, 1}, {1, 2, 3}, {3, 2, 1},
+      {1, 2, 3, 1, 2, 3}, {0, 1, 2, 3}, {{{"a", 1}}, 2}};
+  for (const json& from : lists) {
+    for (const json& to : lists) {
+      EXPECT_EQ(from.patch(patchBetween(from, to)), to) << from << " " << to;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace lineup::test
