@@ -129,6 +129,8 @@ void run(const std::string& name, int times, const std::string& argument) {
     repeat([config = fetch(), argument] { save(argument, config); });
   } else if (name == "restore") {
     repeat([argument] { commit(load(argument)); });
+  } else if (name == "read") {
+    repeat([argument] { load(argument); });
   } else if (name == "find") {
     repeat([argument] { find(argument); });
   } else {

@@ -22,6 +22,7 @@ PROJECT = Path(__file__).resolve().parent.parent
 BUILD = PROJECT / "build"
 BIN = BUILD / "release" / "bin"
 CONSOLE = str(BIN / "lineup-console")
+CTL = str(BIN / "lineupctl")
 BARE = str(BIN / "bench-bare")
 EMPTY = str(BIN / "bench-empty")
 NO_SYNC = str(BUILD / "release" / "bench" / "libbench-no-sync.so")
@@ -265,6 +266,30 @@ def files(folder, lineups):
             add_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
 
 
+def ctl(folder, lineups):
+    add_times("`lineupctl wait`, start to exit", compare(f"{CTL} wait", f"{BARE} fetch", runs=200, shell=False),
+              "bare client", 1.2)
+
+    # As many entries, the last one put in front: the worst place for a comparison by position.
+    other = folder / "other.json"
+    lines = ["clear", "adddvb 18"] + ["adddvb 17"] * 9_999 + [f"save {other}"]
+    output_of(console_session(script(folder, "other", lines)))
+    for what in ("text", "json"):
+        # Its status says that they differ.
+        figures = compare(f"{CTL} diff --format={what} {lineups[10_000]} {other} || true",
+                          f"{BARE} read 2 {other}", runs=3)
+        add_times(f"`lineupctl diff` of 10,000 against 10,000, {what}", figures, "bare reading of both", 3)
+
+    restore(lineups[10_000])
+    table = folder / "lineup.sqlite"
+    rows = output_of(f"{CTL} show --format=csv").decode().splitlines()[1:]
+    with sqlite3.connect(table) as database:
+        database.execute("CREATE TABLE lineup(position, name, kind, source, SID, type)")
+        database.executemany("INSERT INTO lineup VALUES(?, ?, ?, ?, ?, ?)", (row.split(",") for row in rows * 2))
+    figures = compare(f"{CTL} show", f"sqlite3 -column -header {table} 'SELECT * FROM lineup'", runs=5)
+    add_times("`lineupctl show` of 10,000 services", figures, "sqlite3, as many rows in columns", 1.5)
+
+
 def find(folder, _lineups):
     make_big_catalogue()
     times = 10
@@ -345,7 +370,7 @@ def print_table():
 
 
 ON_SIMULATOR = [start, first_prompt]
-ON_CONTROLLER = [calls, entries, reserved_slots, show, files, memory, find, sizes]
+ON_CONTROLLER = [calls, entries, reserved_slots, show, files, ctl, memory, find, sizes]
 
 
 def main():

@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "controller/config_calls.h"
 #include "controller/controller_client.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
@@ -24,49 +25,26 @@ void callController(Call call, Texts... errorLine) {
   endIfSignalled();
 }
 
-/// Takes the place of `target` as the record of a reply. A record's own read() keeps the fields
-/// that the reply leaves out, so `target` is emptied first - but only when the record begins to
-/// arrive.
-template <class Record>
-class FreshRecord : public Record {
- public:
-  explicit FreshRecord(Record& target) : target_(target) {}
-
-  uint32_t read(apache::thrift::protocol::TProtocol* protocol) override {
-    target_ = Record();
-    return target_.read(protocol);
-  }
-
- private:
-  Record& target_;
-};
-
 }  // namespace
 
 void LineupEditor::fetchHeadendConfig() {
   callController(
       [this](ControllerClient& client) {
-        FreshRecord reply(config);
-        client.getHeadendConfig(reply);
+        fetchConfig(client, config);
         pendingChanges = false;
       },
       "ERROR: Could not get current config from ControllerTask");
 }
 
 void LineupEditor::fetchHeadendStatus() {
-  callController(
-      [this](ControllerClient& client) {
-        FreshRecord reply(status);
-        client.getHeadendStatus(reply);
-      },
-      "ERROR: Could not get current status from ControllerTask");
+  callController([this](ControllerClient& client) { fetchStatus(client, status); },
+                 "ERROR: Could not get current status from ControllerTask");
 }
 
 void LineupEditor::commitHeadendConfig() {
   callController(
       [this](ControllerClient& client) {
-        hub_module::HeadendStatus followingStatus;
-        client.setHeadendConfig(followingStatus, config);
+        sendConfig(client, config);
         pendingChanges = false;
       },
       "ERROR: Could not set LineupConfig to ControllerTask");

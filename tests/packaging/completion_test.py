@@ -20,7 +20,7 @@ SETUP = """\
 bind '"\\t": insert-completions'
 bind 'set enable-bracketed-paste off'
 PS1=
-for program in lineup-console headend-simulator headend-demo; do
+for program in lineup-console lineupctl headend-simulator headend-demo; do
   . "$COMPLETIONS/$program"
   eval "$program() { printf '<%s>' \\"\\$@\\" >>\\"\\$RESULT\\"; }"
 done
@@ -97,6 +97,28 @@ class Completion(unittest.TestCase):
 
     def test_console_unknown_word_completes_to_nothing(self):
         self.check("lineup-console --type x", "--type", "x")
+
+    def test_ctl_commands(self):
+        self.check("lineupctl ", "--help", "--version", "apply", "backup", "catalogue", "diff",
+                   "save", "show", "wait")
+        self.check("lineupctl sh", "show")
+
+    def test_ctl_options_of_a_command(self):
+        self.check("lineupctl apply --", "apply", "--backup", "--dry-run", "--expect", "--keep",
+                   "--patch")
+        self.check("lineupctl diff --", "diff", "--format")
+
+    def test_ctl_words_of_an_option(self):
+        self.check("lineupctl show --format ", "show", "--format", "csv", "json", "text")
+        self.check("lineupctl diff --format=j", "diff", "--format=json")
+        self.check("lineupctl show --section sc", "show", "--section", "scan")
+
+    def test_ctl_sources_and_files(self):
+        self.check("lineupctl diff run", "diff", "running")
+        self.check("lineupctl diff li", "diff", "lineup.json")
+        self.check("lineupctl save wi", "save", "with blank.json")
+        self.check("lineupctl apply --expect run", "apply", "--expect", "running")
+        self.check("lineupctl apply --patch li", "apply", "--patch", "lineup.json")
 
     def test_simulator_options(self):
         self.check("headend-simulator ", "--break", "--catalogue", "--delay", "--help",

@@ -13,7 +13,7 @@ import unittest
 
 PROGRAMS = os.path.abspath(sys.argv.pop(2))
 SOURCES = os.path.abspath(sys.argv.pop(1))
-EVERY_PROGRAM = ("lineup-console", "headend-simulator", "headend-demo")
+EVERY_PROGRAM = ("lineup-console", "lineupctl", "headend-simulator", "headend-demo")
 
 
 def page_of(program):
@@ -65,9 +65,17 @@ class ManPages(unittest.TestCase):
             if not word.isdigit():
                 self.assertRegex(page, rf"\b{word}\b")
 
+    def test_every_command_of_lineupctl_is_explained_and_completed(self):
+        commands = re.findall(r"^  ([a-z]+) ", output_of(f"{PROGRAMS}/lineupctl", "--help"),
+                              re.MULTILINE)
+        self.assertEqual(len(commands), 7)
+        for command in commands:
+            self.assertIn(f"\n.It Cm {command}\n", page_of("lineupctl"))
+            self.assertIn(f" {command} ", completion_of("lineupctl"))
+
     def test_every_option_is_explained(self):
         for program in EVERY_PROGRAM:
-            explained = set(re.findall(r"(?:Fl|,) -([a-z-]+)", page_of(program)))
+            explained = set(re.findall(r"(?:Fl|,|\|) -([a-z-]+)", page_of(program)))
             self.assertEqual(options_of(program) - explained, set())
 
     def test_every_option_is_completed(self):

@@ -1,0 +1,43 @@
+#include "controller/config_calls.h"
+
+namespace lineup {
+
+namespace hub_module = korvel::thrift::hub_module;
+
+namespace {
+
+/// Takes the place of `target` as the record of a reply. A record's own read() keeps the fields
+/// that the reply leaves out, so `target` is emptied first - but only when the record begins to
+/// arrive.
+template <class Record>
+class FreshRecord : public Record {
+ public:
+  explicit FreshRecord(Record& target) : target_(target) {}
+
+  uint32_t read(apache::thrift::protocol::TProtocol* protocol) override {
+    target_ = Record();
+    return target_.read(protocol);
+  }
+
+ private:
+  Record& target_;
+};
+
+}  // namespace
+
+void fetchConfig(ControllerClient& client, hub_module::HeadendConfig& target) {
+  FreshRecord reply(target);
+  client.getHeadendConfig(reply);
+}
+
+void fetchStatus(ControllerClient& client, hub_module::HeadendStatus& target) {
+  FreshRecord reply(target);
+  client.getHeadendStatus(reply);
+}
+
+void sendConfig(ControllerClient& client, const hub_module::HeadendConfig& config) {
+  hub_module::HeadendStatus followingStatus;
+  client.setHeadendConfig(followingStatus, config);
+}
+
+}  // namespace lineup

@@ -1,0 +1,22 @@
+// The calls to ControllerTask that fetch and send what the headend holds.
+
+#pragma once
+
+#include "controller/controller_client.h"
+#include "hub_module_types.h"
+
+namespace lineup {
+
+// Each makes one call over `client`, which is for this call alone, and throws whatever it throws.
+
+/// Replaces `target` by the configuration that is running. If the reply breaks off, `target` holds
+/// what had been read of it; on any other failure it is as it was.
+void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendConfig& target);
+
+/// Likewise for the status.
+void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
+
+/// Sends `config`; on return the controller has taken it over.
+void sendConfig(ControllerClient& client, const korvel::thrift::hub_module::HeadendConfig& config);
+
+}  // namespace lineup

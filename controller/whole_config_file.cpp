@@ -1,0 +1,163 @@
+#include "controller/whole_config_file.h"
+
+#include <fcntl.h>
+#include <thrift/protocol/TJSONProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <vector>
+
+#include "controller/config_file_protocol.h"
+#include "controller/config_file_transport.h"
+#include "model/config_shape.h"
+#include "model/no_size_limits.h"
+
+namespace lineup {
+
+namespace {
+
+using apache::thrift::protocol::TProtocol;
+using apache::thrift::protocol::TType;
+using korvel::thrift::hub_module::HeadendConfig;
+
+/// Follows the reading of a record in its shape and throws std::runtime_error for a field that is
+/// missing, unknown, given twice or of another type.
+class WholeConfigProtocol : public ConfigFileProtocol {
+ public:
+  explicit WholeConfigProtocol(const std::shared_ptr<ConfigFileTransport>& file)
+      : ConfigFileProtocol(file), next_(&headendConfigShape()) {}
+
+  uint32_t readStructBegin_virt(std::string& name) override {
+    open_.push_back({next_});
+    return ConfigFileProtocol::readStructBegin_virt(name);
+  }
+
+  uint32_t readStructEnd_virt() override {
+    const Open& record = open_.back();
+    for (const auto& [id, field] : record.shape->fields) {
+      require(field.isOptional || record.seen.contains(id),
+              "lacks the field \"" + field.name + "\"");
+    }
+    close();
+    return ConfigFileProtocol::readStructEnd_virt();
+  }
+
+  uint32_t readFieldBegin_virt(std::string& name, TType& type, int16_t& id) override {
+    const uint32_t read = ConfigFileProtocol::readFieldBegin_virt(name, type, id);
+    Open& record = open_.back();
+    record.field = nullptr;
+    if (type == apache::thrift::protocol::T_STOP) {
+      return read;
+    }
+    const auto field = record.shape->fields.find(id);
+    require(field != record.shape->fields.end(), "has an unknown field " + std::to_string(id));
+    record.field = &field->second;
+    require(field->second.value.type == type, "has another type");
+    require(record.seen.insert(id).second, "is given twice");
+    next_ = &field->second.value;
+    return read;
+  }
+
+  uint32_t readMapBegin_virt(TType& key, TType& value, uint32_t& size) override {
+    const uint32_t read = ConfigFileProtocol::readMapBegin_virt(key, value, size);
+    require(size == 0 || key == next_->keyType, "has keys of another type");
+    openContainer(value, size);
+    return read;
+  }
+  uint32_t readMapEnd_virt() override {
+    close();
+    return ConfigFileProtocol::readMapEnd_virt();
+  }
+  uint32_t readListBegin_virt(TType& element, uint32_t& size) override {
+    const uint32_t read = ConfigFileProtocol::readListBegin_virt(element, size);
+    openContainer(element, size);
+    return read;
+  }
+  uint32_t readListEnd_virt() override {
+    close();
+    return ConfigFileProtocol::readListEnd_virt();
+  }
+
+ private:
+  /// A record or container that is being read.
+  struct Open {
+    const ValueShape* shape;
+    const FieldShape* field = nullptr;  // of a record, the one that is being read
+    std::set<int16_t> seen{};
+  };
+
+  void openContainer(TType element, uint32_t size) {
+    require(size == 0 || element == next_->element->type, "has elements of another type");
+    open_.push_back({next_});
+    next_ = next_->element.get();
+  }
+
+  void close() {
+    open_.pop_back();
+    if (!open_.empty() && open_.back().shape->element != nullptr) {
+      next_ = open_.back().shape->element.get();
+    }
+  }
+
+  void require(bool holds, const std::string& otherwise) const {
+    if (!holds) {
+      throw std::runtime_error("is no complete configuration: " + path() + otherwise);
+    }
+  }
+
+  std::string path() const {
+    std::string path;
+    for (const Open& open : open_) {
+      path += open.field == nullptr ? "" : "/" + open.field->name;
+    }
+    return path.empty() ? path : path + " ";
+  }
+
+  std::vector<Open> open_;
+  const ValueShape* next_;  // of the value that is read next
+};
+
+void requireEnd(ConfigFileTransport& file) {
+  while (file.waitForBytes(1)) {
+    uint8_t byte = 0;
+    file.readAll_virt(&byte, 1);
+    if (std::strchr(" \t\r\n", byte) == nullptr || byte == '\0') {
+      throw std::runtime_error("is no complete configuration: something follows it");
+    }
+  }
+}
+
+}  // namespace
+
+std::string configFileContent(const HeadendConfig& config) {
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
+  apache::thrift::protocol::TJSONProtocol protocol(buffer);
+  config.write(&protocol);
+  return buffer->getBufferAsString();
+}
+
+HeadendConfig readWholeConfigFile(const std::string& path) {
+  Descriptor descriptor(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                    : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!descriptor.isOpen()) {
+    throw std::runtime_error(std::strerror(errno));
+  }
+  const auto file = std::make_shared<ConfigFileTransport>(descriptor);
+  HeadendConfig config;
+  try {
+    WholeConfigProtocol protocol(file);
+    config.read(&protocol);
+  } catch (const apache::thrift::TException& error) {
+    throw std::runtime_error(std::string("is no complete configuration: ") + error.what());
+  }
+  requireEnd(*file);
+  return config;
+}
+
+}  // namespace lineup

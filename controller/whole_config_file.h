@@ -1,0 +1,19 @@
+// Configuration files for who has to know that nothing is missing.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// What a file with `config` holds.
+std::string configFileContent(const korvel::thrift::hub_module::HeadendConfig& config);
+
+/// The configuration in the file `path`, "-" for standard input. Throws std::runtime_error, with
+/// the reason alone, unless the file holds exactly one configuration: every field that a writer
+/// writes, none that is unknown or given twice, and nothing but white space behind it.
+korvel::thrift::hub_module::HeadendConfig readWholeConfigFile(const std::string& path);
+
+}  // namespace lineup

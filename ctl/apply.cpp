@@ -1,0 +1,155 @@
+#include "ctl/apply.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "compare/config_difference.h"
+#include "compare/json_record.h"
+#include "compare/record_json.h"
+#include "controller/whole_config_file.h"
+#include "ctl/backups.h"
+#include "ctl/held_signals.h"
+#include "ctl/sources.h"
+
+namespace lineup::ctl {
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using nlohmann::json;
+
+std::string contentOf(const std::string& path) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  std::string content((std::istreambuf_iterator<char>(file)), {});
+  if (!file.is_open() || file.bad() || errno != 0) {
+    throw Failure(kFile, path + ": " + std::strerror(errno == 0 ? EIO : errno));
+  }
+  return content;
+}
+
+/// `config` with the patch of RFC 6902 in the file `path`.
+HeadendConfig patched(const HeadendConfig& config, const std::string& path) {
+  try {
+    return configFromJson(namedJson(config).patch(json::parse(contentOf(path))));
+  } catch (const json::exception& error) {
+    throw Failure(kFile, path + ": " + error.what());
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    throw Failure(kFile, path + ": leaves no complete configuration: " + error.what());
+  }
+}
+
+/// What is to run.
+HeadendConfig wantedConfig(const Arguments& arguments) {
+  HeadendConfig wanted = configInFile(arguments.operands()[0]);
+  for (const std::string& patch : arguments.values("patch")) {
+    wanted = patched(wanted, patch);
+  }
+  return wanted;
+}
+
+/// Keeps what runs, if a folder for it is given.
+void keepRunning(const Arguments& arguments, const HeadendConfig& running) {
+  if (!arguments.has("backup")) {
+    return;
+  }
+  const std::string folder = arguments.value("backup", "");
+  const std::string added = keepCopy(folder, configFileContent(running), arguments.count("keep"));
+  print("kept what ran in " + (added.empty() ? folder : added) + "\n");
+}
+
+/// That something else runs has to be said by the status, whatever becomes of the output.
+void printIfPossible(const std::string& text) {
+  try {
+    print(text);
+  } catch (const Failure& failure) {
+    complain(failure.what());
+  }
+}
+
+/// Sends `wanted`, which came from `file`, and reads back what then runs.
+HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& file) {
+  try {
+    send(wanted);
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(),
+                  failure.what() + ("; whether " + file + " was taken over is not known"));
+  }
+  if (HeldSignals::hasArrived()) {
+    throw Failure(kController, file +
+                                   ": was sent and taken over; a signal ends this before it was "
+                                   "read back");
+  }
+  try {
+    return runningConfig();
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(),
+                  failure.what() + ("; " + file + " was sent, but could not be read back"));
+  }
+}
+
+/// The same, and compares. A signal waits until that is done, and until it is said how it ended.
+void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
+  const HeldSignals uninterrupted;
+  try {
+    const std::string otherwise = configDifference(wanted, sendAndReadBack(wanted, file));
+    if (!otherwise.empty()) {
+      printIfPossible(otherwise);
+      throw Failure(kOtherConfig, file + ": was sent, but something else runs");
+    }
+    if (HeldSignals::hasArrived()) {
+      complain(file + ": was sent, and runs");
+    }
+  } catch (const Failure& failure) {
+    if (HeldSignals::hasArrived()) {
+      complain(failure.what());
+    }
+    throw;
+  }
+}
+
+void requireConsistentOptions(const Arguments& arguments) {
+  if (arguments.has("keep") && !arguments.has("backup")) {
+    throw Failure(kUsage, "apply: --keep goes with --backup");
+  }
+  arguments.count("keep");
+  if (arguments.operands()[0] == "-" && arguments.value("expect", "") == "-") {
+    throw Failure(kUsage, "apply: only one of the two can be standard input");
+  }
+}
+
+}  // namespace
+
+Status apply(const Arguments& arguments) {
+  requireConsistentOptions(arguments);
+  const std::string file = arguments.operands()[0];
+  const HeadendConfig wanted = wantedConfig(arguments);
+  std::optional<HeadendConfig> expected;
+  const std::string expectedSource = arguments.value("expect", "running");
+  if (!isRunning(expectedSource)) {
+    expected = configInFile(expectedSource);
+  }
+  const HeadendConfig running = runningConfig();
+  if (expected && !configDifference(*expected, running).empty()) {
+    throw Failure(kDiffers, expectedSource + ": is not what runs");
+  }
+  const std::string difference = configDifference(running, wanted);
+  print(difference);
+  if (difference.empty()) {
+    return kDone;
+  }
+  if (arguments.has("dry-run")) {
+    return kDiffers;
+  }
+  keepRunning(arguments, running);
+  sendAndCompare(wanted, file);
+  return kDone;
+}
+
+}  // namespace lineup::ctl

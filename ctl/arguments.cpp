@@ -1,0 +1,103 @@
+#include "ctl/arguments.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "ctl/failure.h"
+
+namespace lineup::ctl {
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& message) {
+  throw Failure(kUsage, message);
+}
+
+std::vector<option> longOptions(std::span<const Option> options) {
+  std::vector<option> result;
+  for (const Option& named : options) {
+    result.push_back({named.name, named.hasValue ? required_argument : no_argument, nullptr, 0});
+  }
+  result.push_back({nullptr, 0, nullptr, 0});
+  return result;
+}
+
+}  // namespace
+
+Arguments::Arguments(std::vector<std::string> words, std::span<const Option> options,
+                     std::size_t least, std::size_t most) {
+  const std::string command = words.at(0);
+  const std::vector<option> known = longOptions(options);
+  std::vector<char*> pointers;
+  for (std::string& word : words) {
+    pointers.push_back(word.data());
+  }
+  pointers.push_back(nullptr);
+  optind = 0;  // a parse starts afresh, whatever was parsed before
+  opterr = 0;
+  int index = 0;
+  int found = 0;
+  // The colon tells a missing value from an unknown option.
+  while ((found = getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(),
+                              &index)) != -1) {
+    const std::string given = pointers[static_cast<std::size_t>(std::max(optind - 1, 1))];
+    if (found == ':') {
+      refuse(command + ": " + given + " needs a value");
+    }
+    if (found == '?') {
+      refuse(command + ": there is no option " + given);
+    }
+    options_[known[static_cast<std::size_t>(index)].name].emplace_back(optarg == nullptr ? ""
+                                                                                         : optarg);
+  }
+  for (auto next = static_cast<std::size_t>(optind); next < words.size(); ++next) {
+    operands_.emplace_back(pointers[next]);
+  }
+  if (operands_.size() < least) {
+    refuse(command + ": an operand is missing");
+  }
+  if (operands_.size() > most) {
+    refuse(command + ": \"" + operands_[most] + "\" is one operand too many");
+  }
+}
+
+std::string Arguments::value(const std::string& option, const std::string& otherwise) const {
+  const auto found = options_.find(option);
+  return found == options_.end() ? otherwise : found->second.back();
+}
+
+std::vector<std::string> Arguments::values(const std::string& option) const {
+  const auto found = options_.find(option);
+  return found == options_.end() ? std::vector<std::string>() : found->second;
+}
+
+std::size_t Arguments::count(const std::string& option) const {
+  if (!has(option)) {
+    return 0;
+  }
+  const std::string text = value(option, "");
+  std::size_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc() || result.ptr != text.data() + text.size() || number == 0) {
+    refuse("--" + option + ": \"" + text + "\" is no whole number from 1");
+  }
+  return number;
+}
+
+std::string Arguments::choice(const std::string& option,
+                              std::span<const char* const> choices) const {
+  const std::string word = value(option, choices[0]);
+  if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
+    std::string known;
+    for (const char* const one : choices) {
+      known += known.empty() ? one : std::string(", ") + one;
+    }
+    refuse("--" + option + ": \"" + word + "\" is none of " + known);
+  }
+  return word;
+}
+
+}  // namespace lineup::ctl

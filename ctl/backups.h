@@ -1,0 +1,16 @@
+// A folder of earlier configurations, each in a file of its own.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace lineup::ctl {
+
+/// Adds a file of this content to `folder`, named by the date and time,
+/// "lineup-20261121T221500.123Z.json", unless the newest of such files there holds just that; then
+/// removes the oldest of them beyond `keep`, none if that is 0. Returns the path of the new file,
+/// or an empty text. Throws Failure.
+std::string keepCopy(const std::string& folder, const std::string& content, std::size_t keep);
+
+}  // namespace lineup::ctl

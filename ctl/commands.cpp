@@ -1,0 +1,217 @@
+#include "ctl/commands.h"
+
+#include <nlohmann/json.hpp>
+#include <span>
+#include <string_view>
+
+#include "compare/config_difference.h"
+#include "compare/config_tables.h"
+#include "compare/json_difference.h"
+#include "compare/record_json.h"
+#include "controller/whole_config_file.h"
+#include "ctl/apply.h"
+#include "ctl/arguments.h"
+#include "ctl/backups.h"
+#include "ctl/show_catalogue.h"
+#include "ctl/sources.h"
+#include "ctl/usage.h"
+#include "ctl/wait.h"
+
+namespace lineup::ctl {
+
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using nlohmann::json;
+
+// ---- show
+
+/// A part of a configuration as people read it.
+struct Section {
+  const char* name;
+  const char* title;
+  TextTable (*table)(const HeadendConfig&);  // null: of the status, for what runs
+};
+
+constexpr Section kSections[] = {
+    {"settings", "Settings", settingsTable},  {"rf", "RF lineup", rfLineupTable},
+    {"ip", "IP lineup", ipLineupTable},       {"slots", "Reserved slots", reservedSlotsTable},
+    {"ipinputs", "IP inputs", ipInputsTable}, {"rfinputs", "RF inputs", nullptr},
+    {"scan", "Satellite scan", scanTable},
+};
+
+const Section& sectionNamed(const std::string& name) {
+  std::string known;
+  for (const Section& section : kSections) {
+    if (section.name == name) {
+      return section;
+    }
+    known += known.empty() ? section.name : std::string(", ") + section.name;
+  }
+  throw Failure(kUsage, "--section: \"" + name + "\" is none of " + known);
+}
+
+std::vector<Section> chosenSections(const Arguments& arguments) {
+  std::vector<Section> sections;
+  for (const std::string& name : arguments.values("section")) {
+    sections.push_back(sectionNamed(name));
+  }
+  if (sections.empty()) {
+    sections.assign(std::begin(kSections), std::end(kSections));
+  }
+  return sections;
+}
+
+std::string sectionsText(const std::vector<Section>& sections, const std::string& source,
+                         const HeadendConfig& config) {
+  std::string text;
+  for (const Section& section : sections) {
+    if (section.table == nullptr && !isRunning(source)) {
+      continue;
+    }
+    const TextTable table =
+        section.table == nullptr ? rfInputsTable(runningStatus()) : section.table(config);
+    text += text.empty() ? "" : "\n";
+    text += std::string(section.title) + (table.rows.empty() ? ": none" : "") + "\n";
+    text += table.rows.empty() ? "" : tableText(table);
+  }
+  return text;
+}
+
+/// The lineup that is asked for: the RF lineup unless it is the IP lineup.
+const Section& csvSection(const Arguments& arguments) {
+  const std::vector<std::string> names = arguments.values("section");
+  const Section& section = sectionNamed(names.empty() ? "rf" : names.front());
+  if (names.size() > 1 || (section.table != rfLineupTable && section.table != ipLineupTable)) {
+    throw Failure(kUsage, "show: csv is of one lineup, --section rf or --section ip");
+  }
+  return section;
+}
+
+Status show(const Arguments& arguments) {
+  static constexpr const char* kFormats[] = {"text", "json", "csv"};
+  const std::string format = arguments.choice("format", kFormats);
+  const std::string source = arguments.operands().empty() ? "running" : arguments.operands()[0];
+  if (format == "json") {
+    if (arguments.has("section")) {
+      throw Failure(kUsage, "show: json is of the whole configuration, without --section");
+    }
+    // What is no UTF-8 has no place in JSON.
+    print(namedJson(configIn(source)).dump(2, ' ', false, json::error_handler_t::replace) + "\n");
+  } else if (format == "csv") {
+    const Section& section = csvSection(arguments);
+    print(tableCsv(section.table(configIn(source))));
+  } else {
+    const std::vector<Section> sections = chosenSections(arguments);
+    print(sectionsText(sections, source, configIn(source)));
+  }
+  return kDone;
+}
+
+// ---- diff
+
+/// The patch as text. A text that is no UTF-8 would not be the same in JSON.
+std::string patchText(const HeadendConfig& from, const HeadendConfig& to) {
+  try {
+    const json patch = patchBetween(namedJson(from), namedJson(to));
+    return patch.empty() ? "" : patch.dump(2) + "\n";
+  } catch (const json::type_error&) {
+    throw Failure(kFile, "diff: a text that is not in UTF-8 cannot be said in JSON");
+  }
+}
+
+Status diff(const Arguments& arguments) {
+  static constexpr const char* kFormats[] = {"text", "json"};
+  const std::string format = arguments.choice("format", kFormats);
+  const std::vector<std::string>& operands = arguments.operands();
+  const std::string source = operands.size() == 1 ? "running" : operands[0];
+  const std::string& target = operands.back();
+  if (source == "-" && target == "-") {
+    throw Failure(kUsage, "diff: only one of the two can be standard input");
+  }
+  HeadendConfig from;
+  HeadendConfig to;
+  // A file that is not good is refused before the controller is asked.
+  if (isRunning(source)) {
+    to = configIn(target);
+    from = configIn(source);
+  } else {
+    from = configIn(source);
+    to = configIn(target);
+  }
+  const std::string text = format == "json" ? patchText(from, to) : configDifference(from, to);
+  print(text);
+  return text.empty() ? kDone : kDiffers;
+}
+
+// ---- save, backup
+
+Status save(const Arguments& arguments) {
+  writeFile(arguments.operands()[0], configFileContent(runningConfig()));
+  return kDone;
+}
+
+Status backup(const Arguments& arguments) {
+  const std::size_t keep = arguments.count("keep");
+  const std::string added =
+      keepCopy(arguments.operands()[0], configFileContent(runningConfig()), keep);
+  print(added.empty() ? "" : added + "\n");
+  return kDone;
+}
+
+// ---- which command is which
+
+/// A command: its options, how many operands it takes, and what it does.
+struct Command {
+  std::string_view word;
+  std::span<const Option> options;
+  std::size_t leastOperands;
+  std::size_t mostOperands;
+  Status (*run)(const Arguments&);
+};
+
+constexpr std::size_t kAny = static_cast<std::size_t>(-1);
+
+constexpr Option kShowOptions[] = {{"section"}, {"format"}};
+constexpr Option kDiffOptions[] = {{"format"}};
+constexpr Option kApplyOptions[] = {
+    {"dry-run", false}, {"backup"}, {"keep"}, {"expect"}, {"patch"}};
+constexpr Option kBackupOptions[] = {{"keep"}};
+constexpr Option kWaitOptions[] = {{"timeout"}};
+constexpr Option kCatalogueOptions[] = {{"format"}};
+
+constexpr Command kCommands[] = {
+    {"show", kShowOptions, 0, 1, show},
+    {"diff", kDiffOptions, 1, 2, diff},
+    {"save", {}, 1, 1, save},
+    {"apply", kApplyOptions, 1, 1, apply},
+    {"backup", kBackupOptions, 1, 1, backup},
+    {"wait", kWaitOptions, 0, 0, waitForController},
+    {"catalogue", kCatalogueOptions, 0, kAny, showCatalogue},
+};
+
+}  // namespace
+
+Status runCommand(const std::vector<std::string>& words) {
+  if (words.empty()) {
+    throw Failure(kUsage, "a command is missing; \"lineupctl --help\" lists them");
+  }
+  if (words[0] == "--help") {
+    print(kUsageText);
+    return kDone;
+  }
+  if (words[0] == "--version") {
+    print(kVersionText);
+    return kDone;
+  }
+  for (const Command& command : kCommands) {
+    if (command.word == words[0]) {
+      return command.run(
+          Arguments(words, command.options, command.leastOperands, command.mostOperands));
+    }
+  }
+  throw Failure(kUsage,
+                "there is no command \"" + words[0] + "\"; \"lineupctl --help\" lists them");
+}
+
+}  // namespace lineup::ctl

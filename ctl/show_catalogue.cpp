@@ -1,0 +1,61 @@
+#include "ctl/show_catalogue.h"
+
+#include <nlohmann/json.hpp>
+
+#include "catalogue/word_search.h"
+#include "compare/text_table.h"
+#include "ctl/sources.h"
+
+namespace lineup::ctl {
+
+namespace {
+
+using nlohmann::json;
+
+std::vector<FoundService> find(const std::vector<std::string>& words) {
+  try {
+    return findServicesByWords(words);
+  } catch (const std::runtime_error& error) {
+    throw Failure(kFile, error.what());
+  }
+}
+
+TextTable tableOf(const std::vector<FoundService>& services) {
+  TextTable table{{"number", "name", "kind", "source", "SID", "adddvb"}};
+  for (const FoundService& service : services) {
+    table.rows.push_back({service.number, service.name, service.kind, service.source, service.sid,
+                          service.takenFrom});
+  }
+  return table;
+}
+
+std::string jsonOf(const std::vector<FoundService>& services) {
+  json list = json::array();
+  for (const FoundService& service : services) {
+    list.push_back({{"number", service.number},
+                    {"name", service.name},
+                    {"kind", service.kind},
+                    {"source", service.source},
+                    {"sid", service.sid},
+                    {"adddvb", service.takenFrom}});
+  }
+  return list.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+Status showCatalogue(const Arguments& arguments) {
+  static constexpr const char* kFormats[] = {"text", "json", "csv"};
+  const std::string format = arguments.choice("format", kFormats);
+  const std::vector<FoundService> services = find(arguments.operands());
+  if (format == "json") {
+    print(jsonOf(services));
+  } else if (format == "csv") {
+    print(tableCsv(tableOf(services)));
+  } else if (!services.empty()) {
+    print(tableText(tableOf(services)));
+  }
+  return kDone;
+}
+
+}  // namespace lineup::ctl

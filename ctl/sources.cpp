@@ -1,0 +1,97 @@
+#include "ctl/sources.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "controller/config_calls.h"
+#include "controller/whole_config_file.h"
+#include "ctl/failure.h"
+#include "ctl/held_signals.h"
+#include "model/headend_places.h"
+#include "support/replace_file.h"
+
+namespace lineup::ctl {
+
+namespace hub_module = korvel::thrift::hub_module;
+
+namespace {
+
+/// Makes one call over a connection of its own.
+template <class Call>
+void callController(Call call) {
+  try {
+    ControllerClient client = makeControllerClient();
+    call(client);
+  } catch (const hub_module::ControllerTaskIsNotReady& error) {
+    throw Failure(kController, controllerPlace() + ": the controller is not ready" +
+                                   (error.reason.empty() ? "" : ": " + error.reason));
+  } catch (const std::exception& error) {
+    throw Failure(kController, controllerPlace() + ": " + error.what());
+  }
+}
+
+}  // namespace
+
+std::string controllerPlace() {
+  return std::string(kControllerAddress) + ":" + std::to_string(kControllerPort);
+}
+
+hub_module::HeadendConfig runningConfig() {
+  hub_module::HeadendConfig config;
+  callController([&](ControllerClient& client) { fetchConfig(client, config); });
+  return config;
+}
+
+hub_module::HeadendStatus runningStatus() {
+  hub_module::HeadendStatus status;
+  callController([&](ControllerClient& client) { fetchStatus(client, status); });
+  return status;
+}
+
+void send(const hub_module::HeadendConfig& config) {
+  callController([&](ControllerClient& client) { sendConfig(client, config); });
+}
+
+hub_module::HeadendConfig configInFile(const std::string& path) {
+  try {
+    return readWholeConfigFile(path);
+  } catch (const std::runtime_error& error) {
+    throw Failure(kFile, (path == "-" ? "standard input" : path) + ": " + error.what());
+  }
+}
+
+bool isRunning(const std::string& source) {
+  return source == "running";
+}
+
+hub_module::HeadendConfig configIn(const std::string& source) {
+  return isRunning(source) ? runningConfig() : configInFile(source);
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+  const HeldSignals uninterrupted;
+  try {
+    replaceFile(path, content);
+  } catch (const std::runtime_error& error) {
+    throw Failure(kFile, path + ": " + error.what());
+  }
+}
+
+void print(const std::string& text) {
+  std::string_view left = text;
+  while (!left.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, left.data(), left.size());
+    if (written < 0 && errno == EINTR) {
+      continue;
+    }
+    if (written < 0) {
+      throw Failure(kFile, std::string("standard output: ") + std::strerror(errno));
+    }
+    left.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace lineup::ctl

@@ -1,0 +1,40 @@
+// Where configurations come from and go to.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup::ctl {
+
+/// Where the controller is, for messages: "127.0.0.1:9190".
+std::string controllerPlace();
+
+// Each throws Failure, with the file or the address in its message.
+
+/// The configuration that the controller holds.
+korvel::thrift::hub_module::HeadendConfig runningConfig();
+
+/// The controller's status.
+korvel::thrift::hub_module::HeadendStatus runningStatus();
+
+/// Sends `config` to the controller. A failure leaves open whether the controller has taken it.
+void send(const korvel::thrift::hub_module::HeadendConfig& config);
+
+/// The configuration in a file, "-" for standard input.
+korvel::thrift::hub_module::HeadendConfig configInFile(const std::string& path);
+
+/// Whether a SOURCE is the controller.
+bool isRunning(const std::string& source);
+
+/// The configuration in a SOURCE: "running", a file, or "-" for standard input.
+korvel::thrift::hub_module::HeadendConfig configIn(const std::string& source);
+
+/// Puts a file at `path`, in place of the one that is there, and holds signals back meanwhile.
+void writeFile(const std::string& path, const std::string& content);
+
+/// Writes all of `text` on standard output.
+void print(const std::string& text);
+
+}  // namespace lineup::ctl

@@ -1,0 +1,99 @@
+#include "support/replace_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+int checked(int result) {
+  if (result < 0) {
+    throw std::runtime_error(std::strerror(errno));
+  }
+  return result;
+}
+
+/// An open file that is closed, and if it has a name still removed, by the destructor.
+class NewFile {
+ public:
+  explicit NewFile(const fs::path& folder) : name_(folder / ".lineup-XXXXXX") {
+    file_ = checked(mkostemp(name_.data(), O_CLOEXEC));
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile() {
+    if (file_ >= 0) {
+      ::close(file_);
+    }
+    if (!name_.empty()) {
+      unlink(name_.c_str());
+    }
+  }
+
+  void write(std::string_view content) {
+    while (!content.empty()) {
+      const ssize_t written = ::write(file_, content.data(), content.size());
+      if (written < 0 && errno == EINTR) {
+        continue;
+      }
+      checked(written < 0 ? -1 : 0);
+      content.remove_prefix(static_cast<size_t>(written));
+    }
+    checked(fsync(file_));
+    const int file = file_;
+    file_ = -1;
+    checked(::close(file));
+  }
+
+  void renameTo(const fs::path& path) {
+    checked(std::rename(name_.c_str(), path.c_str()));
+    name_.clear();
+  }
+
+ private:
+  std::string name_;
+  int file_ = -1;
+};
+
+/// What a renaming has changed is on the disk when its folder is.
+void syncFolder(const fs::path& folder) {
+  const int file = checked(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const int result = fsync(file);
+  const int reason = errno;
+  ::close(file);
+  // Some file systems have nothing to sync there.
+  if (result < 0 && reason != EINVAL && reason != EROFS) {
+    throw std::runtime_error(std::strerror(reason));
+  }
+}
+
+/// The file that `path` names when links are followed.
+fs::path targetOf(const std::string& path) {
+  std::error_code missing;
+  const fs::path target = fs::canonical(path, missing);
+  if (missing) {
+    return fs::absolute(path);
+  }
+  if (!fs::is_regular_file(target)) {
+    throw std::runtime_error("is no regular file");
+  }
+  return target;
+}
+
+}  // namespace
+
+void replaceFile(const std::string& path, std::string_view content) {
+  const fs::path target = targetOf(path);
+  NewFile file(target.parent_path());
+  file.write(content);
+  file.renameTo(target);
+  syncFolder(target.parent_path());
+}

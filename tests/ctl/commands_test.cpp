@@ -1,0 +1,490 @@
+// Each command of lineupctl and each of its statuses, through the built program.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/ctl/ctl_process.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/random_records.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+namespace fs = std::filesystem;
+namespace general = korvel::thrift::general;
+using korvel::thrift::hub_module::HeadendConfig;
+using korvel::thrift::hub_module::HeadendStatus;
+using nlohmann::json;
+using Words = std::vector<std::string>;
+
+const std::string kAway = "127.0.0.1:9190: socket open() error: Connection refused";
+
+HeadendConfig withId(int32_t id) {
+  HeadendConfig config;
+  config.headendGlobalConfig.headendId = id;
+  return config;
+}
+
+class Ctl : public testing::Test {
+ protected:
+  /// A file with the configuration.
+  std::string fileWith(const HeadendConfig& config, const std::string& name = "config.json") {
+    fill(folder_.file(name), toJson(config));
+    return folder_.file(name);
+  }
+
+  std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  TemporaryFolder folder_;
+};
+
+class CtlWithController : public Ctl {
+ protected:
+  FakeController controller_;
+};
+
+// ---- usage
+
+TEST_F(Ctl, RefusesAWrongCommandLine) {
+  expectCtl({}, 2, "", "a command is missing; \"lineupctl --help\" lists them");
+  expectCtl({"frob"}, 2, "", "there is no command \"frob\"; \"lineupctl --help\" lists them");
+  expectCtl({"show", "--colour"}, 2, "", "show: there is no option --colour");
+  expectCtl({"show", "-x"}, 2, "", "show: there is no option -x");
+  expectCtl({"show", "--format"}, 2, "", "show: --format needs a value");
+  expectCtl({"show", "--format", "xml"}, 2, "", "--format: \"xml\" is none of text, json, csv");
+  expectCtl({"show", "--section", "x"}, 2, "",
+            "--section: \"x\" is none of settings, rf, ip, slots, ipinputs, rfinputs, scan");
+  expectCtl({"show", "--format=json", "--section=rf"}, 2, "",
+            "show: json is of the whole configuration, without --section");
+  expectCtl({"show", "--format=csv", "--section=rf", "--section=ip"}, 2, "",
+            "show: csv is of one lineup, --section rf or --section ip");
+  expectCtl({"show", "--format=csv", "--section=scan"}, 2, "",
+            "show: csv is of one lineup, --section rf or --section ip");
+  expectCtl({"show", "a", "b"}, 2, "", "show: \"b\" is one operand too many");
+  expectCtl({"diff"}, 2, "", "diff: an operand is missing");
+  expectCtl({"diff", "-", "-"}, 2, "", "diff: only one of the two can be standard input");
+  expectCtl({"diff", "--format", "csv", "a"}, 2, "", "--format: \"csv\" is none of text, json");
+  expectCtl({"save"}, 2, "", "save: an operand is missing");
+  expectCtl({"apply", "--dry-run=yes", "a"}, 2, "", "apply: there is no option --dry-run=yes");
+  expectCtl({"apply", "--keep", "3", "a"}, 2, "", "apply: --keep goes with --backup");
+  expectCtl({"apply", "--expect", "-", "-"}, 2, "",
+            "apply: only one of the two can be standard input");
+  expectCtl({"backup", "--keep", "0", "d"}, 2, "", "--keep: \"0\" is no whole number from 1");
+  expectCtl({"backup", "--keep", "3x", "d"}, 2, "", "--keep: \"3x\" is no whole number from 1");
+  expectCtl({"wait", "--timeout", "0"}, 2, "", "--timeout: \"0\" is no number of seconds");
+  expectCtl({"wait", "--timeout", "soon"}, 2, "", "--timeout: \"soon\" is no number of seconds");
+  expectCtl({"wait", "now"}, 2, "", "wait: \"now\" is one operand too many");
+}
+
+TEST_F(Ctl, SaysWhatItCanDo) {
+  const Outcome help = runCtl({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(help.out.substr(0, 55), "usage: lineupctl COMMAND [OPTION]... [OPERAND]...\n\n  sh");
+  EXPECT_EQ(runCtl({"--version"}).out.substr(0, 10), "lineupctl ");
+}
+
+// ---- show
+
+TEST_F(CtlWithController, ShowsTheSectionsOfWhatRuns) {
+  HeadendConfig config = withId(7);
+  config.lineupConfig.emptyInputServices[1].service.serviceType = 2;
+  controller_.setConfig(config);
+  HeadendStatus status;
+  status.satRFInputs[general::RFInputId::SAT1].config.enabled = true;
+  controller_.setStatus(status);
+  expectCtl(
+      {"show"}, 0,
+      "Settings\nSETTING        VALUE\ntype           standard\nid             7\n"
+      "country        not set\nrfmod          cofdm\nrfnum          4\ndrm            off\n"
+      "eit            actual\nstdp           video\nvlan           2\n"
+      "tdtscan cofdm  disabled\ntdtscan qams   disabled\n\nRF lineup: none\n\n"
+      "IP lineup: none\n\nReserved slots\nSLOT  TYPE  POSITION\n1     2\n\nIP inputs: none\n\n"
+      "RF inputs\nINPUT  STATE    LOCKED\nSAT1   enabled  no\n\nSatellite scan: none\n");
+  expectCtl({"show", "--section", "slots", "--section=rfinputs", "running"}, 0,
+            "Reserved slots\nSLOT  TYPE  POSITION\n1     2\n\n"
+            "RF inputs\nINPUT  STATE    LOCKED\nSAT1   enabled  no\n");
+}
+
+TEST_F(Ctl, ShowsAFileWithoutAController) {
+  HeadendConfig config;
+  config.lineupConfig.rfEntries.resize(1);
+  config.lineupConfig.rfEntries[0].name = "News, \"One\"";
+  const std::string file = fileWith(config);
+  expectCtl({"show", "--section=rf", "--section=rfinputs", file}, 0,
+            "RF lineup\nPOSITION  NAME         KIND  SOURCE        SID  TYPE\n"
+            "1         News, \"One\"  DVB   no service 0\n");
+  expectCtl({"show", "--format=csv", file}, 0,
+            "position,name,kind,source,SID,type\n1,\"News, \"\"One\"\"\",DVB,no service 0,,\n");
+  expectCtl({"show", "--format=csv", "--section=ip", "-"}, 0,
+            "position,name,kind,source,SID,type\n", "", toJson(config));
+}
+
+TEST_F(Ctl, ShowsTheWholeRecordAsJson) {
+  HeadendConfig config = randomHeadendConfig(3);
+  config.installerInfo.name = "Latin-1 \xe9";
+  const Outcome outcome = runCtl({"show", "--format", "json", fileWith(config)});
+  EXPECT_EQ(outcome.status, 0);
+  const json value = json::parse(outcome.out);
+  EXPECT_EQ(value["headendGlobalConfig"]["networkId"], config.headendGlobalConfig.networkId);
+  EXPECT_EQ(value["lineupConfig"]["rfEntries"].size(), config.lineupConfig.rfEntries.size());
+  EXPECT_EQ(value["installerInfo"]["name"], "Latin-1 \xef\xbf\xbd");
+}
+
+TEST_F(Ctl, TakesDotSlashRunningForAFile) {
+  fileWith(withId(4), "running");
+  Start start = ctl({"show", "--format=json", "./running"});
+  start.folder = folder_.path();
+  EXPECT_EQ(json::parse(run(start).out)["headendGlobalConfig"]["headendId"], 4);
+}
+
+// ---- diff
+
+TEST_F(CtlWithController, SaysWhatDiffersAndInItsStatusWhetherAnythingDoes) {
+  controller_.setConfig(withId(1));
+  const std::string file = fileWith(withId(7));
+  expectCtl({"diff", file}, 1, "id: 1 -> 7\n");
+  expectCtl({"diff", file, "running"}, 1, "id: 7 -> 1\n");
+  expectCtl({"diff", "-", file}, 1, "id: 3 -> 7\n", "", toJson(withId(3)));
+  expectCtl({"diff", "running", "running"}, 0, "");
+  expectCtl({"diff", "--format=json", file, file}, 0, "");
+  const Outcome patch = runCtl({"diff", "--format=json", file});
+  EXPECT_EQ(patch.status, 1);
+  EXPECT_EQ(json::parse(patch.out),
+            json::parse(R"([{"op": "replace", "path": "/headendGlobalConfig/headendId",
+                             "value": 7}])"));
+}
+
+TEST_F(Ctl, SaysNoPatchThatWouldNotBeTrue) {
+  HeadendConfig config;
+  config.installerInfo.name = "\xe9";
+  expectCtl({"diff", "--format=json", fileWith(HeadendConfig(), "a"), fileWith(config, "b")}, 3, "",
+            "diff: a text that is not in UTF-8 cannot be said in JSON");
+  expectCtl({"diff", folder_.file("a"), folder_.file("b")}, 1,
+            "/installerInfo/name: \"\" -> \"\\xe9\"\n");
+}
+
+// ---- save
+
+TEST_F(CtlWithController, SavesWhatRunsForItsOwnerAlone) {
+  controller_.setConfig(randomHeadendConfig(5));
+  const std::string file = folder_.file("saved.json");
+  fill(file, "old");
+  chmod(file.c_str(), 0644);
+  expectCtl({"save", file}, 0, "");
+  EXPECT_EQ(contentOf(file), toJson(randomHeadendConfig(5)));
+  struct stat status {};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+  EXPECT_EQ(namesIn(folder_.path()), Words{"saved.json"});
+}
+
+TEST_F(CtlWithController, SavesToTheFileThatALinkNames) {
+  fill(folder_.file("file"), "old");
+  fs::create_symlink("file", folder_.file("link"));
+  expectCtl({"save", folder_.file("link")}, 0, "");
+  EXPECT_TRUE(fs::is_symlink(folder_.file("link")));
+  EXPECT_EQ(contentOf(folder_.file("file")), toJson(HeadendConfig()));
+}
+
+TEST_F(CtlWithController, SaysWhyAFileCannotBeWritten) {
+  const std::string nowhere = folder_.file("nowhere/file");
+  expectCtl({"save", nowhere}, 3, "", nowhere + ": No such file or directory");
+  expectCtl({"save", folder_.path()}, 3, "", folder_.path() + ": is no regular file");
+  expectCtl({"save", "/dev/null"}, 3, "", "/dev/null: is no regular file");
+}
+
+TEST_F(Ctl, LeavesTheFileAsItIsIfTheControllerIsAway) {
+  const std::string file = folder_.file("saved.json");
+  fill(file, "old");
+  expectCtl({"save", file}, 4, "", kAway);
+  EXPECT_EQ(contentOf(file), "old");
+  EXPECT_EQ(namesIn(folder_.path()), Words{"saved.json"});
+}
+
+// ---- apply
+
+TEST_F(CtlWithController, AppliesAFileSaysTheDifferenceAndReadsItBack) {
+  expectCtl({"apply", fileWith(withId(7))}, 0, "id: 1 -> 7\n");
+  EXPECT_EQ(controller_.config(), withId(7));
+  EXPECT_EQ(controller_.methods(),
+            (Words{"getHeadendConfig", "setHeadendConfig", "getHeadendConfig"}));
+}
+
+TEST_F(CtlWithController, AppliesStandardInput) {
+  expectCtl({"apply", "-"}, 0, "id: 1 -> 5\n", "", toJson(withId(5)));
+  EXPECT_EQ(controller_.config(), withId(5));
+}
+
+TEST_F(CtlWithController, SendsNothingIfNothingDiffers) {
+  controller_.setConfig(withId(7));
+  const std::string copies = folder_.file("copies");
+  fs::create_directory(copies);
+  expectCtl({"apply", "--backup", copies, fileWith(withId(7))}, 0, "");
+  EXPECT_EQ(controller_.methods(), Words{"getHeadendConfig"});
+  EXPECT_EQ(namesIn(copies), Words{});
+}
+
+TEST_F(CtlWithController, SendsAndKeepsNothingInADryRun) {
+  const std::string copies = folder_.file("copies");
+  fs::create_directory(copies);
+  expectCtl({"apply", "--dry-run", "--backup", copies, fileWith(withId(7))}, 1, "id: 1 -> 7\n");
+  EXPECT_EQ(controller_.methods(), Words{"getHeadendConfig"});
+  EXPECT_EQ(namesIn(copies), Words{});
+  controller_.setConfig(withId(7));
+  expectCtl({"apply", "--dry-run", folder_.file("config.json")}, 0, "");
+}
+
+TEST_F(CtlWithController, RefusesIfWhatRunsIsNotWhatIsExpected) {
+  const std::string expected = fileWith(withId(2), "expected.json");
+  expectCtl({"apply", "--expect", expected, fileWith(withId(7))}, 1, "",
+            expected + ": is not what runs");
+  EXPECT_EQ(controller_.methods(), Words{"getHeadendConfig"});
+  controller_.setConfig(withId(2));
+  expectCtl({"apply", "--expect", expected, fileWith(withId(7))}, 0, "id: 2 -> 7\n");
+}
+
+TEST_F(CtlWithController, KeepsWhatRanBeforeItSends) {
+  const std::string copies = folder_.file("copies");
+  fs::create_directory(copies);
+  const Outcome outcome = runCtl({"apply", "--backup", copies, fileWith(withId(7))});
+  EXPECT_EQ(outcome.status, 0);
+  ASSERT_EQ(namesIn(copies).size(), 1U);
+  const std::string copy = copies + "/" + namesIn(copies)[0];
+  EXPECT_EQ(outcome.out, "id: 1 -> 7\nkept what ran in " + copy + "\n");
+  EXPECT_EQ(contentOf(copy), toJson(withId(1)));
+}
+
+TEST_F(CtlWithController, SendsNothingIfWhatRanCannotBeKept) {
+  const std::string nowhere = folder_.file("nowhere");
+  expectCtl({"apply", "--backup", nowhere, fileWith(withId(7))}, 3, "id: 1 -> 7\n",
+            nowhere + ": No such file or directory");
+  EXPECT_EQ(controller_.methods(), Words{"getHeadendConfig"});
+}
+
+TEST_F(CtlWithController, SaysWhatRunsInsteadOfWhatWasSent) {
+  const Answer right;
+  Answer lie;  // the reading back says that the old one still runs
+  lie.kind = Answer::kBytes;
+  lie.bytes = recordReply("getHeadendConfig", toBinary(withId(1)));
+  controller_.answerNext(right);
+  controller_.answerNext(right);
+  controller_.answerNext(lie);
+  const std::string file = fileWith(withId(7));
+  expectCtl({"apply", file}, 5, "id: 1 -> 7\nid: 7 -> 1\n",
+            file + ": was sent, but something else runs");
+}
+
+TEST_F(CtlWithController, AppliesAPatchOfAFile) {
+  const std::string patch = folder_.file("patch.json");
+  fill(patch, R"([{"op": "replace", "path": "/headendGlobalConfig/headendId", "value": 9},
+                  {"op": "add", "path": "/headendGlobalConfig/countryCode", "value": 5}])");
+  expectCtl({"apply", "--patch", patch, fileWith(withId(7))}, 0,
+            "id: 1 -> 9\ncountry: not set -> italy\n");
+  HeadendConfig expected = withId(9);
+  expected.headendGlobalConfig.__set_countryCode(general::CountryCode::ITALY);
+  EXPECT_EQ(controller_.config(), expected);
+}
+
+TEST_F(CtlWithController, TakesTheDifferenceOfOneSiteToAnother) {
+  const std::string patch = folder_.file("patch.json");
+  fill(patch, runCtl({"diff", "--format=json", fileWith(withId(2), "a"),
+                      fileWith(randomHeadendConfig(1), "b")})
+                  .out);
+  EXPECT_EQ(runCtl({"apply", "--patch", patch, folder_.file("a")}).status, 0);
+  EXPECT_EQ(controller_.config(), randomHeadendConfig(1));
+}
+
+TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
+  const std::string patch = folder_.file("patch.json");
+  const std::string file = fileWith(withId(7));
+  const auto expectRefused = [&](const std::string& text, const std::string& why) {
+    fill(patch, text);
+    const Outcome outcome = runCtl({"apply", "--patch", patch, file});
+    EXPECT_EQ(outcome.status, 3) << text;
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.substr(0, 11 + patch.size() + 2 + why.size()),
+              "lineupctl: " + patch + ": " + why);
+  };
+  expectRefused("[", "[json.exception.parse_error");
+  expectRefused(R"([{"op": "test", "path": "/headendGlobalConfig/headendId", "value": 8}])",
+                "[json.exception.other_error");
+  expectRefused(R"([{"op": "remove", "path": "/installerInfo/fax"}])",
+                "[json.exception.out_of_range");
+  expectRefused(R"([{"op": "remove", "path": "/installerInfo/name"}])",
+                "leaves no complete configuration: /installerInfo lacks \"name\"\n");
+  expectRefused(R"([{"op": "add", "path": "/installerInfo/fax", "value": ""}])",
+                "leaves no complete configuration: /installerInfo has the unknown \"fax\"\n");
+  expectRefused(R"([{"op": "replace", "path": "/headendGlobalConfig/headendId", "value": "x"}])",
+                "leaves no complete configuration: /headendGlobalConfig/headendId is no whole "
+                "number\n");
+  expectCtl({"apply", "--patch", folder_.file("none"), file}, 3, "",
+            folder_.file("none") + ": No such file or directory");
+  EXPECT_EQ(controller_.connections(), 0U);
+}
+
+TEST_F(CtlWithController, OfTwoAppliesAtOnceNoneIsWronglyContent) {
+  const std::string expected = fileWith(withId(1), "expected.json");
+  const std::string one = fileWith(withId(7), "one.json");
+  const std::string two = fileWith(withId(8), "two.json");
+  for (int round = 0; round < 20; ++round) {
+    controller_.setConfig(withId(1));
+    ConsoleProcess first(ctl({"apply", "--expect", expected, one}));
+    ConsoleProcess second(ctl({"apply", "--expect", expected, two}));
+    const Outcome firstOutcome = first.finish();
+    const Outcome secondOutcome = second.finish();
+    const int firstStatus = firstOutcome.status;
+    const int secondStatus = secondOutcome.status;
+    // Whoever sent last found that it runs.
+    const int last = controller_.config() == withId(7) ? firstStatus : secondStatus;
+    const int other = controller_.config() == withId(7) ? secondStatus : firstStatus;
+    EXPECT_EQ(last, 0);
+    // The other came too late, or found the other's, or was done before it.
+    EXPECT_TRUE(other == 1 || other == 5 || other == 0) << other;
+  }
+}
+
+// ---- backup
+
+TEST_F(CtlWithController, KeepsACopyWhenSomethingHasChanged) {
+  const std::string copies = folder_.path();
+  for (const int32_t id : {1, 1, 2, 2, 3}) {
+    controller_.setConfig(withId(id));
+    const Words before = namesIn(copies);
+    const Outcome outcome = runCtl({"backup", copies});
+    EXPECT_EQ(outcome.status, 0);
+    const Words now = namesIn(copies);
+    EXPECT_EQ(outcome.out, before == now ? "" : copies + "/" + now.back() + "\n");
+    EXPECT_EQ(contentOf(copies + "/" + now.back()), toJson(withId(id)));
+  }
+  EXPECT_EQ(namesIn(copies).size(), 3U);
+}
+
+TEST_F(CtlWithController, RemovesTheOldestCopiesAndNothingElse) {
+  fill(folder_.file("notes"), "mine");
+  fill(folder_.file("lineup-20260101T000000.000Z.json"), "1");
+  fill(folder_.file("lineup-20260102T000000.000Z.json"), "2");
+  fill(folder_.file("lineup-20260103T000000.000Z.json"), "3");
+  EXPECT_EQ(runCtl({"backup", "--keep", "2", folder_.path()}).status, 0);
+  const Words names = namesIn(folder_.path());
+  ASSERT_EQ(names.size(), 3U);
+  EXPECT_EQ(names[0], "lineup-20260103T000000.000Z.json");
+  EXPECT_EQ(contentOf(folder_.file(names[1])), toJson(HeadendConfig()));
+  EXPECT_EQ(names[2], "notes");
+}
+
+TEST_F(CtlWithController, KeepsTheNewCopyWhereTheClockWasSetBack) {
+  fill(folder_.file("lineup-29990101T000000.000Z.json"), "1");
+  EXPECT_EQ(runCtl({"backup", "--keep", "1", folder_.path()}).status, 0);
+  const Words names = namesIn(folder_.path());
+  ASSERT_EQ(names.size(), 1U);
+  EXPECT_EQ(contentOf(folder_.file(names[0])), toJson(HeadendConfig()));
+}
+
+TEST_F(Ctl, SaysThatACopyCannotBeMade) {
+  expectCtl({"backup", folder_.path()}, 4, "", kAway);
+  EXPECT_EQ(namesIn(folder_.path()), Words{});
+  const FakeController controller;
+  expectCtl({"backup", folder_.file("nowhere")}, 3, "",
+            folder_.file("nowhere") + ": No such file or directory");
+}
+
+// ---- wait
+
+TEST_F(Ctl, WaitsUntilTheControllerAnswers) {
+  ConsoleProcess waiting(ctl({"wait"}));
+  waiting.waitUntilBlocked();
+  FakeController controller;
+  EXPECT_EQ(waiting.finish().status, 0);
+  Answer notReady;
+  notReady.kind = Answer::kNotReady;
+  controller.answerNext(notReady);
+  controller.answerNext(notReady);
+  expectCtl({"wait", "--timeout", "60"}, 0, "");
+}
+
+TEST_F(Ctl, WaitsNoLongerThanItIsTold) {
+  expectCtl({"wait", "--timeout", "0.2"}, 1, "", "127.0.0.1:9190: no answer within 0.2 s");
+  FakeController controller;
+  Answer silence;
+  silence.sentBytes = 0;
+  silence.stalls = true;
+  controller.answerNext(silence);
+  expectCtl({"wait", "--timeout", "0.2"}, 1, "", "127.0.0.1:9190: no answer within 0.2 s");
+}
+
+// ---- output and signals
+
+/// Runs lineupctl by the shell, with its output as `redirection` says.
+Outcome runRedirected(const std::string& words, const std::string& redirection) {
+  return run(Start{.program = "sh",
+                   .arguments = {"-c", "exec \"$0\" " + words + " " + redirection, kCtlProgram}});
+}
+
+TEST_F(CtlWithController, FailsIfItsOutputCannotBeWritten) {
+  const std::string file = fileWith(withId(7));
+  for (const std::string& words :
+       Words{"show", "show --format=json", "diff " + file, "apply " + file, "--help"}) {
+    const Outcome full = runRedirected(words, ">/dev/full");
+    EXPECT_EQ(full.status, 3) << words;
+    EXPECT_EQ(full.err, "lineupctl: standard output: No space left on device\n");
+    const Outcome closed = runRedirected(words, ">&-");
+    EXPECT_EQ(closed.status, 3) << words;
+    EXPECT_EQ(closed.err, "lineupctl: standard output: Bad file descriptor\n");
+  }
+  EXPECT_EQ(controller_.config(), withId(1));  // nothing was sent
+}
+
+TEST_F(CtlWithController, ASignalEndsIt) {
+  Answer silence;
+  silence.sentBytes = 0;
+  silence.stalls = true;
+  controller_.answerAll(silence);
+  ConsoleProcess asking(ctl({"diff", fileWith(withId(7))}));
+  controller_.waitForCalls(1);
+  asking.signal(SIGTERM);
+  EXPECT_EQ(asking.finish().signal, SIGTERM);
+}
+
+TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
+  Answer late;
+  late.sentBytes = 0;
+  late.stalls = true;
+  late.goesOn = true;
+  controller_.answerNext(Answer());
+  controller_.answerNext(late);
+  const std::string file = fileWith(withId(7));
+  ConsoleProcess applying(ctl({"apply", file}));
+  controller_.waitForCalls(2);
+  applying.signal(SIGINT);
+  applying.waitUntilHeldBack(SIGINT);
+  controller_.release();
+  const Outcome outcome = applying.finish();
+  EXPECT_EQ(outcome.signal, SIGINT);
+  EXPECT_EQ(outcome.out, "id: 1 -> 7\n");
+  EXPECT_EQ(outcome.err, "lineupctl: " + file +
+                             ": was sent and taken over; a signal ends this before it was "
+                             "read back\n");
+  EXPECT_EQ(controller_.config(), withId(7));
+}
+
+}  // namespace
+}  // namespace lineup::test

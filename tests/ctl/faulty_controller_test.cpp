@@ -1,0 +1,172 @@
+// lineupctl and a controller that is away, refuses, hangs, tears or lies, at each call of each
+// command: the status says so, and nothing is printed as done that was not.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/ctl/ctl_process.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+using Words = std::vector<std::string>;
+
+/// A command, the calls that it makes, and what it prints before the last of them.
+struct Command {
+  Words words;
+  std::size_t calls;
+  std::string printedBeforeSending;
+};
+
+class CtlWithFaultyController : public testing::Test {
+ protected:
+  CtlWithFaultyController() {
+    HeadendConfig config;
+    config.headendGlobalConfig.headendId = 7;
+    fill(file_, toJson(config));
+    std::filesystem::create_directory(folder_.file("copies"));
+  }
+
+  std::vector<Command> commands() const {
+    return {{{"show"}, 2, ""},
+            {{"show", "--format=json"}, 1, ""},
+            {{"show", "--format=csv"}, 1, ""},
+            {{"diff", file_}, 1, ""},
+            {{"diff", "--format=json", file_, "running"}, 1, ""},
+            {{"save", folder_.file("saved.json")}, 1, ""},
+            {{"backup", folder_.file("copies")}, 1, ""},
+            {{"apply", "--dry-run", file_}, 1, ""},
+            {{"apply", file_}, 3, "id: 1 -> 7\n"}};
+  }
+
+  /// Runs each command with each of its calls answered by `fault`, and expects status 4.
+  void expectEachCallToFail(const Answer& fault) {
+    for (const Command& command : commands()) {
+      for (std::size_t call = 0; call < command.calls; ++call) {
+        FakeController controller;
+        for (std::size_t good = 0; good < call; ++good) {
+          controller.answerNext(Answer());
+        }
+        controller.answerNext(fault);
+        const Outcome outcome = runCtl(command.words);
+        expectFailure(outcome, call == 0 ? "" : command.printedBeforeSending);
+        EXPECT_EQ(controller.calls().size(), call + 1) << command.words[0];
+      }
+    }
+    expectNothingWritten();
+  }
+
+  static void expectFailure(const Outcome& outcome, const std::string& out) {
+    EXPECT_EQ(outcome.status, 4) << outcome.signal;
+    EXPECT_EQ(outcome.out, out);
+    EXPECT_EQ(outcome.err.find("lineupctl: 127.0.0.1:9190: "), 0U) << outcome.err;
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
+  }
+
+  void expectNothingWritten() const {
+    EXPECT_FALSE(std::filesystem::exists(folder_.file("saved.json")));
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.file("copies")));
+  }
+
+  TemporaryFolder folder_;
+  const std::string file_ = folder_.file("config.json");
+};
+
+TEST_F(CtlWithFaultyController, ThatIsAway) {
+  for (const Command& command : commands()) {
+    expectFailure(runCtl(command.words), "");
+  }
+  expectNothingWritten();
+}
+
+TEST_F(CtlWithFaultyController, ThatIsNotReady) {
+  Answer fault;
+  fault.kind = Answer::kNotReady;
+  expectEachCallToFail(fault);
+  FakeController controller;
+  controller.answerNext(fault);
+  EXPECT_EQ(runCtl({"diff", file_}).err,
+            "lineupctl: 127.0.0.1:9190: the controller is not ready: starting\n");
+}
+
+TEST_F(CtlWithFaultyController, ThatAnswersWithAnException) {
+  Answer fault;
+  fault.kind = Answer::kApplicationException;
+  expectEachCallToFail(fault);
+}
+
+TEST_F(CtlWithFaultyController, ThatHangsUpAtOnceOrInTheMiddle) {
+  Answer fault;
+  fault.hangsUp = true;
+  for (const std::size_t sent : {0, 3, 4, 40}) {
+    fault.sentBytes = sent;
+    expectEachCallToFail(fault);
+  }
+}
+
+TEST_F(CtlWithFaultyController, ThatAnswersAnotherCall) {
+  Answer fault;
+  fault.name = "getSomethingElse";
+  expectEachCallToFail(fault);
+}
+
+TEST_F(CtlWithFaultyController, ThatSendsNonsense) {
+  Answer fault;
+  fault.kind = Answer::kBytes;
+  fault.bytes = framed("this is no message");
+  expectEachCallToFail(fault);
+  fault.bytes = "HTTP/1.1 400 Bad Request\r\n\r\n";
+  fault.hangsUp = true;
+  expectEachCallToFail(fault);
+}
+
+TEST_F(CtlWithFaultyController, SaysThatItIsNotKnownWhetherWhatWasSentIsTakenOver) {
+  FakeController controller;
+  Answer torn;
+  torn.sentBytes = 10;
+  torn.hangsUp = true;
+  controller.answerNext(Answer());
+  controller.answerNext(torn);
+  const Outcome outcome = runCtl({"apply", file_});
+  EXPECT_EQ(outcome.status, 4);
+  EXPECT_NE(outcome.err.find("; whether " + file_ + " was taken over is not known\n"),
+            std::string::npos)
+      << outcome.err;
+}
+
+TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
+  FakeController controller;
+  Answer notReady;
+  notReady.kind = Answer::kNotReady;
+  controller.answerNext(Answer());
+  controller.answerNext(Answer());
+  controller.answerNext(notReady);
+  expectCtl({"apply", file_}, 4, "id: 1 -> 7\n",
+            "127.0.0.1:9190: the controller is not ready: starting; " + file_ +
+                " was sent, but could not be read back");
+}
+
+// The time-out of a call is 20 seconds, which only this test waits for.
+TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
+  FakeController controller;
+  Answer silence;
+  silence.sentBytes = 0;
+  silence.stalls = true;
+  controller.answerNext(Answer());
+  controller.answerNext(silence);
+  const auto begin = std::chrono::steady_clock::now();
+  const Outcome outcome = runCtl({"apply", file_});
+  expectFailure(outcome, "id: 1 -> 7\n");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(50));
+}
+
+}  // namespace
+}  // namespace lineup::test

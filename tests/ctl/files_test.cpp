@@ -1,0 +1,172 @@
+// What lineupctl takes for a configuration in a file, and what it refuses before it connects.
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "controller/whole_config_file.h"
+#include "tests/ctl/ctl_process.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/random_records.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+using korvel::thrift::hub_module::HeadendConfig;
+
+class CtlFiles : public testing::Test {
+ protected:
+  ~CtlFiles() override { close(memory_); }
+
+  /// Whether the content is taken for a configuration; `why` is the reason if not. The file is one
+  /// in memory, as there are thousands.
+  bool isTaken(const std::string& content, std::string* why = nullptr) const {
+    if (ftruncate(memory_, 0) != 0 ||
+        pwrite(memory_, content.data(), content.size(), 0) != std::ssize(content)) {
+      throw std::runtime_error("no file in memory");
+    }
+    try {
+      readWholeConfigFile("/proc/self/fd/" + std::to_string(memory_));
+      return true;
+    } catch (const std::runtime_error& error) {
+      if (why != nullptr) {
+        *why = error.what();
+      }
+      return false;
+    }
+  }
+
+  void expectRefused(const std::string& content, const std::string& reason) const {
+    std::string why;
+    EXPECT_FALSE(isTaken(content, &why)) << reason;
+    EXPECT_EQ(why, "is no complete configuration: " + reason);
+  }
+
+  /// The default configuration with the first `old` replaced.
+  static std::string changed(const std::string& old, const std::string& replacement) {
+    std::string text = toJson(HeadendConfig());
+    const std::size_t at = text.find(old);
+    EXPECT_NE(at, std::string::npos) << old;
+    return text.replace(at, old.size(), replacement);
+  }
+
+  /// The shortest of some random configurations.
+  static std::string shortContent() {
+    std::string shortest = toJson(randomHeadendConfig(0));
+    for (uint32_t seed = 1; seed < 50; ++seed) {
+      const std::string content = toJson(randomHeadendConfig(seed));
+      shortest = content.size() < shortest.size() ? content : shortest;
+    }
+    return shortest;
+  }
+
+  const int memory_ = memfd_create("config", MFD_CLOEXEC);
+  TemporaryFolder folder_;
+  const std::string file_ = folder_.file("config.json");
+};
+
+TEST_F(CtlFiles, ThatAreAppliedAreSavedAgainByteForByte) {
+  FakeController controller;
+  for (uint32_t seed = 0; seed < 20; ++seed) {
+    const std::string content = toJson(randomHeadendConfig(seed));
+    fill(file_, content);
+    ASSERT_EQ(runCtl({"apply", file_}).status, 0);
+    ASSERT_EQ(controller.config(), randomHeadendConfig(seed));
+    ASSERT_EQ(runCtl({"save", folder_.file("saved.json")}).status, 0);
+    ASSERT_EQ(contentOf(folder_.file("saved.json")), content);
+  }
+}
+
+TEST_F(CtlFiles, WithWhiteSpaceBehindAreTaken) {
+  const std::string good = toJson(randomHeadendConfig(1));
+  EXPECT_TRUE(isTaken(good));
+  EXPECT_TRUE(isTaken(good + "\n"));
+  EXPECT_TRUE(isTaken(good + " \r\n\t"));
+  expectRefused(good + "\n}", "something follows it");
+  expectRefused(good + good, "something follows it");
+  expectRefused(good + std::string(1, '\0'), "something follows it");
+}
+
+TEST_F(CtlFiles, ThatLackAFieldAreRefusedByItsName) {
+  expectRefused(changed(R"("1":{"i32":1},"2":{"i32":0})", R"("2":{"i32":0})"),
+                "/headendGlobalConfig lacks the field \"headendId\"");
+  expectRefused(changed(R"("6":{"i32":1234})", R"("60":{"i32":1234})"),
+                "/lineupConfig/ipConfig has an unknown field 60");
+  expectRefused(changed(R"("6":{"i32":1234})", R"("5":{"str":"1234"})"),
+                "/lineupConfig/ipConfig/mcastRangeEnd is given twice");
+  expectRefused(changed(R"("6":{"i32":1234})", R"("6":{"i64":1234})"),
+                "/lineupConfig/ipConfig/port has another type");
+  expectRefused("{}", "lacks the field \"lineupConfig\"");
+}
+
+TEST_F(CtlFiles, ThatAreCutAnywhereAreRefused) {
+  const std::string good = shortContent();
+  for (std::size_t size = 0; size < good.size(); ++size) {
+    ASSERT_FALSE(isTaken(good.substr(0, size))) << size;
+  }
+}
+
+/// The tokens of a JSON text: where each begins and ends.
+std::vector<std::pair<std::size_t, std::size_t>> tokensOf(const std::string& text) {
+  std::vector<std::pair<std::size_t, std::size_t>> tokens;
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t end = at + 1;
+    if (text[at] == '"') {
+      while (text[end] != '"') {
+        end += text[end] == '\\' ? 2 : 1;
+      }
+      ++end;
+    } else if (std::string("{}[],:").find(text[at]) == std::string::npos) {
+      end = text.find_first_of("{}[],:\"", at);
+    }
+    tokens.emplace_back(at, end);
+    at = end;
+  }
+  return tokens;
+}
+
+TEST_F(CtlFiles, WithATokenLeftOutOrOfAnotherKindAreRefused) {
+  const std::string good = shortContent();
+  for (const auto& [begin, end] : tokensOf(good)) {
+    const std::string before = good.substr(0, begin);
+    const std::string behind = good.substr(end);
+    ASSERT_FALSE(isTaken(before + behind)) << begin;
+    for (const std::string token : {"{", "]", ",", ":", "x", "\"unknown\""}) {
+      // A text may be another one, and the key of a map, too.
+      if (good.substr(begin, end - begin) == token || (token[0] == '"' && good[begin] == '"')) {
+        continue;
+      }
+      ASSERT_FALSE(isTaken(before + token + behind)) << begin << " " << token;
+    }
+  }
+}
+
+TEST_F(CtlFiles, ThatAreRefusedAreRefusedBeforeAConnectionIsMade) {
+  const FakeController controller;
+  const std::string good = toJson(randomHeadendConfig(2));
+  const std::vector<std::vector<std::string>> commands = {
+      {"apply", file_}, {"apply", "--dry-run", file_},
+      {"diff", file_},  {"diff", file_, "running"},
+      {"show", file_},  {"apply", "--expect", file_, file_}};
+  for (const auto& words : commands) {
+    fill(file_, good.substr(0, good.size() / 2));
+    const Outcome outcome = runCtl(words);
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.find("lineupctl: " + file_ + ": is no complete configuration: "), 0U);
+  }
+  expectCtl({"apply", folder_.file("none")}, 3, "",
+            folder_.file("none") + ": No such file or directory");
+  EXPECT_EQ(runCtl({"apply", folder_.path()}).status, 3);
+  EXPECT_EQ(runCtl({"apply", "-"}, good.substr(0, 100)).status, 3);
+  EXPECT_EQ(controller.connections(), 0U);
+}
+
+}  // namespace
+}  // namespace lineup::test

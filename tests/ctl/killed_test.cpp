@@ -1,0 +1,156 @@
+// lineupctl killed at every one of its system calls: a file is the old one or the new one, and what
+// was sent is whole or not at all.
+
+#include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/ctl/ctl_process.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+namespace fs = std::filesystem;
+using korvel::thrift::hub_module::HeadendConfig;
+
+/// Starts lineupctl, traced by this process.
+pid_t startTraced(const std::vector<std::string>& words) {
+  std::vector<std::string> all = {kCtlProgram};
+  all.insert(all.end(), words.begin(), words.end());
+  std::vector<char*> arguments;
+  for (std::string& word : all) {
+    arguments.push_back(word.data());
+  }
+  arguments.push_back(nullptr);
+  // The sanitizer's detection of leaks cannot be traced.
+  setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
+  const pid_t child = fork();
+  if (child == 0) {
+    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    execv(kCtlProgram, arguments.data());
+    _exit(127);
+  }
+  return child;
+}
+
+/// Runs lineupctl and kills it where it enters or leaves a system call, for the `stop`-th time
+/// after its first connection was begun. Returns false if it ended before.
+bool killAt(const std::vector<std::string>& words, int stop) {
+  const pid_t child = startTraced(words);
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (!WIFSTOPPED(status)) {
+    throw std::runtime_error("lineupctl cannot be traced");
+  }
+  ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+  bool connecting = false;
+  for (int signal = 0; stop > 0;) {
+    ptrace(PTRACE_SYSCALL, child, nullptr, signal);
+    waitpid(child, &status, 0);
+    if (!WIFSTOPPED(status)) {
+      return false;
+    }
+    const bool isCall = WSTOPSIG(status) == (SIGTRAP | 0x80);
+    signal = isCall ? 0 : WSTOPSIG(status);
+    __ptrace_syscall_info call{};
+    ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof(call), &call);
+    connecting =
+        connecting || (call.op == PTRACE_SYSCALL_INFO_ENTRY && call.entry.nr == SYS_connect);
+    stop -= isCall && connecting ? 1 : 0;
+  }
+  kill(child, SIGKILL);
+  waitpid(child, &status, 0);
+  return true;
+}
+
+class CtlKilled : public testing::Test {
+ protected:
+  CtlKilled() {
+    running_.headendGlobalConfig.headendId = 3;
+    wanted_.headendGlobalConfig.headendId = 7;
+    fs::create_directory(copies_);
+    fill(file_, toJson(wanted_));
+  }
+
+  /// Kills the command at each of its system calls; `prepare` comes before each run, `check` after.
+  template <class Prepare, class Check>
+  void killEverywhere(const std::vector<std::string>& words, Prepare prepare, Check check) {
+    int stops = 0;
+    for (bool killed = true; killed; ++stops) {
+      FakeController controller;
+      controller.setConfig(running_);
+      prepare();
+      killed = killAt(words, stops + 1);
+      check(controller, killed);
+      ASSERT_FALSE(HasFailure()) << "at stop " << stops;
+    }
+    EXPECT_GT(stops, 20);
+  }
+
+  /// The copies are whole, whatever else was left beside them.
+  void expectWholeCopies() {
+    for (const auto& entry : fs::directory_iterator(copies_)) {
+      if (entry.path().filename().string().front() != '.') {
+        EXPECT_EQ(contentOf(entry.path()), toJson(running_));
+      }
+    }
+  }
+
+  void removeCopies() {
+    fs::remove_all(copies_);
+    fs::create_directory(copies_);
+  }
+
+  TemporaryFolder folder_;
+  const std::string copies_ = folder_.file("copies");
+  const std::string file_ = folder_.file("wanted.json");
+  HeadendConfig running_;
+  HeadendConfig wanted_;
+};
+
+TEST_F(CtlKilled, WhileItSavesLeavesTheOldFileOrTheNewOne) {
+  const std::string saved = folder_.file("saved.json");
+  killEverywhere(
+      {"save", saved}, [&] { fill(saved, "old"); },
+      [&](FakeController&, bool killed) {
+        const std::string content = contentOf(saved);
+        EXPECT_TRUE(content == toJson(running_) || (killed && content == "old")) << content;
+      });
+}
+
+TEST_F(CtlKilled, WhileItKeepsACopyLeavesAWholeOneOrNone) {
+  killEverywhere(
+      {"backup", copies_}, [&] { removeCopies(); },
+      [&](FakeController&, bool killed) {
+        expectWholeCopies();
+        EXPECT_TRUE(killed || !fs::is_empty(copies_));
+      });
+}
+
+TEST_F(CtlKilled, WhileItAppliesHasSentAllOrNothing) {
+  killEverywhere(
+      {"apply", "--backup", copies_, file_}, [&] { removeCopies(); },
+      [&](FakeController& controller, bool killed) {
+        expectWholeCopies();
+        const HeadendConfig now = controller.config();
+        EXPECT_TRUE(now == wanted_ || (killed && now == running_));
+        if (now == wanted_) {
+          EXPECT_FALSE(fs::is_empty(copies_));
+        }
+      });
+}
+
+}  // namespace
+}  // namespace lineup::test
