@@ -1,5 +1,6 @@
 #include "controller/config_file_transport.h"
 
+#include <thrift/protocol/TProtocolException.h>
 #include <thrift/transport/TFDTransport.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 
 namespace lineup {
 
+using apache::thrift::protocol::TProtocolException;
 using apache::thrift::transport::TFDTransport;
 
 namespace {
@@ -20,6 +22,29 @@ constexpr uint32_t kBufferSize = 512;
 /// Escapes of JSON that the library does not read, and the characters that it takes in their place:
 /// it writes the first itself but reads nothing for it, and throws an error for the second.
 constexpr std::pair<std::string_view, char> kUnknownEscapes[] = {{"u0000", '\0'}, {"/", '/'}};
+
+constexpr int kHexDigits = 4;  // of an escape of JSON
+
+bool isSpace(char character) {
+  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
+
+bool isDigit(char character) {
+  return character >= '0' && character <= '9';
+}
+
+bool isOfNumber(char character) {
+  switch (character) {
+    case '+':
+    case '-':
+    case '.':
+    case 'e':
+    case 'E':
+      return true;
+    default:
+      return isDigit(character);
+  }
+}
 
 /// A transport that owns `descriptor` from now on.
 std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
@@ -91,10 +116,37 @@ bool ConfigFileTransport::isAhead(std::string_view text) {
   return true;
 }
 
+/// The next character that means something: white space outside a text does not, except that it
+/// ends a number.
+char ConfigFileTransport::takeBehindSpace() {
+  char character = take();
+  if (inText_ || !isSpace(character)) {
+    return character;
+  }
+  while (isSpace(character)) {
+    character = take();
+  }
+  if (isOfNumber(last_) && isOfNumber(character)) {
+    throw TProtocolException(TProtocolException::INVALID_DATA, "two numbers in a row");
+  }
+  return character;
+}
+
 /// The next character; for an escape that the library does not know, what it stands for.
 char ConfigFileTransport::takeUnescaped() {
-  const char character = take();
-  escaped_ = character == '\\' && !escaped_;
+  const char character = takeBehindSpace();
+  if (hexDigits_ > 0) {
+    --hexDigits_;
+    return character >= 'A' && character <= 'F' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+  }
+  if (escaped_) {
+    escaped_ = false;
+    hexDigits_ = character == 'u' ? kHexDigits : 0;
+    return character;
+  }
+  inText_ = inText_ != (character == '"');
+  escaped_ = character == '\\';
   if (!escaped_) {
     return character;
   }
@@ -113,15 +165,10 @@ char ConfigFileTransport::takeUnescaped() {
 void ConfigFileTransport::note(char character) {
   digitsBeforeLastButOne_ = std::exchange(digitsBeforeLast_, digits_);
   last_ = character;
-  switch (character) {
-    case '+':
-    case '-':
-    case '.':
-    case 'e':
-    case 'E':
-      break;
-    default:
-      digits_ = character >= '0' && character <= '9' ? digits_ + 1 : 0;
+  if (isDigit(character)) {
+    ++digits_;
+  } else if (!isOfNumber(character)) {
+    digits_ = 0;
   }
 }
 

@@ -31,7 +31,8 @@ class Descriptor {
 
 /// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
 /// library's JSON protocol does not see: that a file is too short for what it claims, that a number
-/// has no digits, and what the escapes of NUL and of the slash stand for.
+/// has no digits, and what other writers of JSON may write: white space between values, escapes
+/// with capital hexadecimal digits, and the escapes of NUL and of the slash.
 class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport,
                             public BoundedSource {
  public:
@@ -58,13 +59,16 @@ class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport
  private:
   char take();
   bool isAhead(std::string_view text);
+  char takeBehindSpace();
   char takeUnescaped();
   void note(char character);
 
   const int descriptor_;
   std::string ahead_;      // what was read ahead,
   size_t aheadTaken_ = 0;  // and how much of it has been taken since
+  bool inText_ = false;    // behind its opening quote
   bool escaped_ = false;   // by the backslash before
+  int hexDigits_ = 0;      // to come in an escape
   char last_ = '\0';
   uint32_t digits_ = 0;  // in the number that is being read
   uint32_t digitsBeforeLast_ = 0;

@@ -285,6 +285,59 @@ TEST_F(ConfigFile, MayEscapeTheSlash) {
   EXPECT_EQ(config.headendGlobalConfig.headendName, "/a\\//\n/");
 }
 
+/// `json` with `space` around each of its values.
+std::string spaced(const std::string& json, const std::string& space) {
+  std::string text;
+  bool inText = false;
+  bool escaped = false;
+  for (const char character : json) {
+    inText = inText != (character == '"' && !escaped);
+    escaped = character == '\\' && !escaped;
+    const bool isSign = std::string_view("{}[]:,").find(character) != std::string_view::npos;
+    text += isSign && !inText ? space + character + space : std::string(1, character);
+  }
+  return text;
+}
+
+TEST_F(ConfigFile, MayHaveWhiteSpaceBetweenValues) {
+  HeadendConfig written = randomHeadendConfig(1);
+  written.headendGlobalConfig.headendName = " { a ,\t\"b\" : 1 }\n";
+  for (const char* space : {" ", "\n\t", "\r\n    "}) {
+    const std::string text = spaced(toJson(written), space);
+    ASSERT_GT(text.size(), toJson(written).size());
+    fill(text);
+    HeadendConfig config;
+    EXPECT_EQ(readConfigFile(path_, config), 0);
+    EXPECT_EQ(config, written) << text;
+  }
+}
+
+TEST_F(ConfigFile, WithWhiteSpaceWithinANumberIsMinusTwoAndKeepsTheValue) {
+  for (const char* number : {"1 2", "- 1", "1\n2", "1 \t\r\n -2"}) {
+    fill(R"({"2":{"rec":{"1":{"i32":)" + std::string(number) + "}}}}");
+    HeadendConfig config = randomHeadendConfig(1);
+    EXPECT_EQ(readConfigFile(path_, config), -2) << number;
+    EXPECT_EQ(config, randomHeadendConfig(1)) << number;
+  }
+}
+
+TEST_F(ConfigFile, MayEscapeWithCapitalDigits) {
+  fill(R"({"2":{"rec":{"5":{"str":"\u00C9\u00c9\uD83D\uDE00 \\u00C9ABC\u0000\u001FF"}}}})");
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  using std::string_literals::operator""s;
+  EXPECT_EQ(config.headendGlobalConfig.headendName,
+            "\xc3\x89\xc3\x89\xf0\x9f\x98\x80 \\u00C9ABC\0\x1f"
+            "F"s);
+}
+
+TEST_F(ConfigFile, MayHaveNumbersWithExponents) {
+  fill(R"({"1":{"rec":{"1":{"rec":{"2":{"rec":{"3":{"rec":{"2":{"dbl":-1.5E+3}}}}}}}}}})");
+  HeadendConfig config;
+  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(config.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod, -1500);
+}
+
 /// A pipe in the place of a file, and its writer.
 class PipedFile {
  public:
@@ -349,9 +402,8 @@ TEST_F(ConfigFile, ThatIsEmptyIsMinusTwoAndChangesNothing) {
 }
 
 TEST_F(ConfigFile, ThatIsNoConfigurationIsMinusTwoAndChangesNothing) {
-  for (const char* text :
-       {"x", "[]", "null", "\n{}", "hello world", "{\"2\"}", "{\"a\":{\"i32\":1}}",
-        "{\"2\":{\"foo\":1}}", "{\"2\":{\"rec\":1}}", "\xff\xfe", "{{{{"}) {
+  for (const char* text : {"x", "[]", "null", "\n", "hello world", "{\"2\"}", "{\"a\":{\"i32\":1}}",
+                           "{\"2\":{\"foo\":1}}", "{\"2\":{\"rec\":1}}", "\xff\xfe", "{{{{"}) {
     fill(text);
     HeadendConfig config = randomHeadendConfig(1);
     EXPECT_EQ(readConfigFile(path_, config), -2) << text;
