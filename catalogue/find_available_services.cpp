@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
 #include "catalogue/connection.h"
 #include "catalogue/select.h"
@@ -97,7 +98,8 @@ void LineupEditor::findServices(const std::string& name) const {
 
 std::map<int32_t, AvailableServiceName> readAvailableServiceNames() {
   std::map<int32_t, AvailableServiceName> names;
-  if (!std::filesystem::exists(kCataloguePath)) {
+  std::error_code unknown;  // a folder that may not be searched
+  if (!std::filesystem::exists(kCataloguePath, unknown)) {
     return names;  // opening would create it
   }
   const tSqlite3db catalogue(kCataloguePath);

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
 #include "catalogue/build_dvb_services.h"
+#include "catalogue/find_available_services.h"
 #include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
@@ -62,6 +64,7 @@ class Catalogue : public testing::Test {
 };
 
 using FindServices = Catalogue;
+using AvailableServiceNames = Catalogue;
 using BuildService = Catalogue;
 using AddCatalogueService = Catalogue;
 
@@ -136,6 +139,21 @@ TEST_F(FindServices, NothingOfTheConfigurationChanges) {
   printedBy([&] { editor.findServices(""); });
   EXPECT_FALSE(editor.pendingChanges);
   EXPECT_EQ(editor.config, hub_module::HeadendConfig());
+}
+
+TEST_F(AvailableServiceNames, AreReadOfAHundredThousandServices) {
+  file.fill(kCable, 100'000,
+            "0, 0, 0, 0, 0, 306000, 6875, 64, 0, 0, i, 'Ch ' || i, i, 0, 1, '', ''");
+  const auto names = readAvailableServiceNames();
+  ASSERT_EQ(names.size(), 100'000U);
+  EXPECT_EQ(names.at(100'000).name, "Ch 100000");
+  EXPECT_STREQ(names.at(100'000).kind, "Cable");
+}
+
+TEST_F(AvailableServiceNames, OfACatalogueThatCannotBeReachedAreNone) {
+  std::filesystem::remove(kCataloguePath);
+  std::filesystem::create_symlink(kCataloguePath, kCataloguePath);
+  EXPECT_TRUE(readAvailableServiceNames().empty());
 }
 
 TEST_F(BuildService, FromASatelliteRow) {
