@@ -123,14 +123,19 @@ class WholeConfigProtocol : public ConfigFileProtocol {
   const ValueShape* next_;  // of the value that is read next
 };
 
+/// The transport leaves white space out.
 void requireEnd(ConfigFileTransport& file) {
-  while (file.waitForBytes(1)) {
+  using apache::thrift::transport::TTransportException;
+  try {
     uint8_t byte = 0;
     file.readAll_virt(&byte, 1);
-    if (std::strchr(" \t\r\n", byte) == nullptr || byte == '\0') {
-      throw std::runtime_error("is no complete configuration: something follows it");
+  } catch (const TTransportException& end) {
+    if (end.getType() == TTransportException::END_OF_FILE) {
+      return;
     }
+    throw;
   }
+  throw std::runtime_error("is no complete configuration: something follows it");
 }
 
 }  // namespace
@@ -153,10 +158,10 @@ HeadendConfig readWholeConfigFile(const std::string& path) {
   try {
     WholeConfigProtocol protocol(file);
     config.read(&protocol);
+    requireEnd(*file);
   } catch (const apache::thrift::TException& error) {
     throw std::runtime_error(std::string("is no complete configuration: ") + error.what());
   }
-  requireEnd(*file);
   return config;
 }
 
