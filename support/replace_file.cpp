@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 namespace {
 
@@ -75,25 +76,35 @@ void syncFolder(const fs::path& folder) {
   }
 }
 
-/// The file that `path` names when links are followed.
+/// The file that `path` names when links are followed, whether it is there or not. A pipe or a
+/// device, which /dev/stdout may lead to, has no place that a file can take.
 fs::path targetOf(const std::string& path) {
-  std::error_code missing;
-  const fs::path target = fs::canonical(path, missing);
-  if (missing) {
-    return fs::absolute(path);
+  std::error_code reason;
+  const fs::file_type type = fs::status(path, reason).type();
+  if (type == fs::file_type::none) {
+    throw std::runtime_error(reason.message());
   }
-  if (!fs::is_regular_file(target)) {
+  if (type != fs::file_type::not_found && type != fs::file_type::regular) {
     throw std::runtime_error("is no regular file");
   }
+  fs::path target = path;
+  while (fs::is_symlink(target)) {
+    target = target.parent_path() / fs::read_symlink(target);
+  }
   return target;
+}
+
+fs::path folderOf(const fs::path& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
 }  // namespace
 
 void replaceFile(const std::string& path, std::string_view content) {
   const fs::path target = targetOf(path);
-  NewFile file(target.parent_path());
+  const fs::path folder = folderOf(target);
+  NewFile file(folder);
   file.write(content);
   file.renameTo(target);
-  syncFolder(target.parent_path());
+  syncFolder(folder);
 }

@@ -1,0 +1,102 @@
+// Files that are written as a whole.
+
+#include "support/replace_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/support/temporary_folder.h"
+
+namespace lineup::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+class ReplaceFile : public testing::Test {
+ protected:
+  void expectRefused(const std::string& path, const std::string& reason) const {
+    const auto before = names();
+    try {
+      replaceFile(path, "new");
+      ADD_FAILURE() << path;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(error.what(), reason) << path;
+    }
+    EXPECT_EQ(names(), before);
+  }
+
+  std::vector<std::string> names() const {
+    std::vector<std::string> result;
+    for (const auto& entry : fs::directory_iterator(folder_.path())) {
+      result.push_back(entry.path().filename());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+  }
+
+  TemporaryFolder folder_;
+  const std::string file_ = folder_.file("file");
+  const std::string link_ = folder_.file("link");
+};
+
+TEST_F(ReplaceFile, PutsOneForItsOwnerAloneAtThePath) {
+  replaceFile(file_, "first");
+  replaceFile(file_, "second");
+  EXPECT_EQ(contentOf(file_), "second");
+  struct stat status {};
+  ASSERT_EQ(stat(file_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+  EXPECT_EQ(names().size(), 1U);
+}
+
+TEST_F(ReplaceFile, FollowsLinksAlsoToAFileThatIsNotThere) {
+  fs::create_symlink("link2", link_);
+  fs::create_symlink(file_, folder_.file("link2"));
+  for (const std::string content : {"first", "second"}) {
+    replaceFile(link_, content);
+    EXPECT_TRUE(fs::is_symlink(link_));
+    EXPECT_TRUE(fs::is_symlink(folder_.file("link2")));
+    EXPECT_FALSE(fs::is_symlink(file_));
+    EXPECT_EQ(contentOf(file_), content);
+  }
+}
+
+TEST_F(ReplaceFile, RefusesWhatIsNoFile) {
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  expectRefused(file_, "is no regular file");
+  fs::create_symlink("file", link_);
+  expectRefused(link_, "is no regular file");
+  EXPECT_TRUE(fs::is_symlink(link_));
+  EXPECT_TRUE(fs::is_fifo(file_));
+  expectRefused(folder_.path(), "is no regular file");
+  expectRefused("", "No such file or directory");
+  expectRefused(folder_.file("nowhere/file"), "No such file or directory");
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string output = folder_.file("output");  // as /dev/stdout leads to a pipe
+  fs::create_symlink("/proc/self/fd/" + std::to_string(ends[1]), output);
+  expectRefused(output, "is no regular file");
+  EXPECT_TRUE(fs::is_symlink(output));
+  close(ends[0]);
+  close(ends[1]);
+  fs::create_symlink("loop", folder_.file("loop"));
+  expectRefused(folder_.file("loop"), "Too many levels of symbolic links");
+}
+
+}  // namespace
+}  // namespace lineup::test
