@@ -1,7 +1,13 @@
 #include "catalogue/word_search.h"
 
+#include <locale.h>
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <climits>
+#include <cwchar>
+#include <cwctype>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -51,40 +57,66 @@ Connection openCatalogue() {
   return catalogue;
 }
 
-/// A pattern of LIKE for texts that hold `word`.
-std::string patternFor(const std::string& word) {
-  std::string pattern = "%";
-  for (const char character : word) {
-    if (character == '%' || character == '_' || character == '\\') {
-      pattern += '\\';
+/// Makes small letters of capital ones, for its lifetime in the locale of UTF-8, whose letters are
+/// the same in every language. Where a system lacks it, only the English ones are letters.
+class CaseFolding {
+ public:
+  CaseFolding()
+      : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
+        before_(uselocale(utf8_)) {}  // which changes nothing for null
+  ~CaseFolding() {
+    uselocale(before_);
+    if (utf8_ != nullptr) {
+      freelocale(utf8_);
     }
-    pattern += character;
   }
-  return pattern + '%';
+  CaseFolding(const CaseFolding&) = delete;
+  CaseFolding& operator=(const CaseFolding&) = delete;
+
+  /// Bytes that are no UTF-8 stay as they are.
+  static std::string fold(const std::string& text) {
+    std::string folded;
+    for (std::size_t at = 0; at < text.size();) {
+      wchar_t letter = 0;
+      std::mbstate_t state{};
+      const std::size_t length = std::mbrtowc(&letter, text.data() + at, text.size() - at, &state);
+      const bool isLetter = length > 0 && length <= text.size() - at;
+      char small[MB_LEN_MAX];
+      state = {};
+      const std::size_t smallLength =
+          isLetter ? std::wcrtomb(small, std::towlower(letter), &state) : kNone;
+      if (smallLength == kNone) {
+        folded += text[at];
+      } else {
+        folded.append(small, smallLength);
+      }
+      at += isLetter ? length : 1;
+    }
+    return folded;
+  }
+
+ private:
+  static constexpr auto kNone = static_cast<std::size_t>(-1);
+
+  const locale_t utf8_;
+  const locale_t before_;
+};
+
+/// Whether the name holds all words, which are folded.
+bool holdsAll(const std::string& name, const std::vector<std::string>& words) {
+  const std::string folded = CaseFolding::fold(name);
+  return std::all_of(words.begin(), words.end(), [&](const std::string& word) {
+    return folded.find(word) != std::string::npos;
+  });
 }
 
-/// Every row of the table; behind its columns, whether the name holds all words.
-Statement selectRows(sqlite3* catalogue, const tTable& table,
-                     const std::vector<std::string>& words) {
-  std::string select = "SELECT *, 1";
-  for (std::size_t word = 0; word < words.size(); ++word) {
-    select += " AND service_name LIKE ? ESCAPE '\\'";
-  }
-  select += std::string(" FROM ") + table.name;
+Statement selectRows(sqlite3* catalogue, const tTable& table) {
+  const std::string select = std::string("SELECT * FROM ") + table.name;
   sqlite3_stmt* compiled = nullptr;
   if (sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr) != SQLITE_OK) {
     fail(catalogue);
   }
-  Statement statement(compiled);
-  int number = 0;
-  for (const std::string& word : words) {
-    const std::string pattern = patternFor(word);
-    if (sqlite3_bind_text(compiled, ++number, pattern.data(), static_cast<int>(pattern.size()),
-                          SQLITE_TRANSIENT) != SQLITE_OK) {
-      fail(catalogue);
-    }
-  }
-  return statement;
+  return Statement(compiled);
 }
 
 std::string textOf(sqlite3_stmt* row, std::size_t column) {
@@ -98,15 +130,15 @@ using TablesByNumber = std::map<std::string, const char*>;
 
 void search(sqlite3* catalogue, const tTable& table, const std::vector<std::string>& words,
             TablesByNumber& tables, std::vector<FoundService>& found) {
-  const Statement rows = selectRows(catalogue, table, words);
+  const Statement rows = selectRows(catalogue, table);
   int result = SQLITE_OK;
   while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
     const std::string number = textOf(rows.get(), table.id);
     const auto taken = tables.emplace(number, table.kind).first;
-    if (sqlite3_column_int(rows.get(), sqlite3_column_count(rows.get()) - 1) == 1) {
+    const std::string name = textOf(rows.get(), table.serviceName);
+    if (holdsAll(name, words)) {
       const std::string source = textOf(rows.get(), table.source);
-      found.push_back({number, textOf(rows.get(), table.serviceName), table.kind,
-                       source.empty() ? source : source + unitOf(table),
+      found.push_back({number, name, table.kind, source.empty() ? source : source + unitOf(table),
                        textOf(rows.get(), table.sid), taken->second});
     }
   }
@@ -119,10 +151,13 @@ void search(sqlite3* catalogue, const tTable& table, const std::vector<std::stri
 
 std::vector<FoundService> findServicesByWords(const std::vector<std::string>& words) {
   const Connection catalogue = openCatalogue();
+  const CaseFolding folding;
+  std::vector<std::string> folded;
+  std::transform(words.begin(), words.end(), std::back_inserter(folded), CaseFolding::fold);
   TablesByNumber tables;
   std::vector<FoundService> found;
   for (const tTable* const table : korveldb::kTables) {
-    search(catalogue.get(), *table, words, tables, found);
+    search(catalogue.get(), *table, folded, tables, found);
   }
   return found;
 }

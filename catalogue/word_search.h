@@ -18,9 +18,9 @@ struct FoundService {
 };
 
 /// The services whose names hold every one of `words`, in the order of the tables that "adddvb"
-/// follows. Capital and small letters of the English alphabet are the same; nothing else in a word
-/// has a meaning of its own. A locked catalogue is waited for, six seconds at most. Throws
-/// std::runtime_error, with the file in its message, if the catalogue cannot be read.
+/// follows. Capital and small letters are the same; nothing else in a word has a meaning of its
+/// own. A locked catalogue is waited for, six seconds at most. Throws std::runtime_error, with the
+/// file in its message, if the catalogue cannot be read.
 std::vector<FoundService> findServicesByWords(const std::vector<std::string>& words);
 
 }  // namespace lineup

@@ -65,6 +65,28 @@ TEST_F(CtlCatalogue, TakesQuotesBlanksAndWildcardsAsTheyAre) {
   expectCtl({"catalogue", "'; DROP TABLE availableSatService; --"}, 0, "");
 }
 
+TEST_F(CtlCatalogue, TakesCapitalAndSmallLettersOfEveryAlphabetForTheSame) {
+  CatalogueFile catalogue(kFile);
+  addSat(catalogue, "19", "Canal Única ÑU Ελλάδα");
+  addSat(catalogue, "20", "Latin-1 \xcd");
+  const Outcome exact = runCtl({"catalogue", "Única"});
+  EXPECT_NE(exact.out.find("Canal"), std::string::npos);
+  for (const std::string word : {"úNICA", "ñu", "ΕΛΛ", "Ñ", "CANAL ú"}) {
+    expectCtl({"catalogue", word}, 0, exact.out);
+  }
+  expectCtl({"catalogue", "unica"}, 0, "");
+  EXPECT_NE(runCtl({"catalogue", "\xcd", "LATIN"}).out.find("\n20 "), std::string::npos);
+  expectCtl({"catalogue", "\xed"}, 0, "");  // bytes that are no letters
+}
+
+TEST_F(CtlCatalogue, TakesLongWordsAndManyOfThem) {
+  makeCatalogue();
+  expectCtl({"catalogue", std::string(100'000, 'n')}, 0, "");
+  std::vector<std::string> words(20'000, "velaria");
+  words[0] = "catalogue";
+  EXPECT_EQ(runCtl(words).out, runCtl({"catalogue", "velaria"}).out);
+}
+
 TEST_F(CtlCatalogue, ListsEverythingWithoutAWord) {
   makeCatalogue();
   const Outcome outcome = runCtl({"catalogue", "--format=json"});
