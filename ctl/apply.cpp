@@ -1,9 +1,9 @@
 #include "ctl/apply.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -25,17 +25,50 @@ using nlohmann::json;
 std::string contentOf(const std::string& path) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
-  std::string content((std::istreambuf_iterator<char>(file)), {});
-  if (!file.is_open() || file.bad() || errno != 0) {
+  std::string content;
+  std::array<char, 4096> part{};
+  while (file.read(part.data(), part.size()), file.gcount() > 0) {
+    content.append(part.data(), static_cast<std::size_t>(file.gcount()));
+  }
+  if (!file.is_open() || file.bad()) {
     throw Failure(kFile, path + ": " + std::strerror(errno == 0 ? EIO : errno));
   }
   return content;
 }
 
-/// `config` with the patch of RFC 6902 in the file `path`.
+/// Throws Failure if `operation`, of the patch in the file `path`, names a member of a value that
+/// has none, such as a number: the library does not tell that from a place that can be changed.
+void requirePlace(const json& record, const json& operation, const std::string& path) {
+  if (!operation.is_object() || !operation.contains("path") || !operation["path"].is_string()) {
+    return;  // the library says so
+  }
+  const json::json_pointer place(operation["path"].get<std::string>());
+  if (place.empty()) {
+    return;
+  }
+  const json::json_pointer around = place.parent_pointer();
+  if (record.contains(around) && !record.at(around).is_structured()) {
+    throw Failure(kFile, path + ": " + around.to_string() + " has no members");
+  }
+}
+
+/// `record` with the patch of RFC 6902 in the file `path`.
+json patched(json record, const std::string& path) {
+  const json patch = json::parse(contentOf(path));
+  if (!patch.is_array()) {
+    record.patch_inplace(patch);  // which says why it is none
+  }
+  for (const json& operation : patch) {
+    requirePlace(record, operation, path);
+    record.patch_inplace(json::array({operation}));
+  }
+  return record;
+}
+
+/// `config` with the patch in the file `path`.
 HeadendConfig patched(const HeadendConfig& config, const std::string& path) {
   try {
-    return configFromJson(namedJson(config).patch(json::parse(contentOf(path))));
+    return configFromJson(patched(namedJson(config), path));
   } catch (const json::exception& error) {
     throw Failure(kFile, path + ": " + error.what());
   } catch (const Failure&) {

@@ -329,6 +329,15 @@ TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
                 "[json.exception.other_error");
   expectRefused(R"([{"op": "remove", "path": "/installerInfo/fax"}])",
                 "[json.exception.out_of_range");
+  const std::string member = R"("path": "/headendGlobalConfig/headendId/x")";
+  for (const std::string operation : {R"("op": "add", "value": 1, )", R"("op": "remove", )"}) {
+    expectRefused("[{" + operation + member + "}]",
+                  "/headendGlobalConfig/headendId has no members\n");
+  }
+  expectRefused("{}", "[json.exception.parse_error");
+  expectRefused("[{}]", "[json.exception.parse_error");
+  expectRefused("[7]", "[json.exception.parse_error");
+  expectRefused("", "[json.exception.parse_error");
   expectRefused(R"([{"op": "remove", "path": "/installerInfo/name"}])",
                 "leaves no complete configuration: /installerInfo lacks \"name\"\n");
   expectRefused(R"([{"op": "add", "path": "/installerInfo/fax", "value": ""}])",
@@ -338,6 +347,7 @@ TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
                 "number\n");
   expectCtl({"apply", "--patch", folder_.file("none"), file}, 3, "",
             folder_.file("none") + ": No such file or directory");
+  expectCtl({"apply", "--patch", folder_.path(), file}, 3, "", folder_.path() + ": Is a directory");
   EXPECT_EQ(controller_.connections(), 0U);
 }
 
