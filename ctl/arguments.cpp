@@ -43,7 +43,11 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   // The colon tells a missing value from an unknown option.
   while ((found = getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(),
                               &index)) != -1) {
-    const std::string given = pointers[static_cast<std::size_t>(std::max(optind - 1, 1))];
+    // Of a word with several letters, getopt_long() has read one and not yet gone past the word.
+    const bool isLetter = found == '?' && optopt != 0;
+    const std::string given = isLetter
+                                  ? std::string("-") + static_cast<char>(optopt)
+                                  : pointers[static_cast<std::size_t>(std::max(optind - 1, 1))];
     if (found == ':') {
       refuse(command + ": " + given + " needs a value");
     }

@@ -1,5 +1,7 @@
 #include "ctl/commands.h"
 
+#include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <span>
 #include <string_view>
@@ -51,24 +53,27 @@ const Section& sectionNamed(const std::string& name) {
   throw Failure(kUsage, "--section: \"" + name + "\" is none of " + known);
 }
 
-std::vector<Section> chosenSections(const Arguments& arguments) {
+/// The sections that are asked for, all that the source has if none is.
+std::vector<Section> chosenSections(const Arguments& arguments, const std::string& source) {
+  const auto isThere = [&](const Section& section) {
+    return section.table != nullptr || isRunning(source);
+  };
   std::vector<Section> sections;
   for (const std::string& name : arguments.values("section")) {
     sections.push_back(sectionNamed(name));
+    if (!isThere(sections.back())) {
+      throw Failure(kUsage, "--section: \"" + name + "\" is only of what runs");
+    }
   }
   if (sections.empty()) {
-    sections.assign(std::begin(kSections), std::end(kSections));
+    std::copy_if(std::begin(kSections), std::end(kSections), std::back_inserter(sections), isThere);
   }
   return sections;
 }
 
-std::string sectionsText(const std::vector<Section>& sections, const std::string& source,
-                         const HeadendConfig& config) {
+std::string sectionsText(const std::vector<Section>& sections, const HeadendConfig& config) {
   std::string text;
   for (const Section& section : sections) {
-    if (section.table == nullptr && !isRunning(source)) {
-      continue;
-    }
     const TextTable table =
         section.table == nullptr ? rfInputsTable(runningStatus()) : section.table(config);
     text += text.empty() ? "" : "\n";
@@ -102,8 +107,8 @@ Status show(const Arguments& arguments) {
     const Section& section = csvSection(arguments);
     print(tableCsv(section.table(configIn(source))));
   } else {
-    const std::vector<Section> sections = chosenSections(arguments);
-    print(sectionsText(sections, source, configIn(source)));
+    const std::vector<Section> sections = chosenSections(arguments, source);
+    print(sectionsText(sections, configIn(source)));
   }
   return kDone;
 }
@@ -190,13 +195,19 @@ constexpr Command kCommands[] = {
     {"catalogue", kCatalogueOptions, 0, kAny, showCatalogue},
 };
 
+/// Whether "--help" is among the options, of a command or without one.
+bool asksForHelp(const std::vector<std::string>& words) {
+  const auto end = std::find(words.begin(), words.end(), "--");
+  return std::find(words.begin(), end, "--help") != end;
+}
+
 }  // namespace
 
 Status runCommand(const std::vector<std::string>& words) {
   if (words.empty()) {
     throw Failure(kUsage, "a command is missing; \"lineupctl --help\" lists them");
   }
-  if (words[0] == "--help") {
+  if (asksForHelp(words)) {
     print(kUsageText);
     return kDone;
   }

@@ -69,6 +69,7 @@ TEST_F(Ctl, RefusesAWrongCommandLine) {
   expectCtl({"frob"}, 2, "", "there is no command \"frob\"; \"lineupctl --help\" lists them");
   expectCtl({"show", "--colour"}, 2, "", "show: there is no option --colour");
   expectCtl({"show", "-x"}, 2, "", "show: there is no option -x");
+  expectCtl({"show", "a", "-xy"}, 2, "", "show: there is no option -x");
   expectCtl({"show", "--format"}, 2, "", "show: --format needs a value");
   expectCtl({"show", "--format", "xml"}, 2, "", "--format: \"xml\" is none of text, json, csv");
   expectCtl({"show", "--section", "x"}, 2, "",
@@ -99,6 +100,9 @@ TEST_F(Ctl, SaysWhatItCanDo) {
   const Outcome help = runCtl({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(help.out.substr(0, 55), "usage: lineupctl COMMAND [OPTION]... [OPERAND]...\n\n  sh");
+  expectCtl({"apply", "--help"}, 0, help.out);
+  expectCtl({"catalogue", "--", "--help"}, 3, "",
+            "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite: unable to open database file");
   EXPECT_EQ(runCtl({"--version"}).out.substr(0, 10), "lineupctl ");
 }
 
@@ -129,7 +133,12 @@ TEST_F(Ctl, ShowsAFileWithoutAController) {
   config.lineupConfig.rfEntries.resize(1);
   config.lineupConfig.rfEntries[0].name = "News, \"One\"";
   const std::string file = fileWith(config);
-  expectCtl({"show", "--section=rf", "--section=rfinputs", file}, 0,
+  const Outcome whole = runCtl({"show", file});
+  EXPECT_EQ(whole.status, 0);
+  EXPECT_NE(whole.out.find("\nIP inputs: none\n\nSatellite scan: none\n"), std::string::npos);
+  expectCtl({"show", "--section=rf", "--section=rfinputs", file}, 2, "",
+            "--section: \"rfinputs\" is only of what runs");
+  expectCtl({"show", "--section=rf", file}, 0,
             "RF lineup\nPOSITION  NAME         KIND  SOURCE        SID  TYPE\n"
             "1         News, \"One\"  DVB   no service 0\n");
   expectCtl({"show", "--format=csv", file}, 0,
