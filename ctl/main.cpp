@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstring>
+#include <exception>
 #include <new>
 #include <string>
 #include <vector>
@@ -46,6 +46,9 @@ int main(int argc, char* argv[]) {
     return failure.status();
   } catch (const std::bad_alloc&) {
     lineup::ctl::complain("out of memory");
+    return lineup::ctl::kFile;
+  } catch (const std::exception& error) {
+    lineup::ctl::complain(error.what());
     return lineup::ctl::kFile;
   }
 }

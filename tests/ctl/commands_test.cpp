@@ -472,6 +472,36 @@ TEST_F(CtlWithController, FailsIfItsOutputCannotBeWritten) {
   EXPECT_EQ(controller_.config(), withId(1));  // nothing was sent
 }
 
+TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
+  Answer late;
+  late.sentBytes = 0;
+  late.stalls = true;
+  late.goesOn = true;
+  Answer lie;
+  lie.kind = Answer::kBytes;
+  lie.bytes = recordReply("getHeadendConfig", toBinary(withId(1)));
+  controller_.answerNext(Answer());
+  controller_.answerNext(late);
+  controller_.answerNext(lie);
+  const std::string file = fileWith(withId(7));
+  ConsoleProcess applying(ctl({"apply", file}));
+  controller_.waitForCalls(2);
+  applying.stopReading();
+  controller_.release();
+  const Outcome outcome = applying.finish();
+  EXPECT_EQ(outcome.status, 5) << outcome.signal;
+  EXPECT_EQ(outcome.err, "lineupctl: standard output: Broken pipe\nlineupctl: " + file +
+                             ": was sent, but something else runs\n");
+}
+
+TEST_F(Ctl, ItsStatusHoldsAlsoIfNobodyReadsItsErrors) {
+  const std::string withoutReader =
+      "mkfifo fifo; exec 3<>fifo 4>fifo 3<&-; \"$0\" show none 2>&4; echo $?";
+  Start start{.program = "sh", .arguments = {"-c", withoutReader, kCtlProgram}};
+  start.folder = folder_.path();
+  EXPECT_EQ(run(start).out, "3\n");
+}
+
 TEST_F(CtlWithController, ASignalEndsIt) {
   Answer silence;
   silence.sentBytes = 0;
