@@ -84,7 +84,7 @@ class CaseFolding {
       char small[MB_LEN_MAX];
       state = {};
       const std::size_t smallLength =
-          isLetter ? std::wcrtomb(small, std::towlower(letter), &state) : kNone;
+          isLetter ? std::wcrtomb(small, smallOf(letter), &state) : kNone;
       if (smallLength == kNone) {
         folded += text[at];
       } else {
@@ -96,6 +96,10 @@ class CaseFolding {
   }
 
  private:
+  static wchar_t smallOf(wchar_t letter) {
+    return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(letter)));
+  }
+
   static constexpr auto kNone = static_cast<std::size_t>(-1);
 
   const locale_t utf8_;
