@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -27,7 +28,8 @@ using apache::thrift::protocol::TType;
 using korvel::thrift::hub_module::HeadendConfig;
 
 /// Follows the reading of a record in its shape and throws std::runtime_error for a field that is
-/// missing, unknown, given twice or of another type.
+/// missing, unknown, given twice or of another type, a key that a map has twice, and a number that
+/// the field cannot hold: the library would keep one value of the two, and the nearest number.
 class WholeConfigProtocol : public ConfigFileProtocol {
  public:
   explicit WholeConfigProtocol(const std::shared_ptr<ConfigFileTransport>& file)
@@ -68,6 +70,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     const uint32_t read = ConfigFileProtocol::readMapBegin_virt(key, value, size);
     require(size == 0 || key == next_->keyType, "has keys of another type");
     openContainer(value, size);
+    open_.back().keyIsNext = true;
     return read;
   }
   uint32_t readMapEnd_virt() override {
@@ -84,13 +87,53 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     return ConfigFileProtocol::readListEnd_virt();
   }
 
+  uint32_t readBool_virt(bool& value) override { return readNumber(value); }
+  uint32_t readByte_virt(int8_t& value) override { return readNumber(value); }
+  uint32_t readI16_virt(int16_t& value) override { return readNumber(value); }
+  uint32_t readI32_virt(int32_t& value) override { return readNumber(value); }
+  uint32_t readDouble_virt(double& value) override {
+    const uint32_t read = ConfigFileProtocol::readDouble_virt(value);
+    finishScalar("");
+    return read;
+  }
+  uint32_t readString_virt(std::string& value) override {
+    const uint32_t read = ConfigFileProtocol::readString_virt(value);
+    finishScalar(value);
+    return read;
+  }
+
  private:
   /// A record or container that is being read.
   struct Open {
     const ValueShape* shape;
     const FieldShape* field = nullptr;  // of a record, the one that is being read
     std::set<int16_t> seen{};
+    bool keyIsNext = false;  // of a map
+    std::set<std::string> keys{};
   };
+
+  template <class Number>
+  uint32_t readNumber(Number& value) {
+    int64_t wide = 0;
+    const uint32_t read = ConfigFileProtocol::readI64_virt(wide);
+    using Limits = std::numeric_limits<Number>;
+    require(wide >= int64_t{Limits::min()} && wide <= int64_t{Limits::max()},
+            "has a number that is out of range");
+    value = static_cast<Number>(wide);
+    finishScalar(std::to_string(wide));
+    return read;
+  }
+
+  /// Notes the end of a value, which was `text` if it was a key.
+  void finishScalar(const std::string& text) {
+    Open& around = open_.back();
+    if (around.keyIsNext) {
+      require(around.keys.insert(text).second, "has the key \"" + text + "\" twice");
+      around.keyIsNext = false;
+    } else {
+      around.keyIsNext = around.shape->type == apache::thrift::protocol::T_MAP;
+    }
+  }
 
   void openContainer(TType element, uint32_t size) {
     require(size == 0 || element == next_->element->type, "has elements of another type");
@@ -102,6 +145,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     open_.pop_back();
     if (!open_.empty() && open_.back().shape->element != nullptr) {
       next_ = open_.back().shape->element.get();
+      open_.back().keyIsNext = open_.back().shape->type == apache::thrift::protocol::T_MAP;
     }
   }
 

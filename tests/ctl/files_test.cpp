@@ -105,6 +105,36 @@ TEST_F(CtlFiles, ThatLackAFieldAreRefusedByItsName) {
   expectRefused("{}", "lacks the field \"lineupConfig\"");
 }
 
+TEST_F(CtlFiles, WithANumberThatAFieldCannotHoldAreRefused) {
+  for (const std::string number : {"2147483648", "-2147483649", "99999999999999999999"}) {
+    expectRefused(changed(R"("6":{"i32":1234})", R"("6":{"i32":)" + number + "}"),
+                  "/lineupConfig/ipConfig/port has a number that is out of range");
+  }
+  EXPECT_TRUE(isTaken(changed(R"("6":{"i32":1234})", R"("6":{"i32":-2147483648})")));
+  std::string why;
+  EXPECT_FALSE(isTaken(changed(R"({"tf":0})", R"({"tf":2})"), &why));
+  EXPECT_NE(why.find(" has a number that is out of range"), std::string::npos) << why;
+}
+
+TEST_F(CtlFiles, WithAKeyTwiceInAMapAreRefused) {
+  HeadendConfig config;
+  config.lineupConfig.emptyInputServices[1];
+  config.lineupConfig.emptyInputServices[2];
+  config.ipInputs["7/1"];
+  config.ipInputs["7/2"];
+  const std::string good = toJson(config);
+  EXPECT_TRUE(isTaken(good));
+  const auto with = [&](const std::string& old, const std::string& replacement) {
+    std::string text = good;
+    const std::size_t at = text.find(old);
+    EXPECT_NE(at, std::string::npos) << old;
+    return text.replace(at, old.size(), replacement);
+  };
+  expectRefused(with("},\"2\":{\"1\":{\"rec\"", "},\"1\":{\"1\":{\"rec\""),
+                "/lineupConfig/emptyInputServices has the key \"1\" twice");
+  expectRefused(with("\"7/2\"", "\"7/1\""), "/ipInputs has the key \"7/1\" twice");
+}
+
 TEST_F(CtlFiles, ThatAreCutAnywhereAreRefused) {
   const std::string good = shortContent();
   for (std::size_t size = 0; size < good.size(); ++size) {
