@@ -23,8 +23,6 @@ namespace lineup {
 
 namespace {
 
-using apache::thrift::protocol::TProtocol;
-using apache::thrift::protocol::TType;
 using korvel::thrift::hub_module::HeadendConfig;
 
 /// Follows the reading of a record in its shape and throws std::runtime_error for a field that is

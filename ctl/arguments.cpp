@@ -25,6 +25,18 @@ std::vector<option> longOptions(std::span<const Option> options) {
   return result;
 }
 
+/// Refuses what getopt_long() has just read of `words` and returned `found` for.
+[[noreturn]] void refuseOption(const std::string& command, int found,
+                               const std::vector<char*>& words) {
+  const std::string word = words[static_cast<std::size_t>(std::max(optind - 1, 1))];
+  if (found == ':') {
+    refuse(command + ": " + word + " needs a value");
+  }
+  // Of a word with several letters, it has read one and not yet gone past the word.
+  const std::string letter = {'-', static_cast<char>(optopt)};
+  refuse(command + ": there is no option " + (optopt == 0 ? word : letter));
+}
+
 }  // namespace
 
 Arguments::Arguments(std::vector<std::string> words, std::span<const Option> options,
@@ -32,6 +44,7 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   const std::string command = words.at(0);
   const std::vector<option> known = longOptions(options);
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) {
     pointers.push_back(word.data());
   }
@@ -43,16 +56,8 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   // The colon tells a missing value from an unknown option.
   while ((found = getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(),
                               &index)) != -1) {
-    // Of a word with several letters, getopt_long() has read one and not yet gone past the word.
-    const bool isLetter = found == '?' && optopt != 0;
-    const std::string given = isLetter
-                                  ? std::string("-") + static_cast<char>(optopt)
-                                  : pointers[static_cast<std::size_t>(std::max(optind - 1, 1))];
-    if (found == ':') {
-      refuse(command + ": " + given + " needs a value");
-    }
-    if (found == '?') {
-      refuse(command + ": there is no option " + given);
+    if (found == ':' || found == '?') {
+      refuseOption(command, found, pointers);
     }
     options_[known[static_cast<std::size_t>(index)].name].emplace_back(optarg == nullptr ? ""
                                                                                          : optarg);
@@ -93,7 +98,7 @@ std::size_t Arguments::count(const std::string& option) const {
 
 std::string Arguments::choice(const std::string& option,
                               std::span<const char* const> choices) const {
-  const std::string word = value(option, choices[0]);
+  std::string word = value(option, choices[0]);
   if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
     std::string known;
     for (const char* const one : choices) {

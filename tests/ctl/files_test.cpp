@@ -172,7 +172,9 @@ TEST_F(CtlFiles, WithATokenLeftOutOrOfAnotherKindAreRefused) {
       if (good.substr(begin, end - begin) == token || (token[0] == '"' && good[begin] == '"')) {
         continue;
       }
-      ASSERT_FALSE(isTaken(before + token + behind)) << begin << " " << token;
+      std::string other = before;
+      other.append(token).append(behind);
+      ASSERT_FALSE(isTaken(other)) << begin << " " << token;
     }
   }
 }
