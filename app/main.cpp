@@ -1,16 +1,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <iostream>
 #include <stdexcept>
 
+#include "app/edits_copy.h"
 #include "app/options.h"
-#include "app/rescue.h"
 #include "controller/thrift_log.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
+#include "support/line_input.h"
 #include "support/log.h"
 #include "support/memory_limit.h"
+#include "support/output.h"
 
 namespace {
 
@@ -40,10 +43,19 @@ void runMode(lineup::LineupEditor& editor, const lineup::CommandLineOptions& opt
   } else if (!options.restoreFile.empty()) {
     editor.restoreConfig(options.restoreFile);
   } else if (options.headendType.empty()) {
+    if (isatty(STDIN_FILENO) == 1) {
+      lineup::announceLeftEdits();
+    }
     editor.runPromptLoop();
   } else {
     editor.runTypeMode(options.headendType);
   }
+}
+
+/// What is left to do when the program ends by `signal`, or by what ends as by it.
+void leaveEdits(lineup::EditsCopy& copy, int signal) {
+  beginEnding(signal);
+  copy.leave();
 }
 
 int run(const lineup::CommandLineOptions& options) {
@@ -55,18 +67,27 @@ int run(const lineup::CommandLineOptions& options) {
   lineup::routeThriftOutputToLog();
   catchEndingSignals();
   lineup::LineupEditor editor;
+  using Copy = lineup::EditsCopy;
+  const bool onTerminal = isatty(STDIN_FILENO) == 1;
+  Copy copy(editor, onTerminal ? Copy::When::WhileEditing : Copy::When::AtTheEnd);
+  whenTypingPauses([&copy] { return copy.update(); });
   try {
     runMode(editor, options);
     endIfSignalled();
+    if (editor.pendingChanges) {
+      copy.remove();  // given up
+    } else {
+      copy.update();
+    }
   } catch (const std::runtime_error& error) {
     // GCOVR_EXCL_START: each of the modes catches its own
     std::cout << "Error: " << error.what() << std::endl;
     // GCOVR_EXCL_STOP
   } catch (const EndedBySignal& end) {
-    lineup::rescuePendingChanges(editor);
+    leaveEdits(copy, end.signal);
     endBySignal(end.signal);
   } catch (...) {
-    lineup::rescuePendingChanges(editor);
+    leaveEdits(copy, SIGABRT);
     throw;  // ends the program: nobody catches it
   }
   return 0;
@@ -76,6 +97,7 @@ int run(const lineup::CommandLineOptions& options) {
 
 int main(int argc, char* argv[]) {
   openClosedStreams();
+  keepPrinting();
   lineup::CommandLineOptions options;
   try {
     options = lineup::parseOptions(argc, argv);

@@ -31,15 +31,6 @@ int allowReading(void* /*unused*/, int action, const char* /*unused*/, const cha
   }
 }
 
-bool isSignalled() {
-  try {
-    endIfSignalled();
-    return false;
-  } catch (const EndedBySignal&) {
-    return true;
-  }
-}
-
 }  // namespace
 
 tSqlite3db::tSqlite3db(const std::string& fileName) {

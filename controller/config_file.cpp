@@ -17,6 +17,15 @@ namespace lineup {
 
 namespace {
 
+/// Lets `work` use the stack of transports and protocol over `descriptor`, which it takes over.
+template <class Work>
+auto withTransports(Descriptor& descriptor, Work work) {
+  const auto file = std::make_shared<ConfigFileTransport>(descriptor);
+  ConfigFileProtocol protocol(file);
+  file->open();
+  return work(*file, protocol);
+}
+
 /// Opens `path` and lets `work` use the stack of transports and protocol over it, which is released
 /// in any case. Returns the file operations' result.
 template <class Work>
@@ -26,20 +35,20 @@ int withConfigFile(const std::string& path, int flags, Work work) {
     return CONFIG_FILE_NOT_OPENED;
   }
   try {
-    const auto file = std::make_shared<ConfigFileTransport>(descriptor);
-    ConfigFileProtocol protocol(file);
-    file->open();
-    return work(*file, protocol);
+    return withTransports(descriptor, work);
   } catch (...) {
     return CONFIG_FILE_FAILED;
   }
 }
 
-/// Reads what there is of the file, unless a signal is why it cannot be read.
-void readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
-  if (readConfigFile(path, config) != CONFIG_FILE_OK) {
+/// Reads what there is of the file, unless a signal is why it cannot be read. Returns whether that
+/// is all of it.
+bool readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
+  const bool whole = readConfigFile(path, config) == CONFIG_FILE_OK;
+  if (!whole) {
     endIfSignalled();
   }
+  return whole;
 }
 
 }  // namespace
@@ -51,6 +60,14 @@ int writeConfigFile(const std::string& path, const hub_module::HeadendConfig& co
     file.close();  // writes out the rest of the buffer, which the last sync covers
     sync();
     return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
+  });
+}
+
+void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
+  Descriptor own(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+  withTransports(own, [&](auto& file, auto& protocol) {
+    config.write(&protocol);
+    file.close();
   });
 }
 
@@ -73,15 +90,18 @@ void LineupEditor::saveConfig(const std::string& path) {
 }
 
 void LineupEditor::restoreConfig(const std::string& path) {
+  const uint64_t commitsBefore = commits;
+  bool whole = false;
   if (pendingChanges) {
     hub_module::HeadendConfig copy =
         config;  // the edits are kept if a signal cuts the reading short
-    readOrEnd(path, copy);
+    whole = readOrEnd(path, copy);
     config = std::move(copy);
   } else {
-    readOrEnd(path, config);
+    whole = readOrEnd(path, config);
   }
   commitHeadendConfig();
+  restoredFile = whole && commits != commitsBefore ? path : "";
   std::cout << "Restored config from: " << path << std::endl;
 }
 

@@ -18,6 +18,10 @@ enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_
 int writeConfigFile(const std::string& path,
                     const korvel::thrift::hub_module::HeadendConfig& config);
 
+/// Writes `config` to the open file `descriptor`, as a file of writeConfigFile() holds it; syncs
+/// nothing. Raises what the Thrift library does: the file then holds a part at most.
+void writeConfig(int descriptor, const korvel::thrift::hub_module::HeadendConfig& config);
+
 /// Reads `path` over `config`, whose fields keep their values where the file has none. Returns 0,
 /// -1 if the file could not be opened, -2 if anything failed after that: `config` then holds what
 /// had been read.

@@ -56,12 +56,6 @@ std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (isOpen()) {
-    ::close(number_);
-  }
-}
-
 // gcov counts the first initialization with the second.
 ConfigFileTransport::ConfigFileTransport(Descriptor& descriptor)
     : TBufferedTransport(nullptr, kBufferSize, kBufferSize, noSizeLimits()),  // GCOVR_EXCL_LINE

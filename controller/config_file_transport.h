@@ -10,24 +10,9 @@
 #include <string_view>
 
 #include "controller/bounded_protocol.h"
+#include "support/descriptor.h"
 
 namespace lineup {
-
-/// An open descriptor until a transport takes it over.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor();
-
-  bool isOpen() const { return number_ >= 0; }
-  int number() const { return number_; }
-  void release() { number_ = -1; }
-
- private:
-  int number_;
-};
 
 /// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
 /// library's JSON protocol does not see: that a file is too short for what it claims, that a number

@@ -16,9 +16,11 @@ template <class Call, class... Texts>
 void callController(Call call, Texts... errorLine) {
   endIfSignalled();
   try {
-    const EndingSignalsHeld uninterrupted;
+    const RemoteCallUnderWay uninterrupted;
     ControllerClient client = makeControllerClient();
     call(client);
+  } catch (const EndedBySignal&) {
+    throw;  // before it began
   } catch (...) {
     (std::cout << ... << errorLine) << std::endl;
   }
@@ -46,6 +48,7 @@ void LineupEditor::commitHeadendConfig() {
       [this](ControllerClient& client) {
         sendConfig(client, config);
         pendingChanges = false;
+        ++commits;
       },
       "ERROR: Could not set LineupConfig to ControllerTask");
 }

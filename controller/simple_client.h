@@ -2,13 +2,12 @@
 
 #pragma once
 
-#include <thrift/transport/TSocket.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "controller/patient_socket.h"
 #include "controller/reply_protocol.h"
 #include "controller/reply_transport.h"
 #include "model/no_size_limits.h"
@@ -40,7 +39,7 @@ class SimpleClient : public virtual Client {
   }
 
  private:
-  using Socket = apache::thrift::transport::TSocket;
+  using Socket = lineup::PatientSocket;
 
   explicit SimpleClient(const std::shared_ptr<Socket>& socket)
       : SimpleClient(socket, std::make_shared<lineup::ReplyTransport>(socket)) {}

@@ -1,5 +1,9 @@
 #include "support/ending_signals.h"
 
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -7,31 +11,163 @@
 
 namespace {
 
-constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGTERM, SIGPIPE};
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
 
-// The first one caught, except that an interrupt, which may be forgotten, gives way to the others;
-// 0 for none.
+// The signals that do not end a program by default, or must not be caught: a fault that is caught
+// returns into itself.
+constexpr int kOthers[] = {SIGKILL, SIGSTOP, SIGCHLD,  SIGCONT, SIGTSTP, SIGTTIN,
+                           SIGTTOU, SIGURG,  SIGWINCH, SIGSEGV, SIGBUS,  SIGILL,
+                           SIGFPE,  SIGTRAP, SIGABRT,  SIGSYS,  SIGXFSZ};
+
+/// What whoever starts a program makes it ignore so that it goes on without him.
+constexpr int kMayStayIgnored[] = {SIGHUP, SIGINT, SIGQUIT};
+
+constexpr microseconds kPatience = seconds(1);
+constexpr microseconds kBetweenInterrupts = milliseconds(50);
+constexpr microseconds kUntilTheEnd = seconds(3);
+constexpr microseconds kUntilTheEndOfACall =
+    seconds(45);  // to connect 1, to send 20, to receive 20
+
+bool isOneOf(std::span<const int> signals, int signal) {
+  return std::find(signals.begin(), signals.end(), signal) != signals.end();
+}
+
+/// Calls `work` for each signal that ends the program.
+template <class Work>
+void forEachEndingSignal(Work work) {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    const bool isOfTheLibrary = signal > SIGSYS && signal < SIGRTMIN;
+    if (!isOfTheLibrary && !isOneOf(kOthers, signal)) {
+      work(signal);
+    }
+  }
+}
+
+sigset_t endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  forEachEndingSignal([&](int signal) { sigaddset(&signals, signal); });
+  return signals;
+}
+
+// The handlers and what they share. They do not interrupt each other, and elsewhere the signals are
+// held back where it is changed.
+
+// The first signal caught, except that an interrupt, which may be forgotten, gives way to the
+// others; 0 for none.
 volatile std::sig_atomic_t caughtSignal = 0;
+volatile std::sig_atomic_t overdue = 0;
+volatile std::sig_atomic_t remoteCall = 0;
+timespec end{};  // when the program ends, once a signal is caught
 
-// Sends SIGALRM, whose handler does nothing: but the call that is blocked meanwhile fails with
-// EINTR. Again and again, because some callers try again, and because one may come just before the
-// call. Without a timer, which the system may refuse, such a call lasts as long as it lasts.
-timer_t interrupter;
-constexpr itimerspec kInterrupt = {.it_interval = {0, 50'000'000}, .it_value = {1, 0}};
-constexpr itimerspec kDoNotInterrupt = {};
+timespec now() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return time;
+}
+
+timeval inTime(microseconds duration) {
+  const auto whole = std::chrono::duration_cast<seconds>(duration);
+  return {static_cast<time_t>(whole.count()), static_cast<suseconds_t>((duration - whole).count())};
+}
+
+/// Has the handler of the timer called after `first`, and then again and again: some callers try
+/// again what was interrupted, and an interrupt may come just before the call that blocks.
+void startTimer(microseconds first, microseconds untilTheEnd) {
+  const auto whole = std::chrono::duration_cast<seconds>(untilTheEnd);
+  end = now();
+  end.tv_sec += static_cast<time_t>(whole.count());
+  const itimerval timer{inTime(kBetweenInterrupts), inTime(first)};
+  setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+void stopTimer() {
+  const itimerval none{};
+  setitimer(ITIMER_REAL, &none, nullptr);
+}
+
+void startTimer() {
+  if (remoteCall != 0) {
+    startTimer(kUntilTheEndOfACall, kUntilTheEndOfACall);
+  } else {
+    startTimer(kPatience, kUntilTheEnd);
+  }
+}
 
 void catchSignal(int signal) {
+  const int error = errno;
+  if (caughtSignal == 0) {
+    startTimer();
+  }
   if (caughtSignal == 0 || caughtSignal == SIGINT) {
     caughtSignal = signal;
   }
-  timer_settime(interrupter, 0, &kInterrupt, nullptr);
+  errno = error;
 }
 
-void handle(int signal, void (*handler)(int), int flags) {
+void passTime() {
+  const int error = errno;
+  if (caughtSignal != 0) {
+    overdue = 1;
+    const timespec time = now();
+    if (time.tv_sec > end.tv_sec || (time.tv_sec == end.tv_sec && time.tv_nsec >= end.tv_nsec)) {
+      endBySignal(caughtSignal);
+    }
+  }
+  errno = error;
+}
+
+/// SIGALRM: from the timer, or from another process, as any other signal.
+void catchAlarm(int signal, siginfo_t* info, void* /*context*/) {
+  if (info->si_code <= 0) {
+    catchSignal(signal);
+  } else {
+    passTime();
+  }
+}
+
+void catchWith(int signal) {
   struct sigaction action {};
-  action.sa_handler = handler;
-  action.sa_flags = flags;
+  action.sa_mask = endingSignals();
+  if (signal == SIGALRM) {
+    action.sa_sigaction = catchAlarm;
+    action.sa_flags = SA_SIGINFO;  // what blocks is interrupted
+  } else {
+    action.sa_handler = catchSignal;
+    action.sa_flags = SA_RESTART;  // output is not cut short; waits end all the same
+  }
   sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  sigaction(signal, nullptr, &action);
+  return action.sa_handler == SIG_IGN;
+}
+
+/// Holds the signals back for its lifetime. They arrive after.
+class EndingSignalsHeld {
+ public:
+  EndingSignalsHeld() {
+    const sigset_t signals = endingSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, &maskBefore_);
+  }
+  ~EndingSignalsHeld() { pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr); }
+  EndingSignalsHeld(const EndingSignalsHeld&) = delete;
+  EndingSignalsHeld& operator=(const EndingSignalsHeld&) = delete;
+
+  /// The mask that was in force before.
+  const sigset_t& maskBefore() const { return maskBefore_; }
+
+ private:
+  sigset_t maskBefore_;
+};
+
+timespec asTimespec(std::chrono::nanoseconds duration) {
+  const auto whole = std::chrono::duration_cast<seconds>(duration);
+  return {static_cast<time_t>(whole.count()), static_cast<long>((duration - whole).count())};
 }
 
 /// Waits with the signals let through only while it waits, so that one that is caught just before
@@ -47,23 +183,31 @@ int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
 }  // namespace
 
 void catchEndingSignals() {
-  timer_create(CLOCK_MONOTONIC, nullptr, &interrupter);
-  handle(
-      SIGALRM, [](int) {}, 0);
-  std::signal(SIGXFSZ, SIG_IGN);
-  for (const int signal : kEndingSignals) {
-    struct sigaction before {};
-    sigaction(signal, nullptr, &before);
-    if (before.sa_handler != SIG_IGN) {
-      handle(signal, catchSignal, SA_RESTART);  // output is not cut short; waits end all the same
+  stopTimer();  // one of alarm(2) outlives exec
+  forEachEndingSignal([](int signal) {
+    if (!isOneOf(kMayStayIgnored, signal) || !isIgnored(signal)) {
+      catchWith(signal);
     }
-  }
+  });
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
 void endIfSignalled() {
   if (caughtSignal != 0) {
     throw EndedBySignal{caughtSignal};
   }
+}
+
+bool isSignalled() {
+  return caughtSignal != 0;
+}
+
+bool isEndOverdue() {
+  return overdue != 0;
 }
 
 void endIfHungUp(int terminal) {
@@ -77,21 +221,20 @@ void forgetInterrupt() {
   const EndingSignalsHeld held;
   if (caughtSignal == SIGINT) {
     caughtSignal = 0;
-    timer_settime(interrupter, 0, &kDoNotInterrupt, nullptr);
+    overdue = 0;
+    stopTimer();
   }
 }
 
-void waitFor(std::chrono::microseconds duration) {
+void waitFor(microseconds duration) {
   using Clock = std::chrono::steady_clock;
-  const Clock::time_point end = Clock::now() + duration;
+  const Clock::time_point until = Clock::now() + duration;
   while (true) {
-    const auto left = std::chrono::ceil<std::chrono::nanoseconds>(end - Clock::now());
+    const auto left = std::chrono::ceil<std::chrono::nanoseconds>(until - Clock::now());
     if (left.count() <= 0) {
       return;
     }
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-    const timespec timeout{static_cast<time_t>(seconds.count()),
-                           static_cast<long>((left - seconds).count())};
+    const timespec timeout = asTimespec(left);
     pollFor(nullptr, 0, &timeout);
   }
 }
@@ -106,22 +249,48 @@ void waitForInput(int descriptor) {
   waitForInput({&input, 1});
 }
 
+bool waitForInput(std::span<pollfd> inputs, milliseconds timeout) {
+  const timespec time = asTimespec(timeout);
+  int ready = -1;
+  do {
+    ready = pollFor(inputs.data(), inputs.size(), &time);
+  } while (ready < 0 && errno == EINTR);
+  return ready != 0;
+}
+
+void beginEnding(int signal) {
+  const EndingSignalsHeld held;
+  caughtSignal = signal;
+  startTimer(kPatience, kUntilTheEnd);
+}
+
 void endBySignal(int signal) {
   std::signal(signal, SIG_DFL);
+  sigset_t one;
+  sigemptyset(&one);
+  sigaddset(&one, signal);
+  pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
   std::raise(signal);
-  std::abort();  // GCOVR_EXCL_LINE: only the first process of a container survives its own signal
+  // GCOVR_EXCL_START: only the first process of a container survives its own signal
+  constexpr int kStatusOfSignals = 128;
+  _exit(kStatusOfSignals + signal);
+  // GCOVR_EXCL_STOP
 }
 
-EndingSignalsHeld::EndingSignalsHeld() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : kEndingSignals) {
-    sigaddset(&signals, signal);
+RemoteCallUnderWay::RemoteCallUnderWay() {
+  const EndingSignalsHeld held;
+  endIfSignalled();
+  remoteCall = 1;
+}
+
+RemoteCallUnderWay::~RemoteCallUnderWay() {
+  const EndingSignalsHeld held;
+  remoteCall = 0;
+  if (caughtSignal != 0) {
+    startTimer();
   }
-  sigaddset(&signals, SIGALRM);
-  pthread_sigmask(SIG_BLOCK, &signals, &maskBefore_);
 }
 
-EndingSignalsHeld::~EndingSignalsHeld() {
-  pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
+void ignoreEndingSignals() {
+  forEachEndingSignal([](int signal) { std::signal(signal, SIG_IGN); });
 }

@@ -1,6 +1,20 @@
 // Signals that end the program: a dropped line, an interrupt, a request to terminate, an output
 // that nobody reads any more. They are caught so that what is under way ends in order; the program
-// then ends by the same signal.
+// then ends by the same signal. From the first one on the end is certain, whatever blocks:
+//
+//   state          begins with                       what blocks then                 ends after
+//   running        the start                         goes on                          -
+//   signalled      the first signal                  goes on, as it mostly ends soon  1 second
+//   overdue        that second                       fails with EINTR, again and      2 seconds
+//                                                    again; output is dropped
+//   remote call    a RemoteCallUnderWay in any of    goes on, up to its time-outs     45 seconds
+//                  the above
+//   ending         beginEnding(), when the edits     as signalled, then as overdue    3 seconds
+//                  are about to be saved
+//   ended          endBySignal(), or the end of the last three, by the signal
+//
+// Where the program waits by the functions below, or asks, it sees a signal at once and goes from
+// signalled to ending. An interrupt can be forgotten, which leads back to running.
 
 #pragma once
 
@@ -16,12 +30,11 @@ struct EndedBySignal {
   int signal;
 };
 
-/// Catches SIGHUP, SIGINT, SIGTERM and SIGPIPE from now on. One that the program was started to
-/// ignore stays ignored.
-///
-/// A system call that is blocked when one is caught goes on, and so no output is cut short. If the
-/// program has not ended a second later, every call that blocks it (a write to a pipe that nobody
-/// reads) fails with EINTR from then on. Takes SIGALRM for this.
+/// Catches, from now on, every signal that would end the program, except those that a fault in it
+/// raises (SIGSEGV and the like), which end it at once, and SIGKILL. SIGHUP, SIGINT and SIGQUIT
+/// stay ignored if the program was started to ignore them, as nohup and shells do; whatever else
+/// was ignored or held back by whoever started it is so no more. Takes SIGALRM and the timer of
+/// setitimer(ITIMER_REAL).
 ///
 /// A write beyond the limit on the size of a file fails with EFBIG from now on, as on a full disk,
 /// instead of ending the program by SIGXFSZ.
@@ -30,6 +43,12 @@ void catchEndingSignals();
 /// Throws EndedBySignal if a signal has been caught. To be called where the program may end:
 /// between two lines of a listing, after a command.
 void endIfSignalled();
+
+/// Whether a signal has been caught.
+bool isSignalled();
+
+/// Whether the program should have ended by now: nothing is to be waited for any more.
+bool isEndOverdue();
 
 /// Throws EndedBySignal{SIGHUP} if `terminal` has hung up: its input has ended then, perhaps before
 /// the signal says so, or without it where it is ignored.
@@ -46,21 +65,25 @@ void waitFor(std::chrono::microseconds duration);
 void waitForInput(std::span<pollfd> inputs);
 void waitForInput(int descriptor);
 
+/// The same for at most `timeout`; returns whether there is anything.
+bool waitForInput(std::span<pollfd> inputs, std::chrono::milliseconds timeout);
+
+/// The program now ends by `signal`: what is left to do is over, or broken off, three seconds from
+/// here.
+void beginEnding(int signal);
+
 /// Ends the program as `signal` does when nobody catches it.
 [[noreturn]] void endBySignal(int signal);
 
-/// Holds the signals back for its lifetime, so that no call in it is interrupted, however long it
-/// takes. They arrive after.
-class EndingSignalsHeld {
+/// While it lives, a call to the controller is under way, which a signal does not break off before
+/// its time-outs have passed. Throws EndedBySignal if one was caught before.
+class RemoteCallUnderWay {
  public:
-  EndingSignalsHeld();
-  ~EndingSignalsHeld();
-  EndingSignalsHeld(const EndingSignalsHeld&) = delete;
-  EndingSignalsHeld& operator=(const EndingSignalsHeld&) = delete;
-
-  /// The mask that was in force before.
-  const sigset_t& maskBefore() const { return maskBefore_; }
-
- private:
-  sigset_t maskBefore_;
+  RemoteCallUnderWay();
+  ~RemoteCallUnderWay();
+  RemoteCallUnderWay(const RemoteCallUnderWay&) = delete;
+  RemoteCallUnderWay& operator=(const RemoteCallUnderWay&) = delete;
 };
+
+/// Ignores the signals from now on: for a child process that is to finish its work.
+void ignoreEndingSignals();

@@ -524,7 +524,7 @@ void LineEditor::waitForByte() {
   }
   while (true) {
     std::array<pollfd, 2> inputs{{{STDIN_FILENO, POLLIN, 0}, {signals_, POLLIN, 0}}};
-    waitForInput(inputs);
+    waitForTyping(inputs);
     if (inputs[1].revents == 0) {
       return;
     }

@@ -4,13 +4,17 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <iostream>
 #include <string_view>
+#include <utility>
 
 #include "support/ending_signals.h"
 #include "support/line_editing.h"
 
 namespace {
+
+std::function<bool()> pauseHook = [] { return false; };
 
 /// Standard input, buffered.
 class Input {
@@ -37,7 +41,7 @@ class Input {
   /// Reads more into the empty buffer; false at the end of input, which is final.
   bool fill() {
     while (!ended_) {
-      waitForInput(STDIN_FILENO);
+      waitForLine();
       const ssize_t count = read(STDIN_FILENO, buffer_.data(), buffer_.size());
       if (count > 0) {
         end_ = static_cast<std::size_t>(count);
@@ -55,6 +59,15 @@ class Input {
     return false;
   }
 
+  void waitForLine() const {
+    if (terminal_) {
+      pollfd input{STDIN_FILENO, POLLIN, 0};
+      waitForTyping({&input, 1});
+    } else {
+      waitForInput(STDIN_FILENO);
+    }
+  }
+
   const bool terminal_ = isatty(STDIN_FILENO) == 1;
   bool ended_ = false;
   std::array<char, 4096> buffer_;
@@ -69,12 +82,7 @@ bool readPlainLine(const std::string& prompt, std::string& line) {
   return input.readLine(line);
 }
 
-}  // namespace
-
-bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line) {
-  if (!canEditLines()) {
-    return readPlainLine(prompt, line);
-  }
+bool readEditedLine(const std::string& prompt, const Completer& complete, std::string& line) {
   while (true) {
     switch (editLine(prompt, complete, line)) {
       case Edited::Line:
@@ -86,6 +94,34 @@ bool readCommandLine(const std::string& prompt, const Completer& complete, std::
         return false;
     }
   }
+}
+
+}  // namespace
+
+void whenTypingPauses(std::function<bool()> hook) {
+  pauseHook = std::move(hook);
+}
+
+void waitForTyping(std::span<pollfd> inputs) {
+  constexpr std::chrono::milliseconds kPause(500);
+  bool again = true;
+  while (again) {
+    if (waitForInput(inputs, kPause)) {
+      return;
+    }
+    again = pauseHook();
+  }
+  waitForInput(inputs);
+}
+
+bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line) {
+  pauseHook();
+  const bool read =
+      canEditLines() ? readEditedLine(prompt, complete, line) : readPlainLine(prompt, line);
+  if (read) {
+    pauseHook();
+  }
+  return read;
 }
 
 bool readAnswer(std::string& line) {

@@ -3,7 +3,10 @@
 
 #pragma once
 
+#include <poll.h>
+
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,3 +32,11 @@ bool readCommandLine(const std::string& prompt, const Completer& complete, std::
 /// Reads a line likewise, without prompt and completion, and does not remember it. SIGINT makes it
 /// an empty one.
 bool readAnswer(std::string& line);
+
+/// Has `hook` called where there is time for a little work: before a command line is waited for,
+/// when it has been read, and, on a terminal, when nothing has been typed for half a second. If it
+/// returns true then, it is called again half a second later.
+void whenTypingPauses(std::function<bool()> hook);
+
+/// Waits for one of `inputs` as waitForInput() does, and calls that hook when it takes long.
+void waitForTyping(std::span<pollfd> inputs);

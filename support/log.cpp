@@ -1,29 +1,142 @@
 #include "support/log.h"
 
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <syslog.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
 #include <cstdarg>
+#include <cstdio>
+#include <ctime>
 #include <string>
+#include <string_view>
 
 namespace {
 
 constexpr int kConsoleTarget = 2;
+constexpr char kSocket[] = "/dev/log";
+
+int highestLevel = LOG_DEBUG;
+bool onConsole = false;
+
+/// The connection to the system's log. syslog(3) itself would wait for a log that nobody reads.
+class SystemLog {
+ public:
+  /// Hands the record over at once or not at all. Tries a new connection if the old one is over.
+  void send(const std::string& record) {
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      if (socket_ < 0 && !connect()) {
+        return;
+      }
+      const std::size_t size = record.size() + (stream_ ? 1 : 0);  // the NUL ends it on a stream
+      ssize_t sent = 0;
+      do {
+        sent = ::send(socket_, record.c_str(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
+      } while (sent < 0 && errno == EINTR);
+      const bool whole = sent == static_cast<ssize_t>(size);
+      if (whole || (sent < 0 && (errno == EAGAIN || errno == ENOBUFS || errno == EMSGSIZE))) {
+        return;
+      }
+      disconnect();
+    }
+  }
+
+ private:
+  bool connect() {
+    for (const int type : {SOCK_DGRAM, SOCK_STREAM}) {
+      socket_ = socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+      sockaddr_un address{};
+      address.sun_family = AF_UNIX;
+      std::copy(std::begin(kSocket), std::end(kSocket), address.sun_path);
+      if (::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+        stream_ = type == SOCK_STREAM;
+        return true;
+      }
+      disconnect();
+    }
+    return false;
+  }
+
+  void disconnect() {
+    if (socket_ >= 0) {
+      close(socket_);
+    }
+    socket_ = -1;
+  }
+
+  int socket_ = -1;
+  bool stream_ = false;
+};
+
+SystemLog& systemLog() {
+  static SystemLog log;
+  return log;
+}
+
+/// Writes what standard error takes at once. A pipe or a terminal that is ready for writing takes
+/// PIPE_BUF bytes.
+void writeToConsole(std::string_view text) {
+  while (!text.empty()) {
+    pollfd errors{STDERR_FILENO, POLLOUT, 0};
+    const int ready = poll(&errors, 1, 0);
+    if (ready < 0 && errno == EINTR) {
+      continue;
+    }
+    const std::size_t size = std::min<std::size_t>(text.size(), PIPE_BUF);
+    const ssize_t count = ready == 1 ? write(STDERR_FILENO, text.data(), size) : -1;
+    if (count < 0 && (ready != 1 || errno != EINTR)) {
+      return;
+    }
+    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  }
+}
+
+std::string formatted(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy() is what it overlooks
+  const int size = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  std::string text(static_cast<std::size_t>(std::max(size, 0)), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
+std::string timeStamp() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%b %e %T ", &local);
+  return text.data();
+}
 
 }  // namespace
 
 void log_setup(int level, int targets) {
-  openlog("lineup-console", LOG_PID | ((targets & kConsoleTarget) != 0 ? LOG_PERROR : 0), LOG_USER);
-  setlogmask(LOG_UPTO(level));
+  highestLevel = level;
+  onConsole = (targets & kConsoleTarget) != 0;
 }
 
 void log_function(int level, const char* module, const char* format, ...) {
-  std::string line;
-  if (module != nullptr) {
-    line.append("[").append(module).append("] ");
+  if (level > highestLevel) {
+    return;
   }
-  line += format;
+  std::string record = "lineup-console[" + std::to_string(getpid()) + "]: ";
+  if (module != nullptr) {
+    record.append("[").append(module).append("] ");
+  }
   va_list arguments;
   va_start(arguments, format);
-  vsyslog(level, line.c_str(), arguments);
+  record += formatted(format, arguments);
   va_end(arguments);
+  if (onConsole) {
+    writeToConsole(record + '\n');
+  }
+  systemLog().send('<' + std::to_string(LOG_USER | level) + '>' + timeStamp() + record);
 }

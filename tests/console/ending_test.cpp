@@ -13,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -54,24 +55,25 @@ Answer stalled(bool goesOn) {
 
 class Ending : public testing::Test {
  protected:
-  /// Starts the console with rescue files going to the test's own folder.
+  /// Starts the console with copies going to the test's own folder.
   Start start(bool terminal) const {
     Start start;
     start.terminal = terminal;
-    start.environment["TMPDIR"] = folder.path();
+    start.environment["XDG_STATE_HOME"] = folder.path();
     start.environment["TERM"] = "dumb";
     return start;
   }
 
-  std::vector<fs::path> rescueFiles() const {
-    const fs::directory_iterator files(folder.path());
+  std::vector<fs::path> copies() const {
+    std::error_code none;
+    const fs::directory_iterator files(folder.file("lineup-console"), none);
     return {begin(files), end(files)};
   }
 
-  /// Expects one rescue file that "restore" sends with headend id 7, and that `outcome` names on
+  /// Expects one copy that "restore" sends with headend id 7, and that `outcome` names on
   /// standard error.
   void expectRescued(const Outcome& outcome, bool terminal) {
-    const std::string path = expectRescueFile();
+    const std::string path = expectCopy();
     const std::string line = "The uncommitted changes are in " + path + ": \"restore " + path +
                              "\" brings them back and commits them";
     EXPECT_NE((terminal ? outcome.out : outcome.err).find(line), std::string::npos)
@@ -79,19 +81,19 @@ class Ending : public testing::Test {
   }
 
   /// Expects the file alone. Returns its path.
-  std::string expectRescueFile() {
-    const std::vector<fs::path> files = rescueFiles();
+  std::string expectCopy() {
+    const std::vector<fs::path> files = copies();
     EXPECT_EQ(files.size(), 1U);
     if (files.size() != 1) {
-      return "no rescue file";
+      return "no copy";
     }
     std::string path = files[0].string();
     struct stat status {};
     EXPECT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
     const std::string name = files[0].filename().string();
-    EXPECT_TRUE(name.starts_with("lineup-console-rescue-"));
-    EXPECT_EQ(name.size(), std::string("lineup-console-rescue-XXXXXX.json").size());
+    EXPECT_TRUE(std::regex_match(name, std::regex("lineup-console-[0-9]{8}-[0-9]{6}-[0-9]+.json")))
+        << name;
     const Outcome restored = runConsole({}, "restore " + path + "\n");
     EXPECT_NE(restored.out.find("Restored config from: " + path), std::string::npos);
     EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
@@ -115,7 +117,7 @@ class EndingBySignal : public Ending, public testing::WithParamInterface<std::tu
     console.send("commit\n");
     controller.waitForCalls(2);
     console.signal(signal);
-    console.waitUntilHeldBack(signal);
+    console.waitUntilTaken(signal);
     controller.release();
     Outcome outcome = console.finish();
     EXPECT_EQ(outcome.signal, signal);
@@ -141,14 +143,14 @@ TEST_P(EndingBySignal, WithNothingPendingNothingIsWritten) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, signal);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_P(EndingBySignal, ARemoteCallUnderWayIsFinishedFirst) {
   const Outcome outcome = signalDuringCommit(true);
   EXPECT_EQ(outcome.out.find("ERROR"), std::string::npos) << outcome.out;
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
-  EXPECT_TRUE(rescueFiles().empty()) << "the edits were committed";
+  EXPECT_TRUE(copies().empty()) << "the edits were committed";
 }
 
 TEST_P(EndingBySignal, EditsThatARemoteCallUnderWayFailedToCommitAreRescued) {
@@ -189,7 +191,7 @@ TEST_P(EndingBySignal, WhileNobodyReadsTheOutputItEndsAllTheSame) {
   console.waitForEnd();
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, signal);
-  expectRescueFile();
+  expectCopy();
   if (!terminal) {
     expectRescued(outcome, terminal);
   }
@@ -210,7 +212,7 @@ TEST_P(EndingBySignal, WhileANamedPipeIsWaitedForItEndsAllTheSame) {
     EXPECT_EQ(outcome.signal, signal);
     EXPECT_EQ(outcome.out.find("config "), std::string::npos) << outcome.out;
     expectRescued(outcome, terminal);
-    fs::remove(rescueFiles().at(0));
+    fs::remove(copies().at(0));
   }
 }
 
@@ -289,7 +291,7 @@ TEST_P(EndingByException, WithNothingPendingNothingIsWritten) {
   console.send("rfinput enable SAT1\n");
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGABRT);
-  EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, EndingByException, testing::Bool(), [](const auto& instance) {
@@ -330,7 +332,7 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
     console.signal(SIGTERM);
     console.waitForEnd();
     EXPECT_EQ(console.finish().signal, SIGTERM);
-    fs::remove(expectRescueFile());
+    fs::remove(expectCopy());
   }
 }
 
@@ -401,43 +403,63 @@ TEST_F(Ending, AReaderThatGoesAwayWithNothingPendingLeavesNothing) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGPIPE);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
-TEST_F(Ending, AFolderThatCannotBeWrittenToOrTypedFallsBackToTmp) {
-  const std::string withBlank = folder.file("with blank");
-  const std::string withTab = folder.file("with\ttab");
+TEST_F(Ending, WithoutAStateFolderTheCopyIsInTheTemporaryFolderOrInTmp) {
+  const std::string withBlank = elsewhere.file("with blank");
+  const std::string withTab = elsewhere.file("with\ttab");
+  const std::string link = elsewhere.file("lineup-console");
   fs::create_directory(withBlank);
   fs::create_directory(withTab);
-  const std::optional<std::string> folders[] = {"/nonexistent", withBlank, withTab, "",
-                                                std::nullopt};
-  for (const std::optional<std::string>& unusable : folders) {
-    Start misled = start(false);
-    misled.environment["TMPDIR"] = unusable;
-    ConsoleProcess console(misled);
-    edit(console);
-    console.signal(SIGTERM);
-    const Outcome outcome = console.finish();
-    EXPECT_EQ(outcome.signal, SIGTERM);
-    const std::string intro = "The uncommitted changes are in ";
-    ASSERT_TRUE(outcome.err.starts_with(intro + "/tmp/lineup-console-rescue-")) << outcome.err;
-    const std::string path = outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
-    EXPECT_EQ(unlink(path.c_str()), 0);
+  fs::create_directory_symlink(folder.path(), link);
+  const std::pair<std::optional<std::string>, std::string> folders[] = {
+      {"/nonexistent", "/tmp"}, {withBlank, "/tmp"},           {withTab, "/tmp"}, {"", "/tmp"},
+      {std::nullopt, "/tmp"},   {folder.path(), folder.path()}};
+  for (const auto& [temporary, expected] : folders) {
+    // Neither a link nor a folder that cannot be made is the user's own.
+    for (const std::string& state : {elsewhere.path(), std::string("/proc/none")}) {
+      Start misled = start(false);
+      misled.environment["XDG_STATE_HOME"] = state;
+      misled.environment["TMPDIR"] = temporary;
+      ConsoleProcess console(misled);
+      edit(console);
+      console.signal(SIGTERM);
+      const Outcome outcome = console.finish();
+      EXPECT_EQ(outcome.signal, SIGTERM);
+      const std::string intro = "The uncommitted changes are in ";
+      ASSERT_TRUE(outcome.err.starts_with(intro + expected + "/lineup-console-2")) << outcome.err;
+      const std::string path =
+          outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
+      EXPECT_EQ(unlink(path.c_str()), 0);
+    }
   }
 }
 
-TEST_F(Ending, AFolderThatIsRelativeIsNamedFromTheRoot) {
+TEST_F(Ending, TheStateFolderIsMadeInTheHomeFolder) {
+  Start home = start(false);
+  home.environment["XDG_STATE_HOME"] = "not/from/the/root";
+  home.environment["HOME"] = folder.path();
+  ConsoleProcess console(home);
+  edit(console);
+  console.signal(SIGTERM);
+  const std::string state = folder.file(".local/state/lineup-console");
+  EXPECT_NE(console.finish().err.find(state + "/lineup-console-2"), std::string::npos);
+  EXPECT_EQ(fs::status(state).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(Ending, ATemporaryFolderThatIsRelativeIsNamedFromTheRoot) {
   Start relative = start(false);
-  relative.folder = folder.path();
+  relative.folder = elsewhere.path();
+  relative.environment["XDG_STATE_HOME"] = "/proc/none";
   relative.environment["TMPDIR"] = ".";
   ConsoleProcess console(relative);
   edit(console);
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
-  const std::string path = expectRescueFile();
-  const std::string name = fs::path(path).filename().string();
   EXPECT_TRUE(outcome.err.starts_with("The uncommitted changes are in /")) << outcome.err;
-  EXPECT_NE(outcome.err.find(name + ": \"restore /"), std::string::npos) << outcome.err;
+  EXPECT_EQ(outcome.err.find(" /tmp/lineup-console-2"), std::string::npos) << outcome.err;
+  EXPECT_NE(outcome.err.find("\"restore /"), std::string::npos) << outcome.err;
 }
 
 TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
@@ -454,7 +476,7 @@ TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
   EXPECT_EQ(outcome.err, "The uncommitted changes could not be written to a file\n");
-  EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_TRUE(copies().empty());
   EXPECT_EQ(fs::file_size(saved), 0U);
 }
 
@@ -464,7 +486,7 @@ TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
   }
-  EXPECT_TRUE(rescueFiles().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_F(Ending, AnIgnoredHangUpStaysIgnored) {

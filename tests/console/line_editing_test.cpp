@@ -119,7 +119,7 @@ class OnATerminal : public testing::Test {
     start.arguments = {"-c", "stty -echoe -echoctl; stty -a > before; " +
                                  std::string(kConsoleProgram) +
                                  "; echo \"status $?\"; stty -a > after"};
-    start.environment["TMPDIR"] = folder.path();
+    start.environment["XDG_STATE_HOME"] = folder.path();
     start.folder = folder.path();
     return start;
   }
@@ -786,7 +786,7 @@ TEST_F(OnATerminal, CtrlCEndsTheConsoleWhileACommandRuns) {
 
 TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
   Start start = onTerminal();
-  start.environment["TMPDIR"] = folder.path();
+  start.environment["XDG_STATE_HOME"] = folder.path();
   {
     Session session(start);
     session.expect("> |");
@@ -795,14 +795,14 @@ TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
     session.console.hangUp();
     EXPECT_EQ(session.console.finish().signal, SIGHUP);
   }
-  EXPECT_FALSE(fs::is_empty(folder.path()));
+  EXPECT_FALSE(fs::is_empty(folder.file("lineup-console")));
 }
 
 TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
   Start start = onTerminal();
   start.program = "/bin/sh";
   start.arguments = {"-c", "trap '' HUP; exec " + std::string(kConsoleProgram)};
-  start.environment["TMPDIR"] = folder.path();
+  start.environment["XDG_STATE_HOME"] = folder.path();
   {
     Session session(start);
     session.expect("> |");
@@ -813,7 +813,7 @@ TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
     session.console.hangUp();
     EXPECT_EQ(session.console.finish().signal, SIGHUP);
   }
-  EXPECT_FALSE(fs::is_empty(folder.path()));
+  EXPECT_FALSE(fs::is_empty(folder.file("lineup-console")));
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 

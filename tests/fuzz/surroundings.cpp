@@ -104,9 +104,12 @@ bool readCommandLine(const std::string& /*prompt*/, Completer /*complete*/, std:
 
 void endIfSignalled() {}
 void waitFor(std::chrono::microseconds /*duration*/) {}
+bool isSignalled() {
+  return false;
+}
 
-EndingSignalsHeld::EndingSignalsHeld() : maskBefore_{} {}
-EndingSignalsHeld::~EndingSignalsHeld() {}
+RemoteCallUnderWay::RemoteCallUnderWay() {}
+RemoteCallUnderWay::~RemoteCallUnderWay() {}
 
 // ---- in place of the system's and SQLite's; the linker prescribes these names
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)

@@ -174,9 +174,11 @@ uint64_t pendingSignals(pid_t pid) {
 
 const char* const kConsoleProgram = consoleProgram();
 
-ConsoleProcess::ConsoleProcess(const Start& start)
-    : terminal_(start.terminal), timeout_(start.timeout) {
+ConsoleProcess::ConsoleProcess(const Start& given)
+    : terminal_(given.terminal), timeout_(given.timeout) {
   std::signal(SIGPIPE, SIG_IGN);
+  Start start = given;
+  start.environment.insert({"XDG_STATE_HOME", stateHome_.path()});
   if (start.terminal) {
     startOnTerminal(start);
   } else {
@@ -346,10 +348,10 @@ void ConsoleProcess::waitUntilBlocked() {
   }
 }
 
-void ConsoleProcess::waitUntilHeldBack(int signal) {
+void ConsoleProcess::waitUntilTaken(int signal) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
-  while (((pendingSignals(pid_) >> (signal - 1)) & 1) == 0) {
-    waitALittle(deadline, "the signal to be held back");
+  while (((pendingSignals(pid_) >> (signal - 1)) & 1) != 0) {
+    waitALittle(deadline, "the signal to be taken");
   }
 }
 

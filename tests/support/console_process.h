@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
+
 namespace lineup::test {
 
 /// The path of the console that was built along with the tests, or of the one that LINEUP_CONSOLE
@@ -22,7 +24,8 @@ extern const char* const kConsoleProgram;
 struct Start {
   std::string program = kConsoleProgram;  ///< a path, or a name to be found in PATH
   std::vector<std::string> arguments{};
-  /// Environment variables to set, or with nothing to unset; the test's own hold for the rest.
+  /// Environment variables to set, or with nothing to unset; the test's own hold for the rest,
+  /// except that XDG_STATE_HOME is a folder of the program's own, which is removed with it.
   std::map<std::string, std::optional<std::string>> environment{};
   std::string folder{};   ///< the working folder; empty for the test's own
   bool terminal = false;  ///< a terminal in place of the three pipes
@@ -46,7 +49,7 @@ struct Outcome {
 /// SIGPIPE.
 class ConsoleProcess {
  public:
-  explicit ConsoleProcess(const Start& start);
+  explicit ConsoleProcess(const Start& given);
   ~ConsoleProcess();  ///< kills the program, and what it started in its process group, if still
                       ///< running
   ConsoleProcess(const ConsoleProcess&) = delete;
@@ -76,8 +79,8 @@ class ConsoleProcess {
   /// waits for input.
   void waitUntilBlocked();
 
-  /// Waits until `signal`, which was sent to it, is held back by the program.
-  void waitUntilHeldBack(int signal);
+  /// Waits until the program has taken `signal`, which was sent to it.
+  void waitUntilTaken(int signal);
 
   /// Waits for the program to end without reading what it writes meanwhile.
   void waitForEnd();
@@ -117,6 +120,7 @@ class ConsoleProcess {
   void tryToEndInOrder();
   [[noreturn]] void fail(const std::string& reason);
 
+  const TemporaryFolder stateHome_;
   bool terminal_;
   std::chrono::milliseconds timeout_;
   pid_t pid_ = -1;

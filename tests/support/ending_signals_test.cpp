@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,6 +11,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <vector>
 
 namespace {
 
@@ -65,16 +68,6 @@ TEST(EndingSignals, InputEndsTheWaitForInput) {
   EXPECT_EQ(endedBy([&] { waitForInput(ends[0]); }), 0);
 }
 
-TEST(EndingSignals, ASignalThatIsHeldArrivesAfterwards) {
-  catchEndingSignals();
-  {
-    const EndingSignalsHeld held;
-    std::raise(SIGTERM);
-    EXPECT_EQ(endedBy(endIfSignalled), 0);
-  }
-  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
-}
-
 TEST(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
   catchEndingSignals();
   std::array<int, 2> ends{};
@@ -87,11 +80,29 @@ TEST(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
   }
 }
 
-TEST(EndingSignals, WhatBlocksWhileSignalsAreHeldIsNot) {
+TEST(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
+  catchEndingSignals();
+  const RemoteCallUnderWay call;
+  std::raise(SIGTERM);
+  EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
+  EXPECT_FALSE(isEndOverdue());
+}
+
+TEST(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
+  catchEndingSignals();
+  {
+    const RemoteCallUnderWay call;
+    std::raise(SIGTERM);
+  }
+  EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
+  EXPECT_EQ(errno, EINTR);
+  EXPECT_TRUE(isEndOverdue());
+}
+
+TEST(EndingSignals, NoRemoteCallBeginsAfterASignal) {
   catchEndingSignals();
   std::raise(SIGTERM);
-  const EndingSignalsHeld held;
-  EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
+  EXPECT_EQ(endedBy([] { const RemoteCallUnderWay call; }), SIGTERM);
 }
 
 TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
@@ -156,11 +167,95 @@ TEST(EndingSignals, AHungUpTerminalEndsTheProgram) {
   EXPECT_EQ(endedBy([&] { endIfHungUp(otherEnd); }), SIGHUP);
 }
 
-TEST(EndingSignals, AnIgnoredSignalStaysIgnored) {
-  std::signal(SIGHUP, SIG_IGN);
+/// The signals that end a program by default, but for those that a fault raises, SIGKILL, and
+/// SIGXFSZ, which stands for a full disk.
+std::vector<int> endingSignals() {
+  std::vector<int> signals{SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE,   SIGALRM, SIGTERM, SIGUSR1,
+                           SIGUSR2, SIGXCPU, SIGPROF, SIGVTALRM, SIGPOLL, SIGPWR,  SIGSTKFLT};
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+    signals.push_back(signal);
+  }
+  return signals;
+}
+
+/// The signal that is caught when `signal` is raised in a process that `prepare` has set up.
+template <class Prepare>
+void expectCaught(int signal, Prepare prepare) {
+  const pid_t child = fork();
+  if (child == 0) {
+    prepare();
+    catchEndingSignals();
+    std::raise(signal);
+    _exit(endedBy(endIfSignalled));
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == signal) << sigabbrev_np(signal);
+}
+
+TEST(EndingSignals, EverySignalThatEndsAProgramIsCaught) {
+  for (const int signal : endingSignals()) {
+    expectCaught(signal, [] {});
+  }
+}
+
+TEST(EndingSignals, OneThatWasHeldBackAtTheStartIsCaught) {
+  for (const int signal : endingSignals()) {
+    expectCaught(signal, [] {
+      sigset_t all;
+      sigfillset(&all);
+      pthread_sigmask(SIG_SETMASK, &all, nullptr);
+    });
+  }
+}
+
+TEST(EndingSignals, OneThatWasIgnoredAtTheStartIsCaughtUnlessItMayBe) {
+  for (const int signal : endingSignals()) {
+    if (signal != SIGHUP && signal != SIGINT && signal != SIGQUIT) {
+      expectCaught(signal, [signal] { std::signal(signal, SIG_IGN); });
+    }
+  }
+}
+
+TEST(EndingSignals, ATimerThatWasRunningAtTheStartIsStopped) {
+  ualarm(20'000, 0);
   catchEndingSignals();
-  std::raise(SIGHUP);
-  EXPECT_EQ(endedBy(endIfSignalled), 0);
+  EXPECT_EQ(poll(nullptr, 0, 100), 0);
+}
+
+TEST(EndingSignals, AnIgnoredHangUpInterruptOrQuitStaysIgnored) {
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
+    std::signal(signal, SIG_IGN);
+    catchEndingSignals();
+    std::raise(signal);
+    EXPECT_EQ(endedBy(endIfSignalled), 0);
+  }
+}
+
+TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocks) {
+  const auto begin = steady_clock::now();
+  EXPECT_EXIT(
+      {
+        catchEndingSignals();
+        std::raise(SIGQUIT);
+        while (true) {
+          poll(nullptr, 0, -1);
+        }
+      },
+      testing::KilledBySignal(SIGQUIT), "");
+  EXPECT_GE(steady_clock::now() - begin, seconds(3));
+}
+
+TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocksAtTheEnd) {
+  EXPECT_EXIT(
+      {
+        catchEndingSignals();
+        beginEnding(SIGTERM);
+        while (true) {
+          poll(nullptr, 0, -1);
+        }
+      },
+      testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST(EndingSignalsDeathTest, TheProgramEndsByTheSignal) {

@@ -1,7 +1,10 @@
 #include "support/log.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
+#include <cstddef>
 #include <string>
 
 namespace {
@@ -43,6 +46,40 @@ TEST(Log, ALongRecordIsWhole) {
   const std::string longText(5000, 'x');
   const std::string text = logged(7, 3, [&] { log_function(3, "db", "%s", longText.c_str()); });
   EXPECT_TRUE(endsWith(text, longText + "\n"));
+}
+
+/// Replaces standard error for its lifetime.
+class StandardErrorIs {
+ public:
+  explicit StandardErrorIs(int descriptor) : before_(dup(STDERR_FILENO)) {
+    dup2(descriptor, STDERR_FILENO);
+  }
+  ~StandardErrorIs() {
+    dup2(before_, STDERR_FILENO);
+    close(before_);
+  }
+  StandardErrorIs(const StandardErrorIs&) = delete;
+  StandardErrorIs& operator=(const StandardErrorIs&) = delete;
+
+ private:
+  int before_;
+};
+
+TEST(Log, AStandardErrorThatNobodyReadsIsNotWaitedFor) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  log_setup(7, 3);
+  {
+    const StandardErrorIs blocked(ends[1]);
+    for (int count = 0; count < 10'000; ++count) {
+      log_function(3, "db", "number %d", count);
+    }
+  }
+  std::string text(1 << 20, '\0');
+  text.resize(static_cast<std::size_t>(read(ends[0], text.data(), text.size())));
+  EXPECT_NE(text.find("number 100\n"), std::string::npos);
+  EXPECT_EQ(text.find("number 9999\n"), std::string::npos);
+  EXPECT_TRUE(endsWith(text, "\n"));
 }
 
 }  // namespace

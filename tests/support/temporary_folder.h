@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <gtest/gtest.h>
 #include <stdlib.h>  // mkdtemp
 
 #include <filesystem>
@@ -14,7 +13,7 @@ namespace lineup::test {
 /// An empty folder that is removed with all it holds.
 class TemporaryFolder {
  public:
-  TemporaryFolder() : path_(testing::TempDir() + "console-test-XXXXXX") {
+  TemporaryFolder() : path_(std::filesystem::temp_directory_path() / "console-test-XXXXXX") {
     if (mkdtemp(path_.data()) == nullptr) {
       throw std::runtime_error("cannot make the folder " + path_);
     }

@@ -5,13 +5,14 @@
 //   FAULT_ON     "once", or "on" when all later calls fail, too
 //   FAULT_COUNT  a file that holds the number of calls made so far, as a long in memory
 //
-// The console has one thread, and so have these counts. Besides, what would take time or differ
+// The console has one thread, and so have these counts; of the children that write the copy of the
+// edits only the calls of the kind "copy" count. Besides, what would take time or differ
 // from run to run does not: waits, syncs and UUIDs.
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <stdio_ext.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -45,6 +46,7 @@ long* calls = &uncounted;
 /// Whether the program itself has begun: what the loader and the sanitizers do before is not its
 /// own.
 bool started = false;
+pid_t program = 0;
 
 void shareCount(const char* path) {
   const int file = open(path, O_RDWR | O_CREAT | O_TRUNC, 0600);
@@ -67,6 +69,7 @@ __attribute__((constructor)) void start() {
   if (const char* const path = std::getenv("FAULT_COUNT"); path != nullptr) {
     shareCount(path);
   }
+  program = getpid();
   started = plan.kind != nullptr;
 }
 
@@ -79,9 +82,15 @@ Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+/// What is done with the copy of the edits besides filling it, here or in a child process.
+constexpr const char* kCopy = "copy";
+
+/// What is done with the connection to the system's log.
+constexpr const char* kLog = "log";
+
 /// Counts a call of the kind; true if it is to fail.
 bool fails(const char* kind) {
-  if (!started || std::strcmp(kind, plan.kind) != 0) {
+  if (!started || std::strcmp(kind, plan.kind) != 0 || (kind != kCopy && getpid() != program)) {
     return false;
   }
   ++*calls;
@@ -92,6 +101,14 @@ template <class Result>
 Result failWith(int error, Result result) {
   errno = error;
   return result;
+}
+
+/// The kind of a call that sends something.
+const char* kindOf(int socket) {
+  sockaddr address{};
+  socklen_t length = sizeof address;
+  const bool named = getsockname(socket, &address, &length) == 0;
+  return named && address.sa_family == AF_UNIX ? kLog : "send";
 }
 
 /// How much waiting has been left out so far.
@@ -113,17 +130,20 @@ extern "C" {
 
 int socket(int domain, int type, int protocol) {
   static auto* const real = next<int(int, int, int)>("socket");
-  return fails("socket") ? failWith(EMFILE, -1) : real(domain, type, protocol);
+  const char* const kind = domain == AF_UNIX ? kLog : "socket";
+  return fails(kind) ? failWith(EMFILE, -1) : real(domain, type, protocol);
 }
 
 int connect(int descriptor, const sockaddr* address, socklen_t length) {
   static auto* const real = next<int(int, const sockaddr*, socklen_t)>("connect");
-  return fails("connect") ? failWith(ENETUNREACH, -1) : real(descriptor, address, length);
+  const char* const kind = address->sa_family == AF_UNIX ? kLog : "connect";
+  return fails(kind) ? failWith(ENETUNREACH, -1) : real(descriptor, address, length);
 }
 
 ssize_t send(int descriptor, const void* data, size_t size, int flags) {
   static auto* const real = next<ssize_t(int, const void*, size_t, int)>("send");
-  return fails("send") ? failWith<ssize_t>(ECONNRESET, -1) : real(descriptor, data, size, flags);
+  return fails(kindOf(descriptor)) ? failWith<ssize_t>(ECONNRESET, -1)
+                                   : real(descriptor, data, size, flags);
 }
 
 ssize_t recv(int descriptor, void* data, size_t size, int flags) {
@@ -181,9 +201,33 @@ int signalfd(int descriptor, const sigset_t* mask, int flags) noexcept {
   return fails("signalfd") ? failWith(EMFILE, -1) : real(descriptor, mask, flags);
 }
 
-int mkstemps(char* path, int suffixLength) {
-  static auto* const real = next<int(char*, int)>("mkstemps");
-  return fails("open") ? failWith(EACCES, -1) : real(path, suffixLength);
+int openat(int folder, const char* path, int flags, ...) {
+  static auto* const real = next<int(int, const char*, int, ...)>("openat");
+  va_list arguments;
+  va_start(arguments, flags);
+  const unsigned mode = va_arg(arguments, unsigned);
+  va_end(arguments);
+  return fails(kCopy) ? failWith(EACCES, -1) : real(folder, path, flags, mode);
+}
+
+int fsync(int descriptor) {
+  static auto* const real = next<int(int)>("fsync");
+  return fails(kCopy) ? failWith(EIO, -1) : real(descriptor);
+}
+
+int renameat(int folder, const char* name, int newFolder, const char* newName) noexcept {
+  static auto* const real = next<int(int, const char*, int, const char*)>("renameat");
+  return fails(kCopy) ? failWith(ENOSPC, -1) : real(folder, name, newFolder, newName);
+}
+
+int flock(int descriptor, int operation) noexcept {
+  static auto* const real = next<int(int, int)>("flock");
+  return fails(kCopy) ? failWith(ENOLCK, -1) : real(descriptor, operation);
+}
+
+pid_t fork() {
+  static auto* const real = next<pid_t()>("fork");
+  return fails(kCopy) ? failWith(EAGAIN, -1) : real();
 }
 
 ssize_t write(int descriptor, const void* data, size_t size) {
@@ -216,20 +260,6 @@ void sync() noexcept {}
 
 void uuid_generate(unsigned char* uuid) {
   std::memset(uuid, 1, 16);
-}
-
-// ---- standard output
-
-/// std::cout uses the C library's buffer, whose own calls of write() are not seen above: what is
-/// put there gets away, or does not, with the flush. What could not be written is gone then, as if
-/// the buffer had been full.
-int fflush(FILE* stream) {
-  static auto* const real = next<int(FILE*)>("fflush");
-  if (stream != stdout || !fails("stdio")) {
-    return real(stream);
-  }
-  __fpurge(stream);
-  return failWith(ENOSPC, EOF);
 }
 
 // ---- what SQLite does with files

@@ -1,0 +1,80 @@
+// The copy of the pending edits that outlives the console, and those that earlier consoles left.
+//
+// A copy is a configuration file, readable by the user alone, in the best of openFoldersForFiles().
+// It is written beside its place and renamed into it, so that it is whole or the one before, and is
+// locked (flock) while the console lives whose edits it holds.
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/lineup_editor.h"
+#include "support/descriptor.h"
+#include "support/state_folder.h"
+
+namespace lineup {
+
+/// Keeps at most one copy of the edits of `editor`. Nothing here raises; what cannot be written
+/// leaves the copy before it.
+class EditsCopy {
+ public:
+  enum class When { WhileEditing, AtTheEnd };
+
+  /// `editor` must live longer. `when` says whether update() writes.
+  EditsCopy(const LineupEditor& editor, When when) : editor_(editor), when_(when) {}
+  EditsCopy(const EditsCopy&) = delete;
+  EditsCopy& operator=(const EditsCopy&) = delete;
+
+  /// Brings the copy up to date without waiting for the disk: a child process writes it. Edits that
+  /// are not pending any more have none, and the copy of an earlier console that was restored goes.
+  /// Returns whether to be called again soon, as a child is still at work.
+  bool update() noexcept;
+
+  /// Brings it up to date at once, at the end of the program, and says on standard error and in the
+  /// log where it is or that it could not be written. Without pending changes there is none, and
+  /// nothing is said.
+  void leave() noexcept;
+
+  /// Removes it: the edits are committed or given up.
+  void remove() noexcept;
+
+ private:
+  struct File {
+    const Folder* folder = nullptr;
+    std::string name;
+    Descriptor descriptor;  ///< open as long as the file is there; keeps it locked
+  };
+
+  void openFolders();
+  bool beginFile(const Folder& folder);
+  void writeFile() const;
+  bool finishFile();
+  bool writeNow();
+  void startWriter();
+  bool finishWriter(int options);
+  bool isUpToDate() const;
+  static void removeFile(File& file) noexcept;
+  void say(bool upToDate) const;
+  void removeRestored();
+
+  const LineupEditor& editor_;
+  const When when_;
+  std::vector<Folder> folders_;
+  std::size_t firstFolder_ = 0;  ///< the one to try first: where it went wrong last is no good
+  File copy_;
+  File new_;                  ///< the one being written beside its place
+  pid_t writer_ = 0;          ///< the child that writes it
+  uint64_t commitsSeen_ = 0;  ///< when it was last looked for a restored copy
+  /// What the copy holds, or will when the child is done.
+  std::optional<hub_module::HeadendConfig> written_;
+};
+
+/// Says on standard error which copies consoles have left that do not run any more, and how to
+/// bring them back. Removes those that are older than 30 days.
+void announceLeftEdits() noexcept;
+
+}  // namespace lineup

@@ -1,0 +1,67 @@
+#include "support/output.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ext/stdio_sync_filebuf.h>
+#include <iostream>
+
+#include "support/ending_signals.h"
+
+namespace {
+
+struct Destination {
+  int descriptor;
+  bool givenUp = false;
+};
+
+/// Writes some of the text. Returns how much; 0 to try again, negative if there is no use.
+ssize_t writeSome(int descriptor, const char* text, size_t size) {
+  const ssize_t count = write(descriptor, text, size);
+  if (count >= 0 || errno == EINTR) {
+    return count < 0 ? 0 : count;
+  }
+  if (errno == EAGAIN) {
+    pollfd output{descriptor, POLLOUT, 0};
+    poll(&output, 1, -1);
+    return 0;
+  }
+  return -1;
+}
+
+/// Always claims success: stdio and the streams would remember a failure.
+ssize_t writeAll(void* cookie, const char* text, size_t size) {
+  Destination& destination = *static_cast<Destination*>(cookie);
+  for (size_t done = 0; done < size && !destination.givenUp;) {
+    const ssize_t count = writeSome(destination.descriptor, text + done, size - done);
+    if (count < 0) {
+      break;
+    }
+    done += static_cast<size_t>(count);
+    destination.givenUp = count == 0 && isEndOverdue();
+  }
+  return static_cast<ssize_t>(size);
+}
+
+void route(std::FILE*& stream, std::ostream& also, Destination& destination, int buffering) {
+  const cookie_io_functions_t functions{nullptr, writeAll, nullptr, nullptr};
+  std::FILE* const patient = fopencookie(&destination, "w", functions);
+  if (patient == nullptr) {
+    return;  // GCOVR_EXCL_LINE: only without memory
+  }
+  std::setvbuf(patient, nullptr, buffering, BUFSIZ);
+  stream = patient;
+  // Never deleted: the streams are flushed at the very end.
+  also.rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(patient));
+}
+
+}  // namespace
+
+void keepPrinting() {
+  static Destination output{STDOUT_FILENO};
+  static Destination errors{STDERR_FILENO};
+  route(stdout, std::cout, output, isatty(STDOUT_FILENO) == 1 ? _IOLBF : _IOFBF);
+  route(stderr, std::cerr, errors, _IONBF);
+}

@@ -1,0 +1,96 @@
+#include "support/state_folder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "support/words.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kName[] = "lineup-console";
+constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+/// The folder that holds the state folder; empty if the user has none.
+fs::path stateHome() {
+  fs::path state = variable("XDG_STATE_HOME");
+  if (state.is_absolute()) {
+    return state;
+  }
+  const fs::path home = variable("HOME");
+  return home.is_absolute() ? home / ".local" / "state" : fs::path();
+}
+
+/// Makes `path` and what is missing above it, closed to others.
+void createFolders(const fs::path& path) {
+  fs::path made;
+  for (const fs::path& part : path) {
+    made /= part;
+    mkdir(made.c_str(), S_IRWXU);
+  }
+}
+
+bool isPrivate(int folder) {
+  struct stat status {};
+  if (fstat(folder, &status) != 0 || status.st_uid != geteuid()) {
+    return false;
+  }
+  return (status.st_mode & ALLPERMS) == S_IRWXU || fchmod(folder, S_IRWXU) == 0;
+}
+
+void addFolder(const std::string& path, std::vector<Folder>& folders) {
+  Descriptor folder(open(path.c_str(), kFolder));
+  if (folder.isOpen()) {
+    folders.push_back({path, std::move(folder)});
+  }
+}
+
+}  // namespace
+
+std::optional<Folder> openStateFolder(IfMissing ifMissing) {
+  const fs::path home = stateHome();
+  if (home.empty()) {
+    return std::nullopt;
+  }
+  if (ifMissing == IfMissing::Create) {
+    createFolders(home);
+  }
+  const Descriptor parent(open(home.c_str(), kFolder));
+  if (!parent.isOpen()) {
+    return std::nullopt;
+  }
+  if (ifMissing == IfMissing::Create) {
+    mkdirat(parent.number(), kName, S_IRWXU);
+  }
+  Descriptor folder(openat(parent.number(), kName, kFolder | O_NOFOLLOW));
+  if (!folder.isOpen() || !isPrivate(folder.number())) {
+    return std::nullopt;
+  }
+  return Folder{home / kName, std::move(folder)};
+}
+
+std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
+  std::vector<Folder> folders;
+  if (std::optional<Folder> state = openStateFolder(ifMissing)) {
+    folders.push_back(std::move(*state));
+  }
+  if (const std::string temporary = variable("TMPDIR"); !temporary.empty()) {
+    std::error_code none;
+    addFolder(fs::absolute(temporary, none).string(), folders);
+  }
+  addFolder("/tmp", folders);
+  std::erase_if(folders, [](const Folder& folder) { return !lineup::isOneWord(folder.path); });
+  return folders;
+}

@@ -1,0 +1,27 @@
+// Where the console keeps what outlives a run.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/descriptor.h"
+
+/// A folder that is held open, so that its files are reached whatever becomes of its name.
+struct Folder {
+  std::string path;  ///< from the root
+  Descriptor descriptor;
+};
+
+enum class IfMissing { Leave, Create };
+
+/// The user's own folder: $XDG_STATE_HOME/lineup-console or, where that variable is not set to a
+/// path from the root, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user
+/// and is closed to others: made so if need be. Nothing if it cannot be had.
+std::optional<Folder> openStateFolder(IfMissing ifMissing);
+
+/// The folders in which a file can be left for later, the best first: the state folder, $TMPDIR and
+/// /tmp, as far as they can be had and a command can name them (isOneWord()). The last two are
+/// shared with others.
+std::vector<Folder> openFoldersForFiles(IfMissing ifMissing);

@@ -1,0 +1,278 @@
+// The copy of the edits on disk while one works, and what the next console says of it.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Outcome;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+namespace fs = std::filesystem;
+
+constexpr char kPending[] = "(changes to commit) > ";
+
+std::string contents(const fs::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class EditsCopy : public testing::Test {
+ protected:
+  Start start(const char* terminal) const {
+    Start start;
+    start.terminal = true;
+    start.environment["XDG_STATE_HOME"] = state.path();
+    start.environment["TERM"] = terminal;
+    return start;
+  }
+
+  std::vector<fs::path> files() const {
+    std::error_code none;
+    const fs::directory_iterator entries(state.file("lineup-console"), none);
+    return {begin(entries), end(entries)};
+  }
+
+  /// The only file there is, if it holds `text`.
+  std::string copyWith(const std::string& text) const {
+    const std::vector<fs::path> all = files();
+    const bool whole = all.size() == 1 && all[0].extension() == ".json";
+    return whole && contents(all[0]).find(text) != std::string::npos ? all[0].string() : "";
+  }
+
+  /// Waits for that.
+  std::string awaitCopyWith(const std::string& text) const {
+    std::string path;
+    await([&] { return !(path = copyWith(text)).empty(); });
+    return path;
+  }
+
+  static void await(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!condition()) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+
+  static void type(ConsoleProcess& console, const std::string& line, const char* prompt) {
+    console.send(line + "\n");
+    console.readUntil("\n");  // the echo
+    console.readUntil(prompt);
+  }
+
+  /// The path of a copy that a console left which was killed.
+  std::string leave() {
+    ConsoleProcess console(start("dumb"));
+    console.readUntil("> ");
+    type(console, "id 7", kPending);
+    std::string path = awaitCopyWith("{\"i32\":7}");
+    console.signal(SIGKILL);
+    console.finish();
+    return path;
+  }
+
+  static std::string announcement(const std::string& path) {
+    return "that were not committed are in " + path + ": \"restore " + path +
+           "\" sends them at once, \"lineupctl diff " + path + "\" in a shell shows them first\r\n";
+  }
+
+  TemporaryFolder state;
+  FakeController controller;
+};
+
+class EditsCopyOn : public EditsCopy, public testing::WithParamInterface<const char*> {};
+
+TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
+  std::string path;
+  {
+    ConsoleProcess console(start(GetParam()));
+    console.readUntil("> ");
+    type(console, "id 7", kPending);
+    path = awaitCopyWith("{\"i32\":7}");
+    console.signal(SIGKILL);
+    EXPECT_EQ(console.finish().signal, SIGKILL);
+  }
+  ASSERT_EQ(copyWith("{\"i32\":7}"), path);
+  struct stat status {};
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+  ConsoleProcess next(start(GetParam()));
+  const std::string begin = next.readUntil("Enter 'help'");
+  EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
+  next.readUntil("\n> ");
+  type(next, "restore " + path, "> ");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  EXPECT_TRUE(files().empty());
+}
+
+TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
+  ConsoleProcess console(start(GetParam()));
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  const std::string path = awaitCopyWith("{\"i32\":7}");
+  type(console, "id 8", kPending);
+  EXPECT_EQ(awaitCopyWith("{\"i32\":8}"), path);
+  type(console, "commit", "> ");
+  EXPECT_TRUE(files().empty());
+  type(console, "id 9", kPending);
+  awaitCopyWith("{\"i32\":9}");
+  type(console, "reset", "> ");
+  EXPECT_TRUE(files().empty());
+}
+
+TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
+  for (const char* end : {"quit\n", "\x04"}) {
+    ConsoleProcess console(start(GetParam()));
+    console.readUntil("> ");
+    type(console, "id 7", kPending);
+    awaitCopyWith("{\"i32\":7}");
+    console.send(end);
+    const Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("NOTE: Changes have not been committed"), std::string::npos);
+    EXPECT_TRUE(files().empty());
+  }
+}
+
+TEST_P(EditsCopyOn, IsWrittenBeforeTheNextCommandBegins) {
+  ConsoleProcess console(start(GetParam()));
+  console.readUntil("> ");
+  lineup::test::Answer stalled;
+  stalled.sentBytes = 5;
+  stalled.stalls = true;
+  controller.answerNext(stalled);
+  console.send("id 7\ncommit\n");
+  controller.waitForCalls(2);
+  awaitCopyWith("{\"i32\":7}");
+  console.signal(SIGKILL);
+  controller.release();
+  console.finish();
+  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"));
+
+TEST_F(EditsCopy, IsNotWrittenAgainWithoutAChange) {
+  ConsoleProcess console(start("xterm"));
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  const std::string path = awaitCopyWith("{\"i32\":7}");
+  struct stat before {};
+  ASSERT_EQ(stat(path.c_str(), &before), 0);
+  type(console, "help", kPending);
+  type(console, "id 7", kPending);
+  console.send("x");
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));  // nothing is to happen in it
+  struct stat after {};
+  ASSERT_EQ(stat(path.c_str(), &after), 0);
+  EXPECT_EQ(before.st_ino, after.st_ino);
+  EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
+}
+
+TEST_F(EditsCopy, IsNotWrittenOnPipesBeforeTheEnd) {
+  Start pipes = start("dumb");
+  pipes.terminal = false;
+  ConsoleProcess console(pipes);
+  console.readUntil("> ");
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+  EXPECT_TRUE(files().empty());
+  console.signal(SIGTERM);
+  EXPECT_EQ(console.finish().signal, SIGTERM);
+  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+}
+
+TEST_F(EditsCopy, OfAConsoleThatRunsIsNotAnnounced) {
+  ConsoleProcess console(start("xterm"));
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  awaitCopyWith("{\"i32\":7}");
+  ConsoleProcess other(start("xterm"));
+  EXPECT_EQ(other.readUntil("Enter 'help'").find("not committed"), std::string::npos);
+}
+
+TEST_F(EditsCopy, ThatIsNotTakenStays) {
+  const std::string path = leave();
+  for (int count = 0; count < 2; ++count) {
+    ConsoleProcess console(start("dumb"));
+    EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
+    console.send("quit\n");
+    console.finish();
+  }
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
+  const std::string path = leave();
+  ConsoleProcess console(start("dumb"));
+  console.readUntil("> ");
+  controller.answerNext({.kind = lineup::test::Answer::kNotReady});
+  console.send("restore " + path + "\nquit\n");
+  EXPECT_NE(console.finish().out.find("ERROR: Could not set"), std::string::npos);
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, ThatIsAMonthOldGoes) {
+  const std::string path = leave();
+  fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(24 * 31));
+  ConsoleProcess console(start("dumb"));
+  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
+  EXPECT_TRUE(files().empty());
+}
+
+TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
+  fs::create_directories(state.file("lineup-console"));
+  const std::string old = state.file("lineup-console/lineup-console-mine.json");
+  std::ofstream(old) << "{}";
+  fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(24 * 365));
+  fs::create_symlink(old, state.file("lineup-console/lineup-console-20260101-000000-1.json"));
+  ConsoleProcess console(start("dumb"));
+  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
+  EXPECT_EQ(files().size(), 2U);
+}
+
+TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
+  Start shell = start("dumb");
+  shell.program = "/bin/sh";
+  shell.arguments = {"-c", std::string("exec ") + lineup::test::kConsoleProgram};
+  shell.environment["TMPDIR"] = std::nullopt;
+  ConsoleProcess console(shell);
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  const std::string path = awaitCopyWith("{\"i32\":7}");
+  const rlimit full{10, RLIM_INFINITY};
+  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &full, nullptr), 0);
+  type(console, "id 8", kPending);
+  console.signal(SIGTERM);
+  const Outcome outcome = console.finish();
+  EXPECT_NE(outcome.out.find("The uncommitted changes could not be written to a file; earlier ones "
+                             "are in " +
+                             path + ": \"restore " + path),
+            std::string::npos)
+      << outcome.out;
+  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+}
+
+}  // namespace

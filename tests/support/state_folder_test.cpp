@@ -1,0 +1,92 @@
+// The user's folder for what outlives a run.
+
+#include "support/state_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class StateFolder : public testing::Test {
+ protected:
+  StateFolder() {
+    setenv("XDG_STATE_HOME", home.file("state").c_str(), 1);
+    setenv("HOME", home.path().c_str(), 1);
+    setenv("TMPDIR", "/tmp", 1);
+  }
+
+  const lineup::test::TemporaryFolder home;
+};
+
+TEST_F(StateFolder, IsMadeForTheUserAlone) {
+  umask(0777);
+  const auto folder = openStateFolder(IfMissing::Create);
+  umask(0);
+  ASSERT_TRUE(folder.has_value());
+  EXPECT_EQ(folder->path, home.file("state/lineup-console"));
+  EXPECT_EQ(fs::status(folder->path).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(StateFolder, IsNotMadeIfNotAskedFor) {
+  EXPECT_FALSE(openStateFolder(IfMissing::Leave).has_value());
+  EXPECT_TRUE(fs::is_empty(home.path()));
+}
+
+TEST_F(StateFolder, IsInTheHomeFolderWithoutAVariable) {
+  unsetenv("XDG_STATE_HOME");
+  const auto folder = openStateFolder(IfMissing::Create);
+  ASSERT_TRUE(folder.has_value());
+  EXPECT_EQ(folder->path, home.file(".local/state/lineup-console"));
+}
+
+TEST_F(StateFolder, IsClosedToOthers) {
+  fs::create_directories(home.file("state/lineup-console"));
+  fs::permissions(home.file("state/lineup-console"), fs::perms::all);
+  const auto folder = openStateFolder(IfMissing::Leave);
+  ASSERT_TRUE(folder.has_value());
+  EXPECT_EQ(fs::status(folder->path).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(StateFolder, IsNoLinkAndNoFile) {
+  fs::create_directories(home.file("state"));
+  fs::create_directories(home.file("elsewhere"));
+  fs::create_directory_symlink(home.file("elsewhere"), home.file("state/lineup-console"));
+  EXPECT_FALSE(openStateFolder(IfMissing::Create).has_value());
+  fs::remove(home.file("state/lineup-console"));
+  fs::create_symlink("nowhere", home.file("state/lineup-console"));
+  EXPECT_FALSE(openStateFolder(IfMissing::Create).has_value());
+  EXPECT_FALSE(fs::exists(home.file("state/nowhere")));
+}
+
+TEST_F(StateFolder, OfSomebodyElseIsNotTaken) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can make such a folder";
+  }
+  fs::create_directories(home.file("state/lineup-console"));
+  ASSERT_EQ(chown(home.file("state/lineup-console").c_str(), 12345, 12345), 0);
+  EXPECT_FALSE(openStateFolder(IfMissing::Create).has_value());
+}
+
+TEST_F(StateFolder, FilesGoToTheTemporaryFoldersWhereItCannotBeHad) {
+  setenv("XDG_STATE_HOME", "/proc/none", 1);
+  setenv("TMPDIR", home.path().c_str(), 1);
+  const auto folders = openFoldersForFiles(IfMissing::Create);
+  ASSERT_EQ(folders.size(), 2U);
+  EXPECT_EQ(folders[0].path, home.path());
+  EXPECT_EQ(folders[1].path, "/tmp");
+}
+
+TEST_F(StateFolder, AFolderThatNoCommandCanNameIsLeftOut) {
+  setenv("XDG_STATE_HOME", home.file("with blank").c_str(), 1);
+  const auto folders = openFoldersForFiles(IfMissing::Create);
+  EXPECT_EQ(folders.at(0).path, "/tmp");
+}
+
+}  // namespace
