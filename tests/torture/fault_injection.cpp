@@ -43,8 +43,8 @@ Plan plan;
 long uncounted = 0;
 long* calls = &uncounted;
 
-/// Whether the program itself has begun: what the loader and the sanitizers do before is not its
-/// own.
+/// Whether main() has begun: what the loader, the sanitizers and the static constructors do before,
+/// such as the C++ library's reserve for exceptions, is not counted.
 bool started = false;
 pid_t program = 0;
 
@@ -60,7 +60,7 @@ void shareCount(const char* path) {
   close(file);
 }
 
-__attribute__((constructor)) void start() {
+void start() {
   plan.kind = std::getenv("FAULT_KIND");
   const char* const at = std::getenv("FAULT_AT");
   plan.at = at == nullptr ? 0 : std::strtol(at, nullptr, 10);
@@ -124,9 +124,24 @@ timespec sum(const timespec& a, const timespec& b) {
 /// the sizes of its files.
 constexpr const char* kDatabase = "database";
 
+int (*realMain)(int, char**, char**) = nullptr;
+
+int countedMain(int argc, char** argv, char** environment) {
+  start();
+  return realMain(argc, argv, environment);
+}
+
 }  // namespace
 
 extern "C" {
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the C library's own
+int __libc_start_main(int (*main)(int, char**, char**), int argc, char** argv, void (*init)(),
+                      void (*fini)(), void (*loaderFini)(), void* stackEnd) {
+  realMain = main;
+  return next<decltype(__libc_start_main)>("__libc_start_main")(countedMain, argc, argv, init, fini,
+                                                                loaderFini, stackEnd);
+}
 
 int socket(int domain, int type, int protocol) {
   static auto* const real = next<int(int, int, int)>("socket");
