@@ -12,7 +12,9 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -97,14 +99,10 @@ void writeToConsole(std::string_view text) {
 }
 
 std::string formatted(const char* format, va_list arguments) {
-  va_list again;
-  va_copy(again, arguments);
-  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy() is what it overlooks
-  const int size = std::vsnprintf(nullptr, 0, format, again);
-  va_end(again);
-  std::string text(static_cast<std::size_t>(std::max(size, 0)), '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-  return text;
+  char* text = nullptr;
+  const int size = vasprintf(&text, format, arguments);
+  const std::unique_ptr<char, decltype(&std::free)> owner(size < 0 ? nullptr : text, std::free);
+  return owner == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(size));
 }
 
 std::string timeStamp() {

@@ -556,7 +556,7 @@ class WithLittleMemory : public CatalogueCommands {
 
   static constexpr rlim_t kMemory = 64 << 20;
   lineup::test::TemporaryFolder folder;
-  ConsoleProcess console{Start{.environment = {{"TMPDIR", folder.path()}}}};
+  ConsoleProcess console{Start{.environment = {{"XDG_STATE_HOME", folder.path()}}}};
 };
 
 TEST_F(WithLittleMemory, ASelectThatNeedsMoreFailsAndTheConsoleGoesOn) {
