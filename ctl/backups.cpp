@@ -1,12 +1,13 @@
 #include "ctl/backups.h"
 
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <sstream>
 #include <system_error>
 #include <vector>
@@ -20,14 +21,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Whether `name` is one that nameFor() makes.
+bool isCopy(const std::string& name) {
+  std::string pattern;
+  for (const char character : std::string("lineup-00000000T000000.000Z.json")) {
+    pattern += character == '0' ? "[0-9]" : std::string(1, character);
+  }
+  return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+}
+
 /// The names of the copies in `folder`, oldest first: they sort by their time.
 std::vector<std::string> copiesIn(const std::string& folder) {
-  static const std::regex kName(R"(lineup-\d{8}T\d{6}\.\d{3}Z\.json)");
   std::vector<std::string> names;
   try {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
       const std::string name = entry.path().filename();
-      if (std::regex_match(name, kName)) {
+      if (isCopy(name)) {
         names.push_back(name);
       }
     }

@@ -1,9 +1,10 @@
 #include "simulator/faults.h"
 
+#include <regex.h>
+
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <regex>
+#include <optional>
 #include <stdexcept>
 
 namespace lineup::simulator {
@@ -24,24 +25,52 @@ constexpr std::array kCalls = {"getHeadendConfig",
                                "resetFactoryDefaults",
                                kAll};
 
+/// CALL[:N][=SECONDS]; what is left out is empty.
+struct Parts {
+  std::string call;
+  std::string number;
+  std::string seconds;
+};
+
+/// Nothing if `text` is not of that form.
+std::optional<Parts> partsOf(const std::string& text) {
+  constexpr char kForm[] = "^([A-Za-z]+)(:([1-9][0-9]{0,8}))?(=([0-9]{1,5}(\\.[0-9]{1,3})?))?$";
+  std::array<regmatch_t, 7> matches{};
+  regex_t form;
+  regcomp(&form, kForm, REG_EXTENDED);
+  const int result = regexec(&form, text.c_str(), matches.size(), matches.data(), 0);
+  regfree(&form);
+  if (result != 0) {
+    return {};
+  }
+  const auto part = [&](const regmatch_t& match) {
+    return match.rm_so < 0 ? std::string()
+                           : text.substr(static_cast<std::size_t>(match.rm_so),
+                                         static_cast<std::size_t>(match.rm_eo - match.rm_so));
+  };
+  return Parts{part(matches[1]), part(matches[3]), part(matches[5])};
+}
+
 }  // namespace
 
 Fault parseFault(const std::string& option, FaultKind kind, const std::string& text) {
-  static const std::regex kForm(R"(([A-Za-z]+)(:([1-9]\d{0,8}))?(=(\d{1,5}(\.\d{1,3})?))?)");
-  std::smatch parts;
   const bool delays = kind == FaultKind::DELAY;
-  if (!std::regex_match(text, parts, kForm) || parts[5].matched != delays) {
+  const std::optional<Parts> parts = partsOf(text);
+  if (!parts || parts->seconds.empty() == delays) {
     throw std::invalid_argument(option + " needs CALL[:N]" + (delays ? "=SECONDS" : "") +
                                 ", not '" + text + "'");
   }
-  Fault fault{kind, parts[1]};
+  Fault fault{kind, parts->call};
   if (std::find(kCalls.begin(), kCalls.end(), fault.call) == kCalls.end()) {
     throw std::invalid_argument(option + " needs the name of a call or 'all', not '" + fault.call +
                                 "'");
   }
-  if (parts[3].matched) fault.number = std::stoi(parts[3]);
+  if (!parts->number.empty()) {
+    fault.number = std::stoi(parts->number);
+  }
   if (delays) {
-    fault.delay = std::chrono::milliseconds(static_cast<int>(std::stod(parts[5]) * 1000 + 0.5));
+    fault.delay =
+        std::chrono::milliseconds(static_cast<int>(std::stod(parts->seconds) * 1000 + 0.5));
   }
   return fault;
 }
