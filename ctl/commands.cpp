@@ -86,7 +86,8 @@ std::string sectionsText(const std::vector<Section>& sections, const HeadendConf
 /// The lineup that is asked for: the RF lineup unless it is the IP lineup.
 const Section& csvSection(const Arguments& arguments) {
   const std::vector<std::string> names = arguments.values("section");
-  const Section& section = sectionNamed(names.empty() ? "rf" : names.front());
+  const std::string name = names.empty() ? "rf" : names.front();
+  const Section& section = sectionNamed(name);
   if (names.size() > 1 || (section.table != rfLineupTable && section.table != ipLineupTable)) {
     throw Failure(kUsage, "show: csv is of one lineup, --section rf or --section ip");
   }

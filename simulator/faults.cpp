@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 
@@ -69,8 +70,7 @@ Fault parseFault(const std::string& option, FaultKind kind, const std::string& t
     fault.number = std::stoi(parts->number);
   }
   if (delays) {
-    fault.delay =
-        std::chrono::milliseconds(static_cast<int>(std::stod(parts->seconds) * 1000 + 0.5));
+    fault.delay = std::chrono::milliseconds(std::lround(std::stod(parts->seconds) * 1000));
   }
   return fault;
 }

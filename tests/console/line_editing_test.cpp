@@ -393,7 +393,7 @@ TEST_P(Editing, WindowsOfAbsurdSizesTakeNoMemory) {
       "4\n");
   console.readUntil("Headend id");
   const std::string status = contentsOf("/proc/" + std::to_string(console.pid()) + "/status");
-  const std::size_t peak = status.find("VmPeak:") + 7;
+  const std::size_t peak = status.find("VmHWM:") + 6;
   EXPECT_LT(std::stol(status.substr(peak)), 400'000) << "kB";
 }
 

@@ -294,7 +294,9 @@ std::string spaced(const std::string& json, const std::string& space) {
     inText = inText != (character == '"' && !escaped);
     escaped = character == '\\' && !escaped;
     const bool isSign = std::string_view("{}[]:,").find(character) != std::string_view::npos;
-    text += isSign && !inText ? space + character + space : std::string(1, character);
+    const std::string_view around =
+        isSign && !inText ? std::string_view(space) : std::string_view();
+    text.append(around).append(1, character).append(around);
   }
   return text;
 }

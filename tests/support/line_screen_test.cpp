@@ -118,7 +118,7 @@ TEST_F(LineScreenTest, IsAlwaysThatOfALineShownAtOnce) {
        {std::pair{24U, 80U}, {3U, 7U}, {1U, 4U}, {6U, 2U}, {2U, 1U}}) {
     use(rows, columns);
     for (int i = 0; i < 2000; ++i) {
-      std::wstring text(random() % (rows * columns * 2), L' ');
+      std::wstring text(random() % (std::size_t{rows} * columns * 2), L' ');
       for (wchar_t& letter : text) {
         letter = static_cast<wchar_t>(L'a' + random() % 3);
       }

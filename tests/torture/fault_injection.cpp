@@ -7,7 +7,7 @@
 //
 // The console has one thread, and so have these counts; of the children that write the copy of the
 // edits only the calls of the kind "copy" count. Besides, what would take time or differ
-// from run to run does not: waits, syncs and UUIDs.
+// from run to run does not: waits and syncs.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -272,10 +272,6 @@ int syncfs(int /*descriptor*/) noexcept {
 }
 
 void sync() noexcept {}
-
-void uuid_generate(unsigned char* uuid) {
-  std::memset(uuid, 1, 16);
-}
 
 // ---- what SQLite does with files
 
