@@ -50,7 +50,7 @@ std::vector<std::string> copiesIn(const std::string& folder) {
 std::string nameFor(std::chrono::system_clock::time_point time) {
   using std::chrono::milliseconds;
   const auto sinceEpoch = std::chrono::duration_cast<milliseconds>(time.time_since_epoch());
-  const std::time_t seconds = sinceEpoch / std::chrono::seconds(1);
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   std::tm parts{};
   gmtime_r(&seconds, &parts);
   char text[32];
