@@ -265,7 +265,7 @@ class Changes {
   const HeadendConfig other_;
 };
 
-/// Ten thousand pairs of records, in parts that run side by side.
+/// Ten thousand pairs of records, a thousand with sanitizers, in parts that run side by side.
 class ConfigDifferenceProperty : public testing::TestWithParam<uint32_t> {
  protected:
 #ifdef __SANITIZE_ADDRESS__  // ten times as slow
