@@ -16,6 +16,7 @@
 
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ using lineup::test::ConsoleProcess;
 using lineup::test::FakeController;
 using lineup::test::Outcome;
 using lineup::test::Start;
+using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
 using Random = std::mt19937;
@@ -128,7 +130,7 @@ std::string randomKeys(Random& random) {
                                       "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x94\xac",
                                       "co\t",
                                       "country \t",
-                                      "save /\t",
+                                      "save \t",
                                       "addenc \t",
                                       "adddvb \t",
                                       "addpls\n",
@@ -166,6 +168,7 @@ Session randomSession(unsigned seed) {
       step.pause = static_cast<unsigned>(below(random, 20'000));
     } else {
       step.keys = randomKeys(random);
+      std::erase(step.keys, '/');  // "save" is to reach no file outside its working folder
     }
   }
   return session;
@@ -174,7 +177,9 @@ Session randomSession(unsigned seed) {
 /// Plays the session, and leaves the console; returns what went wrong, or nothing.
 std::string play(const Session& session) {
   const FakeController controller;
+  const TemporaryFolder folder;  // without folders in it, whose names would be completed with a '/'
   Start start;
+  start.folder = folder.path();
   start.terminal = true;
   start.rows = session.size.rows;
   start.columns = session.size.columns;
