@@ -5,9 +5,42 @@
 #include "app/commands.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
+#include "support/line_editing.h"
 #include "support/line_input.h"
 
 namespace lineup {
+
+namespace {
+
+/// Runs one line and prints what refuses it. Returns false for "quit".
+bool runLine(LineupEditor& editor, const std::string& line) {
+  try {
+    if (!editor.dispatchCommand(line, false)) {
+      return false;
+    }
+  } catch (const std::runtime_error& error) {
+    std::cout << error.what() << std::endl;
+  }
+  endIfSignalled();
+  return true;
+}
+
+/// Likewise; where lines are edited, an interrupt ends the command alone.
+bool runInterruptibly(LineupEditor& editor, const std::string& line) {
+  const InterruptibleCommand command(canEditLines());
+  try {
+    return runLine(editor, line);
+  } catch (const EndedBySignal&) {
+    if (!isInterrupted()) {
+      throw;
+    }
+    forgetInterrupt();
+    std::cout << std::endl;  // behind the key, which the terminal shows
+    return true;
+  }
+}
+
+}  // namespace
 
 void LineupEditor::runPromptLoop() {
   fetchHeadendConfig();
@@ -21,14 +54,9 @@ void LineupEditor::runPromptLoop() {
     if (!readCommandLine(prompt, complete, line)) {
       break;
     }
-    try {
-      if (!dispatchCommand(line, false)) {
-        break;
-      }
-    } catch (const std::runtime_error& error) {
-      std::cout << error.what() << std::endl;
+    if (!runInterruptibly(*this, line)) {
+      break;
     }
-    endIfSignalled();
   }
   std::cout << std::endl;
   if (pendingChanges) {

@@ -91,16 +91,17 @@ void LineupEditor::saveConfig(const std::string& path) {
 
 void LineupEditor::restoreConfig(const std::string& path) {
   const uint64_t commitsBefore = commits;
-  bool whole = false;
-  if (pendingChanges) {
-    hub_module::HeadendConfig copy =
-        config;  // the edits are kept if a signal cuts the reading short
-    whole = readOrEnd(path, copy);
-    config = std::move(copy);
-  } else {
-    whole = readOrEnd(path, config);
+  hub_module::HeadendConfig other = config;  // kept if a signal cuts the reading short
+  const bool whole = readOrEnd(path, other);
+  std::swap(config, other);
+  try {
+    commitHeadendConfig();
+  } catch (const EndedBySignal&) {
+    if (isInterrupted() && commits == commitsBefore) {
+      std::swap(config, other);  // nothing is restored
+    }
+    throw;
   }
-  commitHeadendConfig();
   restoredFile = whole && commits != commitsBefore ? path : "";
   std::cout << "Restored config from: " << path << std::endl;
 }

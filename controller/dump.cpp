@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "model/lineup_editor.h"
+#include "support/ending_signals.h"
 
 namespace lineup {
 
@@ -17,10 +18,11 @@ using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransport;
 using apache::thrift::transport::TVirtualTransport;
 
-/// Writes to standard output, which keeps its failures to itself.
+/// Writes to standard output, which keeps its failures to itself. An interrupt ends it.
 class StandardOutput : public TVirtualTransport<StandardOutput> {
  public:
   void write(const uint8_t* bytes, uint32_t count) {
+    endIfInterrupted();
     std::cout.write(reinterpret_cast<const char*>(bytes), count);
   }
 };

@@ -22,6 +22,8 @@ void callController(Call call, Texts... errorLine) {
   } catch (const EndedBySignal&) {
     throw;  // before it began
   } catch (...) {
+    const char* const behindTheKey = isInterrupted() ? "\n" : "";  // which the terminal shows
+    std::cout << behindTheKey;
     (std::cout << ... << errorLine) << std::endl;
   }
   endIfSignalled();

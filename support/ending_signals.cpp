@@ -60,7 +60,9 @@ sigset_t endingSignals() {
 volatile std::sig_atomic_t caughtSignal = 0;
 volatile std::sig_atomic_t overdue = 0;
 volatile std::sig_atomic_t remoteCall = 0;
-timespec end{};  // when the program ends, once a signal is caught
+volatile std::sig_atomic_t commandRuns = 0;  // an InterruptibleCommand
+volatile std::sig_atomic_t interrupted = 0;  // whether what was caught ends it alone
+timespec end{};                              // when the program ends, once a signal is caught
 
 timespec now() {
   timespec time{};
@@ -96,13 +98,22 @@ void startTimer() {
   }
 }
 
+/// Whether `signal` is one more SIGINT while the command it interrupts is ending: an impatient one.
+bool isRepeated(int signal) {
+  return signal == SIGINT && interrupted != 0 && remoteCall == 0 && overdue == 0;
+}
+
 void catchSignal(int signal) {
   const int error = errno;
-  if (caughtSignal == 0) {
-    startTimer();
-  }
-  if (caughtSignal == 0 || caughtSignal == SIGINT) {
-    caughtSignal = signal;
+  if (!isRepeated(signal)) {
+    const bool isFirst = caughtSignal == 0;
+    if (isFirst || interrupted != 0) {
+      startTimer();
+    }
+    if (isFirst || caughtSignal == SIGINT) {
+      caughtSignal = signal;
+    }
+    interrupted = isFirst && signal == SIGINT ? commandRuns : 0;
   }
   errno = error;
 }
@@ -112,7 +123,9 @@ void passTime() {
   if (caughtSignal != 0) {
     overdue = 1;
     const timespec time = now();
-    if (time.tv_sec > end.tv_sec || (time.tv_sec == end.tv_sec && time.tv_nsec >= end.tv_nsec)) {
+    const bool isOver =
+        time.tv_sec > end.tv_sec || (time.tv_sec == end.tv_sec && time.tv_nsec >= end.tv_nsec);
+    if (isOver && interrupted == 0) {
       endBySignal(caughtSignal);
     }
   }
@@ -139,6 +152,16 @@ void catchWith(int signal) {
     action.sa_flags = SA_RESTART;  // output is not cut short; waits end all the same
   }
   sigaction(signal, &action, nullptr);
+}
+
+/// Whether SIGINT, if it is caught, interrupts what blocks.
+void letInterruptsThrough(bool through) {
+  struct sigaction action {};
+  sigaction(SIGINT, nullptr, &action);
+  if (action.sa_handler == catchSignal) {
+    action.sa_flags = through ? 0 : SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+  }
 }
 
 bool isIgnored(int signal) {
@@ -222,7 +245,32 @@ void forgetInterrupt() {
   if (caughtSignal == SIGINT) {
     caughtSignal = 0;
     overdue = 0;
+    interrupted = 0;
     stopTimer();
+  }
+}
+
+InterruptibleCommand::InterruptibleCommand(bool interruptible) : interruptible_(interruptible) {
+  if (interruptible_) {
+    letInterruptsThrough(true);
+    commandRuns = 1;
+  }
+}
+
+InterruptibleCommand::~InterruptibleCommand() {
+  if (interruptible_) {
+    commandRuns = 0;
+    letInterruptsThrough(false);
+  }
+}
+
+bool isInterrupted() {
+  return interrupted != 0;
+}
+
+void endIfInterrupted() {
+  if (interrupted != 0) {
+    endIfSignalled();
   }
 }
 
@@ -260,6 +308,7 @@ bool waitForInput(std::span<pollfd> inputs, milliseconds timeout) {
 
 void beginEnding(int signal) {
   const EndingSignalsHeld held;
+  interrupted = 0;
   caughtSignal = signal;
   startTimer(kPatience, kUntilTheEnd);
 }

@@ -9,12 +9,16 @@
 //                                                    again; output is dropped
 //   remote call    a RemoteCallUnderWay in any of    goes on, up to its time-outs     45 seconds
 //                  the above
+//   interrupted    SIGINT during an                  fails with EINTR, then as        -
+//                  InterruptibleCommand              overdue
 //   ending         beginEnding(), when the edits     as signalled, then as overdue    3 seconds
 //                  are about to be saved
 //   ended          endBySignal(), or the end of the last three, by the signal
 //
 // Where the program waits by the functions below, or asks, it sees a signal at once and goes from
-// signalled to ending. An interrupt can be forgotten, which leads back to running.
+// signalled to ending. An interrupt can be forgotten, which leads back to running. From interrupted
+// any other signal leads to signalled, and so does a further SIGINT during a remote call or once
+// overdue.
 
 #pragma once
 
@@ -56,6 +60,26 @@ void endIfHungUp(int terminal);
 
 /// Forgets a SIGINT that has been caught, where it means something else than the program's end.
 void forgetInterrupt();
+
+/// While it lives, SIGINT is to end what is being done and not the program: it is thrown all the
+/// same, and what throws it on is to see isInterrupted() and forget it.
+class InterruptibleCommand {
+ public:
+  /// Without `interruptible` nothing changes.
+  explicit InterruptibleCommand(bool interruptible);
+  ~InterruptibleCommand();
+  InterruptibleCommand(const InterruptibleCommand&) = delete;
+  InterruptibleCommand& operator=(const InterruptibleCommand&) = delete;
+
+ private:
+  const bool interruptible_;
+};
+
+/// Whether what was caught is a SIGINT that ends an InterruptibleCommand alone.
+bool isInterrupted();
+
+/// Throws EndedBySignal in that case only: to be called where nothing else ends what is printed.
+void endIfInterrupted();
 
 /// Waits `duration`, or throws EndedBySignal as soon as a signal is caught.
 void waitFor(std::chrono::microseconds duration);

@@ -31,15 +31,21 @@ ssize_t writeSome(int descriptor, const char* text, size_t size) {
   return -1;
 }
 
-/// Always claims success: stdio and the streams would remember a failure.
+/// Always claims success: stdio and the streams would remember a failure. An interrupt ends what is
+/// being written; what is said of it later is written all the same.
 ssize_t writeAll(void* cookie, const char* text, size_t size) {
   Destination& destination = *static_cast<Destination*>(cookie);
+  destination.givenUp = destination.givenUp && isEndOverdue();
+  const bool known = isInterrupted();
   for (size_t done = 0; done < size && !destination.givenUp;) {
     const ssize_t count = writeSome(destination.descriptor, text + done, size - done);
     if (count < 0) {
       break;
     }
     done += static_cast<size_t>(count);
+    if (!known && isInterrupted()) {
+      break;
+    }
     destination.givenUp = count == 0 && isEndOverdue();
   }
   return static_cast<ssize_t>(size);

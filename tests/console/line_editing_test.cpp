@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/console/terminal_session.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
@@ -29,8 +30,10 @@ using lineup::test::CatalogueLock;
 using lineup::test::ConsoleProcess;
 using lineup::test::FakeController;
 using lineup::test::kConsoleProgram;
+using lineup::test::onTerminal;
 using lineup::test::Outcome;
 using lineup::test::Screen;
+using lineup::test::Session;
 using lineup::test::Start;
 using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
@@ -58,51 +61,6 @@ constexpr char kCtrlW[] = "\x17";
 constexpr char kCtrlY[] = "\x19";
 constexpr char kCtrlZ[] = "\x1a";
 constexpr char kCtrlBackslash[] = "\x1c";
-
-Start onTerminal(const std::string& type = "xterm") {
-  Start start;
-  start.terminal = true;
-  start.timeout = std::chrono::seconds(20);
-  start.environment = {{"TERM", type}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
-  return start;
-}
-
-/// The console, or what runs it, and its screen.
-class Session {
- public:
-  explicit Session(const Start& start) : console(start), screen(start.rows, start.columns) {}
-
-  void type(std::string_view keys) { console.send(keys); }
-
-  void resize(unsigned short rows, unsigned short columns) {
-    screen.resize(rows, columns);
-    console.resize(rows, columns);
-  }
-
-  /// Waits until the screen ends with `expected`, where '|' is the cursor.
-  void expect(const std::string& expected) {
-    try {
-      while (!screen.text().ends_with(expected)) {
-        screen.show(console.readMore());
-      }
-    } catch (const std::runtime_error&) {
-      ADD_FAILURE() << "not on the screen:\n" << expected << "\nbut:\n" << screen.text();
-      throw;
-    }
-  }
-
-  /// Brings the console to reading an answer, which has no prompt to wait for.
-  void askForPlsItem() {
-    type("addpls\n");
-    expect(" (0 Auto | 1 Gold | 2 Root)   131070\n|");
-    while (console.echoes()) {
-      usleep(1'000);
-    }
-  }
-
-  ConsoleProcess console;
-  Screen screen;
-};
 
 std::string contentsOf(const fs::path& path) {
   std::ifstream file(path);
@@ -773,15 +731,6 @@ TEST_F(OnATerminal, EveryOtherWayOutRestoresTheTerminalToo) {
     session.console.finish();
     expectModeRestored();
   }
-}
-
-TEST_F(OnATerminal, CtrlCEndsTheConsoleWhileACommandRuns) {
-  Session session(onTerminal());
-  session.expect("> |");
-  session.type("findsat O'Neil\n");
-  session.console.readUntil("intento: 0");
-  session.type(kCtrlC);
-  EXPECT_EQ(session.console.finish().signal, SIGINT);
 }
 
 TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {

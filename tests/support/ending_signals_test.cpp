@@ -112,6 +112,71 @@ TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
 }
 
+TEST(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndTheProgram) {
+  catchEndingSignals();
+  const InterruptibleCommand command(true);
+  std::raise(SIGINT);
+  EXPECT_TRUE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfInterrupted), SIGINT);
+  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+  const auto begin = steady_clock::now();
+  while (steady_clock::now() - begin < microseconds(3'200'000)) {
+    EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
+  }
+  forgetInterrupt();
+  EXPECT_FALSE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfSignalled), 0);
+}
+
+TEST(EndingSignals, AnImpatientInterruptOfACommandIsTheSameOne) {
+  catchEndingSignals();
+  const InterruptibleCommand command(true);
+  std::raise(SIGINT);
+  std::raise(SIGINT);
+  EXPECT_TRUE(isInterrupted());
+}
+
+TEST(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
+  catchEndingSignals();
+  const InterruptibleCommand command(true);
+  std::raise(SIGINT);
+  EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
+  EXPECT_TRUE(isEndOverdue());
+  std::raise(SIGINT);
+  EXPECT_FALSE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+}
+
+TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
+  catchEndingSignals();
+  const InterruptibleCommand command(true);
+  const RemoteCallUnderWay call;
+  std::raise(SIGINT);
+  EXPECT_TRUE(isInterrupted());
+  std::raise(SIGINT);
+  EXPECT_FALSE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfInterrupted), 0);
+  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+}
+
+TEST(EndingSignals, AnotherSignalBehindAnInterruptOfACommandEndsTheProgram) {
+  catchEndingSignals();
+  const InterruptibleCommand command(true);
+  std::raise(SIGINT);
+  std::raise(SIGTERM);
+  EXPECT_FALSE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+}
+
+TEST(EndingSignals, AnInterruptIsNoneOfACommandThatIsNotInterruptibleOrOver) {
+  catchEndingSignals();
+  { const InterruptibleCommand over(true); }
+  const InterruptibleCommand command(false);
+  std::raise(SIGINT);
+  EXPECT_FALSE(isInterrupted());
+  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+}
+
 TEST(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
   catchEndingSignals();
   std::array<int, 2> ends{};

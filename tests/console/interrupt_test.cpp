@@ -1,0 +1,260 @@
+// Ctrl-C while a command runs, on a terminal where lines are edited: it ends the command alone.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/console/terminal_session.h"
+#include "tests/support/catalogue_file.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/rf_inputs.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using lineup::test::Answer;
+using lineup::test::CatalogueFile;
+using lineup::test::CatalogueLock;
+using lineup::test::FakeController;
+using lineup::test::onTerminal;
+using lineup::test::Outcome;
+using lineup::test::runConsole;
+using lineup::test::Session;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+namespace fs = std::filesystem;
+
+constexpr char kCtrlC[] = "\x03";
+constexpr char kPending[] = "\n(changes to commit) > |";
+
+/// An answer that begins and goes on, or does not, when the controller is released.
+Answer stalled(bool goesOn) {
+  Answer answer;
+  answer.sentBytes = 5;
+  answer.stalls = true;
+  answer.goesOn = goesOn;
+  return answer;
+}
+
+class CtrlC : public testing::Test {
+ protected:
+  Start start() const {
+    Start start = onTerminal();
+    start.environment["XDG_STATE_HOME"] = folder.path();
+    return start;
+  }
+
+  /// Expects that the console still runs, and that `session` is at a prompt without changes.
+  void expectUnchanged(Session& session) const {
+    session.type("id 5\n");
+    session.expect(kPending);
+    session.type("commit\n");
+    session.expect("> commit\n> |");
+    auto expected = before;
+    expected.headendGlobalConfig.headendId = 5;
+    EXPECT_EQ(controller.config(), expected);
+    session.type("quit\n");
+    EXPECT_EQ(session.console.finish().status, 0);
+  }
+
+  /// Has a "commit" of id 7 begin.
+  void beginCommit(Session& session, bool goesOn) {
+    session.expect("> |");
+    session.type("id 7\n");
+    session.expect(kPending);
+    controller.answerNext(stalled(goesOn));
+    session.type("commit\n");
+    controller.waitForCalls(2);
+  }
+
+  TemporaryFolder folder;
+  FakeController controller;
+  korvel::thrift::hub_module::HeadendConfig before = controller.config();
+};
+
+TEST_F(CtrlC, EndsTheWaitsOfAFind) {
+  Session session(start());
+  session.expect("> |");
+  session.type("findsat O'Neil\n");
+  session.console.readUntil("intento: 0");
+  session.type(kCtrlC);
+  session.expect("^C\n> |");
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, EndsTheWaitBehindASwitchedInput) {
+  controller.setStatus(lineup::test::tenInputs("----------"));
+  Session session(start());
+  session.expect("> |");
+  session.type("rfinput enable SAT1\n");
+  controller.waitForClosed(3);
+  session.type(kCtrlC);
+  session.expect("> rfinput enable SAT1\n^C\n> |");
+  EXPECT_EQ(lineup::test::describe(controller.calls()),
+            (std::vector<std::string>{"getHeadendConfig", "status", "SAT 3 103 on"}));
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, EndsASelectThatRunsLong) {
+  const CatalogueFile catalogue(lineup::test::kCataloguePath);
+  Session session(start());
+  session.expect("> |");
+  session.type(
+      "findsat x';WITH/**/RECURSIVE/**/n(i)AS(SELECT/**/1/**/UNION/**/ALL/**/SELECT/**/i+1/**/"
+      "FROM/**/n)SELECT/**/count(*)/**/FROM/**/n;--\n");
+  session.expect("--\n|");
+  while (!session.console.echoes()) {
+    usleep(1'000);
+  }
+  session.type(kCtrlC);
+  session.expect("--\n^C\n> |");
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, EndsAListing) {
+  auto large = controller.config();
+  large.lineupConfig.rfEntries.resize(20'000);
+  controller.setConfig(large);
+  Session session(start());
+  session.expect("> |");
+  session.type("show\n");
+  session.console.readUntil("Current lineup:");
+  session.console.waitUntilBlocked();  // as a terminal that is slow
+  session.type(kCtrlC);
+  const std::string rest = session.console.readUntil("\r\n> ");
+  EXPECT_LT(rest.size(), 100'000U);
+  session.type("quit\n");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_F(CtrlC, LetsACallSucceed) {
+  Session session(start());
+  beginCommit(session, true);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.waitUntilTaken(SIGINT);
+  controller.release();
+  session.console.readUntil("\r\n");
+  session.console.readUntil("> ");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  session.type("quit\n");
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out.find("NOTE"), std::string::npos);
+}
+
+TEST_F(CtrlC, LetsACallFailWithItsLine) {
+  Session session(start());
+  beginCommit(session, false);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.waitUntilTaken(SIGINT);
+  controller.release();
+  session.console.readUntil("\r\nERROR: Could not set LineupConfig to ControllerTask\r\n");
+  session.console.readUntil("(changes to commit) > ");
+  session.type("commit\n");
+  controller.waitForCalls(3);
+  session.type("quit\n");
+  EXPECT_EQ(session.console.finish().status, 0);
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+}
+
+TEST_F(CtrlC, TwiceDuringACallEndsTheConsoleAndRescuesTheEdits) {
+  Session session(start());
+  beginCommit(session, false);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.waitUntilTaken(SIGINT);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.waitUntilTaken(SIGINT);
+  controller.release();
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.signal, SIGINT);
+  EXPECT_NE(outcome.out.find("The uncommitted changes are in " + folder.path()), std::string::npos);
+}
+
+TEST_F(CtrlC, FollowedByAnotherSignalEndsTheConsole) {
+  Session session(start());
+  beginCommit(session, false);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.signal(SIGTERM);
+  session.console.waitUntilTaken(SIGTERM);
+  controller.release();
+  EXPECT_EQ(session.console.finish().signal, SIGTERM);
+}
+
+TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
+  CatalogueFile catalogue(lineup::test::kCataloguePath);
+  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "News"}});
+  Session session(start());
+  session.expect("> |");
+  {
+    const CatalogueLock lock(lineup::test::kCataloguePath);
+    session.type("adddvb 1\n");
+    session.console.readUntil("intento: 0");
+    session.type(kCtrlC);
+    session.expect("^C\n> |");
+  }
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileIsRead) {
+  const std::string file = folder.file("file");
+  runConsole({}, "id 3\nsave " + file + "\n");
+  std::ifstream saved(file);
+  const std::string text{std::istreambuf_iterator<char>(saved), {}};
+  fs::remove(file);
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  Session session(start());
+  session.expect("> |");
+  session.type("restore " + file + "\n");
+  const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+  EXPECT_EQ(write(writer, text.data(), text.size() - 1), static_cast<ssize_t>(text.size() - 1));
+  session.console.waitUntilBlocked();
+  session.type(kCtrlC);
+  session.expect("^C\n> |");
+  close(writer);
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileWasNotSent) {
+  const std::string file = folder.file("file");
+  runConsole({}, "id 3\nsave " + file + "\n");
+  Session session(start());
+  session.expect("> |");
+  controller.answerNext(stalled(false));
+  session.type("restore " + file + "\n");
+  controller.waitForCalls(3);
+  session.type(kCtrlC);
+  session.console.readUntil("^C");
+  session.console.waitUntilTaken(SIGINT);
+  controller.release();
+  session.console.readUntil("ControllerTask\r\n\r\n> ");
+  session.screen.show("\r> ");
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, WithoutLineEditingEndsTheConsole) {
+  Start dumb = start();
+  dumb.environment["TERM"] = "dumb";
+  Session session(dumb);
+  session.expect("> |");
+  session.type("findsat O'Neil\n");
+  session.console.readUntil("intento: 0");
+  session.type(kCtrlC);
+  EXPECT_EQ(session.console.finish().signal, SIGINT);
+}
+
+}  // namespace
