@@ -27,6 +27,7 @@
 
 #include "support/column_list.h"
 #include "support/ending_signals.h"
+#include "support/history_file.h"
 #include "support/line_history.h"
 #include "support/line_screen.h"
 #include "support/terminal_keys.h"
@@ -174,7 +175,7 @@ class LineEditor {
   static LineEditor* start();
 
   Edited edit(const std::string& prompt, const Completer& complete, std::string& line);
-  void remember(const std::string& line) { history_.add(lettersOf(line)); }
+  void remember(const std::string& line);
 
  private:
   LineEditor() = default;
@@ -285,6 +286,9 @@ bool LineEditor::prepare(const char* terminal) {
       +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
   bindKeys();
   makeRoom(1);
+  for (const std::string& line : readHistoryFile()) {
+    history_.add(lettersOf(line));
+  }
   return true;
 }
 
@@ -564,6 +568,15 @@ void LineEditor::startAgain() {
 }
 
 // ---- earlier lines
+
+void LineEditor::remember(const std::string& line) {
+  const std::wstring letters = lettersOf(line);
+  if (letters.empty() || (history_.size() > 0 && history_[history_.size() - 1] == letters)) {
+    return;
+  }
+  history_.add(letters);
+  appendToHistoryFile(line, LineHistory::kMost);
+}
 
 /// Makes the line the one of this place in the history; behind its end it is what was typed.
 void LineEditor::recall(std::size_t line) {

@@ -18,6 +18,6 @@ bool canEditLines();
 /// found, and what was typed ahead is kept. Only where canEditLines().
 Edited editLine(const std::string& prompt, const Completer& complete, std::string& line);
 
-/// Adds `line` to the lines that can be found again, unless it is empty or the same as the last
-/// one.
+/// Adds `line` to the lines that can be found again, in later consoles too, unless it is empty or
+/// the same as the last one.
 void rememberLine(const std::string& line);

@@ -2,12 +2,6 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr std::size_t kRememberedLines = 1000;
-
-}  // namespace
-
 void LineHistory::add(const std::wstring& line) {
   if (line.empty()) {
     return;
@@ -17,7 +11,7 @@ void LineHistory::add(const std::wstring& line) {
     lines_.erase(same);
   }
   lines_.push_back(line);
-  if (lines_.size() > kRememberedLines) {
+  if (lines_.size() > kMost) {
     lines_.pop_front();
   }
 }

@@ -11,6 +11,8 @@
 /// the last.
 class LineHistory {
  public:
+  static constexpr std::size_t kMost = 1000;
+
   /// Where a line was found.
   struct Place {
     std::size_t line;

@@ -44,6 +44,7 @@ class EditsCopy : public testing::Test {
     start.terminal = true;
     start.environment["XDG_STATE_HOME"] = state.path();
     start.environment["TERM"] = terminal;
+    start.environment["LINEUP_HISTORY"] = "";  // nothing but copies is in the folder
     return start;
   }
 

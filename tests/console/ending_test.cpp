@@ -61,6 +61,7 @@ class Ending : public testing::Test {
     start.terminal = terminal;
     start.environment["XDG_STATE_HOME"] = folder.path();
     start.environment["TERM"] = "dumb";
+    start.environment["LINEUP_HISTORY"] = "";  // nothing but copies is in the folder
     return start;
   }
 

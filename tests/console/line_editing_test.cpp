@@ -736,6 +736,7 @@ TEST_F(OnATerminal, EveryOtherWayOutRestoresTheTerminalToo) {
 TEST_F(OnATerminal, AHungUpTerminalEndsTheConsoleAfterTheRescue) {
   Start start = onTerminal();
   start.environment["XDG_STATE_HOME"] = folder.path();
+  start.environment["LINEUP_HISTORY"] = "";
   {
     Session session(start);
     session.expect("> |");
@@ -752,6 +753,7 @@ TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAlsoWhereTheSignalIsIgnored) {
   start.program = "/bin/sh";
   start.arguments = {"-c", "trap '' HUP; exec " + std::string(kConsoleProgram)};
   start.environment["XDG_STATE_HOME"] = folder.path();
+  start.environment["LINEUP_HISTORY"] = "";
   {
     Session session(start);
     session.expect("> |");

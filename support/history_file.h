@@ -1,0 +1,18 @@
+// The lines that were entered in consoles before, in the file "history" of the state folder.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// The file is the user's own and closed to others; one that is a link, or somebody else's, is
+// neither read nor written. There is none where LINEUP_HISTORY is set and empty. Nothing is raised
+// or said: what cannot be read or written is left out.
+
+/// The lines of the file, the oldest first.
+std::vector<std::string> readHistoryFile();
+
+/// Adds `line`, which has no line feed, behind those that any console has added meanwhile, and
+/// leaves out the oldest beyond `most` lines.
+void appendToHistoryFile(const std::string& line, std::size_t most);

@@ -1,0 +1,197 @@
+// The lines that are kept between consoles.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/console/terminal_session.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using lineup::test::FakeController;
+using lineup::test::onTerminal;
+using lineup::test::run;
+using lineup::test::Session;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+namespace fs = std::filesystem;
+
+constexpr char kUp[] = "\x1b[A";
+
+class History : public testing::Test {
+ protected:
+  Start start() const {
+    Start start = onTerminal();
+    start.environment["XDG_STATE_HOME"] = state.path();
+    return start;
+  }
+
+  /// Types lines that each lead to a prompt without changes, in a console of their own.
+  static void enter(const Start& start, const std::vector<std::string>& lines) {
+    Session session(start);
+    session.expect("> |");
+    for (const std::string& line : lines) {
+      session.type(line + "\n");
+      session.expect("> " + line + "\nInvalid command. Try 'help'.\n> |");
+    }
+    session.type("quit\n");
+    EXPECT_EQ(session.console.finish().status, 0);
+  }
+
+  /// Expects that Up in a new console leads to `lines`, the last one first.
+  static void expectRecalled(const Start& start, const std::vector<std::string>& lines) {
+    Session session(start);
+    session.expect("> |");
+    for (const std::string& line : lines) {
+      session.type(kUp);
+      session.expect("> " + line + "|");
+    }
+  }
+
+  std::string content() const {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  void makeFolder() const { fs::create_directory(fs::path(path).parent_path()); }
+
+  TemporaryFolder state;
+  TemporaryFolder elsewhere;
+  const std::string path = state.file("lineup-console/history");
+  FakeController controller;
+};
+
+TEST_F(History, IsKeptForTheNextConsoleAndClosedToOthers) {
+  enter(start(), {"first", "Étoile \xE2\x98\x85", "second", "second"});
+  EXPECT_EQ(content(), "first\nÉtoile \xE2\x98\x85\nsecond\nquit\n");
+  struct stat status {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+  expectRecalled(start(), {"quit", "second", "Étoile \xE2\x98\x85", "first"});
+}
+
+TEST_F(History, OfTwoConsolesIsThatOfBoth) {
+  Session one(start());
+  Session other(start());
+  one.expect("> |");
+  other.expect("> |");
+  std::string expected;
+  for (const std::string line : {"a", "b", "c"}) {
+    for (Session* session : {&one, &other}) {
+      const std::string typed = line + (session == &one ? "1" : "2");
+      session->type(typed + "\n");
+      session->expect("> " + typed + "\nInvalid command. Try 'help'.\n> |");
+      expected += typed + "\n";
+    }
+  }
+  EXPECT_EQ(content(), expected);
+}
+
+TEST_F(History, IsTheLastThousandLines) {
+  makeFolder();
+  std::string kept;
+  for (int line = 1; line < 1000; ++line) {
+    kept += "line " + std::to_string(line) + "\n";
+  }
+  std::ofstream(path) << "oldest\nold\n" << kept;
+  enter(start(), {"new"});
+  kept.erase(0, kept.find('\n') + 1);
+  EXPECT_EQ(content(), kept + "new\nquit\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(path).parent_path()), {}), 1);
+  expectRecalled(start(), {"quit", "new", "line 999"});
+}
+
+TEST_F(History, ThatWasCutGoesOnWithALineOfItsOwn) {
+  makeFolder();
+  std::ofstream(path) << "first\nsec";
+  enter(start(), {});
+  EXPECT_EQ(content(), "first\nsec\nquit\n");
+}
+
+TEST_F(History, IsOffWhereTheVariableIsEmpty) {
+  enter(start(), {"first"});
+  Start off = start();
+  off.environment["LINEUP_HISTORY"] = "";
+  enter(off, {"second"});
+  EXPECT_EQ(content(), "first\nquit\n");
+  Session session(off);
+  session.expect("> |");
+  session.type(std::string(kUp) + "x");
+  session.expect("> x|");
+}
+
+TEST_F(History, IsNotOfPipesNorOfTerminalsWithoutLineEditingNorOfAnswers) {
+  Start pipes = start();
+  pipes.terminal = false;
+  run(pipes, "help\nquit\n");
+  Start dumb = start();
+  dumb.environment["TERM"] = "dumb";
+  run(dumb, "help\nquit\n");
+  EXPECT_FALSE(fs::exists(path));
+  Session session(start());
+  session.expect("> |");
+  session.askForPlsItem();
+  session.type("1 2\n");
+  session.expect("(changes to commit) > |");
+  EXPECT_EQ(content(), "addpls\n");
+}
+
+TEST_F(History, IsNeverALink) {
+  makeFolder();
+  const std::string target = elsewhere.file("target");
+  std::ofstream(target) << "secret\n";
+  for (const bool dangling : {false, true}) {
+    fs::remove(path);
+    fs::create_symlink(dangling ? elsewhere.file("none") : target, path);
+    enter(start(), {"first"});
+    Session session(start());
+    session.expect("> |");
+    session.type(std::string(kUp) + "x");
+    session.expect("> x|");
+  }
+  std::ifstream file(target);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "secret\n");
+  EXPECT_FALSE(fs::exists(elsewhere.file("none")));
+}
+
+TEST_F(History, IsNeverAPipeOrAFolder) {
+  makeFolder();
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  enter(start(), {"first"});
+  fs::remove(path);
+  fs::create_directory(path);
+  enter(start(), {"first"});
+  EXPECT_TRUE(fs::is_empty(path));
+}
+
+TEST_F(History, OfSomebodyElseIsLeftAlone) {
+  makeFolder();
+  std::ofstream(path) << "theirs\n";
+  if (geteuid() != 0 || chown(path.c_str(), 1, 1) != 0) {
+    GTEST_SKIP() << "no file of somebody else can be made";
+  }
+  enter(start(), {"first"});
+  EXPECT_EQ(content(), "theirs\n");
+}
+
+TEST_F(History, ThatIsOpenToOthersIsClosed) {
+  makeFolder();
+  std::ofstream(path) << "first\n";
+  ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+  enter(start(), {});
+  struct stat status {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+}  // namespace
