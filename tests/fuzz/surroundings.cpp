@@ -104,7 +104,11 @@ bool readCommandLine(const std::string& /*prompt*/, Completer /*complete*/, std:
 
 void endIfSignalled() {}
 void waitFor(std::chrono::microseconds /*duration*/) {}
+void endIfInterrupted() {}
 bool isSignalled() {
+  return false;
+}
+bool isInterrupted() {
   return false;
 }
 
