@@ -1,0 +1,63 @@
+# Copyright the lineup console's authors
+# Licensed under the Apache License, Version 2.0
+# SPDX-License-Identifier: Apache-2.0
+
+"""The part of lineup_config on the control node: takes files from there to the headend."""
+
+from __future__ import absolute_import, division, print_function
+
+__metaclass__ = type
+
+from ansible.errors import AnsibleError
+from ansible.module_utils.parsing.convert_bool import boolean
+from ansible.plugins.action import ActionBase
+
+
+def renamed(value, places):
+    """A result of the module, with the files' names on the control node."""
+    if isinstance(value, dict):
+        return dict((key, renamed(member, places)) for key, member in value.items())
+    if isinstance(value, list):
+        return [renamed(member, places) for member in value]
+    if isinstance(value, str):
+        for place, ours in places.items():
+            value = value.replace(place, ours)
+    return value
+
+
+class ActionModule(ActionBase):
+
+    TRANSFERS_FILES = True
+
+    def run(self, tmp=None, task_vars=None):
+        result = super(ActionModule, self).run(tmp, task_vars)
+        arguments = dict(self._task.args)
+        places = {}
+        try:
+            if not boolean(arguments.get("remote_src", False), strict=False):
+                places = self._transfer(arguments)
+            done = self._execute_module(module_name="lineup.console.lineup_config", module_args=arguments,
+                                        task_vars=task_vars)
+            result.update(renamed(done, places))
+        except AnsibleError as error:
+            result.update(failed=True, msg=str(error))
+        finally:
+            self._remove_tmp_path(self._connection._shell.tmpdir)
+        return result
+
+    def _transfer(self, arguments):
+        """Takes the files to the headend, puts their places there in the arguments, and returns which
+        file each place stands for."""
+        places = {}
+        for name in ("src", "expect"):
+            if arguments.get(name):
+                ours = str(arguments[name])
+                real = self._loader.get_real_file(self._find_needle("files", ours), decrypt=True)
+                if self._connection._shell.tmpdir is None:
+                    self._make_tmp_path()
+                place = self._connection._shell.join_path(self._connection._shell.tmpdir, name + ".json")
+                arguments[name] = self._transfer_file(real, place)
+                places[place] = ours
+        if places:
+            self._fixup_perms2([self._connection._shell.tmpdir] + list(places), execute=False)
+        return places

@@ -1,0 +1,93 @@
+"""The collection itself: that it is whole, documented, and as Ansible's own checks want it.
+
+Usage: collection_test.py PROJECT
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROJECT = sys.argv.pop(1)
+SOURCE = os.path.join(PROJECT, "packaging/ansible")
+PYTHON = "/usr/bin/python3"  # the one that Debian's packages are for
+
+# Those of ansible-test's checks that need nothing from the network. It would load what the others need;
+# of them, validate-modules runs by itself.
+CHECKS = """action-plugin-docs changelog compile empty-init future-import-boilerplate ignores line-endings
+    metaclass-boilerplate no-assert no-basestring no-dict-iteritems no-dict-iterkeys no-dict-itervalues
+    no-get-exception no-illegal-filenames no-main-display no-smart-quotes no-unicode-literals
+    replace-urlopen shebang symlinks use-argspec-type-path use-compat-six"""
+VALIDATE = "/usr/lib/python3/dist-packages/ansible_test/_util/controller/sanity/validate-modules/validate.py"
+
+
+class Collection(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.home = tempfile.mkdtemp()
+        cls.folder = os.path.join(cls.home, "ansible_collections/lineup/console")
+        shutil.copytree(SOURCE, cls.folder, ignore=shutil.ignore_patterns("__pycache__"))
+        cls.environment = dict(os.environ, HOME=cls.home, ANSIBLE_HOME=cls.home, LC_ALL="C.UTF-8",
+                               PATH="/usr/bin:" + os.environ["PATH"], ANSIBLE_COLLECTIONS_PATH=cls.home)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.home)
+
+    def run_well(self, *words):
+        """What a command prints that has to end well."""
+        done = subprocess.run(words, cwd=self.folder, env=self.environment, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, timeout=240, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout)
+        return done.stdout
+
+    def test_has_the_version_of_the_console(self):
+        with open(os.path.join(PROJECT, "packaging/debian/changelog"), encoding="utf-8") as changelog:
+            version = re.match(r"\S+ \(([0-9.]+)", changelog.readline()).group(1)
+        with open(os.path.join(SOURCE, "galaxy.yml"), encoding="utf-8") as galaxy:
+            self.assertIn("\nversion: " + version + "\n", galaxy.read())
+        with open(os.path.join(SOURCE, "CHANGELOG.md"), encoding="utf-8") as changes:
+            self.assertIn("\n## " + version + "\n", changes.read())
+
+    def test_is_built_and_installed(self):
+        built = os.path.join(self.home, "built")
+        self.run_well("ansible-galaxy", "collection", "build", "--output-path", built)
+        archive = os.path.join(built, os.listdir(built)[0])
+        place = os.path.join(self.home, "installed")
+        self.run_well("ansible-galaxy", "collection", "install", "-p", place, archive)
+        installed = os.path.join(place, "ansible_collections/lineup/console")
+        for name in ("LICENSE", "plugins/modules/lineup_config.py", "roles/headend/tasks/main.yml"):
+            with open(os.path.join(installed, name), encoding="utf-8") as file, \
+                    open(os.path.join(SOURCE, name), encoding="utf-8") as source:
+                self.assertEqual(file.read(), source.read())
+
+    def test_passes_the_checks_of_ansible_test(self):
+        tests = [word for check in CHECKS.split() for word in ("--test", check)]
+        version = self.run_well(PYTHON, "-c", "import sys; print('%d.%d' % sys.version_info[:2])").strip()
+        self.run_well("ansible-test", "sanity", "--color", "no", "--python", version, *tests)
+
+    def test_has_modules_whose_documentation_is_valid(self):
+        if subprocess.run([PYTHON, "-c", "import voluptuous"], stderr=subprocess.DEVNULL,
+                          check=False).returncode != 0:
+            self.skipTest("python3-voluptuous is not installed")
+        done = subprocess.run(
+            [PYTHON, VALIDATE, "--format", "plain", "--collection", "ansible_collections/lineup/console",
+             "plugins/modules"],
+            cwd=self.folder, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            text=True, timeout=120, check=False)
+        # The licence is this project's.
+        said = [line for line in done.stdout.splitlines() if "missing-gplv3-license" not in line]
+        self.assertEqual(said, [])
+        self.assertEqual(len(done.stdout.splitlines()), 2)  # one for each module: it looked at both
+
+    def test_passes_ansible_lint(self):
+        if shutil.which("ansible-lint") is None:
+            self.skipTest("ansible-lint is not installed")
+        self.run_well("ansible-lint", "--offline", "--strict", "-p")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

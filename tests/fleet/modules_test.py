@@ -1,0 +1,204 @@
+"""The modules on one headend, over ssh: what they change, what they say, and what they leave behind.
+
+Run by scripts/fleet 1.
+"""
+
+import json
+import os
+import subprocess
+import unittest
+
+from headends import (LINEUP, calls, config, headend, kill, module, module_command, own, processes, run,
+                      wait_until)
+
+ID = "/headendGlobalConfig/headendId"
+BACKUPS = "/var/lib/lineup-console"
+
+
+def running_id():
+    return config(1)["headendGlobalConfig"]["headendId"]
+
+
+def leftovers():
+    """Files for a while on the headend that are still there."""
+    return headend(1, "find", "/root", "/tmp", "-type", "f", "-path", "*ansible*").split()
+
+
+def apply(number, *options):
+    """Arguments of lineup_config for one lineup and this id."""
+    return dict({"src": LINEUP, "patch": own(ID, number)}, **dict(options))
+
+
+class OnAHeadend(unittest.TestCase):
+    def setUp(self):
+        headend(1, "off")
+        headend(1, "on")
+        headend(1, "mkdir", "-p", BACKUPS)
+        headend(1, "sh", "-c", ": >/var/log/headend-simulator.log; rm -f " + BACKUPS + "/*")
+
+    def restart(self, *options):
+        headend(1, "off")
+        headend(1, "on", *options)
+
+    def start_from(self, number):
+        """Has the headend run the lineup with this id."""
+        self.assertFalse(module("lineup_config", apply(number))["failed"])
+
+    def expect_failure(self, result, reason, rc, *parts):
+        self.assertTrue(result["failed"], result)
+        self.assertEqual((result["reason"], result["rc"]), (reason, rc), result)
+        for part in parts:
+            self.assertIn(part, result["msg"])
+        self.assertEqual(leftovers(), [])
+
+
+class LineupConfig(OnAHeadend):
+    def test_changes_only_what_differs(self):
+        self.start_from(3)
+        self.assertEqual(running_id(), 3)
+        before = len(calls(1))
+        again = module("lineup_config", apply(3))
+        self.assertEqual((again["failed"], again["changed"], again["difference"]), (False, False, []))
+        self.assertEqual(calls(1)[before:], ["getHeadendConfig"])
+        other = module("lineup_config", apply(4))
+        self.assertEqual((other["changed"], other["difference"]), (True, ["id: 3 -> 4"]))
+        self.assertEqual(running_id(), 4)
+        self.assertEqual(leftovers(), [])
+
+    def test_sends_nothing_in_check_mode_and_shows_the_difference(self):
+        self.start_from(3)
+        before = len(calls(1))
+        result = module("lineup_config", apply(5, ("backup", True)), "--check", "--diff")
+        self.assertEqual((result["failed"], result["changed"]), (False, True))
+        self.assertEqual(result["difference"], ["id: 3 -> 5"])
+        self.assertTrue(result["printed"].startswith("id: 3 -> 5\n"), result["printed"])
+        self.assertNotIn("backup_file", result)
+        self.assertEqual(calls(1)[before:], ["getHeadendConfig"])
+        self.assertEqual(headend(1, "ls", BACKUPS), "")
+        self.assertFalse(module("lineup_config", apply(3), "--check", "--diff")["changed"])
+
+    def test_keeps_what_ran(self):
+        self.start_from(3)
+        result = module("lineup_config", apply(4, ("backup", True), ("backup_keep", 1)))
+        self.assertEqual(result["difference"], ["id: 3 -> 4"])
+        kept = result["backup_file"]
+        self.assertEqual(headend(1, "lineupctl", "diff", kept, kept), "")
+        held = json.loads(headend(1, "lineupctl", "show", "--format", "json", kept))
+        self.assertEqual(held["headendGlobalConfig"]["headendId"], 3)
+        # The newest backup may hold what runs already.
+        module("lineup_config", apply(3))
+        again = module("lineup_config", apply(5, ("backup", True), ("backup_keep", 1)))
+        self.assertEqual(again["backup_file"], kept)
+        self.assertEqual(headend(1, "ls", BACKUPS), os.path.basename(kept) + "\n")
+
+    def test_takes_files_on_the_headend(self):
+        headend(1, "lineupctl", "save", "/root/saved.json")
+        result = module("lineup_config", {"src": "/root/saved.json", "remote_src": True,
+                                          "expect": "/root/saved.json", "patch": own(ID, 8)})
+        self.assertEqual(result["failed"], False, result)
+        self.assertEqual(running_id(), 8)
+        missing = module("lineup_config", {"src": "/root/none.json", "remote_src": True})
+        self.expect_failure(missing, "file", 3, "/root/none.json: No such file or directory")
+        headend(1, "rm", "/root/saved.json")
+
+    def test_says_that_something_else_runs_than_was_expected(self):
+        self.start_from(3)
+        before = len(calls(1))
+        for mode in ([], ["--check"]):
+            result = module("lineup_config", apply(4, ("expect", LINEUP)), *mode)
+            self.expect_failure(result, "expect", 1, "nothing was sent: lineup.json: is not what runs")
+        self.assertEqual(calls(1)[before:], ["getHeadendConfig"] * 2)
+
+    def test_says_what_is_wrong_with_a_file(self):
+        before = calls(1)
+        with open("half.json", "w", encoding="utf-8") as half, open(LINEUP, encoding="utf-8") as whole:
+            half.write(whole.read()[:500])
+        self.expect_failure(module("lineup_config", {"src": "half.json"}), "file", 3,
+                            ": half.json: is no complete configuration")
+        self.expect_failure(module("lineup_config", apply("3")), "file", 3,
+                            ": the patch: leaves no complete configuration: " + ID)
+        result = module("lineup_config", {"src": "none.json"})
+        self.assertTrue(result["failed"])
+        self.assertIn("none.json", result["msg"])
+        self.assertEqual(calls(1), before)
+
+    def test_sends_nothing_if_what_ran_cannot_be_kept(self):
+        result = module("lineup_config", apply(4, ("backup", True), ("backup_dir", "/nowhere")))
+        self.expect_failure(result, "file", 3, "/nowhere: No such file or directory")
+        self.assertFalse(result["changed"])
+        self.assertNotIn("setHeadendConfig", calls(1))
+
+    def test_says_what_lineupctl_does_not_take(self):
+        result = module("lineup_config", apply(4, ("backup", True), ("backup_keep", 0)))
+        self.expect_failure(result, "usage", 2, '--keep: "0" is no whole number from 1')
+
+    def test_says_that_the_controller_refuses_breaks_off_or_is_away(self):
+        before = running_id()
+        self.restart("--refuse", "setHeadendConfig")
+        self.expect_failure(module("lineup_config", apply(4)), "controller", 4,
+                            "the controller is not ready: refused", "was taken over is not known")
+        self.restart("--break", "setHeadendConfig")
+        self.expect_failure(module("lineup_config", apply(4)), "controller", 4, "is not known")
+        self.assertEqual(running_id(), before)
+        kill("headend-simulator")
+        self.expect_failure(module("lineup_config", apply(4)), "controller", 4, "Connection refused")
+
+    def test_says_that_something_else_runs_than_was_sent(self):
+        # Reading back takes long enough for somebody else.
+        self.restart("--delay", "getHeadendConfig:2=10")
+        with subprocess.Popen(module_command("lineup_config", apply(4)), stdout=subprocess.PIPE, text=True) as sending:
+            wait_until(lambda: "setHeadendConfig" in calls(1))
+            headend(1, "sh", "-c", "cat >/root/patch.json", stdin=json.dumps(own(ID, 9)))
+            headend(1, "lineupctl", "save", "/root/saved.json")
+            headend(1, "lineupctl", "apply", "--patch", "/root/patch.json", "/root/saved.json")
+            said = sending.communicate()[0]
+        self.assertEqual(sending.returncode, 2, said)
+        self.assertIn("the headend runs something else than was sent: lineup.json: was sent, but", said)
+        self.assertIn('"reason": "other"', said)
+        self.assertIn('"changed": true', said)
+        self.assertIn("id: 4 -> 9", said)
+
+    def test_says_that_it_was_killed(self):
+        self.restart("--delay", "setHeadendConfig=60")
+        with subprocess.Popen(module_command("lineup_config", apply(4)), stdout=subprocess.PIPE, text=True) as sending:
+            # It has the difference, and sends.
+            wait_until(lambda: processes("lineupctl") and calls(1)[-1:] == ["getHeadendConfig"])
+            kill("lineupctl")
+            said = sending.communicate()[0]
+        self.assertIn("signal 9 ended lineupctl", said)
+        self.assertIn('"reason": "signal"', said)
+
+    def test_says_that_lineupctl_is_not_there(self):
+        headend(1, "umount", "/usr/local/bin/lineupctl")
+        for name, arguments in (("lineup_config", apply(4)), ("lineup_facts", {})):
+            result = module(name, arguments)
+            self.assertTrue(result["failed"])
+            self.assertIn('Failed to find required executable "lineupctl"', result["msg"])
+
+
+class LineupFacts(OnAHeadend):
+    def test_are_what_the_headend_runs(self):
+        facts = module("lineup_facts")["ansible_facts"]
+        self.assertEqual(facts["lineup_running"], config(1))
+        version = headend(1, "lineupctl", "--version").split()[1]
+        self.assertEqual(facts["lineup_version"], version)
+        inputs = facts["lineup_rf_inputs"]
+        self.assertEqual(sorted(inputs), ["SAT%d" % n for n in range(1, 9)] + ["TDT1", "TDT2"])
+        self.assertEqual(inputs["SAT1"], {"enabled": True, "locked": True})
+        self.assertEqual(inputs["SAT3"], {"enabled": False, "locked": False})
+
+    def test_fail_where_the_controller_is_away(self):
+        kill("headend-simulator")
+        self.expect_failure(module("lineup_facts"), "controller", 4, "Connection refused")
+
+
+class Documentation(unittest.TestCase):
+    def test_is_shown_by_ansible_doc(self):
+        for name in ("lineup_config", "lineup_facts"):
+            shown = run("ansible-doc", "lineup.console." + name).stdout
+            for part in ("EXAMPLES:", "RETURN VALUES:", "REQUIREMENTS:"):
+                self.assertIn(part, shown)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
