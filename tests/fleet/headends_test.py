@@ -1,0 +1,145 @@
+"""Five headends under one playbook: what is changed, what is said, and what is left of faults.
+
+Run by scripts/fleet 5.
+"""
+
+import os
+import re
+import signal
+import subprocess
+import unittest
+
+from headends import calls, config, headend, kill, processes, run, wait_until
+
+ALL = (1, 2, 3, 4, 5)
+BACKUPS = "/var/lib/lineup-console"
+
+
+def play(*options):
+    """Runs the playbook. Returns its status, what it says, and its recap: counts by headend."""
+    done = run("ansible-playbook", *options, "site.yml")
+    recap = {}
+    for number, counts in re.findall(r"^headend(\d+) +: (.*)$", done.stdout, re.MULTILINE):
+        recap[int(number)] = dict((word, int(count)) for word, count in re.findall(r"(\w+)=(\d+)", counts))
+    return done.returncode, done.stdout, recap
+
+
+def changed(recap):
+    return sorted(number for number, counts in recap.items() if counts["changed"])
+
+
+def name(number):
+    return config(number)["headendGlobalConfig"]["headendName"]
+
+
+def drift(number, *lines):
+    """Somebody changes a headend at its console."""
+    headend(number, "lineup-console", stdin="\n".join(lines + ("commit", "quit", "")))
+
+
+class Headends(unittest.TestCase):
+    def setUp(self):
+        for number in ALL:
+            headend(number, "off")
+            headend(number, "on")
+            headend(number, "sh", "-c", ": >/var/log/headend-simulator.log")
+        self.heal()
+
+    def heal(self):
+        status, said, recap = play()
+        self.assertEqual(status, 0, said)
+        self.expect_healthy()
+        return changed(recap)
+
+    def expect_healthy(self, *but):
+        for number in ALL:
+            if number not in but:
+                self.assertEqual(name(number), f"Site {number}")
+
+    def expect_failed(self, said, number, *parts):
+        line = re.search(rf"^fatal: \[headend{number}\]: .*$", said, re.MULTILINE)
+        self.assertTrue(line, said)
+        for part in parts:
+            self.assertIn(part, line.group(0))
+
+    def test_are_all_changed_by_the_first_run_and_none_by_the_second(self):
+        for number in ALL:
+            headend(number, "rm", "-r", BACKUPS)
+            drift(number, "id 1", "rfnum 4")
+        status, said, recap = play()
+        self.assertEqual((status, changed(recap)), (0, list(ALL)), said)
+        self.expect_healthy()
+        for number in ALL:
+            record = config(number)
+            self.assertEqual(record["headendGlobalConfig"]["headendId"], number + 1)
+            self.assertEqual(len(record["lineupConfig"]["rfEntries"]), 3)
+            self.assertEqual(len(headend(number, "ls", BACKUPS).split()), 1)
+        before = [len(calls(number)) for number in ALL]
+        status, said, recap = play()
+        self.assertEqual((status, changed(recap)), (0, []), said)
+        self.assertEqual([calls(number)[count:] for number, count in zip(ALL, before)],
+                         [["getHeadendConfig"]] * len(ALL))
+
+    def test_show_a_drift_and_nothing_else(self):
+        drift(3, "id 9", "rfnum 4")
+        status, said, recap = play("--check", "--diff")
+        self.assertEqual((status, changed(recap)), (0, [3]), said)
+        self.assertIn("\nid: 9 -> 4\nrfnum: 4 -> 6\nchanged: [headend3]\n", said)
+        self.assertEqual(said.count(" -> "), 2)
+        self.assertEqual(config(3)["headendGlobalConfig"]["headendId"], 9)  # as it is a check
+        self.assertEqual(self.heal(), [3])
+
+    def test_that_fail_are_reported_for_what_they_are_and_stop_no_others(self):
+        for number in ALL:
+            drift(number, "rfnum 4")
+        headend(1, "off")
+        headend(2, "off")
+        headend(2, "on", "--refuse", "setHeadendConfig")
+        headend(3, "mount", "-t", "tmpfs", "-o", "size=4k,mode=700", "tmpfs", BACKUPS)
+        headend(3, "sh", "-c", f"head -c 4096 /dev/zero >{BACKUPS}/full")
+        status, said, recap = play()
+        self.assertNotEqual(status, 0)
+        self.expect_failed(said, 1, "UNREACHABLE!", "ssh")
+        self.expect_failed(said, 2, '"reason": "controller"', "the controller is not ready: refused")
+        self.expect_failed(said, 3, '"reason": "file"', "No space left on device")
+        self.assertEqual([number for number in ALL if recap[number]["failed"]], [2, 3])
+        self.assertEqual([number for number in ALL if recap[number]["unreachable"]], [1])
+        self.assertEqual(changed(recap), [4, 5])
+        headend(1, "on")
+        headend(2, "off")
+        headend(2, "on")
+        headend(3, "umount", BACKUPS)
+        self.assertEqual(self.heal(), [1, 2, 3])
+        self.assertEqual(changed(play()[2]), [])
+
+    def test_have_the_old_or_the_new_configuration_when_a_run_is_killed(self):
+        drift(1, "rfnum 4", "country italy")
+        with open("other.json", "w", encoding="utf-8") as other:
+            headend(1, "lineupctl", "save", "/root/other.json")
+            other.write(headend(1, "cat", "/root/other.json"))
+        self.heal()
+        old = [config(number) for number in ALL]
+        for number in (2, 3, 4, 5):
+            headend(number, "off")
+            headend(number, "on", "--delay", "setHeadendConfig=8")
+        before = calls(1).count("setHeadendConfig")
+        # Two at a time: when the first is done, the second sends, and the last has not begun.
+        command = ["ansible-playbook", "--forks", "2", "-e", "lineup_file=other.json", "site.yml"]
+        with subprocess.Popen(command, stdout=subprocess.DEVNULL, start_new_session=True) as playbook:
+            wait_until(lambda: calls(1).count("setHeadendConfig") > before and processes("lineupctl"))
+            os.killpg(playbook.pid, signal.SIGKILL)
+        kill("lineupctl")
+        wait_until(lambda: not processes("lineupctl"))
+        found = [config(number) for number in ALL]
+        status, said, _ = play("-e", "lineup_file=other.json")
+        self.assertEqual(status, 0, said)
+        new = [config(number) for number in ALL]
+        self.assertEqual(found[0], new[0])
+        self.assertEqual(found[4], old[4])
+        for number in ALL:
+            self.assertNotEqual(old[number - 1], new[number - 1])
+            self.assertIn(found[number - 1], (old[number - 1], new[number - 1]))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
