@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/commands.h"
+#include "app/overviews.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/line_editing.h"
@@ -45,13 +46,15 @@ bool runInterruptibly(LineupEditor& editor, const std::string& line) {
 void LineupEditor::runPromptLoop() {
   fetchHeadendConfig();
   std::cout << "Enter 'help' and press return for help" << std::endl;
-  const Completer complete = [this](const std::string& begun) {
-    return completeCommandLine(begun, config);
+  const LineAids aids{
+      .complete = [this](const std::string& begun) { return completeCommandLine(begun, config); },
+      .f2 = [this] { return changesToCommit(config); },
+      .f3 = [this] { return lineupTables(config); },
   };
   std::string line;
   while (true) {
     const char* const prompt = pendingChanges ? "(changes to commit) > " : "> ";
-    if (!readCommandLine(prompt, complete, line)) {
+    if (!readCommandLine(prompt, aids, line)) {
       break;
     }
     if (!runInterruptibly(*this, line)) {

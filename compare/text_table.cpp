@@ -83,6 +83,10 @@ std::string tableText(const TextTable& table) {
   return text;
 }
 
+std::string titledText(const std::string& title, const TextTable& table) {
+  return table.rows.empty() ? title + ": none\n" : title + "\n" + tableText(table);
+}
+
 std::string tableCsv(const TextTable& table) {
   std::string text;
   addCsvRow(text, table.columns);

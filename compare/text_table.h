@@ -17,6 +17,9 @@ struct TextTable {
 /// columns two blanks apart. Control characters and what is no UTF-8 are escaped.
 std::string tableText(const TextTable& table);
 
+/// The table under its title, which says "none" where there are no rows.
+std::string titledText(const std::string& title, const TextTable& table);
+
 /// The table as comma-separated values (RFC 4180, lines end with a line feed), its first line the
 /// names of the columns.
 std::string tableCsv(const TextTable& table);

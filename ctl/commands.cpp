@@ -77,8 +77,7 @@ std::string sectionsText(const std::vector<Section>& sections, const HeadendConf
     const TextTable table =
         section.table == nullptr ? rfInputsTable(runningStatus()) : section.table(config);
     text += text.empty() ? "" : "\n";
-    text += std::string(section.title) + (table.rows.empty() ? ": none" : "") + "\n";
-    text += table.rows.empty() ? "" : tableText(table);
+    text += titledText(section.title, table);
   }
   return text;
 }

@@ -30,6 +30,7 @@
 #include "support/history_file.h"
 #include "support/line_history.h"
 #include "support/line_screen.h"
+#include "support/pager.h"
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
 
@@ -174,7 +175,7 @@ class LineEditor {
   /// Null if there is no terminal to edit on.
   static LineEditor* start();
 
-  Edited edit(const std::string& prompt, const Completer& complete, std::string& line);
+  Edited edit(const std::string& prompt, const LineAids& aids, std::string& line);
   void remember(const std::string& line);
 
  private:
@@ -205,6 +206,9 @@ class LineEditor {
   void eraseToBlank();
   void keepForUndo(wchar_t key);
   void undo();
+
+  void showOverview(const std::function<std::string()>& overview);
+  void show(const std::string& text);
 
   void completeWord();
   void replaceWord(const std::string& typed, const std::string& word);
@@ -238,7 +242,7 @@ class LineEditor {
   // The line being edited.
   std::wstring prompt_{};
   std::wstring note_{};  ///< shown below it
-  Completer complete_{};
+  const LineAids* aids_ = nullptr;
   std::size_t recalled_ = 0;  ///< its place in the history
   std::wstring typed_{};      ///< what was typed in the last place
   std::vector<std::wstring> before_{};
@@ -373,13 +377,13 @@ LineEditor& LineEditor::of(EditLine* lib) {
 
 // ---- a line
 
-Edited LineEditor::edit(const std::string& prompt, const Completer& complete, std::string& line) {
+Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::string& line) {
   line.clear();
   if (atEnd_) {
     return Edited::End;
   }
   prompt_ = lettersOf(prompt);
-  complete_ = complete;
+  aids_ = &aids;
   recalled_ = history_.size();
   before_.clear();
   typing_ = endTyped_ = started_ = false;
@@ -473,6 +477,12 @@ bool LineEditor::handle(wchar_t key) {
       return true;
     case key::kTab:
       completeWord();
+      return true;
+    case key::kF2:
+      showOverview(aids_->f2);
+      return true;
+    case key::kF3:
+      showOverview(aids_->f3);
       return true;
     case key::kClearScreen:
       put(screen_.clear());
@@ -664,6 +674,52 @@ void LineEditor::undo() {
   replaceLine(before_.back(), before_.back().size());
 }
 
+// ---- looking
+
+/// Shows what `overview` returns below the line, and the line below it.
+void LineEditor::showOverview(const std::function<std::string()>& overview) {
+  if (overview == nullptr) {
+    put("\a");
+    return;
+  }
+  draw();
+  put(screen_.leave());
+  try {
+    const InterruptibleCommand interruptible(true);
+    show(overview());
+  } catch (const EndedBySignal&) {
+    if (!isInterrupted()) {
+      throw;
+    }
+    forgetInterrupt();
+    put("\n");
+  } catch (const std::exception&) {
+    put("\a");  // no memory for it
+  }
+  screen_.begin(size().rows, size().columns);
+}
+
+/// Shows a text as it is, or in a pager if the screen has no room for it and the prompt.
+void LineEditor::show(const std::string& text) {
+  const TerminalSize screen = size();
+  std::size_t rows = 1;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::size_t letters = lettersOf(text.substr(begin, end - begin)).size();
+    rows += std::max<std::size_t>(letters + screen.columns - 1, screen.columns) / screen.columns;
+    begin = end + 1;
+  }
+  if (rows > screen.rows) {
+    mode_.restore();
+    const bool shown = showInPager(text);
+    mode_.change();
+    if (shown) {
+      return;
+    }
+  }
+  put(text);
+}
+
 // ---- completing
 
 void LineEditor::completeWord() {
@@ -672,7 +728,7 @@ void LineEditor::completeWord() {
   const std::string typed = begun.substr(begun.rfind(' ') + 1);
   std::vector<Possibility> possible;
   try {
-    possible = complete_ == nullptr ? possible : complete_(begun);
+    possible = aids_->complete == nullptr ? possible : aids_->complete(begun);
   } catch (const std::exception&) {
     possible.clear();
   }
@@ -807,8 +863,8 @@ bool canEditLines() {
   return lineEditor() != nullptr;
 }
 
-Edited editLine(const std::string& prompt, const Completer& complete, std::string& line) {
-  return lineEditor()->edit(prompt, complete, line);
+Edited editLine(const std::string& prompt, const LineAids& aids, std::string& line) {
+  return lineEditor()->edit(prompt, aids, line);
 }
 
 void rememberLine(const std::string& line) {

@@ -12,11 +12,11 @@ enum class Edited { Line, Dropped, End };
 /// call.
 bool canEditLines();
 
-/// Reads a line behind `prompt`, edited by the person at the terminal; `complete` may be empty.
+/// Reads a line behind `prompt`, edited by the person at the terminal; any of `aids` may be empty.
 /// `line` is empty unless the result is Line. Throws EndedBySignal as readCommandLine() does,
 /// except that SIGINT drops the line. Between two calls the terminal is in the mode in which it was
 /// found, and what was typed ahead is kept. Only where canEditLines().
-Edited editLine(const std::string& prompt, const Completer& complete, std::string& line);
+Edited editLine(const std::string& prompt, const LineAids& aids, std::string& line);
 
 /// Adds `line` to the lines that can be found again, in later consoles too, unless it is empty or
 /// the same as the last one.

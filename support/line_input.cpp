@@ -82,9 +82,9 @@ bool readPlainLine(const std::string& prompt, std::string& line) {
   return input.readLine(line);
 }
 
-bool readEditedLine(const std::string& prompt, const Completer& complete, std::string& line) {
+bool readEditedLine(const std::string& prompt, const LineAids& aids, std::string& line) {
   while (true) {
-    switch (editLine(prompt, complete, line)) {
+    switch (editLine(prompt, aids, line)) {
       case Edited::Line:
         rememberLine(line);
         return true;
@@ -114,10 +114,10 @@ void waitForTyping(std::span<pollfd> inputs) {
   waitForInput(inputs);
 }
 
-bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line) {
+bool readCommandLine(const std::string& prompt, const LineAids& aids, std::string& line) {
   pauseHook();
   const bool read =
-      canEditLines() ? readEditedLine(prompt, complete, line) : readPlainLine(prompt, line);
+      canEditLines() ? readEditedLine(prompt, aids, line) : readPlainLine(prompt, line);
   if (read) {
     pauseHook();
   }
@@ -125,5 +125,5 @@ bool readCommandLine(const std::string& prompt, const Completer& complete, std::
 }
 
 bool readAnswer(std::string& line) {
-  return canEditLines() ? editLine("", nullptr, line) != Edited::End : readPlainLine("", line);
+  return canEditLines() ? editLine("", {}, line) != Edited::End : readPlainLine("", line);
 }

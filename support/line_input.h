@@ -20,16 +20,24 @@ struct Possibility {
 /// by blanks; the last one is empty behind a blank. Whatever it raises counts as no possibility.
 using Completer = std::function<std::vector<Possibility>(const std::string& begun)>;
 
+/// What helps a person who edits a command line.
+struct LineAids {
+  Completer complete;
+  /// What F2 and F3 show below the line, which is then edited on. An interrupt ends them alone.
+  std::function<std::string()> f2;
+  std::function<std::string()> f3;
+};
+
 /// Reads one line of standard input up to a line feed, which is not stored, behind `prompt` on
 /// standard output. A last line without a line feed counts. Returns false at the end of input or on
 /// a read error, and from then on. Throws EndedBySignal if a signal ends the wait, or if the
 /// terminal that standard input is has hung up. Nothing else may read standard input.
 ///
-/// On a terminal the line can be edited, completed by `complete`, and found again later. SIGINT
-/// then drops the line and asks for another one.
-bool readCommandLine(const std::string& prompt, const Completer& complete, std::string& line);
+/// On a terminal the line can be edited with `aids` and found again later. SIGINT then drops the
+/// line and asks for another one.
+bool readCommandLine(const std::string& prompt, const LineAids& aids, std::string& line);
 
-/// Reads a line likewise, without prompt and completion, and does not remember it. SIGINT makes it
+/// Reads a line likewise, without prompt and aids, and does not remember it. SIGINT makes it
 /// an empty one.
 bool readAnswer(std::string& line);
 

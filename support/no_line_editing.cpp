@@ -7,7 +7,7 @@ bool canEditLines() {
 }
 
 // GCOVR_EXCL_START: never called then
-Edited editLine(const std::string& /*prompt*/, const Completer& /*complete*/, std::string& line) {
+Edited editLine(const std::string& /*prompt*/, const LineAids& /*aids*/, std::string& line) {
   line.clear();
   return Edited::End;
 }

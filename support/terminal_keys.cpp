@@ -37,6 +37,12 @@ constexpr Sequence kSequences[] = {
     {L"[1;5D", key::kWordLeft},
     {L"[1;3D", key::kWordLeft},
     {L"Od", key::kWordLeft},
+    {L"OQ", key::kF2},
+    {L"[12~", key::kF2},
+    {L"[[B", key::kF2},  // on a Linux console
+    {L"OR", key::kF3},
+    {L"[13~", key::kF3},
+    {L"[[C", key::kF3},
     {L"f", key::kWordRight},  // Alt and a letter
     {L"b", key::kWordLeft},
     {L"d", key::kEraseWord},

@@ -42,6 +42,8 @@ constexpr wchar_t kWordLeft = 0x81;
 constexpr wchar_t kWordRight = 0x82;
 constexpr wchar_t kEraseWord = 0x83;
 constexpr wchar_t kEraseWordBefore = 0x84;
+constexpr wchar_t kF2 = 0x85;
+constexpr wchar_t kF3 = 0x86;
 
 /// Whether `code` is a letter, to be inserted, and none of the above.
 bool isLetter(wchar_t code);

@@ -98,7 +98,7 @@ bool readAnswer(std::string& line) {
   return true;
 }
 
-bool readCommandLine(const std::string& /*prompt*/, Completer /*complete*/, std::string& line) {
+bool readCommandLine(const std::string& /*prompt*/, const LineAids& /*aids*/, std::string& line) {
   return readAnswer(line);
 }
 

@@ -43,6 +43,11 @@ TEST(TerminalKeys, CursorKeysOfEveryModeAreKnown) {
             (std::wstring{key::kDelete, key::kWordRight, key::kWordLeft, key::kEraseWordBefore}));
 }
 
+TEST(TerminalKeys, FunctionKeysOfEveryModeAreKnown) {
+  EXPECT_EQ(keysIn("\x1bOQ\x1b[12~\x1b[[B"), (std::wstring{key::kF2, key::kF2, key::kF2}));
+  EXPECT_EQ(keysIn("\x1bOR\x1b[13~\x1b[[C"), (std::wstring{key::kF3, key::kF3, key::kF3}));
+}
+
 TEST(TerminalKeys, OtherSequencesAreLeftOutWhole) {
   for (const char* sequence :
        {"\x1b[15~", "\x1b[24~", "\x1b[3;5~", "\x1b[1;2D", "\x1b[[A", "\x1b[[E", "\x1bOP", "\x1bO5P",

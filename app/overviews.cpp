@@ -1,0 +1,26 @@
+#include "app/overviews.h"
+
+#include "compare/config_difference.h"
+#include "compare/config_tables.h"
+#include "model/lineup_editor.h"
+
+namespace lineup {
+
+std::string changesToCommit(const hub_module::HeadendConfig& edited) {
+  LineupEditor running;
+  running.pendingChanges = true;  // until it is fetched
+  running.fetchHeadendConfig();
+  if (running.pendingChanges) {
+    return "";
+  }
+  const std::string difference = configDifference(running.config, edited);
+  return difference.empty() ? "Nothing to commit: the headend runs this configuration\n"
+                            : difference;
+}
+
+std::string lineupTables(const hub_module::HeadendConfig& edited) {
+  return titledText("RF lineup", rfLineupTable(edited)) + "\n" +
+         titledText("IP lineup", ipLineupTable(edited));
+}
+
+}  // namespace lineup

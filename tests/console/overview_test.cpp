@@ -1,0 +1,223 @@
+// What F2 and F3 show while a line is edited.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/console/terminal_session.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using lineup::test::Answer;
+using lineup::test::FakeController;
+using lineup::test::onTerminal;
+using lineup::test::Session;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+
+constexpr char kF2[] = "\x1bOQ";
+constexpr char kF3[] = "\x1bOR";
+constexpr char kLeft[] = "\x1b[D";
+constexpr char kCtrlC[] = "\x03";
+constexpr char kPending[] = "\n(changes to commit) > |";
+
+class Overview : public testing::Test {
+ protected:
+  Start start() const {
+    Start start = onTerminal();
+    start.environment["XDG_STATE_HOME"] = folder.path();
+    start.environment["PAGER"] = {};
+    return start;
+  }
+
+  /// A pager that leaves what it shows, and its arguments, in files.
+  Start withPager() const {
+    Start start = this->start();
+    start.environment["PAGER"] = "cat > " + folder.file("shown");
+    return start;
+  }
+
+  std::string shown() const {
+    std::ifstream file(folder.file("shown"));
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  /// Gives the headend, which has none, this many encoders in its RF lineup. Returns the table.
+  std::string fillLineup(int count) {
+    auto config = controller.config();
+    std::string table = "RF lineup\nPOSITION  NAME  KIND  SOURCE        SID  TYPE\n";
+    for (int n = 1; n <= count; ++n) {
+      auto& entry = config.lineupConfig.rfEntries.emplace_back();
+      entry.name = "x";
+      const std::string position = std::to_string(n);
+      table += position + std::string(10 - position.size(), ' ') + "x     DVB   no service 0\n";
+    }
+    controller.setConfig(config);
+    return table + "\nIP lineup: none\n";
+  }
+
+  TemporaryFolder folder;
+  FakeController controller;
+};
+
+TEST_F(Overview, F2ShowsWhatCommitWouldChangeAndLeavesTheLine) {
+  Session session(start());
+  session.expect("> |");
+  session.type("id 7\n");
+  session.expect(kPending);
+  session.type(std::string("comit") + kLeft + kLeft);
+  auto elsewhere = controller.config();
+  for (const char* key : {kF2, "\x1b[12~", "\x1b[[B"}) {
+    const std::string id = std::to_string(++elsewhere.headendGlobalConfig.headendId);
+    controller.setConfig(elsewhere);
+    session.type(key);
+    session.expect("> comit\nid: " + id + " -> 7\n(changes to commit) > com|it");
+  }
+  session.type("m\n");
+  session.expect("> commit\n> |");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  session.type(kF2);
+  session.expect(">\nNothing to commit: the headend runs this configuration\n> |");
+}
+
+TEST_F(Overview, F2OfAControllerThatDoesNotAnswerSaysSo) {
+  Session session(start());
+  session.expect("> |");
+  session.type("id 7\n");
+  session.expect(kPending);
+  Answer notReady;
+  notReady.kind = Answer::kNotReady;
+  controller.answerNext(notReady);
+  session.type(std::string("com") + kF2);
+  session.expect(
+      "> com\nERROR: Could not get current config from ControllerTask\n(changes to commit) > com|");
+  session.type("mit\n");
+  session.expect("> commit\n> |");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+}
+
+TEST_F(Overview, CtrlCEndsAFetchOfF2AndLeavesTheLine) {
+  Session session(start());
+  session.expect("> |");
+  Answer stalled;
+  stalled.sentBytes = 5;
+  stalled.stalls = true;
+  controller.answerNext(stalled);
+  session.type(std::string("hel") + kF2);
+  controller.waitForCalls(2);
+  session.type(kCtrlC);
+  session.console.waitUntilTaken(SIGINT);
+  controller.release();
+  session.expect("> hel|");
+  session.type(std::string("p") + kF2);
+  session.expect("Nothing to commit: the headend runs this configuration\n> help|");
+}
+
+TEST_F(Overview, F3ShowsTheLineups) {
+  const std::string table = fillLineup(2);
+  Session session(start());
+  session.expect("> |");
+  std::string line;
+  for (const char* key : {kF3, "\x1b[13~", "\x1b[[C"}) {
+    line += "x";
+    session.type(std::string("x") + key);
+    session.expect("> " + line + "\n" + table + "> " + line + "|");
+  }
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+}
+
+TEST_F(Overview, ThatTheScreenHasRoomForNeedsNoPager) {
+  const std::string table = fillLineup(19);
+  Session session(withPager());
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect(table + "> x|");
+  EXPECT_EQ(shown(), "");
+}
+
+TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
+  const std::string table = fillLineup(20);
+  Session session(withPager());
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("> x\n> x|");
+  EXPECT_EQ(shown(), table);
+  session.type("\n");
+  session.expect("> x\nInvalid command. Try 'help'.\n> |");
+}
+
+TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
+  const std::string table = fillLineup(100);
+  const std::string less = folder.file("less");
+  std::ofstream(less) << "#!/bin/sh\necho \"$@\" > " << folder.file("shown") << "\n";
+  ASSERT_EQ(chmod(less.c_str(), 0755), 0);
+  Start start = this->start();
+  start.environment["PATH"] = folder.path() + ":" + std::getenv("PATH");
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("> x\n> x|");
+  EXPECT_EQ(shown(), "-FRX\n");
+}
+
+TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
+  const std::string table = fillLineup(100);
+  Start start = this->start();
+  start.environment["PAGER"] = "exec /nowhere/pager 2>/dev/null";
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("100       x     DVB   no service 0\n\nIP lineup: none\n> x|");
+}
+
+TEST_F(Overview, CtrlCInThePagerEndsThePagerAlone) {
+  fillLineup(100);
+  Start start = this->start();
+  start.environment["PAGER"] = "echo ready; exec sleep 100";
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("ready\n|");
+  session.type(kCtrlC);
+  session.expect("> x|");
+  session.type("y\n");
+  session.expect("y\nInvalid command. Try 'help'.\n> |");
+}
+
+TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
+  fillLineup(100);
+  Start start = this->start();
+  start.environment["PAGER"] = "echo ready; exec sleep 100";
+  Session session(start);
+  session.expect("> |");
+  session.type("id 7\n");
+  session.expect(kPending);
+  session.type(kF3);
+  session.expect("ready\n|");
+  session.console.signal(SIGTERM);
+  const auto outcome = session.console.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_NE(outcome.out.find("The uncommitted changes are in "), std::string::npos);
+}
+
+TEST_F(Overview, IsNoneOfAnAnswer) {
+  Session session(start());
+  session.expect("> |");
+  session.askForPlsItem();
+  session.type(std::string("1 2") + kF2 + kF3 + "\n");
+  session.expect(kPending);
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+}
+
+}  // namespace
