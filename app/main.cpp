@@ -58,6 +58,20 @@ void leaveEdits(lineup::EditsCopy& copy, int signal) {
   copy.leave();
 }
 
+lineup::EditsCopy* theCopy = nullptr;
+
+/// For its lifetime, the copy is also written when the end is forced.
+class WrittenWhenForced {
+ public:
+  explicit WrittenWhenForced(lineup::EditsCopy& copy) {
+    theCopy = &copy;
+    whenEndIsForced([] { theCopy->leave(); });
+  }
+  ~WrittenWhenForced() { whenEndIsForced(nullptr); }
+  WrittenWhenForced(const WrittenWhenForced&) = delete;
+  WrittenWhenForced& operator=(const WrittenWhenForced&) = delete;
+};
+
 int run(const lineup::CommandLineOptions& options) {
   if (options.version) {
     printVersionAndLeave();
@@ -70,6 +84,7 @@ int run(const lineup::CommandLineOptions& options) {
   using Copy = lineup::EditsCopy;
   const bool onTerminal = isatty(STDIN_FILENO) == 1;
   Copy copy(editor, onTerminal ? Copy::When::WhileEditing : Copy::When::AtTheEnd);
+  const WrittenWhenForced written(copy);
   whenTypingPauses([&copy] { return copy.update(); });
   try {
     runMode(editor, options);

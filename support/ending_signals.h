@@ -13,7 +13,9 @@
 //                  InterruptibleCommand              overdue
 //   ending         beginEnding(), when the edits     as signalled, then as overdue    3 seconds
 //                  are about to be saved
-//   ended          endBySignal(), or the end of the last three, by the signal
+//   forced         the end of the last three         is left to the work that            1 second
+//                                                    whenEndIsForced() was given, if any
+//   ended          endBySignal(), or the end of that, by the signal
 //
 // Where the program waits by the functions below, or asks, it sees a signal at once and goes from
 // signalled to ending. An interrupt can be forgotten, which leads back to running. From interrupted
@@ -95,6 +97,11 @@ bool waitForInput(std::span<pollfd> inputs, std::chrono::milliseconds timeout);
 /// The program now ends by `signal`: what is left to do is over, or broken off, three seconds from
 /// here.
 void beginEnding(int signal);
+
+/// Has `work` called when the program ends although something blocks, in a child process that is a
+/// copy of it, wherever it was: what `work` does may fail. It has a second, and its end is waited
+/// for. Null for none.
+void whenEndIsForced(void (*work)());
 
 /// Ends the program as `signal` does when nobody catches it.
 [[noreturn]] void endBySignal(int signal);

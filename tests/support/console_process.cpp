@@ -9,6 +9,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -248,7 +249,8 @@ void ConsoleProcess::fail(const std::string& reason) {
 }
 
 /// Waits until the program takes input or writes something, and passes it on.
-void ConsoleProcess::pump(Deadline deadline, const std::string& awaited) {
+void ConsoleProcess::pump(Deadline deadline, const std::string& awaited,
+                          std::chrono::milliseconds atMost) {
   std::array<pollfd, 3> files{{{pending_.empty() ? -1 : input_, POLLOUT, 0},
                                {out_.file, POLLIN, 0},
                                {err_.file, POLLIN, 0}}};
@@ -257,7 +259,8 @@ void ConsoleProcess::pump(Deadline deadline, const std::string& awaited) {
   if (left.count() <= 0) {
     fail("timed out waiting for " + awaited);
   }
-  if (poll(files.data(), files.size(), static_cast<int>(left.count())) < 0 && errno != EINTR) {
+  const int timeout = static_cast<int>(std::min(left, atMost).count());
+  if (poll(files.data(), files.size(), timeout) < 0 && errno != EINTR) {
     fail(std::string("poll: ") + std::strerror(errno));
   }
   if (files[0].revents != 0) {
@@ -335,6 +338,13 @@ std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected)
   const size_t start = stream.taken;
   stream.taken = found + expected.size();
   return stream.text.substr(start, stream.taken - start);
+}
+
+void ConsoleProcess::readWhile(const std::function<bool()>& condition) {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  while (out_.file >= 0 && condition()) {
+    pump(deadline, "a condition", std::chrono::milliseconds(2));
+  }
 }
 
 void ConsoleProcess::stopReading() {

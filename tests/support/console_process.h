@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -72,6 +73,10 @@ class ConsoleProcess {
   /// The like of readUntil() on standard error.
   std::string readErrorsUntil(std::string_view expected);
 
+  /// Reads what the program writes while `condition` holds, or until the program has closed its
+  /// output.
+  void readWhile(const std::function<bool()>& condition);
+
   /// Closes the end of standard output that is read here, as "head" does.
   void stopReading();
 
@@ -116,7 +121,8 @@ class ConsoleProcess {
   void startOnPipes(const Start& start);
   void startOnTerminal(const Start& start);
   std::string readUntil(Stream& stream, std::string_view expected);
-  void pump(Deadline deadline, const std::string& awaited);
+  void pump(Deadline deadline, const std::string& awaited,
+            std::chrono::milliseconds atMost = std::chrono::hours(1));
   void waitALittle(Deadline deadline, const std::string& awaited);
   void reap(Deadline deadline);
   void tryToEndInOrder();

@@ -223,6 +223,11 @@ size_t FakeController::closedByPeer() const {
   return closedByPeer_;
 }
 
+size_t FakeController::cutShort() const {
+  const std::lock_guard lock(mutex_);
+  return cutShort_;
+}
+
 void FakeController::waitForCalls(size_t count) const {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return calls_.size() >= count; });
@@ -288,7 +293,12 @@ void FakeController::serveConnection(int socket) {
       return;
     }
     std::string request(ntohl(header), '\0');
-    if (!readWhole(socket, request.data(), request.size()) || !answerCall(socket, request)) {
+    if (!readWhole(socket, request.data(), request.size())) {
+      const std::lock_guard lock(mutex_);
+      cutShort_ += ending_ ? 0 : 1;
+      return;
+    }
+    if (!answerCall(socket, request)) {
       return;
     }
   }

@@ -105,6 +105,8 @@ class FakeController {
   size_t connections() const;
   /// How many of them the console has closed after its last call was answered in full.
   size_t closedByPeer() const;
+  /// How many requests were begun and not sent to their end.
+  size_t cutShort() const;
   /// Waits until `count` calls have been received.
   void waitForCalls(size_t count) const;
   /// Waits until the console has closed `count` connections.
@@ -133,6 +135,7 @@ class FakeController {
   std::vector<ReceivedCall> calls_;
   size_t connections_ = 0;
   size_t closedByPeer_ = 0;
+  size_t cutShort_ = 0;
   uint64_t releases_ = 0;
   bool ending_ = false;
 

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/torture/faulty_console.h"
 
 namespace {
 
@@ -18,28 +18,19 @@ using lineup::test::Start;
 
 constexpr char kPending[] = "(changes to commit) > ";
 
-/// A console on a terminal or on pipes, the first call of which of the kind fails. `count` receives
-/// how many it makes.
-Start withFault(const std::string& kind, bool terminal, const std::string& count) {
+/// A console on a terminal or on pipes, the first call of which of the kind fails. `counts`
+/// receives how many it makes.
+Start withFault(const std::string& kind, bool terminal, const std::string& counts) {
   Start start;
   start.terminal = terminal;
-  start.environment = {{"TERM", "xterm"},
-                       {"LD_PRELOAD", FAULT_INJECTION},
-                       {"ASAN_OPTIONS", "verify_asan_link_order=0"},
-                       {"FAULT_KIND", kind},
-                       {"FAULT_AT", "1"},
-                       {"FAULT_ON", "once"},
-                       {"FAULT_COUNT", count}};
+  start.environment = {{"TERM", "xterm"}};
+  injectFault(start, {kind, 1}, counts);
   return start;
 }
 
 class AdverseSystem : public testing::Test {
  protected:
-  long calls() const {
-    long result = 0;
-    std::ifstream(count).read(reinterpret_cast<char*>(&result), sizeof result);
-    return result;
-  }
+  long calls() const { return lineup::test::FaultCounts(count).calls; }
 
   const FakeController controller;
   const lineup::test::TemporaryFolder folder;

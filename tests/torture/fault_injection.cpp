@@ -1,13 +1,21 @@
-// Makes one call of a running program fail. Loaded with LD_PRELOAD and told by the environment:
+// Makes one call of a running program fail, block or be its last. Loaded with LD_PRELOAD and told
+// by the environment:
 //
-//   FAULT_KIND   which calls count: the name that fails() gets below
+//   FAULT_KIND   which calls count: the name that fails() gets below, or "system" for all but the
+//                allocations, those of child processes included
 //   FAULT_AT     the number of the call that fails, from 1; 0 for none
-//   FAULT_ON     "once", or "on" when all later calls fail, too
-//   FAULT_COUNT  a file that holds the number of calls made so far, as a long in memory
+//   FAULT_ON     what happens at it: "once" it fails; "on", and all later ones, too; "block" it
+//   waits
+//                until a signal interrupts it; "stuck" no signal interrupts it, as with a disk that
+//                does not answer; "kill" it and all processes of its group are killed
+//   FAULT_ERROR  the errno of a call that fails, in place of one that it may have
+//   FAULT_HASTE  a number: timers, waits and the clock of the program are so many times as fast
+//   FAULT_COUNT  a file that holds, as longs in memory, the number of calls made so far and that of
+//                those that failed, blocked or were killed
 //
 // The console has one thread, and so have these counts; of the children that write the copy of the
-// edits only the calls of the kind "copy" count. Besides, what would take time or differ
-// from run to run does not: waits and syncs.
+// edits only the calls of the kinds "copy" and "system" count. Besides, what would take time or
+// differ from run to run does not: waits and syncs.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -17,9 +25,11 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -30,18 +40,25 @@
 
 namespace {
 
+enum class What { Once, On, Block, Stuck, Kill };
+
 struct Plan {
   const char* kind = nullptr;
   long at = 0;
-  bool on = false;
+  What what = What::Once;
+  int error = 0;
+  long haste = 1;
 };
 
 Plan plan;
 
-/// How many calls of the kind were made. Shared with the file, so that it is there however the
-/// program ends.
-long uncounted = 0;
-long* calls = &uncounted;
+/// Shared with the file, so that they are there however the program ends.
+struct Counts {
+  long calls = 0;
+  long faults = 0;
+};
+Counts uncounted;
+Counts* counts = &uncounted;
 
 /// Whether main() has begun: what the loader, the sanitizers and the static constructors do before,
 /// such as the C++ library's reserve for exceptions, is not counted.
@@ -53,19 +70,36 @@ void shareCount(const char* path) {
   if (file < 0) {
     return;
   }
-  if (ftruncate(file, sizeof(long)) == 0) {
-    void* const shared = mmap(nullptr, sizeof(long), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    calls = shared == MAP_FAILED ? calls : static_cast<long*>(shared);
+  if (ftruncate(file, sizeof(Counts)) == 0) {
+    void* const shared = mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    counts = shared == MAP_FAILED ? counts : static_cast<Counts*>(shared);
   }
   close(file);
 }
 
+long numberFrom(const char* variable, long otherwise) {
+  const char* const value = std::getenv(variable);
+  return value == nullptr ? otherwise : std::strtol(value, nullptr, 10);
+}
+
+What whatFrom(const char* word) {
+  constexpr const char* kWords[] = {"once", "on", "block", "stuck", "kill"};
+  int place = 0;
+  for (const char* known : kWords) {
+    if (word != nullptr && std::strcmp(word, known) == 0) {
+      return static_cast<What>(place);
+    }
+    ++place;
+  }
+  return What::Once;
+}
+
 void start() {
   plan.kind = std::getenv("FAULT_KIND");
-  const char* const at = std::getenv("FAULT_AT");
-  plan.at = at == nullptr ? 0 : std::strtol(at, nullptr, 10);
-  const char* const on = std::getenv("FAULT_ON");
-  plan.on = on != nullptr && std::strcmp(on, "on") == 0;
+  plan.at = numberFrom("FAULT_AT", 0);
+  plan.what = whatFrom(std::getenv("FAULT_ON"));
+  plan.error = static_cast<int>(numberFrom("FAULT_ERROR", 0));
+  plan.haste = numberFrom("FAULT_HASTE", 1);
   if (const char* const path = std::getenv("FAULT_COUNT"); path != nullptr) {
     shareCount(path);
   }
@@ -88,18 +122,73 @@ constexpr const char* kCopy = "copy";
 /// What is done with the connection to the system's log.
 constexpr const char* kLog = "log";
 
-/// Counts a call of the kind; true if it is to fail.
-bool fails(const char* kind) {
-  if (!started || std::strcmp(kind, plan.kind) != 0 || (kind != kCopy && getpid() != program)) {
+bool isCounted(const char* kind) {
+  if (!started) {
     return false;
   }
-  ++*calls;
-  return plan.at > 0 && (plan.on ? *calls >= plan.at : *calls == plan.at);
+  if (std::strcmp(plan.kind, "system") == 0) {
+    return std::strcmp(kind, "malloc") != 0 && std::strcmp(kind, "new") != 0 &&
+           std::strcmp(kind, "interruption") != 0;
+  }
+  return std::strcmp(kind, plan.kind) == 0 && (kind == kCopy || getpid() == program);
+}
+
+/// Waits for ever, or until a signal interrupts it, with `mask` meanwhile if there is one. A child
+/// of a program that has ended does not wait any more.
+void block(const sigset_t* mask, bool restarts) {
+  static int ends[2] = {-1, -1};
+  if (ends[0] < 0 && pipe(ends) != 0) {
+    return;
+  }
+  const pid_t parent = getpid() == program ? 0 : program;
+  bool interrupted = false;
+  while (plan.what == What::Stuck || !interrupted) {
+    if (parent != 0) {
+      timespec while_{0, 50'000'000};
+      nanosleep(&while_, nullptr);
+      if (getppid() != parent) {
+        _exit(EXIT_FAILURE);
+      }
+    } else if (restarts) {
+      char byte = 0;
+      static auto* const real = next<ssize_t(int, void*, size_t)>("read");
+      interrupted = real(ends[0], &byte, 1) < 0;
+    } else {
+      static auto* const real =
+          next<int(pollfd*, nfds_t, const timespec*, const sigset_t*)>("ppoll");
+      interrupted = real(nullptr, 0, nullptr, mask) < 0;
+    }
+  }
+}
+
+/// What happens at the call that is planned. `mask` is the one of a call that polls.
+void strike(const char* kind, const sigset_t* mask) {
+  __atomic_add_fetch(&counts->faults, 1, __ATOMIC_SEQ_CST);
+  if (plan.what == What::Kill) {
+    kill(0, SIGKILL);
+  } else if (plan.what == What::Block || plan.what == What::Stuck) {
+    plan.error = EINTR;
+    block(mask, std::strcmp(kind, "poll") != 0);  // the kernel restarts no poll
+  }
+}
+
+/// Counts a call of the kind; true if it is to fail.
+bool fails(const char* kind, const sigset_t* mask = nullptr) {
+  if (!isCounted(kind)) {
+    return false;
+  }
+  const long number = __atomic_add_fetch(&counts->calls, 1, __ATOMIC_SEQ_CST);
+  const bool strikes =
+      plan.at > 0 && (plan.what == What::On ? number >= plan.at : number == plan.at);
+  if (strikes) {
+    strike(kind, mask);
+  }
+  return strikes;
 }
 
 template <class Result>
 Result failWith(int error, Result result) {
-  errno = error;
+  errno = plan.error == 0 ? error : plan.error;
   return result;
 }
 
@@ -114,10 +203,24 @@ const char* kindOf(int socket) {
 /// How much waiting has been left out so far.
 timespec skipped{};
 
+constexpr long long kSecond = 1'000'000'000;
+
+long long nanoseconds(const timespec& time) {
+  return time.tv_sec * kSecond + time.tv_nsec;
+}
+
+timespec asTime(long long nanoseconds) {
+  return {static_cast<time_t>(nanoseconds / kSecond), static_cast<long>(nanoseconds % kSecond)};
+}
+
 timespec sum(const timespec& a, const timespec& b) {
-  constexpr long kSecond = 1'000'000'000;
-  const long nanoseconds = a.tv_nsec + b.tv_nsec;
-  return {a.tv_sec + b.tv_sec + nanoseconds / kSecond, nanoseconds % kSecond};
+  return asTime(nanoseconds(a) + nanoseconds(b));
+}
+
+timeval hastened(const timeval& time) {
+  const long long microseconds = (time.tv_sec * 1'000'000LL + time.tv_usec) / plan.haste;
+  return {static_cast<time_t>(microseconds / 1'000'000),
+          static_cast<suseconds_t>(microseconds % 1'000'000)};
 }
 
 /// What SQLite does with files besides opening and closing them. The console itself asks only for
@@ -168,7 +271,8 @@ ssize_t recv(int descriptor, void* data, size_t size, int flags) {
 
 int poll(pollfd* descriptors, nfds_t count, int timeout) {
   static auto* const real = next<int(pollfd*, nfds_t, int)>("poll");
-  return fails("poll") ? failWith(ENOMEM, -1) : real(descriptors, count, timeout);
+  const int hastened = timeout > 0 ? static_cast<int>(timeout / plan.haste) : timeout;
+  return fails("poll") ? failWith(ENOMEM, -1) : real(descriptors, count, hastened);
 }
 
 /// A mere wait takes no time: the clock below is set forward instead.
@@ -178,14 +282,25 @@ int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigs
     skipped = sum(skipped, *timeout);
     return 0;
   }
-  return fails("poll") ? failWith(ENOMEM, -1) : real(descriptors, count, timeout, mask);
+  return fails("poll", mask) ? failWith(ENOMEM, -1) : real(descriptors, count, timeout, mask);
 }
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
   static auto* const real = next<int(clockid_t, timespec*)>("clock_gettime");
+  static timespec begin{};
   const int result = real(clock, time);
+  if (clock == CLOCK_MONOTONIC) {
+    begin = begin.tv_sec == 0 ? *time : begin;
+    *time = asTime(nanoseconds(begin) + (nanoseconds(*time) - nanoseconds(begin)) * plan.haste);
+  }
   *time = sum(*time, skipped);
   return result;
+}
+
+int setitimer(__itimer_which_t which, const itimerval* value, itimerval* before) noexcept {
+  static auto* const real = next<int(__itimer_which_t, const itimerval*, itimerval*)>("setitimer");
+  const itimerval sooner{hastened(value->it_interval), hastened(value->it_value)};
+  return real(which, &sooner, before);
 }
 
 int open(const char* path, int flags, ...) {
@@ -225,9 +340,8 @@ int openat(int folder, const char* path, int flags, ...) {
   return fails(kCopy) ? failWith(EACCES, -1) : real(folder, path, flags, mode);
 }
 
-int fsync(int descriptor) {
-  static auto* const real = next<int(int)>("fsync");
-  return fails(kCopy) ? failWith(EIO, -1) : real(descriptor);
+int fsync(int /*descriptor*/) {
+  return fails(kCopy) ? failWith(EIO, -1) : 0;
 }
 
 int renameat(int folder, const char* name, int newFolder, const char* newName) noexcept {
@@ -243,6 +357,26 @@ int flock(int descriptor, int operation) noexcept {
 pid_t fork() {
   static auto* const real = next<pid_t()>("fork");
   return fails(kCopy) ? failWith(EAGAIN, -1) : real();
+}
+
+int mkdir(const char* path, mode_t mode) noexcept {
+  static auto* const real = next<int(const char*, mode_t)>("mkdir");
+  return fails(kCopy) ? failWith(EACCES, -1) : real(path, mode);
+}
+
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+  static auto* const real = next<int(int, const char*, mode_t)>("mkdirat");
+  return fails(kCopy) ? failWith(EACCES, -1) : real(folder, path, mode);
+}
+
+int fchmod(int descriptor, mode_t mode) noexcept {
+  static auto* const real = next<int(int, mode_t)>("fchmod");
+  return fails(kCopy) ? failWith(EPERM, -1) : real(descriptor, mode);
+}
+
+int unlinkat(int folder, const char* name, int flags) noexcept {
+  static auto* const real = next<int(int, const char*, int)>("unlinkat");
+  return fails(kCopy) ? failWith(EACCES, -1) : real(folder, name, flags);
 }
 
 ssize_t write(int descriptor, const void* data, size_t size) {

@@ -1,0 +1,201 @@
+// Each call of a console blocks, and it is asked to end: it does, in time, and leaves the edits.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "controller/whole_config_file.h"
+#include "tests/support/catalogue_file.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/torture/faulty_console.h"
+
+namespace {
+
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Fault;
+using lineup::test::FaultCounts;
+using lineup::test::Outcome;
+using lineup::test::placesAmong;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr char kPending[] = "(changes to commit) > ";
+constexpr char kLines[] =
+    "id 7\naddenc 5 2\nsave saved.json\nshow\nfindsat x\nid 8\ncommit\nid 9\nrfinput status\n"
+    "id 10\nquit\n";
+
+/// Whether edits were pending when the last prompt was shown.
+bool showsPendingEdits(const std::string& out) {
+  const std::size_t pending = out.rfind(kPending);
+  const std::size_t settled = out.rfind("\n> ");
+  return pending != std::string::npos && (settled == std::string::npos || settled < pending);
+}
+
+/// The headend's id as it was edited last.
+int32_t editedId(const std::string& out) {
+  const std::string before = "Headend id changed to: ";
+  const std::size_t found = out.rfind(before);
+  return found == std::string::npos ? 0 : std::stoi(out.substr(found + before.size()));
+}
+
+struct Parameters {
+  const char* kind;
+  const char* on;
+  bool terminal;
+};
+
+class Blocking : public testing::TestWithParam<Parameters> {
+ protected:
+  Blocking() { lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath); }
+
+  Fault faultAt(long place) const {
+    return {GetParam().kind, place, GetParam().on, 0, mayBeInACall() ? 10 : 4};
+  }
+
+  static bool mayBeInACall() {
+    const std::string kind = GetParam().kind;
+    return kind == "socket" || kind == "connect" || kind == "send" || kind == "recv" ||
+           kind == "poll" || kind == "close";
+  }
+
+  /// An end takes three seconds, or 45 in a remote call, at the pace of the fault, and then up to
+  /// one.
+  static std::chrono::seconds limit() { return std::chrono::seconds(mayBeInACall() ? 15 : 5); }
+
+  Start start(const Fault& fault, const TemporaryFolder& folder) const {
+    Start start;
+    start.terminal = GetParam().terminal;
+    start.folder = folder.path();
+    start.environment = {
+        {"TERM", "dumb"}, {"XDG_STATE_HOME", folder.path()}, {"TMPDIR", folder.path()}};
+    injectFault(start, fault, counts);
+    return start;
+  }
+
+  long calls() const { return FaultCounts(counts).calls; }
+  bool hasStruck() const { return FaultCounts(counts).faults > 0; }
+
+  /// Asks the console to end, and expects that it does in time. Returns how.
+  static Outcome end(ConsoleProcess& console) {
+    const Clock::time_point asked = Clock::now();
+    console.signal(SIGTERM);
+    const Outcome outcome = console.finish();
+    EXPECT_LT(Clock::now() - asked, limit());
+    return outcome;
+  }
+
+  /// Expects the copy of the last edit, or that the controller has it.
+  static void expectCopy(const TemporaryFolder& folder, const FakeController& controller,
+                         const std::string& out) {
+    const int32_t id = editedId(out);
+    if (controller.config().headendGlobalConfig.headendId == id) {
+      return;
+    }
+    std::error_code none;
+    int copies = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(folder.path(), none)) {
+      if (std::regex_match(entry.path().filename().string(),
+                           std::regex("lineup-console-[-0-9]+.json"))) {
+        ++copies;
+        EXPECT_EQ(lineup::readWholeConfigFile(entry.path()).headendGlobalConfig.headendId, id);
+      }
+    }
+    EXPECT_EQ(copies, 1) << out;
+  }
+
+  const TemporaryFolder elsewhere;
+  const std::string counts = elsewhere.file("counts");
+};
+
+TEST_P(Blocking, DoesNotKeepTheConsoleFromEndingWithACopy) {
+  const long all = [&] {
+    const TemporaryFolder folder;
+    const FakeController controller;
+    EXPECT_EQ(run(start(faultAt(0), folder), kLines).status, 0);
+    return calls();
+  }();
+  EXPECT_GT(all, 0);
+  for (const long place : placesAmong(all, mayBeInACall() ? 1 : 2)) {
+    SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(all));
+    const TemporaryFolder folder;
+    const FakeController controller;
+    ConsoleProcess console(start(faultAt(place), folder));
+    console.send(kLines);
+    console.readWhile([&] { return !hasStruck(); });
+    const Outcome outcome = end(console);
+    EXPECT_EQ(controller.cutShort(), 0U);
+    if (outcome.status != 0) {  // not after "quit"
+      EXPECT_EQ(outcome.signal, SIGTERM);
+      if (showsPendingEdits(outcome.out)) {
+        expectCopy(folder, controller, outcome.out);
+      }
+    }
+  }
+}
+
+std::vector<Parameters> combined(std::initializer_list<const char*> kinds,
+                                 std::initializer_list<bool> onTerminal) {
+  std::vector<Parameters> all;
+  for (const char* kind : kinds) {
+    for (const char* on : {"block", "stuck"}) {
+      for (const bool terminal : onTerminal) {
+        all.push_back({kind, on, terminal});
+      }
+    }
+  }
+  return all;
+}
+
+std::string nameOf(const testing::TestParamInfo<Parameters>& instance) {
+  const Parameters& parameters = instance.param;
+  return std::string(parameters.kind) + "_" + parameters.on +
+         (parameters.terminal ? "_OnATerminal" : "_OnPipes");
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, Blocking,
+                         testing::ValuesIn(combined({"socket", "connect", "send", "recv", "poll",
+                                                     "open", "write", "read", "close", "database"},
+                                                    {false, true})),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(CallsOfTheCopy, Blocking, testing::ValuesIn(combined({"copy"}, {true})),
+                         nameOf);
+
+class BlockingAtTheEnd : public Blocking {};
+
+TEST_P(BlockingAtTheEnd, DoesNotKeepTheCopyFromBeingWritten) {
+  long all = 0;
+  const auto endWithFaultAt = [&](long place) {
+    SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(all));
+    const TemporaryFolder folder;
+    const FakeController controller;
+    ConsoleProcess console(start(faultAt(place), folder));
+    console.send("id 7\n");
+    console.readUntil(kPending);
+    const Outcome outcome = end(console);
+    EXPECT_EQ(outcome.signal, SIGTERM);
+    EXPECT_EQ(hasStruck(), place > 0);
+    expectCopy(folder, controller, outcome.out);
+  };
+  endWithFaultAt(0);
+  all = calls();
+  EXPECT_GT(all, 0);
+  for (const long place : placesAmong(all, 4)) {
+    endWithFaultAt(place);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, BlockingAtTheEnd,
+                         testing::ValuesIn(combined({"copy", "log"}, {false})), nameOf);
+
+}  // namespace

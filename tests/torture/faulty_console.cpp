@@ -1,0 +1,37 @@
+#include "tests/torture/faulty_console.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace lineup::test {
+
+void injectFault(Start& start, const Fault& fault, const std::string& counts) {
+  start.environment["LD_PRELOAD"] = FAULT_INJECTION;
+  start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+  start.environment["FAULT_KIND"] = fault.kind;
+  start.environment["FAULT_AT"] = std::to_string(fault.at);
+  start.environment["FAULT_ON"] = fault.on;
+  start.environment["FAULT_ERROR"] = std::to_string(fault.error);
+  start.environment["FAULT_HASTE"] = std::to_string(fault.haste);
+  start.environment["FAULT_COUNT"] = counts;
+}
+
+FaultCounts::FaultCounts(const std::string& path) {
+  long both[2] = {0, 0};
+  std::ifstream(path).read(reinterpret_cast<char*>(both), sizeof both);
+  calls = both[0];
+  faults = both[1];
+}
+
+std::vector<long> placesAmong(long count, long sample) {
+  const bool whole = std::getenv("TORTURE_WHOLE") != nullptr;
+  const long step = whole ? 1 : std::max(1L, count / sample);
+  std::vector<long> places;
+  for (long place = whole ? 1 : 1 + step / 2; place <= count; place += step) {
+    places.push_back(place);
+  }
+  return places;
+}
+
+}  // namespace lineup::test
