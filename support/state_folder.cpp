@@ -30,16 +30,21 @@ fs::path stateHome() {
     return state;
   }
   const fs::path home = variable("HOME");
-  return home.is_absolute() ? home / ".local" / "state" : fs::path();
+  std::error_code none;
+  // A home that is not there, as that of "nobody", stays so.
+  return home.is_absolute() && fs::is_directory(home, none) ? home / ".local" / "state"
+                                                            : fs::path();
 }
 
 /// Makes `path` and what is missing above it, closed to others.
 void createFolders(const fs::path& path) {
+  const mode_t before = umask(S_IRWXG | S_IRWXO);  // not one that shuts the user out
   fs::path made;
   for (const fs::path& part : path) {
     made /= part;
     mkdir(made.c_str(), S_IRWXU);
   }
+  umask(before);
 }
 
 bool isPrivate(int folder) {
@@ -65,14 +70,11 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing) {
     return std::nullopt;
   }
   if (ifMissing == IfMissing::Create) {
-    createFolders(home);
+    createFolders(home / kName);
   }
   const Descriptor parent(open(home.c_str(), kFolder));
   if (!parent.isOpen()) {
     return std::nullopt;
-  }
-  if (ifMissing == IfMissing::Create) {
-    mkdirat(parent.number(), kName, S_IRWXU);
   }
   Descriptor folder(openat(parent.number(), kName, kFolder | O_NOFOLLOW));
   if (!folder.isOpen() || !isPrivate(folder.number())) {

@@ -415,8 +415,8 @@ TEST_F(Ending, WithoutAStateFolderTheCopyIsInTheTemporaryFolderOrInTmp) {
   fs::create_directory(withTab);
   fs::create_directory_symlink(folder.path(), link);
   const std::pair<std::optional<std::string>, std::string> folders[] = {
-      {"/nonexistent", "/tmp"}, {withBlank, "/tmp"},           {withTab, "/tmp"}, {"", "/tmp"},
-      {std::nullopt, "/tmp"},   {folder.path(), folder.path()}};
+      {"/proc/none", "/tmp"}, {withBlank, "/tmp"},    {withTab, "/tmp"},
+      {"", "/tmp"},           {std::nullopt, "/tmp"}, {folder.path(), folder.path()}};
   for (const auto& [temporary, expected] : folders) {
     // Neither a link nor a folder that cannot be made is the user's own.
     for (const std::string& state : {elsewhere.path(), std::string("/proc/none")}) {

@@ -32,6 +32,7 @@ TEST_F(StateFolder, IsMadeForTheUserAlone) {
   ASSERT_TRUE(folder.has_value());
   EXPECT_EQ(folder->path, home.file("state/lineup-console"));
   EXPECT_EQ(fs::status(folder->path).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(fs::status(home.file("state")).permissions(), fs::perms::owner_all);
 }
 
 TEST_F(StateFolder, IsNotMadeIfNotAskedFor) {
@@ -44,6 +45,13 @@ TEST_F(StateFolder, IsInTheHomeFolderWithoutAVariable) {
   const auto folder = openStateFolder(IfMissing::Create);
   ASSERT_TRUE(folder.has_value());
   EXPECT_EQ(folder->path, home.file(".local/state/lineup-console"));
+}
+
+TEST_F(StateFolder, AHomeFolderThatIsMissingIsNotMade) {
+  unsetenv("XDG_STATE_HOME");
+  setenv("HOME", home.file("none").c_str(), 1);
+  EXPECT_FALSE(openStateFolder(IfMissing::Create).has_value());
+  EXPECT_TRUE(fs::is_empty(home.path()));
 }
 
 TEST_F(StateFolder, IsClosedToOthers) {
