@@ -11,7 +11,7 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-# -U first: some compilers come with a level of their own, and defining it again is a warning.
+# -U first: some compilers predefine a level, and a redefinition is a warning.
 add_compile_options("$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
 foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection
         -fcf-protection -mbranch-protection=standard)  # the last two: x86, and 64-bit ARM
@@ -43,5 +43,5 @@ function(ship_program program)
   install(TARGETS ${program})
 endfunction()
 
-# Everything the loader resolves is resolved at start and read-only from then on.
+# Full RELRO: all symbols are resolved at start, and the relocations are read-only then.
 add_link_options("$<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack,--as-needed>")

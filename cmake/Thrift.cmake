@@ -17,7 +17,7 @@ set_target_properties(Thrift::thrift PROPERTIES
 # links it: the Thrift library's own warn under C++17 and later.
 #
 # Enumerations are generated without a type, and a value that none of them names would then be undefined
-# behaviour. They get the type that they have on the wire, so that whatever another sent is carried on.
+# behaviour. They get int32_t, their type on the wire, so that any value received is kept.
 # RENAME gives a member, in code and in printed text, a name that the definition language reserves.
 function(add_thrift_library target)
   cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES;RENAME" ${ARGN})
