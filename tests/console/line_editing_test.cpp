@@ -795,6 +795,30 @@ TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
 }
 
+// The script stops before the console does, and the shell lets both go on at once.
+TEST_F(OnATerminal, OneFgIsEnoughThroughAScript) {
+  constexpr int kStops = 12;
+  Start start = onTerminal();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "set -m; sh -c '" + std::string(kConsoleProgram) +
+                               "; :'; while echo stopped; read go; do fg >/dev/null; done"};
+  Session session(start);
+  session.expect("> |");
+  std::string line;
+  for (int stop = 0; stop < kStops; ++stop) {
+    session.type("x");
+    line += "x";
+    session.expect("> " + line + "|");
+    session.type(kCtrlZ);
+    session.console.readUntil("stopped\r\n");
+    session.type("\n");
+    session.screen.show("\x1b[2J\x1b[H");
+    session.expect("> " + line + "|");
+  }
+  session.type("\n");
+  session.expect("> " + line + "\nInvalid command. Try 'help'.\n> |");
+}
+
 TEST_F(OnATerminal, AStopThatNobodyAskedForLeavesTheTerminalUsable) {
   Session session(onTerminal());
   session.expect("> |");
