@@ -1,0 +1,165 @@
+// What a console inherits from whoever starts it, each pair of such states once: it edits, ends
+// when asked to, and leaves the edits.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "controller/whole_config_file.h"
+#include "tests/support/console_process.h"
+#include "tests/support/fake_controller.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using lineup::test::ConsoleProcess;
+using lineup::test::FakeController;
+using lineup::test::Outcome;
+using lineup::test::Start;
+using lineup::test::TemporaryFolder;
+namespace fs = std::filesystem;
+
+using Row = std::vector<std::string>;
+
+/// What may be inherited; the first of each is the usual state. See inherit.cpp.
+const std::vector<Row> kChoices = {
+    {"mask=none", "mask=all", "mask=alarm"},
+    {"ignored=none", "ignored=all", "ignored=pipe", "ignored=child"},
+    {"input=usual", "input=nonblocking"},
+    {"output=usual", "output=nonblocking", "output=closed"},
+    {"errors=usual", "errors=nonblocking", "errors=closed"},
+    {"umask=usual", "umask=none", "umask=all"},
+    {"limit=none", "limit=files", "limit=core", "limit=stack"},
+    {"timer=off", "timer=on"},
+    {"stream=pipes", "stream=terminal"},
+};
+
+using Pairs = std::set<std::pair<std::string, std::string>>;
+
+/// The pairs that a row, filled as far as it is, has together with `state`.
+Pairs pairsWith(const Row& row, const std::string& state) {
+  Pairs pairs;
+  for (const std::string& other : row) {
+    if (!other.empty() && other != state) {
+      pairs.insert(std::minmax(other, state));
+    }
+  }
+  return pairs;
+}
+
+Pairs allPairs() {
+  Pairs pairs;
+  for (const Row& some : kChoices) {
+    for (const Row& others : kChoices) {
+      for (const std::string& state : some) {
+        if (&some != &others) {
+          pairs.merge(pairsWith(others, state));
+        }
+      }
+    }
+  }
+  return pairs;
+}
+
+std::size_t countNew(const Pairs& pairs, const Pairs& missing) {
+  std::size_t count = 0;
+  for (const auto& pair : pairs) {
+    count += missing.count(pair);
+  }
+  return count;
+}
+
+std::size_t placeOf(const std::string& state) {
+  std::size_t place = 0;
+  while (std::find(kChoices[place].begin(), kChoices[place].end(), state) ==
+         kChoices[place].end()) {
+    ++place;
+  }
+  return place;
+}
+
+/// A row with one of the missing pairs and as many others as choosing one state after the other
+/// finds.
+Row rowFor(const Pairs& missing) {
+  Row row(kChoices.size());
+  row[placeOf(missing.begin()->first)] = missing.begin()->first;
+  row[placeOf(missing.begin()->second)] = missing.begin()->second;
+  for (std::size_t place = 0; place < row.size(); ++place) {
+    if (row[place].empty()) {
+      row[place] = *std::max_element(kChoices[place].begin(), kChoices[place].end(),
+                                     [&](const std::string& a, const std::string& b) {
+                                       return countNew(pairsWith(row, a), missing) <
+                                              countNew(pairsWith(row, b), missing);
+                                     });
+    }
+  }
+  return row;
+}
+
+std::vector<Row> rowsWithAllPairs() {
+  std::vector<Row> rows;
+  Pairs missing = allPairs();
+  while (!missing.empty()) {
+    rows.push_back(rowFor(missing));
+    for (const std::string& state : rows.back()) {
+      for (const auto& pair : pairsWith(rows.back(), state)) {
+        missing.erase(pair);
+      }
+    }
+  }
+  return rows;
+}
+
+Start startWith(const Row& row, const TemporaryFolder& folder) {
+  Start start;
+  start.program = INHERIT;
+  start.arguments = row;
+  start.arguments.insert(start.arguments.end(), {"--", lineup::test::kConsoleProgram});
+  start.terminal = row.back() == "stream=terminal";
+  start.folder = folder.path();
+  start.environment = {
+      {"TERM", "dumb"}, {"XDG_STATE_HOME", folder.file("state")}, {"TMPDIR", folder.path()}};
+  return start;
+}
+
+void expectCopy(const TemporaryFolder& folder) {
+  std::vector<fs::path> copies;
+  for (const auto& entry : fs::directory_iterator(folder.file("state/lineup-console"))) {
+    copies.push_back(entry.path());
+  }
+  ASSERT_EQ(copies.size(), 1U);
+  struct stat status {};
+  ASSERT_EQ(stat(copies[0].c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+  EXPECT_EQ(lineup::readWholeConfigFile(copies[0]).headendGlobalConfig.headendId, 7);
+}
+
+TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {
+  const std::vector<Row> rows = rowsWithAllPairs();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row));
+    const FakeController controller;
+    const TemporaryFolder folder;
+    ConsoleProcess console(startWith(row, folder));
+    console.send("id 7\nsave mark\n");  // where its output is closed, a file has to tell
+    const auto late = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!fs::exists(folder.file("mark")) && std::chrono::steady_clock::now() < late) {
+      usleep(5000);
+    }
+    console.signal(SIGTERM);
+    const auto asked = std::chrono::steady_clock::now();
+    EXPECT_EQ(console.finish().signal, SIGTERM);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
+    expectCopy(folder);
+  }
+  EXPECT_GE(rows.size(), 12U);
+}
+
+}  // namespace
