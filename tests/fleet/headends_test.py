@@ -3,6 +3,7 @@
 Run by scripts/fleet 5.
 """
 
+import glob
 import os
 import re
 import signal
@@ -12,6 +13,7 @@ import unittest
 from headends import calls, config, headend, kill, processes, run, wait_until
 
 ALL = (1, 2, 3, 4, 5)
+PROJECT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../..")
 BACKUPS = "/var/lib/lineup-console"
 
 
@@ -35,6 +37,17 @@ def name(number):
 def drift(number, *lines):
     """Somebody changes a headend at its console."""
     headend(number, "lineup-console", stdin="\n".join(lines + ("commit", "quit", "")))
+
+
+def package_file():
+    """The console's package for this machine, if scripts/package has made it, or None."""
+    machine = run("dpkg", "--print-architecture").stdout.strip()
+    pattern = os.path.join(PROJECT, f"build/packages/lineup-console_*_{machine}.deb")
+    for path in sorted(glob.glob(pattern)):
+        held = subprocess.run(["dpkg-deb", "--contents", path], stdout=subprocess.PIPE, text=True, check=True)
+        if "/usr/bin/lineupctl" in held.stdout:
+            return path
+    return None
 
 
 class Headends(unittest.TestCase):
@@ -79,6 +92,29 @@ class Headends(unittest.TestCase):
         self.assertEqual((status, changed(recap)), (0, []), said)
         self.assertEqual([calls(number)[count:] for number, count in zip(ALL, before)],
                          [["getHeadendConfig"]] * len(ALL))
+
+    def test_get_the_package_and_its_timer_from_the_role(self):
+        package = package_file()
+        if package is None:
+            self.skipTest("scripts/package has made no package")
+        headend(5, "umount", "/usr/local/bin/lineupctl")
+        headend(5, "rm", "/usr/local/bin/lineupctl")
+        # Where systemd does not run, the timer is enabled for its next start.
+        with open("role.yml", "w", encoding="utf-8") as playbook:
+            playbook.write("""
+- hosts: headend5
+  gather_facts: false
+  environment: {SYSTEMD_OFFLINE: "1"}
+  roles: [lineup.console.headend]
+""")
+        command = ["ansible-playbook", "-e", "lineup_backup_timer=true", "-e", "lineup_package_file=" + package,
+                   "role.yml"]
+        first = run(*command)
+        self.assertEqual(first.returncode, 0, first.stdout)
+        self.assertIn("install ok installed", headend(5, "dpkg", "--status", "lineup-console"))
+        headend(5, "test", "-L", "/etc/systemd/system/timers.target.wants/lineup-backup.timer")
+        again = run(*command)
+        self.assertRegex(again.stdout, r"headend5 .* changed=0 .* failed=0 ")
 
     def test_show_a_drift_and_nothing_else(self):
         drift(3, "id 9", "rfnum 4")
