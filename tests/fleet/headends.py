@@ -7,7 +7,7 @@ import signal
 import subprocess
 import time
 
-PATIENCE = 120
+PATIENCE = 300
 
 # The configuration that the headends are to share is there already.
 LINEUP = "lineup.json"
