@@ -26,9 +26,8 @@ bool runLine(LineupEditor& editor, const std::string& line) {
   return true;
 }
 
-/// Likewise; where lines are edited, an interrupt ends the command alone.
+/// Likewise; what is only interrupted goes no further.
 bool runInterruptibly(LineupEditor& editor, const std::string& line) {
-  const InterruptibleCommand command(canEditLines());
   try {
     return runLine(editor, line);
   } catch (const EndedBySignal&) {
@@ -51,6 +50,8 @@ void LineupEditor::runPromptLoop() {
       .f2 = [this] { return changesToCommit(config); },
       .f3 = [this] { return lineupTables(config); },
   };
+  // From here on, lest Ctrl-C right behind Return end the console.
+  const InterruptibleCommand eachCommand(canEditLines());
   std::string line;
   while (true) {
     const char* const prompt = pendingChanges ? "(changes to commit) > " : "> ";

@@ -280,7 +280,7 @@ void forgetInterrupt() {
   }
 }
 
-InterruptibleCommand::InterruptibleCommand(bool interruptible) : interruptible_(interruptible) {
+InterruptibleCommand::InterruptibleCommand(bool interruptible) : interruptible_(interruptible && commandRuns == 0) {
   if (interruptible_) {
     letInterruptsThrough(true);
     commandRuns = 1;

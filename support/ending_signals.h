@@ -67,7 +67,7 @@ void forgetInterrupt();
 /// same, and what throws it on is to see isInterrupted() and forget it.
 class InterruptibleCommand {
  public:
-  /// Without `interruptible` nothing changes.
+  /// Without `interruptible`, or during another one, nothing changes.
   explicit InterruptibleCommand(bool interruptible);
   ~InterruptibleCommand();
   InterruptibleCommand(const InterruptibleCommand&) = delete;

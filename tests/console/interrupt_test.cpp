@@ -67,6 +67,13 @@ class CtrlC : public testing::Test {
     EXPECT_EQ(session.console.finish().status, 0);
   }
 
+  /// Waits for the next prompt, behind whatever is said before it.
+  static void awaitPrompt(Session& session) {
+    session.console.readUntil("^C");
+    session.console.readUntil("\r\n> ");
+    session.screen.show("\r\n> ");
+  }
+
   /// Has a "commit" of id 7 begin.
   void beginCommit(Session& session, bool goesOn) {
     session.expect("> |");
@@ -88,7 +95,7 @@ TEST_F(CtrlC, EndsTheWaitsOfAFind) {
   session.type("findsat O'Neil\n");
   session.console.readUntil("intento: 0");
   session.type(kCtrlC);
-  session.expect("^C\n> |");
+  awaitPrompt(session);
   expectUnchanged(session);
 }
 
@@ -133,6 +140,22 @@ TEST_F(CtrlC, EndsAListing) {
   session.type(kCtrlC);
   const std::string rest = session.console.readUntil("\r\n> ");
   EXPECT_LT(rest.size(), 100'000U);
+  session.type("quit\n");
+  EXPECT_EQ(session.console.finish().status, 0);
+}
+
+TEST_F(CtrlC, RightBehindReturnEndsNoMoreThanTheCommand) {
+  Session session(start());
+  session.expect("> |");
+  for (int wait = 0; wait < 100; ++wait) {
+    session.type("rfnum 5\n");
+    session.console.readUntil("\n");
+    usleep(static_cast<useconds_t>(wait * 10));
+    session.type(kCtrlC);
+  }
+  session.console.waitUntilTaken(SIGINT);
+  session.type("id 99\n");
+  session.console.readUntil("Headend id must be");
   session.type("quit\n");
   EXPECT_EQ(session.console.finish().status, 0);
 }
@@ -205,7 +228,7 @@ TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
     session.type("adddvb 1\n");
     session.console.readUntil("intento: 0");
     session.type(kCtrlC);
-    session.expect("^C\n> |");
+    awaitPrompt(session);
   }
   expectUnchanged(session);
 }
