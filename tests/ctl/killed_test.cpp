@@ -17,6 +17,7 @@
 #include "tests/ctl/ctl_process.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/long_series.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -88,7 +89,7 @@ class CtlKilled : public testing::Test {
   template <class Prepare, class Check>
   void killEverywhere(const std::vector<std::string>& words, Prepare prepare, Check check) {
     int stops = 0;
-    for (bool killed = true; killed; ++stops) {
+    for (bool killed = true; killed; stops += kCaseStep) {
       FakeController controller;
       controller.setConfig(running_);
       prepare();
