@@ -280,7 +280,8 @@ void forgetInterrupt() {
   }
 }
 
-InterruptibleCommand::InterruptibleCommand(bool interruptible) : interruptible_(interruptible && commandRuns == 0) {
+InterruptibleCommand::InterruptibleCommand(bool interruptible)
+    : interruptible_(interruptible && commandRuns == 0) {
   if (interruptible_) {
     letInterruptsThrough(true);
     commandRuns = 1;
