@@ -15,7 +15,10 @@
 
 namespace {
 
-constexpr char kUsualPager[] = "command -v less >/dev/null 2>&1 && exec less -FRX; exec more";
+// Neither may start other programs: the console may be all that its user is let into.
+constexpr char kUsualPager[] =
+    "export LESSSECURE=1 SHELL=/bin/false VISUAL=/bin/false EDITOR=/bin/false;"
+    "command -v less >/dev/null 2>&1 && exec less -FRX; exec more";
 
 /// What the shell is to run.
 const char* pagerCommand() {

@@ -160,7 +160,7 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
   const std::string table = fillLineup(100);
   const std::string less = folder.file("less");
-  std::ofstream(less) << "#!/bin/sh\necho \"$@\" > " << folder.file("shown") << "\n";
+  std::ofstream(less) << "#!/bin/sh\necho \"$LESSSECURE $@\" > " << folder.file("shown") << "\n";
   ASSERT_EQ(chmod(less.c_str(), 0755), 0);
   Start start = this->start();
   start.environment["PATH"] = folder.path() + ":" + std::getenv("PATH");
@@ -168,7 +168,7 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
   session.expect("> |");
   session.type(std::string("x") + kF3);
   session.expect("> x\n> x|");
-  EXPECT_EQ(shown(), "-FRX\n");
+  EXPECT_EQ(shown(), "1 -FRX\n");
 }
 
 TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
