@@ -49,65 +49,36 @@ call. SIGTERM or SIGINT ends it.
 
 namespace {
 
-enum Option {
-  PORT,
-  STATE,
-  IN_MEMORY,
-  CATALOGUE,
-  NO_CATALOGUE,
-  REPLACE,
-  KEEP,
-  WITHOUT,
-  NOT_READY,
-  DELAY,
-  REFUSE,
-  BREAK,
-  TIMESTAMPS,
-  READY_FD,
-  HELP,
-  VERSION
+/// An option as it was given.
+struct Given {
+  std::string option;
+  std::string argument{};  ///< empty for an option without one
 };
 
-const option kOptions[] = {{"port", required_argument, nullptr, PORT},
-                           {"state", required_argument, nullptr, STATE},
-                           {"catalogue", required_argument, nullptr, CATALOGUE},
-                           {"no-catalogue", no_argument, nullptr, NO_CATALOGUE},
-                           {"replace-catalogue", no_argument, nullptr, REPLACE},
-                           {"without-input", required_argument, nullptr, WITHOUT},
-                           {"not-ready", required_argument, nullptr, NOT_READY},
-                           {"ready-fd", required_argument, nullptr, READY_FD},
-                           {"in-memory", no_argument, nullptr, IN_MEMORY},
-                           {"keep", no_argument, nullptr, KEEP},
-                           {"delay", required_argument, nullptr, DELAY},
-                           {"refuse", required_argument, nullptr, REFUSE},
-                           {"break", required_argument, nullptr, BREAK},
-                           {"timestamps", no_argument, nullptr, TIMESTAMPS},
-                           {"help", no_argument, nullptr, HELP},
-                           {"version", no_argument, nullptr, VERSION},
-                           {nullptr, 0, nullptr, 0}};
-
-int numberUpTo(int most, const std::string& option, const std::string& text) {
+int numberUpTo(int most, const Given& given) {
+  const std::string& text = given.argument;
   int value = -1;
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end || value < 0 || value > most) {
-    throw std::invalid_argument(option + " needs a number from 0 to " + std::to_string(most) +
+    throw std::invalid_argument(given.option + " needs a number from 0 to " + std::to_string(most) +
                                 ", not '" + text + "'");
   }
   return value;
 }
 
-int openDescriptor(const std::string& option, const std::string& text) {
-  const int descriptor = numberUpTo(INT_MAX, option, text);
+int openDescriptor(const Given& given) {
+  const int descriptor = numberUpTo(INT_MAX, given);
   if (fcntl(descriptor, F_GETFD) < 0) {
-    throw std::invalid_argument(option + " needs an open file descriptor, not '" + text + "'");
+    throw std::invalid_argument(given.option + " needs an open file descriptor, not '" +
+                                given.argument + "'");
   }
   return descriptor;
 }
 
-std::string path(const std::string& option, const std::string& text) {
-  if (text.empty()) throw std::invalid_argument(option + " needs a file name");
-  return text;
+std::string path(const Given& given) {
+  if (given.argument.empty()) throw std::invalid_argument(given.option + " needs a file name");
+  return given.argument;
 }
 
 general::RFInputId::type inputNamed(const std::string& name) {
@@ -121,60 +92,68 @@ general::RFInputId::type inputNamed(const std::string& name) {
                               "'");
 }
 
-void apply(int option, Options& options) {
-  const std::string argument = optarg == nullptr ? "" : optarg;
-  switch (option) {
-    case PORT:
-      options.port = numberUpTo(65535, "--port", argument);
-      break;
-    case STATE:
-      options.stateFile = path("--state", argument);
-      options.keepsState = true;
-      break;
-    case CATALOGUE:
-      options.catalogueFile = path("--catalogue", argument);
-      options.keepsCatalogue = true;
-      break;
-    case NO_CATALOGUE:
-      options.writeCatalogue = false;
-      break;
-    case REPLACE:
-      options.replaceCatalogue = true;
-      break;
-    case WITHOUT:
-      options.absentInputs.insert(inputNamed(argument));
-      break;
-    case NOT_READY:
-      options.startupTime = std::chrono::seconds(numberUpTo(86400, "--not-ready", argument));
-      break;
-    case READY_FD:
-      options.readyDescriptor = openDescriptor("--ready-fd", argument);
-      break;
-    case IN_MEMORY:
-      options.inMemory = true;
-      break;
-    case KEEP:
-      options.keepsState = options.keepsCatalogue = true;
-      break;
-    case DELAY:
-      options.faults.push_back(parseFault("--delay", FaultKind::DELAY, argument));
-      break;
-    case REFUSE:
-      options.faults.push_back(parseFault("--refuse", FaultKind::REFUSE, argument));
-      break;
-    case BREAK:
-      options.faults.push_back(parseFault("--break", FaultKind::BREAK, argument));
-      break;
-    case TIMESTAMPS:
-      options.stamps = true;
-      break;
-    case HELP:
-      options.help = true;
-      break;
-    case VERSION:
-      options.version = true;
-      break;
+template <FaultKind kKind>
+void addFault(const Given& given, Options& options) {
+  options.faults.push_back(parseFault(given.option, kKind, given.argument));
+}
+
+template <bool Options::*kFlag, bool kValue = true>
+void setFlag(const Given& /*given*/, Options& options) {
+  options.*kFlag = kValue;
+}
+
+struct OptionRow {
+  const char* name;
+  int takesArgument;  ///< as in getopt_long()
+  void (*apply)(const Given& given, Options& options);
+};
+
+const OptionRow kRows[] = {
+    {"port", required_argument,
+     [](const Given& given, Options& options) { options.port = numberUpTo(65535, given); }},
+    {"state", required_argument,
+     [](const Given& given, Options& options) {
+       options.stateFile = path(given);
+       options.keepsState = true;
+     }},
+    {"catalogue", required_argument,
+     [](const Given& given, Options& options) {
+       options.catalogueFile = path(given);
+       options.keepsCatalogue = true;
+     }},
+    {"no-catalogue", no_argument, setFlag<&Options::writeCatalogue, false>},
+    {"replace-catalogue", no_argument, setFlag<&Options::replaceCatalogue>},
+    {"without-input", required_argument,
+     [](const Given& given, Options& options) {
+       options.absentInputs.insert(inputNamed(given.argument));
+     }},
+    {"not-ready", required_argument,
+     [](const Given& given, Options& options) {
+       options.startupTime = std::chrono::seconds(numberUpTo(86400, given));
+     }},
+    {"ready-fd", required_argument,
+     [](const Given& given, Options& options) { options.readyDescriptor = openDescriptor(given); }},
+    {"in-memory", no_argument, setFlag<&Options::inMemory>},
+    {"keep", no_argument,
+     [](const Given& /*given*/, Options& options) {
+       options.keepsState = options.keepsCatalogue = true;
+     }},
+    {"delay", required_argument, addFault<FaultKind::DELAY>},
+    {"refuse", required_argument, addFault<FaultKind::REFUSE>},
+    {"break", required_argument, addFault<FaultKind::BREAK>},
+    {"timestamps", no_argument, setFlag<&Options::stamps>},
+    {"help", no_argument, setFlag<&Options::help>},
+    {"version", no_argument, setFlag<&Options::version>},
+};
+
+/// The rows as getopt_long() takes them, each with its index as the value to return.
+std::vector<option> optionsForGetopt() {
+  std::vector<option> options;
+  for (const OptionRow& row : kRows) {
+    options.push_back({row.name, row.takesArgument, nullptr, static_cast<int>(options.size())});
   }
+  options.push_back({});
+  return options;
 }
 
 }  // namespace
@@ -182,9 +161,10 @@ void apply(int option, Options& options) {
 Options parseOptions(int argc, char** argv) {
   Options options;
   opterr = 0;
+  const std::vector<option> known = optionsForGetopt();
   int option = 0;
   // The leading colon tells a missing argument from an unknown option.
-  while ((option = getopt_long(argc, argv, ":", kOptions, nullptr)) != -1) {
+  while ((option = getopt_long(argc, argv, ":", known.data(), nullptr)) != -1) {
     if (option == ':') {
       throw std::invalid_argument("option '" + std::string(argv[optind - 1]) +
                                   "' needs an argument");
@@ -192,7 +172,8 @@ Options parseOptions(int argc, char** argv) {
     if (option == '?') {
       throw std::invalid_argument("unknown option '" + std::string(argv[optind - 1]) + "'");
     }
-    apply(option, options);
+    const OptionRow& row = kRows[option];
+    row.apply({std::string("--") + row.name, optarg == nullptr ? "" : optarg}, options);
   }
   if (optind < argc) {
     throw std::invalid_argument("unexpected argument '" + std::string(argv[optind]) + "'");
