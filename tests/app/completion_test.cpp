@@ -18,11 +18,8 @@
 
 namespace {
 
+using namespace lineup::test;
 using lineup::completeCommandLine;
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::Cells;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
@@ -31,9 +28,9 @@ const korvel::thrift::hub_module::HeadendConfig kNoConfig;
 Words wordsFor(const std::string& begun,
                const korvel::thrift::hub_module::HeadendConfig& config = kNoConfig) {
   Words words;
-  for (const Possibility& possibility : completeCommandLine(begun, config)) {
-    EXPECT_EQ(possibility.note, "");
-    words.push_back(possibility.word);
+  for (const Candidate& candidate : completeCommandLine(begun, config)) {
+    EXPECT_EQ(candidate.note, "");
+    words.push_back(candidate.word);
   }
   return words;
 }
@@ -156,20 +153,20 @@ class ServiceCompletion : public testing::Test {
  protected:
   static Words servicesFor(const std::string& begun) {
     Words services;
-    for (const Possibility& possibility : completeCommandLine(begun, kNoConfig)) {
-      services.push_back(possibility.word + ":" + possibility.note);
+    for (const Candidate& candidate : completeCommandLine(begun, kNoConfig)) {
+      services.push_back(candidate.word + ":" + candidate.note);
     }
     return services;
   }
 
-  CatalogueFile catalogue{lineup::test::kCataloguePath};
+  CatalogueFile catalogue{kCataloguePath};
 };
 
 TEST_F(ServiceCompletion, OffersIdsWithNamesFromAllTablesInOrder) {
-  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
-  catalogue.insert(lineup::test::kCable, {{10, "30"}, {11, "Three"}});
-  catalogue.insert(lineup::test::kSat, {{15, "100"}, {16, "One"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "20"}, {11, "Two"}});
+  catalogue.insert(kIP, {{6, "40"}, {7, "Four"}});
+  catalogue.insert(kCable, {{10, "30"}, {11, "Three"}});
+  catalogue.insert(kSat, {{15, "100"}, {16, "One"}});
+  catalogue.insert(kTdt, {{10, "20"}, {11, "Two"}});
   const Words all = {"20:Two (TDT)", "30:Three (Cable)", "40:Four (IP)", "100:One (SAT)"};
   for (const char* command : {"adddvb ", "rfadddvb ", "ipadddvb "}) {
     EXPECT_EQ(servicesFor(command), all);
@@ -178,9 +175,9 @@ TEST_F(ServiceCompletion, OffersIdsWithNamesFromAllTablesInOrder) {
 }
 
 TEST_F(ServiceCompletion, OffersServicesByPartsOfTheirNamesIfNoIdBeginsAsTyped) {
-  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "Canal 24"}});
-  catalogue.insert(lineup::test::kSat, {{15, "2"}, {16, "24 Horas"}});
-  catalogue.insert(lineup::test::kSat, {{15, "3"}, {16, "El Niño"}});
+  catalogue.insert(kSat, {{15, "1"}, {16, "Canal 24"}});
+  catalogue.insert(kSat, {{15, "2"}, {16, "24 Horas"}});
+  catalogue.insert(kSat, {{15, "3"}, {16, "El Niño"}});
   EXPECT_EQ(servicesFor("adddvb 24"), Words({"1:Canal 24 (SAT)", "2:24 Horas (SAT)"}));
   EXPECT_EQ(servicesFor("adddvb HORAS"), Words({"2:24 Horas (SAT)"}));
   EXPECT_EQ(servicesFor("adddvb iño"), Words({"3:El Niño (SAT)"}));
@@ -189,10 +186,10 @@ TEST_F(ServiceCompletion, OffersServicesByPartsOfTheirNamesIfNoIdBeginsAsTyped) 
 }
 
 TEST_F(ServiceCompletion, OffersNamesAsFindTakesThem) {
-  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "L'Étoile \"Bleue\""}, {19, "25"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "2"}, {11, "la 2"}, {14, "1"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "3"}, {11, "Tele L"}, {14, "1"}});
-  catalogue.insert(lineup::test::kSat, {{15, "4"}, {16, ""}, {19, "2"}});
+  catalogue.insert(kSat, {{15, "1"}, {16, "L'Étoile \"Bleue\""}, {19, "25"}});
+  catalogue.insert(kTdt, {{10, "2"}, {11, "la 2"}, {14, "1"}});
+  catalogue.insert(kTdt, {{10, "3"}, {11, "Tele L"}, {14, "1"}});
+  catalogue.insert(kSat, {{15, "4"}, {16, ""}, {19, "2"}});
   EXPECT_EQ(wordsFor("find L"), (Words{"L_Étoile__Bleue_", "la_2"}));
   EXPECT_EQ(wordsFor("findtdt "), (Words{"Tele_L", "la_2"}));
   EXPECT_EQ(wordsFor("findsat "), Words{"L_Étoile__Bleue_"});
@@ -202,17 +199,17 @@ TEST_F(ServiceCompletion, OffersNamesAsFindTakesThem) {
 }
 
 TEST_F(ServiceCompletion, OffersTheServiceTypesThatThereAre) {
-  catalogue.insert(lineup::test::kSat, {{15, "1"}, {19, "25"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "2"}, {14, "1"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "3"}, {14, "1"}});
+  catalogue.insert(kSat, {{15, "1"}, {19, "25"}});
+  catalogue.insert(kTdt, {{10, "2"}, {14, "1"}});
+  catalogue.insert(kTdt, {{10, "3"}, {14, "1"}});
   EXPECT_EQ(wordsFor("rfaddempty "), (Words{"1", "25"}));
   EXPECT_EQ(wordsFor("rfaddempty 2"), Words{"25"});
 }
 
 TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
-  catalogue.insert(lineup::test::kTdt, {{10, "7"}, {11, "Terrestrial"}});
-  catalogue.insert(lineup::test::kSat, {{15, "7"}, {16, "First"}});
-  catalogue.insert(lineup::test::kSat, {{15, "7"}, {16, "Second"}});
+  catalogue.insert(kTdt, {{10, "7"}, {11, "Terrestrial"}});
+  catalogue.insert(kSat, {{15, "7"}, {16, "First"}});
+  catalogue.insert(kSat, {{15, "7"}, {16, "Second"}});
   EXPECT_EQ(servicesFor("adddvb "), Words({"7:First (SAT)"}));
   lineup::LineupEditor editor;
   editor.addCatalogueService(7);
@@ -222,31 +219,31 @@ TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
 TEST_F(ServiceCompletion, LeavesOutWhatCannotBeAdded) {
   for (const Cells& cells : {Cells{{16, "No id"}}, Cells{{15, "x"}, {16, "No number"}},
                              Cells{{15, "99999999999"}, {16, "Too large"}}}) {
-    catalogue.insert(lineup::test::kSat, cells);
+    catalogue.insert(kSat, cells);
   }
-  catalogue.insert(lineup::test::kSat, {{15, "-5"}});
+  catalogue.insert(kSat, {{15, "-5"}});
   EXPECT_EQ(servicesFor("adddvb "), Words({"-5: (SAT)"}));
 }
 
 TEST_F(ServiceCompletion, ATableThatIsMissingIsPassedOver) {
-  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
+  catalogue.insert(kIP, {{6, "40"}, {7, "Four"}});
   catalogue.execute("DROP TABLE availableSatService");
   EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
 }
 
 TEST_F(ServiceCompletion, ACatalogueThatCannotBeReadOffersNothingAndSaysNothing) {
-  catalogue.insert(lineup::test::kIP, {{6, "40"}, {7, "Four"}});
+  catalogue.insert(kIP, {{6, "40"}, {7, "Four"}});
   testing::internal::CaptureStderr();
   {
-    const CatalogueLock lock(lineup::test::kCataloguePath);
+    const CatalogueLock lock(kCataloguePath);
     EXPECT_EQ(servicesFor("adddvb "), Words());
   }
   EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
-  fs::resize_file(lineup::test::kCataloguePath, 700);
+  fs::resize_file(kCataloguePath, 700);
   EXPECT_EQ(servicesFor("adddvb "), Words());
-  fs::remove(lineup::test::kCataloguePath);
+  fs::remove(kCataloguePath);
   EXPECT_EQ(servicesFor("adddvb "), Words());
-  EXPECT_FALSE(fs::exists(lineup::test::kCataloguePath));
+  EXPECT_FALSE(fs::exists(kCataloguePath));
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

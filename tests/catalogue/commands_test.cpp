@@ -11,54 +11,17 @@
 #include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/catalogue_services.h"
+#include "tests/support/streams.h"
 
 namespace lineup {
 namespace {
 
+using namespace lineup::test;
 using hub_module::DVBInputServiceConfig;
-using test::CatalogueFile;
-using test::Cells;
-using test::kCable;
-using test::kIP;
-using test::kSat;
-using test::kTdt;
-
-/// A row of each table with every column filled that the console uses.
-const Cells kSatRow{{2, "120"}, {4, "1"},   {7, "11778"}, {8, "27500"},        {11, "4"},
-                    {12, "1"},  {13, "26"}, {15, "1017"}, {16, "Channel One"}, {17, "4101"},
-                    {18, "1"},  {19, "25"}, {23, "a,b"},  {24, "101,102,103"}};
-const Cells kTdtRow{{5, "490000"}, {6, "8"},          {7, "2"},    {8, "1"},
-                    {10, "17"},    {11, "Télé Uno"},  {12, "101"}, {13, "0"},
-                    {14, "1"},     {15, "spa,,eng,"}, {16, "1,-2"}};
-const Cells kCableRow{{5, "306000"}, {6, "6875"}, {7, "64"}, {10, "18"}, {11, "Kabel Eins"},
-                      {12, "201"},   {13, "-1"},  {14, "2"}, {15, ""},   {16, ""}};
-const Cells kIPRow{{1, "0f1e2d3c-0000-4000-8000-000000000001"},
-                   {2, "udp://239.1.1.1:1234"},
-                   {6, "19"},
-                   {7, "IP Uno"},
-                   {8, "301"},
-                   {9, "1"},
-                   {10, "1"},
-                   {11, "x"},
-                   {12, "9"}};
 
 class Catalogue : public testing::Test {
  protected:
-  /// What `action` writes to standard output.
-  template <typename Action>
-  static std::string printedBy(Action action) {
-    testing::internal::CaptureStdout();
-    action();
-    return testing::internal::GetCapturedStdout();
-  }
-
-  void insertOneOfEach() {
-    file.insert(kSat, kSatRow);
-    file.insert(kTdt, kTdtRow);
-    file.insert(kCable, kCableRow);
-    file.insert(kIP, kIPRow);
-  }
-
   CatalogueFile file{kCataloguePath};
   LineupEditor editor;
 };
@@ -68,54 +31,33 @@ using AvailableServiceNames = Catalogue;
 using BuildService = Catalogue;
 using AddCatalogueService = Catalogue;
 
-/// `row` with `cells` in place of its own.
-Cells with(Cells row, const Cells& cells) {
-  for (const auto& [column, text] : cells) {
-    row[column] = text;
-  }
-  return row;
-}
-
 TEST_F(FindServices, EachTableHasItsLine) {
-  insertOneOfEach();
-  EXPECT_EQ(printedBy([&] { editor.findSatServices("Channel"); }),
-            "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n");
-  EXPECT_EQ(printedBy([&] { editor.findTdtServices("uno"); }),
-            "17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,,eng,\n");
-  EXPECT_EQ(printedBy([&] { editor.findCableServices("Eins"); }),
-            "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n");
-  EXPECT_EQ(printedBy([&] { editor.findIPServices("IP"); }),
-            "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n");
+  insertOneOfEach(file);
+  EXPECT_EQ(printed([&] { editor.findSatServices("Channel"); }), kSatLine);
+  EXPECT_EQ(printed([&] { editor.findTdtServices("uno"); }), kTdtLine);
+  EXPECT_EQ(printed([&] { editor.findCableServices("Eins"); }), kCableLine);
+  EXPECT_EQ(printed([&] { editor.findIPServices("IP"); }), kIPLine);
 }
 
 TEST_F(FindServices, AllTablesInOrder) {
-  insertOneOfEach();
-  EXPECT_EQ(printedBy([&] { editor.findServices(""); }),
-            "17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,,eng,\n"
-            "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-            "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n"
-            "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n");
-  EXPECT_EQ(printedBy([&] { editor.findServices("channel"); }),
-            "No TDT services found.\n"
-            "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-            "No Cable services found.\n"
-            "No IP services found.\n");
+  insertOneOfEach(file);
+  EXPECT_EQ(printed([&] { editor.findServices(""); }), kFoundLines);
+  EXPECT_EQ(printed([&] { editor.findServices("channel"); }),
+            std::string("No TDT services found.\n") + kSatLine +
+                "No Cable services found.\n"
+                "No IP services found.\n");
 }
 
 TEST_F(FindServices, NoMatchHasItsMessageForEachTable) {
-  insertOneOfEach();
-  EXPECT_EQ(printedBy([&] { editor.findServices("nothing"); }),
-            "No TDT services found.\n"
-            "No SAT services found.\n"
-            "No Cable services found.\n"
-            "No IP services found.\n");
+  insertOneOfEach(file);
+  EXPECT_EQ(printed([&] { editor.findServices("nothing"); }), kNothingFound);
 }
 
 TEST_F(FindServices, AnEmptyNameListsEveryServiceInOrder) {
   for (const char* id : {"3", "1", "2"}) {
     file.insert(kSat, with(kSatRow, {{15, id}}));
   }
-  EXPECT_EQ(printedBy([&] { editor.findSatServices(""); }),
+  EXPECT_EQ(printed([&] { editor.findSatServices(""); }),
             "3\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
             "1\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
             "2\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n");
@@ -124,19 +66,19 @@ TEST_F(FindServices, AnEmptyNameListsEveryServiceInOrder) {
 TEST_F(FindServices, NullCellsPrintAsZeroOrNothing) {
   file.insert(kSat, {{16, "Bare"}});
   file.insert(kIP, {{7, "Bare"}});
-  EXPECT_EQ(printedBy([&] { editor.findSatServices("Bare"); }), "0\tBare FR: 0 MHz SID: 0 L: \n");
-  EXPECT_EQ(printedBy([&] { editor.findIPServices("Bare"); }), "0\tBare URL:  kHz SID: 0 L: \n");
+  EXPECT_EQ(printed([&] { editor.findSatServices("Bare"); }), "0\tBare FR: 0 MHz SID: 0 L: \n");
+  EXPECT_EQ(printed([&] { editor.findIPServices("Bare"); }), "0\tBare URL:  kHz SID: 0 L: \n");
 }
 
 TEST_F(FindServices, TextInIntegerColumnsPrintsAsANumber) {
   file.insert(kTdt, with(kTdtRow, {{5, "490 MHz"}, {12, "none"}}));
-  EXPECT_EQ(printedBy([&] { editor.findTdtServices(""); }),
+  EXPECT_EQ(printed([&] { editor.findTdtServices(""); }),
             "17\tTélé Uno FR: 490 kHz SID: 0 L: spa,,eng,\n");
 }
 
 TEST_F(FindServices, NothingOfTheConfigurationChanges) {
-  insertOneOfEach();
-  printedBy([&] { editor.findServices(""); });
+  insertOneOfEach(file);
+  printed([&] { editor.findServices(""); });
   EXPECT_FALSE(editor.pendingChanges);
   EXPECT_EQ(editor.config, hub_module::HeadendConfig());
 }
@@ -156,78 +98,12 @@ TEST_F(AvailableServiceNames, OfACatalogueThatCannotBeReachedAreNone) {
   EXPECT_TRUE(readAvailableServiceNames().empty());
 }
 
-TEST_F(BuildService, FromASatelliteRow) {
-  file.insert(kSat, kSatRow);
-  DVBInputServiceConfig expected;
-  expected.service.sid = 4101;
-  expected.service.name = "Channel One";
-  expected.service.catalogueFlag = true;
-  expected.service.inputType = 2;
-  expected.service.serviceType = 25;
-  expected.service.intItems = {101, 102, 103};
-  expected.service.lItems = {"a", "b"};
-  hub_module::LineupSATMux mux;
-  mux.frequency = 11778;
-  mux.satParam2 = 120;
-  mux.satParam3 = 1;
-  mux.satParam4 = 27500;
-  mux.satParam5 = 4;
-  mux.satParam6 = 1;
-  mux.satParam7 = 26;
-  expected.service.__set_lineupSATMux(mux);
-  expected.configFlag = true;
-  EXPECT_EQ(buildSatService(1017), expected);
-}
-
-TEST_F(BuildService, FromATerrestrialRow) {
-  file.insert(kTdt, kTdtRow);
-  DVBInputServiceConfig expected;
-  expected.service.sid = 101;
-  expected.service.name = "Télé Uno";
-  expected.service.inputType = 1;
-  expected.service.serviceType = 1;
-  expected.service.intItems = {1, -2};
-  expected.service.lItems = {"spa", "", "eng"};
-  hub_module::LineupTDTMux mux;
-  mux.frequency = 490000;
-  mux.tdtParam2 = 8;
-  mux.tdtParam3 = 2;
-  mux.tdtParam4 = 1;
-  expected.service.__set_lineupTDTMux(mux);
-  expected.configFlag = false;
-  EXPECT_EQ(buildTdtService(17), expected);
-}
-
-TEST_F(BuildService, FromACableRow) {
-  file.insert(kCable, kCableRow);
-  DVBInputServiceConfig expected;
-  expected.service.sid = 201;
-  expected.service.name = "Kabel Eins";
-  expected.service.catalogueFlag = true;
-  expected.service.inputType = 3;
-  expected.service.serviceType = 2;
-  hub_module::LineupCableMux mux;
-  mux.frequency = 306000;
-  mux.cableParam2 = 6875;
-  mux.cableParam3 = 64;
-  expected.service.__set_lineupCableMux(mux);
-  expected.configFlag = true;
-  EXPECT_EQ(buildCableService(18), expected);
-}
-
-TEST_F(BuildService, FromAnIPRow) {
-  file.insert(kIP, kIPRow);
-  DVBInputServiceConfig expected;
-  expected.service.sid = 301;
-  expected.service.name = "IP Uno";
-  expected.service.catalogueFlag = true;
-  expected.service.inputType = 4;
-  expected.service.serviceType = 1;
-  expected.service.intItems = {9};
-  expected.service.lItems = {"x"};
-  expected.service.__set_ipMuxUUID("0f1e2d3c-0000-4000-8000-000000000001");
-  expected.configFlag = true;
-  EXPECT_EQ(buildIPService(19), expected);
+TEST_F(BuildService, FromARowOfEachTable) {
+  insertOneOfEach(file);
+  EXPECT_EQ(buildSatService(1017), satService());
+  EXPECT_EQ(buildTdtService(17), tdtService());
+  EXPECT_EQ(buildCableService(18), cableService());
+  EXPECT_EQ(buildIPService(19), ipService());
 }
 
 TEST_F(BuildService, NullCellsBecomeZeroWhateverTheDefault) {
@@ -241,19 +117,6 @@ TEST_F(BuildService, NullCellsBecomeZeroWhateverTheDefault) {
   EXPECT_TRUE(sat.service.lItems.empty());
   EXPECT_FALSE(sat.configFlag);
   EXPECT_EQ(buildTdtService(1).service.lineupTDTMux.tdtParam4, 0);
-}
-
-TEST_F(BuildService, MarksOnlyTheMuxOfItsKind) {
-  insertOneOfEach();
-  const auto marked = [](const DVBInputServiceConfig& config) {
-    const auto& isset = config.service.__isset;
-    return std::string(isset.lineupSATMux ? "S" : "") + (isset.lineupTDTMux ? "T" : "") +
-           (isset.lineupCableMux ? "C" : "") + (isset.ipMuxUUID ? "I" : "");
-  };
-  EXPECT_EQ(marked(buildSatService(1017)), "S");
-  EXPECT_EQ(marked(buildTdtService(17)), "T");
-  EXPECT_EQ(marked(buildCableService(18)), "C");
-  EXPECT_EQ(marked(buildIPService(19)), "I");
 }
 
 TEST_F(BuildService, TakesTheFirstOfSeveralRows) {
@@ -279,7 +142,7 @@ TEST_F(BuildService, ListsMayBeLong) {
 }
 
 TEST_F(BuildService, WithoutARowFails) {
-  insertOneOfEach();
+  insertOneOfEach(file);
   for (const auto build : {buildSatService, buildTdtService, buildCableService, buildIPService}) {
     try {
       build(4711);
@@ -300,7 +163,7 @@ TEST_F(BuildService, AMalformedIntegerListIsALogicError) {
   EXPECT_THROW(buildCableService(18), std::invalid_argument);
   EXPECT_THROW(buildIPService(19), std::invalid_argument);
   // Nobody holds the catalogue after that.
-  EXPECT_NO_THROW(test::CatalogueLock(kCataloguePath).release());
+  EXPECT_NO_THROW(CatalogueLock(kCataloguePath).release());
 }
 
 TEST_F(AddCatalogueService, TheFirstTableThatHasTheIdWins) {
@@ -324,7 +187,7 @@ TEST_F(AddCatalogueService, TheFirstTableThatHasTheIdWins) {
 }
 
 TEST_F(AddCatalogueService, AnUnknownIdChangesNothing) {
-  insertOneOfEach();
+  insertOneOfEach(file);
   try {
     editor.addCatalogueService(0);
     ADD_FAILURE() << "found";

@@ -16,10 +16,7 @@
 namespace korveldb {
 namespace {
 
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::CatalogueWriter;
-using lineup::test::filesIn;
+using namespace lineup::test;
 
 class Connection : public testing::Test {
  protected:
@@ -37,7 +34,7 @@ class Connection : public testing::Test {
     return records;
   }
 
-  lineup::test::TemporaryFolder folder;
+  TemporaryFolder folder;
   const std::string path = folder.file("catalogue.sqlite");
   CatalogueFile file{path};
 };
@@ -228,51 +225,54 @@ TEST_F(Connection, ASelectBehindTheDeadlineIsInterrupted) {
             (Records{"[db] Query could not be executed (9): " + endless}));
 }
 
+/// Statements that do more than read; FOLDER is that of the catalogue.
+constexpr const char* kStatementsToRefuse[] = {
+    "INSERT INTO availableSatService(service_id) VALUES(18)",
+    "REPLACE INTO availableSatService(service_id) VALUES(18)",
+    "UPDATE availableSatService SET service_id=18",
+    "DELETE FROM availableSatService",
+    "DROP TABLE availableSatService",
+    "CREATE TABLE extra(x)",
+    "CREATE TEMP TABLE extra(x)",
+    "CREATE TABLE extra AS SELECT * FROM availableSatService",
+    "CREATE VIEW extra AS SELECT 1",
+    "CREATE TEMP VIEW extra AS SELECT 1",
+    "CREATE INDEX extra ON availableSatService(service_id)",
+    "CREATE TRIGGER extra AFTER DELETE ON availableSatService BEGIN SELECT 1; END",
+    "CREATE VIRTUAL TABLE extra USING fts5(x)",
+    "ALTER TABLE availableSatService RENAME TO extra",
+    "ALTER TABLE availableSatService ADD COLUMN extra",
+    "REINDEX",
+    "ANALYZE",
+    "VACUUM",
+    "VACUUM INTO 'FOLDER/copy.sqlite'",
+    "ATTACH 'FOLDER/new.sqlite' AS extra",
+    "ATTACH 'FOLDER/other.sqlite' AS extra",
+    "ATTACH '' AS extra",
+    "DETACH main",
+    "PRAGMA query_only=0",
+    "PRAGMA journal_mode=WAL",
+    "PRAGMA journal_mode",
+    "PRAGMA user_version=7",
+    "PRAGMA writable_schema=1",
+    "PRAGMA wal_checkpoint",
+    "PRAGMA temp_store_directory='FOLDER'",
+    "SELECT * FROM pragma_optimize",
+    "BEGIN",
+    "BEGIN IMMEDIATE",
+    "BEGIN EXCLUSIVE",
+    "SAVEPOINT extra",
+    "SELECT load_extension('FOLDER/extra.so')",
+    "SELECT writefile('FOLDER/new', 'text')",
+    "EXPLAIN DELETE FROM availableSatService",
+};
+
 TEST_F(Connection, ReadingOnlyNoStatementChangesTheFileOrMakesAnother) {
-  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  file.insert(kSat, {{15, "17"}, {16, "Channel One"}});
   file.execute("CREATE INDEX names ON availableSatService(service_name)");
   const CatalogueFile other(folder.file("other.sqlite"));
   const auto before = filesIn(folder.path());
-  for (const std::string sql : {
-           "INSERT INTO availableSatService(service_id) VALUES(18)",
-           "REPLACE INTO availableSatService(service_id) VALUES(18)",
-           "UPDATE availableSatService SET service_id=18",
-           "DELETE FROM availableSatService",
-           "DROP TABLE availableSatService",
-           "CREATE TABLE extra(x)",
-           "CREATE TEMP TABLE extra(x)",
-           "CREATE TABLE extra AS SELECT * FROM availableSatService",
-           "CREATE VIEW extra AS SELECT 1",
-           "CREATE TEMP VIEW extra AS SELECT 1",
-           "CREATE INDEX extra ON availableSatService(service_id)",
-           "CREATE TRIGGER extra AFTER DELETE ON availableSatService BEGIN SELECT 1; END",
-           "CREATE VIRTUAL TABLE extra USING fts5(x)",
-           "ALTER TABLE availableSatService RENAME TO extra",
-           "ALTER TABLE availableSatService ADD COLUMN extra",
-           "REINDEX",
-           "ANALYZE",
-           "VACUUM",
-           "VACUUM INTO 'FOLDER/copy.sqlite'",
-           "ATTACH 'FOLDER/new.sqlite' AS extra",
-           "ATTACH 'FOLDER/other.sqlite' AS extra",
-           "ATTACH '' AS extra",
-           "DETACH main",
-           "PRAGMA query_only=0",
-           "PRAGMA journal_mode=WAL",
-           "PRAGMA journal_mode",
-           "PRAGMA user_version=7",
-           "PRAGMA writable_schema=1",
-           "PRAGMA wal_checkpoint",
-           "PRAGMA temp_store_directory='FOLDER'",
-           "SELECT * FROM pragma_optimize",
-           "BEGIN",
-           "BEGIN IMMEDIATE",
-           "BEGIN EXCLUSIVE",
-           "SAVEPOINT extra",
-           "SELECT load_extension('FOLDER/extra.so')",
-           "SELECT writefile('FOLDER/new', 'text')",
-           "EXPLAIN DELETE FROM availableSatService",
-       }) {
+  for (const std::string sql : kStatementsToRefuse) {
     std::string statement = sql;
     if (const auto position = statement.find("FOLDER"); position != std::string::npos) {
       statement.replace(position, 6, folder.path());

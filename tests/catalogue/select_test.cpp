@@ -18,11 +18,7 @@
 namespace korveldb {
 namespace {
 
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::Cells;
-using lineup::test::filesIn;
-using lineup::test::kIP;
+using namespace lineup::test;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 using Lines = std::vector<std::string>;
@@ -46,16 +42,16 @@ class Select : public testing::Test {
     return lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
   }
 
-  lineup::test::TemporaryFolder folder;
+  TemporaryFolder folder;
   const std::string path = folder.file("catalogue.sqlite");
 };
 
 TEST_F(Select, EveryColumnOfEveryTableIsRead) {
   CatalogueFile file(path);
-  file.insert(lineup::test::kSat, cellsNamedByPosition(25));
-  file.insert(lineup::test::kTdt, cellsNamedByPosition(17));
-  file.insert(lineup::test::kCable, cellsNamedByPosition(17));
-  file.insert(lineup::test::kIP, cellsNamedByPosition(13));
+  file.insert(kSat, cellsNamedByPosition(25));
+  file.insert(kTdt, cellsNamedByPosition(17));
+  file.insert(kCable, cellsNamedByPosition(17));
+  file.insert(kIP, cellsNamedByPosition(13));
   const tSqlite3db db(path);
 
   const auto expectNamedByPosition = [](const auto& list, std::size_t columns) {
@@ -83,8 +79,7 @@ TEST_F(Select, ColumnsAreIntegersOrTextsByTheirPosition) {
     return types;
   };
   CatalogueFile file(path);
-  for (const char* table :
-       {lineup::test::kSat, lineup::test::kTdt, lineup::test::kCable, lineup::test::kIP}) {
+  for (const char* table : {kSat, kTdt, kCable, kIP}) {
     file.insert(table, {});
   }
   const tSqlite3db db(path);
@@ -99,7 +94,7 @@ TEST_F(Select, ColumnsAreIntegersOrTextsByTheirPosition) {
 }
 
 TEST_F(Select, NullCellsAreZeroOrEmpty) {
-  CatalogueFile(path).insert(lineup::test::kSat, {});
+  CatalogueFile(path).insert(kSat, {});
   const tSqlite3db db(path);
   const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
   ASSERT_EQ(list->rows.size(), 1U);
@@ -109,7 +104,7 @@ TEST_F(Select, NullCellsAreZeroOrEmpty) {
 }
 
 TEST_F(Select, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
-  CatalogueFile(path).insert(lineup::test::kSat, {{7, "11778 MHz"}, {17, "none"}});
+  CatalogueFile(path).insert(kSat, {{7, "11778 MHz"}, {17, "none"}});
   const tSqlite3db db(path);
   const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
   EXPECT_EQ(list->rows[0].asInt(7), 11778);
@@ -122,7 +117,7 @@ TEST_F(Select, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
   for (const char* number : {"1", "2", "3"}) {
     Cells cells = cellsNamedByPosition(28);
     cells[0] = number;
-    file.insert(lineup::test::kSat, cells);
+    file.insert(kSat, cells);
   }
   const tSqlite3db db(path);
   const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
@@ -147,7 +142,7 @@ TEST_F(Select, ColumnsThatTheResultLacksAreNull) {
 }
 
 TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
-  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}});
+  CatalogueFile(path).insert(kSat, {{15, "17"}});
   const tSqlite3db db(path);
   EXPECT_EQ(errorsOf([&] {
               const auto list = tAvailableSatService::doSelect(db.getHandle(), "WHERE 0");
@@ -158,7 +153,7 @@ TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
 }
 
 TEST_F(Select, AListIsFreedAndSoIsNone) {
-  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}});
+  CatalogueFile(path).insert(kSat, {{15, "17"}});
   const tSqlite3db db(path);
   tAvailableSatService::freeList(tAvailableSatService::doSelect(db.getHandle(), nullptr));
   tAvailableSatService::freeList(nullptr);
@@ -166,8 +161,8 @@ TEST_F(Select, AListIsFreedAndSoIsNone) {
 
 TEST_F(Select, FilterArgumentsAreInsertedAsTheyAre) {
   CatalogueFile file(path);
-  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
-  file.insert(lineup::test::kSat, {{15, "18"}, {16, "100% Folk"}});
+  file.insert(kSat, {{15, "17"}, {16, "Channel One"}});
+  file.insert(kSat, {{15, "18"}, {16, "100% Folk"}});
   const tSqlite3db db(path);
   const auto namesLike = [&](const char* name) {
     const auto list =
@@ -227,7 +222,7 @@ TEST_F(Select, AFileThatCannotBeOpenedHasNoErrorText) {
 }
 
 TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
-  CatalogueFile(path).insert(lineup::test::kCable, {{10, "17"}, {11, "Channel One"}});
+  CatalogueFile(path).insert(kCable, {{10, "17"}, {11, "Channel One"}});
   const tSqlite3db db(path);
   CatalogueLock lock(path);
 
@@ -266,7 +261,7 @@ TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
 }
 
 TEST_F(Select, ASecondStatementThatWritesIsRefused) {
-  CatalogueFile(path).insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  CatalogueFile(path).insert(kSat, {{15, "17"}, {16, "Channel One"}});
   const auto before = filesIn(folder.path());
   const Lines lines = errorsOf([&] {
     const tSqlite3db db(path);
@@ -326,7 +321,7 @@ TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
   {
     CatalogueFile file(path);
     file.execute("PRAGMA journal_mode=WAL");
-    file.insert(lineup::test::kSat, {{15, "17"}});
+    file.insert(kSat, {{15, "17"}});
     const tSqlite3db db(path);
     EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U)
         << "with its writer connected";
@@ -342,9 +337,9 @@ TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
 }
 
 TEST_F(Select, AWriteThatItsWriterDidNotSurviveIsNotSeen) {
-  const lineup::test::TemporaryFolder crashed;
+  const TemporaryFolder crashed;
   CatalogueFile file(path);
-  file.insert(lineup::test::kSat, {{15, "17"}, {16, "Channel One"}});
+  file.insert(kSat, {{15, "17"}, {16, "Channel One"}});
   file.execute(
       "PRAGMA cache_size=1; BEGIN; UPDATE availableSatService SET service_name='Half written';"
       "CREATE TABLE filler(x); WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n LIMIT "

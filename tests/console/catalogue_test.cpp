@@ -14,38 +14,22 @@
 #include <vector>
 
 #include "tests/support/catalogue_file.h"
+#include "tests/support/catalogue_services.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
 
-using korvel::thrift::hub_module::DVBInputServiceConfig;
-using korvel::thrift::hub_module::HeadendConfig;
-using korvel::thrift::hub_module::LineupEntryKind;
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::CatalogueWriter;
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::filesIn;
-using lineup::test::kCable;
-using lineup::test::kIP;
-using lineup::test::kSat;
-using lineup::test::kTdt;
-using lineup::test::Outcome;
-using lineup::test::runConsole;
-using lineup::test::Start;
+using namespace korvel::thrift::hub_module;
+using namespace lineup::test;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 using Methods = std::vector<std::string>;
 
 constexpr char kFolder[] = "/etc/korvel/conf/ControllerTask";
 constexpr char kPath[] = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
-constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
-constexpr char kPending[] = "(changes to commit) > ";
-constexpr char kNote[] = "NOTE: Changes have not been committed\n";
-constexpr char kMuxUuid[] = "0f1e2d3c-0000-4000-8000-000000000001";
 
 /// The line that says that a select on `table` failed.
 std::string retryLine(const std::string& table, int attempt) {
@@ -89,109 +73,28 @@ long processorTime(pid_t process) {
 /// A controller that answers, and a catalogue with a service in each table.
 class CatalogueCommands : public testing::Test {
  protected:
-  CatalogueCommands() {
-    file->insert(kSat, {{2, "120"},
-                        {4, "1"},
-                        {7, "11778"},
-                        {8, "27500"},
-                        {11, "4"},
-                        {12, "1"},
-                        {13, "26"},
-                        {15, "1017"},
-                        {16, "Channel One"},
-                        {17, "4101"},
-                        {18, "1"},
-                        {19, "25"},
-                        {23, "a,b"},
-                        {24, "101,102"}});
-    file->insert(kTdt, {{5, "490000"},
-                        {6, "8"},
-                        {7, "2"},
-                        {8, "1"},
-                        {10, "17"},
-                        {11, "Télé Uno"},
-                        {12, "101"},
-                        {13, "0"},
-                        {14, "1"},
-                        {15, "spa,eng"},
-                        {16, "1,-2"}});
-    file->insert(kCable, {{5, "306000"},
-                          {6, "6875"},
-                          {7, "64"},
-                          {10, "18"},
-                          {11, "Kabel Eins"},
-                          {12, "201"},
-                          {13, "0"},
-                          {14, "2"}});
-    file->insert(kIP, {{1, kMuxUuid},
-                       {2, "udp://239.1.1.1:1234"},
-                       {6, "19"},
-                       {7, "IP Uno"},
-                       {8, "301"},
-                       {9, "1"},
-                       {10, "1"},
-                       {11, "x"},
-                       {12, "9"}});
-  }
-
-  /// What the console prints on `lines` behind its greeting.
-  static std::string printed(const Outcome& outcome) {
-    const std::string greeting = kGreeting;
-    EXPECT_EQ(outcome.out.substr(0, greeting.size()), greeting);
-    return outcome.out.substr(std::min(greeting.size(), outcome.out.size()));
-  }
-
-  static std::string printedBy(const std::string& lines) {
-    const Outcome outcome = runConsole({}, lines);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err, "");
-    return printed(outcome);
-  }
+  CatalogueCommands() { insertOneOfEach(*file); }
 
   FakeController controller;
   std::unique_ptr<CatalogueFile> file = std::make_unique<CatalogueFile>(kPath);
 };
 
-TEST_F(CatalogueCommands, EachTableIsFoundByItsOwnCommand) {
-  EXPECT_EQ(printedBy("findsat channel\nfindtdt Uno\nfindcable Eins\nfindip IP\n"),
-            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-            "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n"
-            "> 18\tKabel Eins FR: 306000 kHz SID: 201 L: \n"
-            "> 19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n"
-            "> \n");
-}
-
-TEST_F(CatalogueCommands, FindSearchesAllFourTables) {
-  EXPECT_EQ(printedBy("find\n"),
-            "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n"
-            "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-            "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n"
-            "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n"
-            "> \n");
-}
-
-TEST_F(CatalogueCommands, FindWithoutAMatchSaysSoForEachTable) {
-  EXPECT_EQ(printedBy("find nothing\n"),
-            "> No TDT services found.\n"
-            "No SAT services found.\n"
-            "No Cable services found.\n"
-            "No IP services found.\n"
-            "> \n");
+TEST_F(CatalogueCommands, EachTableIsFoundByItsOwnCommandAndAllByFind) {
+  EXPECT_EQ(printedBy("findsat channel\nfindtdt Uno\nfindcable Eins\nfindip IP\nfind\n"),
+            std::string("> ") + kSatLine + "> " + kTdtLine + "> " + kCableLine + "> " + kIPLine +
+                "> " + kFoundLines + "> \n");
 }
 
 TEST_F(CatalogueCommands, FindsatWithoutANameListsEverySatelliteService) {
   file->insert(kSat, {{15, "7"}, {16, "Channel Two"}});
-  const std::string all =
-      "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-      "7\tChannel Two FR: 0 MHz SID: 0 L: \n";
+  const std::string all = std::string(kSatLine) + "7\tChannel Two FR: 0 MHz SID: 0 L: \n";
   EXPECT_EQ(printedBy("findsat\n"), "> " + all + "> \n");
   EXPECT_EQ(printedBy("findsat  Two\n"), "> " + all + "> \n") << "an empty second word";
 }
 
 TEST_F(CatalogueCommands, AWordOfAnotherColumnDoesNotMatchAndFurtherWordsAreIgnored) {
   EXPECT_EQ(printedBy("findsat 4101\nfindsat One Two\n"),
-            "> No SAT services found.\n"
-            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n> \n");
+            std::string("> No SAT services found.\n> ") + kSatLine + "> \n");
 }
 
 TEST_F(CatalogueCommands, ANameWithAQuoteIsRetriedAndFindsNothing) {
@@ -209,8 +112,7 @@ TEST_F(CatalogueCommands, ANameWithAQuoteIsRetriedAndFindsNothing) {
 TEST_F(CatalogueCommands, ATypedSelectMayReadButNothingElse) {
   EXPECT_EQ(printedBy("findsat x';SELECT/**/*/**/FROM/**/availableSatService;--\n"
                       "findsat x'OR/**/service_id='1017';--\n"),
-            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n"
-            "> 1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n> \n");
+            std::string("> ") + kSatLine + "> " + kSatLine + "> \n");
 
   const std::vector<std::string> names{
       "x';DELETE/**/FROM/**/availableSatService;--",
@@ -250,12 +152,7 @@ TEST_F(CatalogueCommands, AMissingCatalogueHasNoServices) {
   const auto start = steady_clock::now();
   const Outcome found = finding.finish();
   EXPECT_GE(steady_clock::now() - start, seconds(22));
-  EXPECT_EQ(printed(found),
-            "> No TDT services found.\n"
-            "No SAT services found.\n"
-            "No Cable services found.\n"
-            "No IP services found.\n"
-            "> \n");
+  EXPECT_EQ(printed(found), std::string("> ") + kNothingFound + "> \n");
   const Outcome added = adding.finish();
   EXPECT_EQ(printed(added), "> Service not found\n> \n");
   for (const Outcome& outcome : {found, added}) {
@@ -293,9 +190,7 @@ TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
   console.readErrorsUntil(retryLine(kIP, 0));
   lock.release();
   const Outcome outcome = console.finish();
-  EXPECT_EQ(printed(outcome),
-            std::string("> 19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n> ") + kPending +
-                "\n" + kNote);
+  EXPECT_EQ(printed(outcome), std::string("> ") + kIPLine + "> " + kPending + "\n" + kNote);
   EXPECT_EQ(count(outcome.err, "intento"), 1) << outcome.err;
 }
 
@@ -318,114 +213,35 @@ TEST_F(CatalogueCommands, CtrlCAndOtherSignalsEndASelectThatTakesForever) {
   }
 }
 
+/// What "adddvb" or the like adds for `service`.
+void add(LineupConfig& lineup, int32_t key, const DVBInputServiceConfig& service, bool rf,
+         bool ip) {
+  const auto fill = [&](auto& entry) {
+    entry.serviceKey = key;
+    entry.serviceKind = LineupEntryKind::DVB;
+    entry.name = service.service.name;
+  };
+  lineup.dvbInputServices[key] = service;
+  if (ip) {
+    fill(lineup.ipEntries.emplace_back());
+  }
+  if (rf) {
+    fill(lineup.rfEntries.emplace_back());
+  }
+}
+
 TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
   EXPECT_EQ(printedBy("adddvb 1017\nrfadddvb 17\nipadddvb 18\nadddvb 19 ignored\ncommit\n"),
             std::string("> ") + kPending + kPending + kPending + kPending + "> \n");
   EXPECT_EQ(controller.methods(), (Methods{"getHeadendConfig", "setHeadendConfig"}));
 
   HeadendConfig expected;
-  auto& lineup = expected.lineupConfig;
-  const auto add = [&lineup](int32_t key, const DVBInputServiceConfig& service, bool rf, bool ip) {
-    lineup.dvbInputServices[key] = service;
-    if (ip) {
-      auto& entry = lineup.ipEntries.emplace_back();
-      entry.serviceKey = key;
-      entry.serviceKind = LineupEntryKind::DVB;
-      entry.name = service.service.name;
-    }
-    if (rf) {
-      auto& entry = lineup.rfEntries.emplace_back();
-      entry.serviceKey = key;
-      entry.serviceKind = LineupEntryKind::DVB;
-      entry.name = service.service.name;
-    }
-  };
-
-  DVBInputServiceConfig sat;
-  sat.service.sid = 4101;
-  sat.service.name = "Channel One";
-  sat.service.catalogueFlag = true;
-  sat.service.inputType = 2;
-  sat.service.serviceType = 25;
-  sat.service.intItems = {101, 102};
-  sat.service.lItems = {"a", "b"};
-  korvel::thrift::hub_module::LineupSATMux satMux;
-  satMux.frequency = 11778;
-  satMux.satParam2 = 120;
-  satMux.satParam3 = 1;
-  satMux.satParam4 = 27500;
-  satMux.satParam5 = 4;
-  satMux.satParam6 = 1;
-  satMux.satParam7 = 26;
-  sat.service.__set_lineupSATMux(satMux);
-  add(1, sat, true, true);
-
-  DVBInputServiceConfig tdt;
-  tdt.service.sid = 101;
-  tdt.service.name = "Télé Uno";
-  tdt.service.inputType = 1;
-  tdt.service.serviceType = 1;
-  tdt.service.intItems = {1, -2};
-  tdt.service.lItems = {"spa", "eng"};
-  tdt.configFlag = false;
-  korvel::thrift::hub_module::LineupTDTMux tdtMux;
-  tdtMux.frequency = 490000;
-  tdtMux.tdtParam2 = 8;
-  tdtMux.tdtParam3 = 2;
-  tdtMux.tdtParam4 = 1;
-  tdt.service.__set_lineupTDTMux(tdtMux);
-  add(2, tdt, true, false);
-
-  DVBInputServiceConfig cable;
-  cable.service.sid = 201;
-  cable.service.name = "Kabel Eins";
-  cable.service.inputType = 3;
-  cable.service.serviceType = 2;
-  cable.configFlag = false;
-  korvel::thrift::hub_module::LineupCableMux cableMux;
-  cableMux.frequency = 306000;
-  cableMux.cableParam2 = 6875;
-  cableMux.cableParam3 = 64;
-  cable.service.__set_lineupCableMux(cableMux);
-  add(3, cable, false, true);
-
-  DVBInputServiceConfig ip;
-  ip.service.sid = 301;
-  ip.service.name = "IP Uno";
-  ip.service.catalogueFlag = true;
-  ip.service.inputType = 4;
-  ip.service.serviceType = 1;
-  ip.service.intItems = {9};
-  ip.service.lItems = {"x"};
-  ip.service.__set_ipMuxUUID(kMuxUuid);
-  add(4, ip, true, true);
-
+  LineupConfig& lineup = expected.lineupConfig;
+  add(lineup, 1, satService(), true, true);
+  add(lineup, 2, tdtService(), true, false);
+  add(lineup, 3, cableService(), false, true);
+  add(lineup, 4, ipService(), true, true);
   EXPECT_EQ(controller.config(), expected);
-}
-
-TEST_F(CatalogueCommands, AddingTakesTheSmallestFreeKey) {
-  HeadendConfig config;
-  for (const int32_t key : {-3, 0, 1, 2, 4}) {
-    config.lineupConfig.dvbInputServices[key].service.name = std::to_string(key);
-  }
-  controller.setConfig(config);
-  printedBy("rfadddvb 17\nrfadddvb 17\ncommit\n");
-  const auto lineup = controller.config().lineupConfig;
-  EXPECT_EQ(lineup.dvbInputServices.size(), 7U);
-  EXPECT_EQ(lineup.dvbInputServices.at(3).service.name, "Télé Uno");
-  EXPECT_EQ(lineup.dvbInputServices.at(5).service.name, "Télé Uno");
-  ASSERT_EQ(lineup.rfEntries.size(), 2U);
-  EXPECT_EQ(lineup.rfEntries[0].serviceKey, 3);
-  EXPECT_EQ(lineup.rfEntries[1].serviceKey, 5);
-}
-
-TEST_F(CatalogueCommands, AnIdInSeveralTablesIsTheSatelliteService) {
-  file->insert(kSat, {{15, "17"}, {16, "From space"}});
-  printedBy("adddvb 17\ncommit\n");
-  const auto service = controller.config().lineupConfig.dvbInputServices.at(1).service;
-  EXPECT_EQ(service.name, "From space");
-  EXPECT_EQ(service.inputType, 2);
-  EXPECT_EQ(service.lineupSATMux.satParam5, 0) << "a NULL cell, where the default is -1";
 }
 
 TEST_F(CatalogueCommands, AnIdIsReadAsFarAsItIsANumber) {
@@ -437,13 +253,6 @@ TEST_F(CatalogueCommands, AnIdIsReadAsFarAsItIsANumber) {
   ASSERT_EQ(services.size(), 2U);
   EXPECT_EQ(services.at(1).service.name, "Nought");
   EXPECT_EQ(services.at(2).service.name, "Télé Uno");
-}
-
-TEST_F(CatalogueCommands, AddingWithoutAnIdIsRefused) {
-  for (const std::string command : {"adddvb", "rfadddvb", "ipadddvb"}) {
-    EXPECT_EQ(printedBy(command + "\ncommit\n"), "> Please give a SERVICE_ID\n> > \n") << command;
-    EXPECT_EQ(controller.config(), HeadendConfig()) << command;
-  }
 }
 
 TEST_F(CatalogueCommands, ARefusedServiceLeavesTheStagedEdits) {
@@ -465,7 +274,7 @@ TEST_F(CatalogueCommands, AMalformedIntegerListEndsTheProgramAfterAllItHasPrinte
     const auto before = filesIn(kFolder);
     const Outcome outcome = runConsole({}, "findtdt\nadddvb 17\nfindcable\n");
     EXPECT_EQ(outcome.signal, SIGABRT) << list;
-    EXPECT_EQ(printed(outcome), "> 17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n> ") << list;
+    EXPECT_EQ(printed(outcome), std::string("> ") + kTdtLine + "> ") << list;
     EXPECT_NE(outcome.err.find(exception), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find("stoi"), std::string::npos) << outcome.err;
     EXPECT_EQ(filesIn(kFolder), before);
@@ -555,7 +364,7 @@ class WithLittleMemory : public CatalogueCommands {
   }
 
   static constexpr rlim_t kMemory = 64 << 20;
-  lineup::test::TemporaryFolder folder;
+  TemporaryFolder folder;
   ConsoleProcess console{Start{.environment = {{"XDG_STATE_HOME", folder.path()}}}};
 };
 
@@ -565,8 +374,7 @@ TEST_F(WithLittleMemory, ASelectThatNeedsMoreFailsAndTheConsoleGoesOn) {
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(printed(outcome), std::string("> ") + kPending + "No SAT services found.\n" + kPending +
-                                  "17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,eng\n" + kPending +
-                                  "> \n");
+                                  kTdtLine + kPending + "> \n");
   EXPECT_EQ(count(outcome.err, "intento"), 3) << outcome.err;
 }
 

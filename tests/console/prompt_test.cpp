@@ -3,28 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 
 namespace {
 
+using namespace lineup::test;
 using korvel::thrift::hub_module::HeadendConfig;
-using lineup::test::Answer;
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::runConsole;
-using lineup::test::Start;
 using Methods = std::vector<std::string>;
 
-constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
-constexpr char kFetchFailed[] = "ERROR: Could not get current config from ControllerTask\n";
-constexpr char kCommitFailed[] = "ERROR: Could not set LineupConfig to ControllerTask\n";
 constexpr char kInvalid[] = "Invalid command. Try 'help'.\n";
-constexpr char kPending[] = "(changes to commit) > ";
-constexpr char kNote[] = "NOTE: Changes have not been committed\n";
 
 /// What "help" prints behind its first line.
 constexpr char kHelp[] =
@@ -72,16 +64,6 @@ constexpr char kHelp[] =
 /// A controller that answers, and what the console writes to its prompt.
 class Prompt : public testing::Test {
  protected:
-  /// What the lines print, between the greeting and the line end at the end of input.
-  std::string printedBy(const std::string& lines) {
-    const Outcome outcome = runConsole({}, lines);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err, "");
-    const std::string greeting = kGreeting;
-    EXPECT_EQ(outcome.out.substr(0, greeting.size()), greeting);
-    return outcome.out.substr(std::min(greeting.size(), outcome.out.size()));
-  }
-
   /// Expects that the line prints the message and that nothing is staged by it.
   void expectMessage(const std::string& line, const std::string& message) {
     EXPECT_EQ(printedBy(line + "\n"), "> " + message + "\n> \n") << line;
@@ -137,49 +119,57 @@ TEST_F(Prompt, TwoBlanksHaveAnEmptyWordBetweenThem) {
   expectMessage("rfmod  qam", "Please give a valid modulation type: cofdm or qam");
 }
 
+constexpr char kNoService[] = "Please give a SERVICE_ID";
+constexpr char kNoEncoder[] = "Please give a SLOT_ID and HDMI_ID";
+constexpr char kNoFile[] = "Please a configuration file";
+constexpr char kNoParameter[] = "If you don't give me a parameter, there is little I can do";
+constexpr char kNoInput[] = "Please enter RF input [TDT1, TDT2 | SAT1...SAT8 | TDTALL | SATALL]";
+constexpr char kNoScan[] = "Please select the type of scan [COFDM|QAMS]";
+constexpr char kNoMux[] = "Please give a SLOT_ID, IF_ID and URL";
+
+/// Lines that lack a word, and what each says.
+constexpr std::pair<const char*, const char*> kTooFewWords[] = {
+    {"adddvb", kNoService},
+    {"rfadddvb", kNoService},
+    {"ipadddvb", kNoService},
+    {"addenc", kNoEncoder},
+    {"addenc 5", kNoEncoder},
+    {"rfaddenc", kNoEncoder},
+    {"rfaddenc 5", kNoEncoder},
+    {"ipaddenc", kNoEncoder},
+    {"ipaddenc 5", kNoEncoder},
+    {"rfaddempty", "Please give a DVB service type"},
+    {"rfnum", "Please give a number: 4 or 6"},
+    {"eit", "Please give a valid mode: off, actual or others"},
+    {"id", "Please give a headend id [1-10]"},
+    {"country",
+     "Please a valid country: spain, france, uk, australia, italy, portugal, greece, "
+     "newzealand, sweden, finland, maldives, mexico, southkorea, taiwan, other"},
+    {"type", "Please a valid headend type: standard, skyit"},
+    {"vlan", "Please give a value: 1: Only TV1, 2: TV1 & TV2"},
+    {"addipmux", kNoMux},
+    {"addipmux 1", kNoMux},
+    {"addipmux 1 2", kNoMux},
+    {"stdp", "Please give a valid Decrypt policy: video, sub or ttx"},
+    {"rfinput", kNoParameter},
+    {"rfinput enable", kNoInput},
+    {"rfinput disable", kNoInput},
+    {"tdtscan", kNoParameter},
+    {"tdtscan enable", kNoScan},
+    {"tdtscan disable", kNoScan},
+    {"save", kNoFile},
+    {"restore", kNoFile},
+};
+
 TEST_F(Prompt, EveryCommandSaysWhenItHasTooFewWords) {
-  const std::string service = "Please give a SERVICE_ID";
-  const std::string encoder = "Please give a SLOT_ID and HDMI_ID";
-  const std::string file = "Please a configuration file";
-  const std::string parameter = "If you don't give me a parameter, there is little I can do";
-  const std::string input = "Please enter RF input [TDT1, TDT2 | SAT1...SAT8 | TDTALL | SATALL]";
-  const std::string scan = "Please select the type of scan [COFDM|QAMS]";
-  const std::string mux = "Please give a SLOT_ID, IF_ID and URL";
-  const std::pair<const char*, std::string> lines[] = {
-      {"adddvb", service},
-      {"rfadddvb", service},
-      {"ipadddvb", service},
-      {"addenc", encoder},
-      {"addenc 5", encoder},
-      {"rfaddenc", encoder},
-      {"rfaddenc 5", encoder},
-      {"ipaddenc", encoder},
-      {"ipaddenc 5", encoder},
-      {"rfaddempty", "Please give a DVB service type"},
-      {"rfnum", "Please give a number: 4 or 6"},
-      {"eit", "Please give a valid mode: off, actual or others"},
-      {"id", "Please give a headend id [1-10]"},
-      {"country",
-       "Please a valid country: spain, france, uk, australia, italy, portugal, greece, "
-       "newzealand, sweden, finland, maldives, mexico, southkorea, taiwan, other"},
-      {"type", "Please a valid headend type: standard, skyit"},
-      {"vlan", "Please give a value: 1: Only TV1, 2: TV1 & TV2"},
-      {"addipmux", mux},
-      {"addipmux 1", mux},
-      {"addipmux 1 2", mux},
-      {"stdp", "Please give a valid Decrypt policy: video, sub or ttx"},
-      {"rfinput", parameter},
-      {"rfinput enable", input},
-      {"rfinput disable", input},
-      {"tdtscan", parameter},
-      {"tdtscan enable", scan},
-      {"tdtscan disable", scan},
-      {"save", file},
-      {"restore", file},
-  };
-  for (const auto& [line, message] : lines) {
-    expectMessage(line, message);
+  std::string lines;
+  std::string expected;
+  for (const auto& [line, message] : kTooFewWords) {
+    lines += std::string(line) + "\n";
+    expected += std::string("> ") + message + "\n";
   }
+  EXPECT_EQ(printedBy(lines + "commit\n"), expected + "> > \n");
+  EXPECT_EQ(controller.config(), HeadendConfig());
 }
 
 TEST_F(Prompt, UnknownSubcommandsAreNotRepeated) {

@@ -97,43 +97,15 @@ std::size_t Screen::showEscape(std::string_view output) {
 void Screen::control(char final, const std::vector<std::size_t>& parameters) {
   const std::size_t what = parameters[0];
   const std::size_t count = std::max<std::size_t>(what, 1);
-  const std::size_t at = std::min(column_, columns_ - 1);
-  Letters& letters = rows_[row_].letters;
-  const auto here = letters.begin() + static_cast<std::ptrdiff_t>(at);
-  const std::size_t fitting = std::min(count, columns_ - at);
+  if (moveCursor(final, count) || editLine(final, count)) {
+    return;
+  }
   switch (final) {
-    case 'A':
-      row_ -= std::min(count, row_);
-      break;
-    case 'B':
-      row_ = std::min(row_ + count, rows_.size() - 1);
-      break;
-    case 'C':
-      column_ = std::min(at + count, columns_ - 1);
-      break;
-    case 'D':
-      column_ = at - std::min(count, at);
-      break;
-    case 'G':
-      column_ = std::min(count, columns_) - 1;
-      break;
-    case 'H':
-      row_ = 0;
-      column_ = 0;
-      break;
     case 'J':
       eraseInDisplay(what);
       break;
     case 'K':
       eraseInLine(what);
-      break;
-    case 'P':
-      letters.erase(here, here + static_cast<std::ptrdiff_t>(fitting));
-      letters.resize(columns_, " ");
-      break;
-    case '@':
-      letters.insert(here, count, " ");
-      letters.resize(columns_, " ");
       break;
     case 'h':
     case 'l':
@@ -144,6 +116,50 @@ void Screen::control(char final, const std::vector<std::size_t>& parameters) {
     default:
       failAt(std::string(2, kEscape) + final);
   }
+}
+
+bool Screen::moveCursor(char final, std::size_t count) {
+  const std::size_t at = std::min(column_, columns_ - 1);
+  switch (final) {
+    case 'A':
+      row_ -= std::min(count, row_);
+      return true;
+    case 'B':
+      row_ = std::min(row_ + count, rows_.size() - 1);
+      return true;
+    case 'C':
+      column_ = std::min(at + count, columns_ - 1);
+      return true;
+    case 'D':
+      column_ = at - std::min(count, at);
+      return true;
+    case 'G':
+      column_ = std::min(count, columns_) - 1;
+      return true;
+    case 'H':
+      row_ = 0;
+      column_ = 0;
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool Screen::editLine(char final, std::size_t count) {
+  if (final != 'P' && final != '@') {
+    return false;
+  }
+  const std::size_t at = std::min(column_, columns_ - 1);
+  Letters& letters = rows_[row_].letters;
+  const auto here = letters.begin() + static_cast<std::ptrdiff_t>(at);
+  if (final == 'P') {
+    const std::size_t fitting = std::min(count, columns_ - at);
+    letters.erase(here, here + static_cast<std::ptrdiff_t>(fitting));
+  } else {
+    letters.insert(here, count, " ");
+  }
+  letters.resize(columns_, " ");
+  return true;
 }
 
 void Screen::put(std::string_view letter) {

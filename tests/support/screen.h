@@ -15,7 +15,7 @@ class Screen {
  public:
   Screen(std::size_t rows, std::size_t columns);
 
-  /// Shows `output`, which may end within an escape sequence or a letter. Raises
+  /// Shows `output`, which may end within an escape sequence or a letter. Throws
   /// std::runtime_error for a sequence that it does not know.
   void show(std::string_view output);
 
@@ -36,6 +36,8 @@ class Screen {
   std::size_t showSome(std::string_view output);
   std::size_t showEscape(std::string_view output);
   void control(char final, const std::vector<std::size_t>& parameters);
+  bool moveCursor(char final, std::size_t count);  ///< false if `final` does not move it
+  bool editLine(char final, std::size_t count);    ///< false if `final` does not edit the line
   void put(std::string_view letter);
   void lineFeed();
   void eraseInDisplay(std::size_t what);
