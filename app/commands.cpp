@@ -41,15 +41,15 @@ struct Command {
   const char* tooFewWords = nullptr;  ///< the message for a line that has fewer
   void (*run)(Invocation&) = nullptr;
   /// Completes the word behind it; null if there is nothing to offer.
-  std::vector<Possibility> (*complete)(const std::string& typed) = nullptr;
+  std::vector<Candidate> (*complete)(const std::string& typed) = nullptr;
   /// The setting that the command shows or changes; checks and completes the second word.
   const Setting* setting = nullptr;
   /// The table in which the second word is looked up.
   std::span<const Command> subcommands{};
   /// Completes the words behind it where `complete` does not: the last of `words`, the first of
   /// which is the word behind it.
-  std::vector<Possibility> (*completeWords)(std::span<const std::string> words,
-                                            const hub_module::HeadendConfig& config) = nullptr;
+  std::vector<Candidate> (*completeWords)(std::span<const std::string> words,
+                                          const hub_module::HeadendConfig& config) = nullptr;
 };
 
 const Command* findCommand(std::span<const Command> commands, std::string_view word) {
@@ -81,21 +81,21 @@ void runCommand(const Command& command, Invocation& line) {
 }
 
 /// Completes the last of `words`; words[0] is looked up in `commands`.
-std::vector<Possibility> complete(std::span<const Command> commands,
-                                  std::span<const std::string> words,
-                                  const hub_module::HeadendConfig& config) {
-  std::vector<Possibility> possibilities;
+std::vector<Candidate> complete(std::span<const Command> commands,
+                                std::span<const std::string> words,
+                                const hub_module::HeadendConfig& config) {
+  std::vector<Candidate> candidates;
   if (words.size() == 1) {
     for (const Command& command : commands) {
       if (command.word.starts_with(words[0])) {
-        possibilities.push_back({std::string(command.word), ""});
+        candidates.push_back({std::string(command.word), ""});
       }
     }
-    return possibilities;
+    return candidates;
   }
   const Command* const command = findCommand(commands, words[0]);
   if (command == nullptr) {
-    return possibilities;
+    return candidates;
   }
   if (!command->subcommands.empty()) {
     return complete(command->subcommands, words.subspan(1), config);
@@ -107,7 +107,7 @@ std::vector<Possibility> complete(std::span<const Command> commands,
     return command->completeWords(words.subspan(1), config);
   }
   return words.size() == 2 && command->complete != nullptr ? command->complete(words[1])
-                                                           : possibilities;
+                                                           : candidates;
 }
 
 // ---- lineup entries
@@ -249,8 +249,8 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-std::vector<Possibility> completeCommandLine(const std::string& begun,
-                                             const hub_module::HeadendConfig& config) {
+std::vector<Candidate> completeCommandLine(const std::string& begun,
+                                           const hub_module::HeadendConfig& config) {
   std::vector<std::string> words = splitWords(begun, ' ');
   if (begun.empty() || begun.ends_with(' ')) {
     words.emplace_back();

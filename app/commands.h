@@ -12,7 +12,7 @@ namespace lineup {
 
 /// Completes the last word of `begun`, the line up to the cursor: a command word, or an argument as
 /// the row of its command says, in a console that edits `config`.
-std::vector<Possibility> completeCommandLine(const std::string& begun,
-                                             const hub_module::HeadendConfig& config);
+std::vector<Candidate> completeCommandLine(const std::string& begun,
+                                           const hub_module::HeadendConfig& config);
 
 }  // namespace lineup

@@ -20,19 +20,19 @@ namespace {
 namespace fs = std::filesystem;
 
 void offerInAnyCase(const std::string& word, const std::string& typed,
-                    std::vector<Possibility>& possibilities) {
+                    std::vector<Candidate>& candidates) {
   std::string upper = typed;
   upperCase(upper);
   if (word.starts_with(upper)) {
-    possibilities.push_back({word, ""});
+    candidates.push_back({word, ""});
   }
 }
 
 void offerNumber(int32_t number, const std::string& note, const std::string& typed,
-                 std::vector<Possibility>& possibilities) {
+                 std::vector<Candidate>& candidates) {
   const std::string word = std::to_string(number);
   if (word.starts_with(typed)) {
-    possibilities.push_back({word, note});
+    candidates.push_back({word, note});
   }
 }
 
@@ -53,51 +53,51 @@ bool isHidden(std::string_view name) {
 
 }  // namespace
 
-std::vector<Possibility> completeChoice(const Setting& setting, const std::string& typed) {
-  std::vector<Possibility> possibilities;
+std::vector<Candidate> completeChoice(const Setting& setting, const std::string& typed) {
+  std::vector<Candidate> candidates;
   for (const Choice& choice : setting.choices) {
     if (choice.word.starts_with(typed)) {
-      possibilities.push_back({std::string(choice.word), ""});
+      candidates.push_back({std::string(choice.word), ""});
     }
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeRFInput(const std::string& typed) {
-  std::vector<Possibility> possibilities;
+std::vector<Candidate> completeRFInput(const std::string& typed) {
+  std::vector<Candidate> candidates;
   for (const std::string& name : rfInputNames()) {
-    offerInAnyCase(name, typed, possibilities);
+    offerInAnyCase(name, typed, candidates);
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeScanType(const std::string& typed) {
-  std::vector<Possibility> possibilities;
+std::vector<Candidate> completeScanType(const std::string& typed) {
+  std::vector<Candidate> candidates;
   for (const char* const type : {kCofdmScan, kQamsScan}) {
-    offerInAnyCase(type, typed, possibilities);
+    offerInAnyCase(type, typed, candidates);
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeEncoder(std::span<const std::string> words,
-                                         const hub_module::HeadendConfig& /*config*/) {
+std::vector<Candidate> completeEncoder(std::span<const std::string> words,
+                                       const hub_module::HeadendConfig& /*config*/) {
   struct Numbers {
     int first;
     int last;
   };
   constexpr Numbers kSlotAndInput[] = {{3, 12}, {0, 3}};
-  std::vector<Possibility> possibilities;
+  std::vector<Candidate> candidates;
   if (words.size() <= std::size(kSlotAndInput)) {
     const auto [first, last] = kSlotAndInput[words.size() - 1];
     for (int number = first; number <= last; ++number) {
-      offerNumber(number, "", words.back(), possibilities);
+      offerNumber(number, "", words.back(), candidates);
     }
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeIPInput(std::span<const std::string> words,
-                                         const hub_module::HeadendConfig& config) {
+std::vector<Candidate> completeIPInput(std::span<const std::string> words,
+                                       const hub_module::HeadendConfig& config) {
   std::map<int32_t, std::string> numbers;  // in their order, each once
   for (const auto& [key, input] : config.ipInputs) {
     if (!input.__isset.slot || !input.__isset.interfaceId) {
@@ -109,18 +109,18 @@ std::vector<Possibility> completeIPInput(std::span<const std::string> words,
       numbers[input.interfaceId] = input.address;
     }
   }
-  std::vector<Possibility> possibilities;
+  std::vector<Candidate> candidates;
   for (const auto& [number, note] : numbers) {
-    offerNumber(number, note, words.back(), possibilities);
+    offerNumber(number, note, words.back(), candidates);
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeFile(const std::string& typed) {
+std::vector<Candidate> completeFile(const std::string& typed) {
   const std::size_t nameBegin = typed.rfind('/') + 1;
   const std::string folder = typed.substr(0, nameBegin);
   const std::string begun = typed.substr(nameBegin);
-  std::vector<Possibility> possibilities;
+  std::vector<Candidate> candidates;
   std::error_code error;
   for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
        !error && entry != end; entry.increment(error)) {
@@ -128,15 +128,15 @@ std::vector<Possibility> completeFile(const std::string& typed) {
     if (name.starts_with(begun) && isHidden(name) == isHidden(begun) && isOneWord(name)) {
       std::error_code unknown;  // a link that leads nowhere is no folder
       const char* const slash = fs::is_directory(entry->path(), unknown) ? "/" : "";
-      possibilities.push_back({folder + name + slash, ""});
+      candidates.push_back({folder + name + slash, ""});
     }
   }
-  std::sort(possibilities.begin(), possibilities.end(),
-            [](const Possibility& a, const Possibility& b) { return a.word < b.word; });
-  return possibilities;
+  std::sort(candidates.begin(), candidates.end(),
+            [](const Candidate& a, const Candidate& b) { return a.word < b.word; });
+  return candidates;
 }
 
-std::vector<Possibility> completeName(std::string_view kind, const std::string& typed) {
+std::vector<Candidate> completeName(std::string_view kind, const std::string& typed) {
   std::set<std::string> beginning;
   std::set<std::string> containing;
   for (const auto& [number, service] : readAvailableServiceNames()) {
@@ -146,28 +146,28 @@ std::vector<Possibility> completeName(std::string_view kind, const std::string& 
       (place == word.c_str() ? beginning : containing).insert(word);
     }
   }
-  std::vector<Possibility> possibilities;
+  std::vector<Candidate> candidates;
   for (const std::string& word : beginning.empty() ? containing : beginning) {
-    possibilities.push_back({word, ""});
+    candidates.push_back({word, ""});
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeServiceType(const std::string& typed) {
+std::vector<Candidate> completeServiceType(const std::string& typed) {
   std::set<int32_t> types;
   for (const auto& [number, service] : readAvailableServiceNames()) {
     types.insert(service.type);
   }
-  std::vector<Possibility> possibilities;
+  std::vector<Candidate> candidates;
   for (const int32_t type : types) {
-    offerNumber(type, "", typed, possibilities);
+    offerNumber(type, "", typed, candidates);
   }
-  return possibilities;
+  return candidates;
 }
 
-std::vector<Possibility> completeService(const std::string& typed) {
-  std::vector<Possibility> ids;
-  std::vector<Possibility> named;
+std::vector<Candidate> completeService(const std::string& typed) {
+  std::vector<Candidate> ids;
+  std::vector<Candidate> named;
   for (const auto& [number, service] : readAvailableServiceNames()) {
     const std::string id = std::to_string(number);
     const std::string note = service.name + " (" + service.kind + ")";

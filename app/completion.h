@@ -1,5 +1,5 @@
-// What the arguments of a command may be, for the person who types them. Each function returns the
-// words that `typed`, an argument or the beginning of one, may become.
+// Completion of the arguments of commands. Each function returns the candidates for `typed`, an
+// argument or the beginning of one.
 
 #pragma once
 
@@ -14,36 +14,36 @@
 
 namespace lineup {
 
-std::vector<Possibility> completeChoice(const Setting& setting, const std::string& typed);
+std::vector<Candidate> completeChoice(const Setting& setting, const std::string& typed);
 
-/// In any case of letters, as the names are read.
-std::vector<Possibility> completeRFInput(const std::string& typed);
-std::vector<Possibility> completeScanType(const std::string& typed);
+/// Case-insensitive, as the commands read the names.
+std::vector<Candidate> completeRFInput(const std::string& typed);
+std::vector<Candidate> completeScanType(const std::string& typed);
 
 /// The slots that encoder modules may be in and, behind one, their HDMI inputs. Completes the last
 /// of `words`, those behind the command.
-std::vector<Possibility> completeEncoder(std::span<const std::string> words,
-                                         const hub_module::HeadendConfig& config);
+std::vector<Candidate> completeEncoder(std::span<const std::string> words,
+                                       const hub_module::HeadendConfig& config);
 
 /// Likewise the slots of the IP inputs in `config` and, behind one, its interfaces, each with its
 /// address.
-std::vector<Possibility> completeIPInput(std::span<const std::string> words,
-                                         const hub_module::HeadendConfig& config);
+std::vector<Candidate> completeIPInput(std::span<const std::string> words,
+                                       const hub_module::HeadendConfig& config);
 
 /// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
 /// control character in them, are left out, and hidden ones until their dot is typed.
-std::vector<Possibility> completeFile(const std::string& typed);
+std::vector<Candidate> completeFile(const std::string& typed);
 
 /// Names of the catalogue's services of `kind`, or of every kind if it is empty, as "find" takes
 /// them: '_', which stands for any character there, in place of what cannot be typed in one. If
 /// none begins with `typed`, in any case of ASCII letters, those that have it elsewhere.
-std::vector<Possibility> completeName(std::string_view kind, const std::string& typed);
+std::vector<Candidate> completeName(std::string_view kind, const std::string& typed);
 
 /// The DVB service types of the catalogue's services.
-std::vector<Possibility> completeServiceType(const std::string& typed);
+std::vector<Candidate> completeServiceType(const std::string& typed);
 
 /// Ids of the catalogue, each with the name of its service. If none begins with `typed`, those of
 /// the services that have it in their names, in any case of ASCII letters.
-std::vector<Possibility> completeService(const std::string& typed);
+std::vector<Candidate> completeService(const std::string& typed);
 
 }  // namespace lineup

@@ -148,7 +148,7 @@ bool EditsCopy::beginFile(const Folder& folder) {
   return true;
 }
 
-/// Fills the file and puts it into its place. Raises what writeConfig() does, or errno.
+/// Fills the file and puts it into its place. Throws what writeConfig() does, or errno.
 void EditsCopy::writeFile() const {
   writeConfig(new_.descriptor.number(), editor_.config);
   const int folder = new_.folder->descriptor.number();

@@ -18,7 +18,7 @@
 
 namespace lineup {
 
-/// Keeps at most one copy of the edits of `editor`. Nothing here raises; what cannot be written
+/// Keeps at most one copy of the edits of `editor`. Nothing here throws; what cannot be written
 /// leaves the copy before it.
 class EditsCopy {
  public:

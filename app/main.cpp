@@ -20,18 +20,18 @@ namespace {
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
 
-/// Puts /dev/null in the place of the standard streams that are closed, or the next connection or
-/// file would take that place and get what is printed.
+/// Opens /dev/null for the standard streams that are closed: otherwise the next connection or file
+/// would get such a descriptor, and what is printed.
 void openClosedStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) < 0) {
-      // Takes the lowest number that is free, and stays open.
+      // Returns the lowest free descriptor, which stays open.
       open("/dev/null", O_RDWR);  // cppcheck-suppress leakReturnValNotUsed
     }
   }
 }
 
-// At once: there is nothing yet that a destructor would have to end.
+// By _exit(): nothing needs a destructor yet.
 [[noreturn]] void printVersionAndLeave() {
   std::cout << "\nVersion: " CONSOLE_VERSION "\n" << std::flush;
   _exit(0);
@@ -88,7 +88,7 @@ int run(const lineup::CommandLineOptions& options) {
   whenTypingPauses([&copy] { return copy.update(); });
   try {
     runMode(editor, options);
-    endIfSignalled();
+    throwIfSignalled();
     if (editor.pendingChanges) {
       copy.remove();  // given up
     } else {
@@ -103,7 +103,7 @@ int run(const lineup::CommandLineOptions& options) {
     endBySignal(end.signal);
   } catch (...) {
     leaveEdits(copy, SIGABRT);
-    throw;  // ends the program: nobody catches it
+    throw;  // std::terminate() ends the program
   }
   return 0;
 }

@@ -22,7 +22,7 @@ bool runLine(LineupEditor& editor, const std::string& line) {
   } catch (const std::runtime_error& error) {
     std::cout << error.what() << std::endl;
   }
-  endIfSignalled();
+  throwIfSignalled();
   return true;
 }
 

@@ -29,7 +29,8 @@ struct Setting {
   const char* afterWord = "";     ///< ...then the word and this; null where no word follows
   WordReading reading = WordReading::Exact;
   bool silencedByQuiet = false;
-  /// Stores the value and what goes with it. Returns false, and changes nothing, if it is held.
+  /// Stores the value and what goes with it. Returns false, and changes nothing, if it is
+  /// the current one.
   bool (*store)(hub_module::HeadendConfig&, int32_t value);
   /// The text that a line without a word prints; null where a word is needed.
   std::string (*show)(const hub_module::HeadendConfig&) = nullptr;

@@ -30,7 +30,7 @@ class tSqlite3parent {
   std::pmr::memory_resource* memory;
 };
 
-/// One cell of an integer column. That its text is a number is for asInt() to find out.
+/// One cell of an integer column. Its text need not be a number.
 class tSqlite3int : public tSqlite3parent {
  public:
   using tSqlite3parent::tSqlite3parent;

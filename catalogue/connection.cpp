@@ -16,8 +16,8 @@ void configureForOneThread() {
       sqlite3_config(SQLITE_CONFIG_SINGLETHREAD) | sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
-/// Lets SQLite compile what only reads. Everything else, above all ATTACH and VACUUM INTO, which
-/// make files, and PRAGMA, is refused.
+/// An authorizer that allows reads alone. Everything else is denied, above all PRAGMA, and ATTACH
+/// and VACUUM INTO, which create files.
 int allowReading(void* /*unused*/, int action, const char* /*unused*/, const char* /*unused*/,
                  const char* /*unused*/, const char* /*unused*/) {
   switch (action) {
@@ -36,8 +36,8 @@ int allowReading(void* /*unused*/, int action, const char* /*unused*/, const cha
 tSqlite3db::tSqlite3db(const std::string& fileName) {
   configureForOneThread();
   sqlite3_open(fileName.c_str(), &handle);
-  // A connection selects once, so a page is read once: a few of them, used again and again, cost
-  // less than SQLite's usual two megabytes.
+  // A connection runs one select, which reads each page once: a small page cache costs less than
+  // SQLite's default of two megabytes.
   sqlite3_exec(handle, "PRAGMA cache_size = 64", nullptr, nullptr, nullptr);
 }
 
@@ -97,10 +97,10 @@ bool tSqlite3db::endTransaction(const char* sql) {
 
 tReadingOnly::tReadingOnly(sqlite3* handle_, Clock::time_point deadline_)
     : handle(handle_), deadline(deadline_) {
-  constexpr int kStepsBetweenLooks = 1000;  // of SQLite's virtual machine
+  constexpr int kInstructionsBetweenCalls = 1000;  // of SQLite's virtual machine
   if (handle != nullptr) {
     sqlite3_set_authorizer(handle, allowReading, nullptr);
-    sqlite3_progress_handler(handle, kStepsBetweenLooks, isOver, this);
+    sqlite3_progress_handler(handle, kInstructionsBetweenCalls, isOver, this);
   }
 }
 

@@ -11,8 +11,8 @@ namespace korveldb {
 
 /// An SQLite connection: the constructor opens it, the destructor closes it.
 ///
-/// Nothing is reported by the constructor: on a file that could not be opened, every statement
-/// fails. A file that does not exist is created, empty, if its folder does. Messages go to the log
+/// The constructor reports no error: on a file that could not be opened, every statement fails.
+/// A file that does not exist is created, empty, if its folder does. Messages go to the log
 /// under the module name "db".
 class tSqlite3db {
  public:
@@ -47,7 +47,7 @@ class tSqlite3db {
 
 /// For its lifetime, a connection only reads: SQLite compiles nothing but selects (SQLITE_AUTH for
 /// everything else), and interrupts a statement (SQLITE_INTERRUPT) when a signal is to end the
-/// program, or at the deadline. Takes the connection's authorizer and progress handler.
+/// program, or at the deadline. Sets the connection's authorizer and progress handler.
 class tReadingOnly {
  public:
   using Clock = std::chrono::steady_clock;

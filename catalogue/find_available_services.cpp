@@ -39,7 +39,7 @@ void find(const tTable& table, const std::string& name) {
   }
   for (const tRow& row : found->rows) {
     std::cout << lineOf(table, row) << std::endl;
-    endIfSignalled();
+    throwIfSignalled();
   }
 }
 

@@ -16,7 +16,7 @@ struct AvailableServiceName {
   int32_t type;      ///< the DVB service type
 };
 
-/// How long readAvailableServiceNames() may take: for so long a key is held up at most.
+/// The time limit of readAvailableServiceNames(), for which the Tab key blocks at most.
 inline constexpr std::chrono::seconds kTimeForNames{5};
 
 /// Every service that addCatalogueService() can find, by its catalogue id. What cannot be read, at

@@ -31,7 +31,7 @@ struct Result {
   SqliteText error;
 };
 
-/// Runs `statement`, however many it is, as long as it only reads.
+/// Runs all statements in `statement`, as long as they only read.
 Result getTable(sqlite3* handle, const char* statement) {
   char** cells = nullptr;
   int rows = 0;
@@ -71,7 +71,7 @@ Result select(const tTable& table, sqlite3* handle, const char* statement) {
     if (result.code == SQLITE_OK) {
       return result;
     }
-    endIfSignalled();  // which has interrupted the select
+    throwIfSignalled();  // the signal interrupted the select
     reportFailure(table, attempt, result.error.get());
     result = {};  // may hold a lot
     waitFor(std::chrono::seconds(attempt + 1));

@@ -1,4 +1,4 @@
-// Selecting rows of the catalogue's tables, with patience for a busy database.
+// Selecting rows of the catalogue's tables, with retries for a busy database.
 
 #pragma once
 

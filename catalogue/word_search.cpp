@@ -43,8 +43,8 @@ const char* unitOf(const tTable& table) {
                            (catalogue == nullptr ? "out of memory" : sqlite3_errmsg(catalogue)));
 }
 
-/// Opens the catalogue without making one. For writing, because only so SQLite can take back what a
-/// dead writer has left half done; nothing here writes.
+/// Opens the catalogue without creating it. Read-write, since only then SQLite can roll back the
+/// hot journal of a writer that was killed; nothing here writes.
 Connection openCatalogue() {
   constexpr int kPatienceMs = 6000;
   sqlite3* opened = nullptr;
@@ -57,13 +57,13 @@ Connection openCatalogue() {
   return catalogue;
 }
 
-/// Makes small letters of capital ones, for its lifetime in the locale of UTF-8, whose letters are
-/// the same in every language. Where a system lacks it, only the English ones are letters.
+/// Converts to lower case in the locale C.UTF-8, which the thread uses for the lifetime of this
+/// object; in the "C" locale, of ASCII letters alone, on a system without it.
 class CaseFolding {
  public:
   CaseFolding()
       : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
-        before_(uselocale(utf8_)) {}  // which changes nothing for null
+        before_(uselocale(utf8_)) {}  // no change for null
   ~CaseFolding() {
     uselocale(before_);
     if (utf8_ != nullptr) {
@@ -73,7 +73,7 @@ class CaseFolding {
   CaseFolding(const CaseFolding&) = delete;
   CaseFolding& operator=(const CaseFolding&) = delete;
 
-  /// Bytes that are no UTF-8 stay as they are.
+  /// Bytes that are not valid UTF-8 are kept.
   static std::string fold(const std::string& text) {
     std::string folded;
     for (std::size_t at = 0; at < text.size();) {
@@ -106,7 +106,7 @@ class CaseFolding {
   const locale_t before_;
 };
 
-/// Whether the name holds all words, which are folded.
+/// Whether the name contains all of the words, which are in lower case.
 bool holdsAll(const std::string& name, const std::vector<std::string>& words) {
   const std::string folded = CaseFolding::fold(name);
   return std::all_of(words.begin(), words.end(), [&](const std::string& word) {
@@ -129,7 +129,7 @@ std::string textOf(sqlite3_stmt* row, std::size_t column) {
   return text == nullptr ? std::string() : text;
 }
 
-/// The tables by the numbers of their services; of several, the first.
+/// The first table of each service id.
 using TablesByNumber = std::map<std::string, const char*>;
 
 void search(sqlite3* catalogue, const tTable& table, const std::vector<std::string>& words,

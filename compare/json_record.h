@@ -8,7 +8,7 @@
 
 namespace lineup {
 
-/// The record whose namedJson() is `value`. Raises std::runtime_error, with the path of the place,
+/// The record whose namedJson() is `value`. Throws std::runtime_error, with the path of the place,
 /// for a field that is missing, unknown or not of its type.
 korvel::thrift::hub_module::HeadendConfig configFromJson(const nlohmann::json& value);
 

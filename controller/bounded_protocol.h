@@ -1,5 +1,5 @@
-// Reading records from a peer or a file that may be broken or hostile: what it claims is believed
-// only as far as it can be true.
+// Reading records from a peer or a file that may be broken or hostile: claimed sizes are checked
+// against the bytes that there are.
 
 #pragma once
 
@@ -14,13 +14,13 @@ namespace lineup {
 class BoundedSource {
  public:
   virtual ~BoundedSource() = default;
-  /// Whether there are at least `count` more bytes. Waits for them, where they come from a pipe.
+  /// Whether there are at least `count` more bytes. Waits for the bytes of a pipe.
   virtual bool waitForBytes(uint64_t count) = 0;
 };
 
 /// `Base` (TBinaryProtocol or TJSONProtocol) over a BoundedSource. It reads and writes what `Base`
 /// does, but throws TProtocolException(SIZE_LIMIT) for a container that claims more elements than
-/// there are bytes left, before memory is taken for them.
+/// there are bytes left, before memory is allocated for them.
 template <class Base>
 class BoundedProtocol : public Base {
  public:

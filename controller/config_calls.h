@@ -16,7 +16,7 @@ void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendCo
 /// Likewise for the status.
 void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
-/// Sends `config`; on return the controller has taken it over.
+/// Sends `config`; on return the controller has accepted it.
 void sendConfig(ControllerClient& client, const korvel::thrift::hub_module::HeadendConfig& config);
 
 }  // namespace lineup

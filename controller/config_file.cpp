@@ -17,7 +17,7 @@ namespace lineup {
 
 namespace {
 
-/// Lets `work` use the stack of transports and protocol over `descriptor`, which it takes over.
+/// Lets `work` use the stack of transports and protocol over `descriptor`, which it then owns.
 template <class Work>
 auto withTransports(Descriptor& descriptor, Work work) {
   const auto file = std::make_shared<ConfigFileTransport>(descriptor);
@@ -46,7 +46,7 @@ int withConfigFile(const std::string& path, int flags, Work work) {
 bool readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
   const bool whole = readConfigFile(path, config) == CONFIG_FILE_OK;
   if (!whole) {
-    endIfSignalled();
+    throwIfSignalled();
   }
   return whole;
 }
@@ -84,7 +84,7 @@ void LineupEditor::saveConfig(const std::string& path) {
     fetchHeadendConfig();
   }
   if (writeConfigFile(path, config) != CONFIG_FILE_OK) {
-    endIfSignalled();
+    throwIfSignalled();
   }
   std::cout << "Saved config to: " << path << std::endl;
 }

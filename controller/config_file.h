@@ -19,7 +19,7 @@ int writeConfigFile(const std::string& path,
                     const korvel::thrift::hub_module::HeadendConfig& config);
 
 /// Writes `config` to the open file `descriptor`, as a file of writeConfigFile() holds it; syncs
-/// nothing. Raises what the Thrift library does: the file then holds a part at most.
+/// nothing. Throws what the Thrift library does: the file then holds a part at most.
 void writeConfig(int descriptor, const korvel::thrift::hub_module::HeadendConfig& config);
 
 /// Reads `path` over `config`, whose fields keep their values where the file has none. Returns 0,

@@ -14,8 +14,8 @@
 
 namespace lineup {
 
-/// A TJSONProtocol that refuses, with TProtocolException, numbers without a digit: of a missing one
-/// the library makes whatever its memory held before.
+/// A TJSONProtocol that refuses, with TProtocolException, numbers without a digit: for those
+/// the library returns an uninitialized value.
 class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
  public:
   using TType = apache::thrift::protocol::TType;
@@ -24,7 +24,7 @@ class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
       : TJSONProtocol(file), file_(*file) {}
 
   uint32_t readBool_virt(bool& value) override { return number(value, &TJSONProtocol::readBool); }
-  /// Cuts the number to eight bits. The library's own function ends the program if it is too large.
+  /// Cuts the number to eight bits. The library's own function aborts if it is too large.
   uint32_t readByte_virt(int8_t& value) override {
     int16_t wide = 0;
     const uint32_t read = readI16_virt(wide);
@@ -38,11 +38,11 @@ class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
     return number(value, &TJSONProtocol::readDouble);
   }
 
-  /// Reads the text as it is. Only fields that are skipped are read so, and the library, which
-  /// would decode them as base64, reads beyond the end of the text "==".
+  /// Reads the text without decoding it. Used for skipped fields only; the library would decode
+  /// them as base64, and reads beyond the end of the text "==".
   uint32_t readBinary_virt(std::string& value) override { return TJSONProtocol::readString(value); }
 
-  // The headers of containers, which hold their counts; BoundedProtocol goes through these.
+  // The headers of containers, which hold their counts; BoundedProtocol calls these.
 
   uint32_t readListBegin(TType& type, uint32_t& size) {
     const uint32_t read = TJSONProtocol::readListBegin(type, size);

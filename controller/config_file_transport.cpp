@@ -19,8 +19,8 @@ namespace {
 
 constexpr uint32_t kBufferSize = 512;
 
-/// Escapes of JSON that the library does not read, and the characters that it takes in their place:
-/// it writes the first itself but reads nothing for it, and throws an error for the second.
+/// Escapes of JSON that the library does not read, and the characters that they are replaced by:
+/// the library writes the first but reads nothing for it, and throws an error for the second.
 constexpr std::pair<std::string_view, char> kUnknownEscapes[] = {{"u0000", '\0'}, {"/", '/'}};
 
 constexpr int kHexDigits = 4;  // of an escape of JSON
@@ -110,8 +110,8 @@ bool ConfigFileTransport::isAhead(std::string_view text) {
   return true;
 }
 
-/// The next character that means something: white space outside a text does not, except that it
-/// ends a number.
+/// The next character that is not white space outside a string; white space behind a number is
+/// returned, as it ends the number.
 char ConfigFileTransport::takeBehindSpace() {
   char character = take();
   if (inText_ || !isSpace(character)) {

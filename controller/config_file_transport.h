@@ -14,27 +14,27 @@
 
 namespace lineup {
 
-/// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It makes up for what the
-/// library's JSON protocol does not see: that a file is too short for what it claims, that a number
-/// has no digits, and what other writers of JSON may write: white space between values, escapes
-/// with capital hexadecimal digits, and the escapes of NUL and of the slash.
+/// A TBufferedTransport over a TFDTransport, with buffers of 512 bytes. It adds what the
+/// library's JSON protocol lacks: a check that the file is as long as it claims, one that a number
+/// has digits, and JSON that other writers produce: white space between values, escapes with
+/// upper-case hexadecimal digits, and the escapes of NUL and of the slash.
 class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport,
                             public BoundedSource {
  public:
-  /// Takes `descriptor` over: it is closed by close() or by the destructor. If this throws,
+  /// Takes ownership of `descriptor`: close() or the destructor closes it. If this throws,
   /// `descriptor` still owns it.
   explicit ConfigFileTransport(Descriptor& descriptor);
 
   /// The descriptor, until the transport is closed.
   int descriptor() const { return descriptor_; }
 
-  /// Reads ahead, as the size of a pipe is not known. Takes as much memory as there are bytes.
+  /// Reads ahead, as the size of a pipe is not known. Allocates no more than there are bytes.
   bool waitForBytes(uint64_t count) override;
 
   uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override;
 
   /// How many digits directly precede the last character read, and the one before it. Signs,
-  /// points and exponents among the digits are passed over.
+  /// points and exponents among the digits are ignored.
   uint32_t digitsBeforeLast() const { return digitsBeforeLast_; }
   uint32_t digitsBeforeLastButOne() const { return digitsBeforeLastButOne_; }
 

@@ -18,11 +18,11 @@ using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransport;
 using apache::thrift::transport::TVirtualTransport;
 
-/// Writes to standard output, which keeps its failures to itself. An interrupt ends it.
+/// Writes to standard output; output errors are ignored. Throws when interrupted.
 class StandardOutput : public TVirtualTransport<StandardOutput> {
  public:
   void write(const uint8_t* bytes, uint32_t count) {
-    endIfInterrupted();
+    throwIfInterrupted();
     std::cout.write(reinterpret_cast<const char*>(bytes), count);
   }
 };
@@ -40,8 +40,8 @@ std::string configDebugString(const hub_module::HeadendConfig& config) {
   return buffer->getBufferAsString();
 }
 
-// The text goes out as it is made: it may be fifty times as long as the reply or the file that the
-// configuration came from.
+// Prints the text while producing it: it may be fifty times as long as the reply or the file that
+// the configuration came from.
 void LineupEditor::showLineup() const {
   std::cout << "Current lineup:" << std::endl;
   dump(config, std::make_shared<StandardOutput>());

@@ -1,4 +1,4 @@
-// The console's end of a connection to the controller.
+// The console's socket to the controller.
 
 #pragma once
 
@@ -10,17 +10,17 @@
 
 namespace lineup {
 
-/// A TSocket whose transfers are not cut short by signals: they wait for bytes, or for room, up to
-/// the time-out, again and again. Once a signal has been caught that ends the program, they have 20
-/// seconds for all that is left, however steadily it trickles.
+/// A TSocket whose transfers are restarted after a signal: each waits for bytes, or for room in the
+/// send buffer, up to the time-out. Once a signal that ends the program has been caught, the rest
+/// of the call has 20 seconds in total.
 class PatientSocket : public apache::thrift::transport::TSocket {
  public:
   using TSocket::TSocket;
 
-  /// Reads what there is, up to `size` bytes. Raises TTransportException.
+  /// Reads what there is, up to `size` bytes. Throws TTransportException.
   uint32_t read(uint8_t* bytes, uint32_t size) override;
 
-  /// Sends what there is room for. Raises TTransportException.
+  /// Sends what there is room for. Throws TTransportException.
   uint32_t write_partial(const uint8_t* bytes, uint32_t size) override;
 
  private:

@@ -14,7 +14,7 @@ namespace {
 /// it.
 template <class Call, class... Texts>
 void callController(Call call, Texts... errorLine) {
-  endIfSignalled();
+  throwIfSignalled();
   try {
     const RemoteCallUnderWay uninterrupted;
     ControllerClient client = makeControllerClient();
@@ -26,7 +26,7 @@ void callController(Call call, Texts... errorLine) {
     std::cout << behindTheKey;
     (std::cout << ... << errorLine) << std::endl;
   }
-  endIfSignalled();
+  throwIfSignalled();
 }
 
 }  // namespace

@@ -15,11 +15,10 @@
 
 namespace lineup {
 
-/// A binary protocol that reads headers of fields and containers by itself. The library takes any
-/// byte for one of its types and multiplies a count before anyone could check it, neither of which
-/// C++ defines. Throws TProtocolException for a type that there is not and for a negative count.
-/// It knows its transport's class, so that a value is taken out of the frame without a virtual
-/// call.
+/// A binary protocol that overrides the reading of field and container headers. The library casts
+/// any byte to TType and multiplies a count unchecked, both undefined behaviour. Throws
+/// TProtocolException for an unknown type and for a negative count.
+/// The transport's class is a template argument, so that values are read without a virtual call.
 class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<ReplyTransport> {
  public:
   using TBinaryProtocolT::TBinaryProtocolT;
@@ -31,7 +30,7 @@ class CheckedBinaryProtocol : public apache::thrift::protocol::TBinaryProtocolT<
     return type == apache::thrift::protocol::T_STOP ? read : read + readI16(id);
   }
 
-  // The headers of containers; BoundedProtocol goes through these.
+  // The headers of containers; BoundedProtocol calls these.
 
   uint32_t readListBegin(TType& type, uint32_t& size) {
     const uint32_t read = readType(type);
@@ -97,7 +96,7 @@ class ReplyProtocol : public BoundedProtocol<CheckedBinaryProtocol> {
   }
 
  private:
-  /// Whether `type`, which the library may have made of any byte, is that of a reply or an
+  /// Whether `type`, which the library casts from any byte, is that of a reply or an
   /// exception.
   static bool answersACall(const apache::thrift::protocol::TMessageType& type) {
     static_assert(sizeof(type) == sizeof(uint32_t));

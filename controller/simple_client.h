@@ -1,4 +1,4 @@
-// A Thrift client that is connected for as long as it lives.
+// A Thrift client: the constructor connects it, the destructor disconnects it.
 
 #pragma once
 

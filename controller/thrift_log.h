@@ -4,8 +4,8 @@
 
 namespace lineup {
 
-/// Sends what the library would print on standard error, such as the reason why a connection
-/// failed, to the log as errors of the module "thrift". Call it once logging is set up.
+/// Redirects what the library would print on standard error, such as the reason why a connection
+/// failed, to the log as errors of the module "thrift". Call it after log_setup().
 void routeThriftOutputToLog();
 
 }  // namespace lineup

@@ -1,4 +1,4 @@
-// Configuration files for who has to know that nothing is missing.
+// Configuration files that are checked for completeness.
 
 #pragma once
 

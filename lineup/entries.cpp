@@ -61,7 +61,7 @@ hub_module::LineupRFEntryConfig* firstReservedSlot(LineupEditor& editor, int32_t
   return slot == entries.end() ? nullptr : &*slot;
 }
 
-/// The number that `word` begins with. Raises std::runtime_error(`message`) if it is not between
+/// The number that `word` begins with. Throws std::runtime_error(`message`) if it is not between
 /// `low` and `high`.
 int32_t numberBetween(int32_t low, int32_t high, const std::string& word, const char* message) {
   const int32_t number = readNumber(word);

@@ -41,8 +41,7 @@ void switchSatInput(LineupEditor& editor, bool enable, RFInputId::type id) {
   editor.sendSATRFInputConfig(id, config);
 }
 
-/// The remote calls catch this exception themselves. If one does throw it, it must not end the
-/// console.
+/// The remote calls catch this exception themselves; should one throw it, the console goes on.
 void logNotReady(const char* operation) {
   log_function(LOG_LEVEL_DEBUG, nullptr, "%s: exception hub_module::ControllerTaskIsNotReady",
                operation);

@@ -14,8 +14,8 @@ namespace {
 using apache::thrift::protocol::TType;
 using korvel::thrift::hub_module::HeadendConfig;
 
-/// Learns the shape of the record that is written to it. It has no bytes: what its functions
-/// return, the number of bytes written, is 0.
+/// Learns the shape of the record that is written to it. It writes nothing: its functions
+/// return 0, the number of bytes written.
 class ShapeBuilder : public apache::thrift::protocol::TVirtualProtocol<ShapeBuilder> {
  public:
   explicit ShapeBuilder(ValueShape& root)

@@ -1,4 +1,4 @@
-// The fields of a HeadendConfig, for whoever reads one and has to know what belongs there.
+// The fields of a HeadendConfig, for checking that a file has them all and no others.
 
 #pragma once
 

@@ -12,7 +12,7 @@ extern const char kCatalogueSql[];
 
 /// Writes the catalogue to `path`, making the folders above it; a catalogue written before by this
 /// program is replaced. Any other file there is left alone unless `replaceForeign` says otherwise.
-/// Raises std::runtime_error naming the path; the file is then as it was.
+/// Throws std::runtime_error naming the path; the file is then as it was.
 void writeCatalogue(const std::string& path, bool replaceForeign);
 
 }  // namespace lineup::simulator

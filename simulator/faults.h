@@ -1,5 +1,5 @@
-// Faults that a trainer or a test asks of the simulated headend: calls that are answered late, are
-// refused or lose their connection.
+// Faults injected into the simulated headend: calls that are answered late, are refused or lose
+// their connection.
 
 #pragma once
 
@@ -21,7 +21,7 @@ struct Fault {
   std::chrono::milliseconds delay{0};
 };
 
-/// Reads "CALL", "CALL:N" and, for a delay, "CALL=SECONDS" and "CALL:N=SECONDS". Raises
+/// Reads "CALL", "CALL:N" and, for a delay, "CALL=SECONDS" and "CALL:N=SECONDS". Throws
 /// std::invalid_argument, which names `option`, for any other text.
 Fault parseFault(const std::string& option, FaultKind kind, const std::string& text);
 

@@ -13,13 +13,13 @@
 
 namespace lineup::simulator {
 
-/// Raised out of a call whose connection is to be closed without an answer. No std::exception:
-/// those the generated code answers.
+/// Thrown out of a call whose connection is to be closed without an answer. Not a
+/// std::exception: to those the generated code sends an answer.
 struct BrokenOff {};
 
 /// Answers every call and prints one line for it on standard output: the call's name and what it
 /// changed. Calls from several threads take turns. A change that cannot be stored is refused with
-/// an error that the client sees, and nothing has changed then.
+/// an error that the client sees, and changes nothing.
 class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
  public:
   using HeadendConfig = korvel::thrift::hub_module::HeadendConfig;

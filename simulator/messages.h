@@ -1,4 +1,4 @@
-// What the simulator says on standard output.
+// Messages on standard output.
 
 #pragma once
 
@@ -9,7 +9,7 @@ namespace lineup::simulator {
 /// Puts the time in front of each line from now on. Call it while there is one thread.
 void stampLines();
 
-/// Prints the line at once.
+/// Prints the line and flushes it.
 void say(const std::string& line);
 
 }  // namespace lineup::simulator

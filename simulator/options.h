@@ -33,7 +33,7 @@ struct Options {
 
 extern const char kHelpText[];
 
-/// Reads the command line. Raises std::invalid_argument for one that is wrong.
+/// Reads the command line. Throws std::invalid_argument for invalid options.
 Options parseOptions(int argc, char** argv);
 
 }  // namespace lineup::simulator

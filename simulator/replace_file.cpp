@@ -15,7 +15,7 @@
 namespace lineup::simulator {
 namespace {
 
-/// `result` unless it is negative: then the system's last error is raised.
+/// `result` unless it is negative: then throws errno.
 int checked(int result) {
   if (result < 0) throw std::system_error(errno, std::generic_category());
   return result;

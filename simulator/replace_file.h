@@ -6,7 +6,7 @@
 
 namespace lineup::simulator {
 
-/// A file descriptor that is closed when its owner goes. Movable, not copyable.
+/// Owns a file descriptor: the destructor closes it. Movable, not copyable.
 class FileDescriptor {
  public:
   explicit FileDescriptor(int number = -1) : number_(number) {}
@@ -26,14 +26,14 @@ class FileDescriptor {
   int number_;
 };
 
-/// Whether there is a file at `path`; false too where that cannot be told. Raises
+/// Whether there is a file at `path`; false too if stat() fails. Throws
 /// std::runtime_error naming the path if it is no regular file but a folder or a device.
 bool fileExists(const std::string& path);
 
 /// Puts a file with `contents` at `path`, making the folders above it, by way of a temporary file
 /// beside it. It is on disk when the call returns. Returns the file, still open and with an
-/// exclusive flock() taken before it was there to see. Raises std::runtime_error naming the path;
-/// what stood there is then as it was.
+/// exclusive flock() taken before it had its name. Throws std::runtime_error naming the path;
+/// an existing file is then unchanged.
 FileDescriptor replaceFile(const std::string& path, const std::string& contents);
 
 }  // namespace lineup::simulator

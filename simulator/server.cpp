@@ -33,17 +33,17 @@ using apache::thrift::transport::TTransportFactory;
 
 namespace {
 
-// How long a connection may say nothing, and how long its peer may take nothing.
+// How long a connection may send nothing, and how long its peer may receive nothing.
 constexpr int kReceiveTimeoutMs = 10000;
 constexpr int kSendTimeoutMs = 5000;
-// Well below the descriptors that a process may open.
+// Well below RLIMIT_NOFILE.
 constexpr size_t kMostConnections = 200;
 
-class UnlimitedServerSocket : public TServerSocket {
+class ListeningSocket : public TServerSocket {
  public:
   using TServerSocket::TServerSocket;
 
-  /// The server listens when it starts to serve; this port is taken long before.
+  /// Called again when the server starts to serve; the socket listens already then.
   void listen() override {
     if (!isOpen()) TServerSocket::listen();
   }
@@ -58,9 +58,9 @@ class UnlimitedServerSocket : public TServerSocket {
   }
 
  private:
-  /// Hangs up on the oldest connection when there are too many: clients that say nothing, however
-  /// many, keep nobody out. The number of a socket that was closed meanwhile is no other socket's,
-  /// as this thread alone opens those.
+  /// Shuts the oldest connection down when there are too many, so that idle clients keep nobody
+  /// out. The descriptor of a connection that was closed meanwhile is not in use again, as only
+  /// this thread opens sockets.
   void makeRoom() {
     std::erase_if(connections_, [](const auto& connection) { return connection.expired(); });
     if (connections_.size() < kMostConnections) return;
@@ -70,7 +70,7 @@ class UnlimitedServerSocket : public TServerSocket {
     connections_.pop_front();
   }
 
-  std::deque<std::weak_ptr<TSocket>> connections_;  // in the order of their coming
+  std::deque<std::weak_ptr<TSocket>> connections_;  // the oldest first
 };
 
 class UnlimitedFramedTransportFactory : public TTransportFactory {
@@ -97,7 +97,7 @@ class Processor : public korvel::thrift::hub_module::WebSrvProcessor {
 
 }  // namespace
 
-Server::Server(int port) : socket_(std::make_shared<UnlimitedServerSocket>("127.0.0.1", port)) {
+Server::Server(int port) : socket_(std::make_shared<ListeningSocket>("127.0.0.1", port)) {
   socket_->setRecvTimeout(kReceiveTimeoutMs);
   socket_->setSendTimeout(kSendTimeoutMs);
   try {

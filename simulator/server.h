@@ -13,19 +13,19 @@ class TServerSocket;
 
 namespace lineup::simulator {
 
-/// A TCP port of 127.0.0.1, taken when it is made, and served by one thread a connection, so that
-/// nobody waits for a client that has connected and sends nothing. Such a connection is closed
-/// after ten seconds, or when more come than there is room for.
+/// A TCP port of 127.0.0.1, bound by the constructor and served by one thread per connection, so
+/// that an idle client delays nobody. An idle connection is closed after ten seconds, or when there
+/// are too many.
 class Server {
  public:
-  /// Takes `port`, or a free one for 0. Raises std::runtime_error naming the port if it cannot be
-  /// had.
+  /// Takes `port`, or a free one for 0. Throws std::runtime_error naming the port if it cannot be
+  /// bound.
   explicit Server(int port);
 
   int port() const;
 
   /// Answers calls until SIGTERM or SIGINT, which every thread must have blocked; calls that have
-  /// begun are finished, `atSignal` may hurry them. Returns false if the port broke before.
+  /// begun are finished, `atSignal` may hurry them. Returns false if serving failed before.
   bool serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
                         const std::function<void()>& atSignal);
 

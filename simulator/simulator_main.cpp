@@ -29,8 +29,8 @@ void complain(const char* message) {
   std::cerr << "headend-simulator: " << message << std::endl;
 }
 
-/// Leaves SIGTERM and SIGINT to the thread that waits for them; threads inherit it. Nobody reading
-/// standard output is no reason to end.
+/// Blocks SIGTERM and SIGINT for the thread that waits for them; threads inherit the mask. Ignores
+/// SIGPIPE.
 void prepareSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -40,8 +40,8 @@ void prepareSignals() {
   signal(SIGPIPE, SIG_IGN);
 }
 
-/// Tells the process at the other end of `descriptor` that `port` is served. It may have gone: that
-/// is no reason to end.
+/// Tells the process at the other end of `descriptor` that `port` is served. A write
+/// error is printed; the simulator goes on.
 void announce(int descriptor, int port) {
   const std::string line = std::to_string(port) + "\n";
   if (write(descriptor, line.data(), line.size()) < 0) {
@@ -102,8 +102,7 @@ void run(const Options& options) {
 }
 
 int runProgram(int argc, char** argv) {
-  // The library's own remarks on connections that break; start-up errors are told by their
-  // exception.
+  // Drops the library's messages about broken connections; start-up errors are exceptions.
   apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
   Options options;
   try {

@@ -1,4 +1,4 @@
-// The simulated headend's state: in memory, and in a file that every change reaches first.
+// The simulated headend's state: in memory, and in a file that is written before each change.
 
 #pragma once
 
@@ -9,11 +9,11 @@
 
 namespace lineup::simulator {
 
-/// Owns the state and its file, a HeadendState in the Thrift JSON protocol. Not for several threads
-/// at once; while one store is alive, no other process can open the same file.
+/// Owns the state and its file, a HeadendState in the Thrift JSON protocol. Not thread-safe; while
+/// one store is alive, no other process can open the same file.
 class StateStore {
  public:
-  /// Reads the state at `path`, or writes the initial state there if there is no file. Raises
+  /// Reads the state at `path`, or writes the initial state there if there is no file. Throws
   /// std::runtime_error naming the path if the file cannot be read or written, is no state file or
   /// belongs to a running process; it is then left as it was.
   explicit StateStore(std::string path);
@@ -22,7 +22,7 @@ class StateStore {
 
   const HeadendState& state() const { return state_; }
 
-  /// Stores `next` and makes it the state. Raises std::runtime_error if it cannot be stored; state
+  /// Stores `next` and makes it the state. Throws std::runtime_error if it cannot be stored; state
   /// and file are then as they were.
   void replace(HeadendState next);
 
@@ -30,7 +30,7 @@ class StateStore {
   void load();
 
   std::string path_;
-  FileDescriptor file_;  // keeps the lock
+  FileDescriptor file_;  // holds the flock()
   HeadendState state_;
 };
 

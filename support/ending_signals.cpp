@@ -227,9 +227,9 @@ timespec asTimespec(std::chrono::nanoseconds duration) {
 /// is seen at once and not after the wait. Returns ppoll's result.
 int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
   const EndingSignalsHeld held;
-  endIfSignalled();
+  throwIfSignalled();
   const int result = ppoll(descriptors, count, timeout, &held.maskBefore());
-  endIfSignalled();
+  throwIfSignalled();
   return result;
 }
 
@@ -249,7 +249,7 @@ void catchEndingSignals() {
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
-void endIfSignalled() {
+void throwIfSignalled() {
   if (caughtSignal != 0) {
     throw EndedBySignal{caughtSignal};
   }
@@ -263,7 +263,7 @@ bool isEndOverdue() {
   return overdue != 0;
 }
 
-void endIfHungUp(int terminal) {
+void throwIfHungUp(int terminal) {
   pollfd input{terminal, POLLIN, 0};
   if (poll(&input, 1, 0) == 1 && (input.revents & POLLHUP) != 0) {
     throw EndedBySignal{SIGHUP};
@@ -299,9 +299,9 @@ bool isInterrupted() {
   return interrupted != 0;
 }
 
-void endIfInterrupted() {
+void throwIfInterrupted() {
   if (interrupted != 0) {
-    endIfSignalled();
+    throwIfSignalled();
   }
 }
 
@@ -360,7 +360,7 @@ void endBySignal(int signal) {
 
 RemoteCallUnderWay::RemoteCallUnderWay() {
   const EndingSignalsHeld held;
-  endIfSignalled();
+  throwIfSignalled();
   remoteCall = 1;
 }
 

@@ -48,7 +48,7 @@ void catchEndingSignals();
 
 /// Throws EndedBySignal if a signal has been caught. To be called where the program may end:
 /// between two lines of a listing, after a command.
-void endIfSignalled();
+void throwIfSignalled();
 
 /// Whether a signal has been caught.
 bool isSignalled();
@@ -58,7 +58,7 @@ bool isEndOverdue();
 
 /// Throws EndedBySignal{SIGHUP} if `terminal` has hung up: its input has ended then, perhaps before
 /// the signal says so, or without it where it is ignored.
-void endIfHungUp(int terminal);
+void throwIfHungUp(int terminal);
 
 /// Forgets a SIGINT that has been caught, where it means something else than the program's end.
 void forgetInterrupt();
@@ -81,7 +81,7 @@ class InterruptibleCommand {
 bool isInterrupted();
 
 /// Throws EndedBySignal in that case only: to be called where nothing else ends what is printed.
-void endIfInterrupted();
+void throwIfInterrupted();
 
 /// Waits `duration`, or throws EndedBySignal as soon as a signal is caught.
 void waitFor(std::chrono::microseconds duration);

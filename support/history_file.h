@@ -7,7 +7,7 @@
 #include <vector>
 
 // The file is the user's own and closed to others; one that is a link, or somebody else's, is
-// neither read nor written. There is none where LINEUP_HISTORY is set and empty. Nothing is raised
+// neither read nor written. There is none where LINEUP_HISTORY is set and empty. Nothing is thrown
 // or said: what cannot be read or written is left out.
 
 /// The lines of the file, the oldest first.

@@ -128,10 +128,10 @@ bool beginsWith(const std::string& word, const std::string& beginning) {
          std::equal(beginning.begin(), beginning.end(), word.begin(), equalIgnoringCase);
 }
 
-std::string commonBeginning(const std::vector<Possibility>& possibilities) {
-  std::string common = possibilities.front().word;
-  for (const Possibility& possibility : possibilities) {
-    const std::string& word = possibility.word;
+std::string commonBeginning(const std::vector<Candidate>& candidates) {
+  std::string common = candidates.front().word;
+  for (const Candidate& candidate : candidates) {
+    const std::string& word = candidate.word;
     const auto end = std::mismatch(common.begin(), common.end(), word.begin(), word.end()).first;
     common.erase(end, common.end());
   }
@@ -212,7 +212,7 @@ class LineEditor {
 
   void completeWord();
   void replaceWord(const std::string& typed, const std::string& word);
-  void list(const std::string& typed, const std::vector<Possibility>& possibilities);
+  void list(const std::string& typed, const std::vector<Candidate>& candidates);
 
   std::wstring text() const;
   std::size_t length() const;
@@ -428,8 +428,8 @@ Edited LineEditor::endWithoutLine() {
   if (ended_ != nullptr) {
     std::rethrow_exception(ended_);
   }
-  endIfSignalled();
-  endIfHungUp(STDIN_FILENO);
+  throwIfSignalled();
+  throwIfHungUp(STDIN_FILENO);
   atEnd_ = true;
   return Edited::End;
 }
@@ -565,7 +565,7 @@ void LineEditor::handleTerminalSignals() {
 void LineEditor::letStop(int signal) {
   mode_.restore();
   letThrough(signal);
-  endIfSignalled();
+  throwIfSignalled();
   startAgain();
 }
 
@@ -726,7 +726,7 @@ void LineEditor::completeWord() {
   const std::string begun = bytesOf(text().substr(0, cursor()));
   const bool blankFollows = cursor() < text().size() && text()[cursor()] == L' ';
   const std::string typed = begun.substr(begun.rfind(' ') + 1);
-  std::vector<Possibility> possible;
+  std::vector<Candidate> possible;
   try {
     possible = aids_->complete == nullptr ? possible : aids_->complete(begun);
   } catch (const std::exception&) {
@@ -761,14 +761,14 @@ void LineEditor::replaceWord(const std::string& typed, const std::string& word) 
   insert(lettersOf(word));
 }
 
-/// Shows the possibilities below the line, and the line below them.
-void LineEditor::list(const std::string& typed, const std::vector<Possibility>& possibilities) {
+/// Shows the candidates below the line, and the line below them.
+void LineEditor::list(const std::string& typed, const std::vector<Candidate>& candidates) {
   const std::size_t folder = typed.rfind('/') + 1;  // not repeated for each
   std::vector<std::string> items;
-  for (const Possibility& possibility : possibilities) {
-    const std::string& word = possibility.word;
+  for (const Candidate& candidate : candidates) {
+    const std::string& word = candidate.word;
     const std::string shown = beginsWith(word, typed) ? word.substr(folder) : word;
-    items.push_back(possibility.note.empty() ? shown : shown + "  " + possibility.note);
+    items.push_back(candidate.note.empty() ? shown : shown + "  " + candidate.note);
   }
   constexpr std::size_t kLeastLines = 5;
   const std::size_t height = std::max(kLeastLines + 2, screen_.rows()) - 2;

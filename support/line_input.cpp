@@ -51,9 +51,9 @@ class Input {
         continue;
       }
       ended_ = true;
-      endIfSignalled();  // a signal that came with the end of input is why it ended
+      throwIfSignalled();  // a signal that came with the end of input is why it ended
       if (terminal_) {
-        endIfHungUp(STDIN_FILENO);
+        throwIfHungUp(STDIN_FILENO);
       }
     }
     return false;
@@ -78,7 +78,8 @@ class Input {
 bool readPlainLine(const std::string& prompt, std::string& line) {
   static Input input;
   std::cout << prompt << std::flush;
-  endIfSignalled();  // perhaps nobody reads the output; the next line may be in the buffer already
+  throwIfSignalled();  // perhaps nobody reads the output; the next line may be in the buffer
+                       // already
   return input.readLine(line);
 }
 

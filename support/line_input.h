@@ -11,14 +11,14 @@
 #include <vector>
 
 /// A word that the one being typed may become.
-struct Possibility {
+struct Candidate {
   std::string word;
   std::string note;  ///< shown behind the word; may be empty
 };
 
 /// Returns what the last word of `begun`, a line up to its cursor, may become. Words are separated
-/// by blanks; the last one is empty behind a blank. Whatever it raises counts as no possibility.
-using Completer = std::function<std::vector<Possibility>(const std::string& begun)>;
+/// by blanks; the last one is empty behind a blank. Whatever it throws counts as no candidate.
+using Completer = std::function<std::vector<Candidate>(const std::string& begun)>;
 
 /// What helps a person who edits a command line.
 struct LineAids {

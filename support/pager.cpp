@@ -113,7 +113,7 @@ bool showInPager(const std::string& text) {
     }
     status = statusOf(child);
   }
-  endIfSignalled();
+  throwIfSignalled();
   constexpr int kNotFound = 127;
   return !WIFEXITED(status) || WEXITSTATUS(status) < kNotFound - 1;
 }

@@ -19,7 +19,7 @@ CommandLineOptions parse(std::vector<std::string> words) {
   return parseOptions(static_cast<int>(words.size()), argv.data());
 }
 
-/// The message of the range error that the words raise.
+/// The message of the range error that the words cause.
 std::string rangeError(const std::vector<std::string>& words) {
   try {
     parse(words);

@@ -14,20 +14,20 @@ using hub_module::HeadendConfig;
 
 class Settings : public testing::Test {
  protected:
-  /// What the command line prints, or the message that it raises.
+  /// What the command line prints, or the message that it throws.
   std::string run(const std::string& line, bool quiet = false) {
-    std::string raised;
+    std::string message;
     const std::string text = printed([&] {
       try {
         EXPECT_TRUE(editor.dispatchCommand(line, quiet));
       } catch (const std::runtime_error& error) {
-        raised = error.what();
+        message = error.what();
       }
     });
-    return text + raised;
+    return text + message;
   }
 
-  /// Expects that the line raises the message and changes nothing.
+  /// Expects that the line throws the message and changes nothing.
   void expectRefused(const std::string& line, const std::string& message) {
     const HeadendConfig before = editor.config;
     const bool pendingBefore = editor.pendingChanges;

@@ -10,7 +10,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Integers = std::vector<int32_t>;
 
-/// What parseIntegerList raises for `text`, if it is an `Error`.
+/// What parseIntegerList throws for `text`, if it is an `Error`.
 template <typename Error>
 std::string errorOf(const std::string& text) {
   try {
@@ -18,7 +18,7 @@ std::string errorOf(const std::string& text) {
   } catch (const Error& error) {
     return error.what();
   }
-  return "nothing raised";
+  return "nothing thrown";
 }
 
 TEST(TextList, IsSplitAtCommas) {

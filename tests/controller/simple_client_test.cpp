@@ -85,7 +85,7 @@ class DeafListener {
   std::array<int, 8> fillers_{-1, -1, -1, -1, -1, -1, -1, -1};
 };
 
-/// The kind of TTransportException that `work` raises.
+/// The kind of TTransportException that `work` throws.
 template <class Work>
 TTransportException::TTransportExceptionType transportError(Work work) {
   try {
@@ -93,7 +93,7 @@ TTransportException::TTransportExceptionType transportError(Work work) {
   } catch (const TTransportException& error) {
     return error.getType();
   }
-  ADD_FAILURE() << "nothing was raised";
+  ADD_FAILURE() << "nothing was thrown";
   return TTransportException::UNKNOWN;
 }
 

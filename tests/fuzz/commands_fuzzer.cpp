@@ -69,7 +69,7 @@ void completeLastLine(const std::string& script) {
   }
   try {
     lineup::completeCommandLine(line, {});
-  } catch (const std::exception&) {  // counts as no possibility
+  } catch (const std::exception&) {  // counts as no candidate
   }
 }
 

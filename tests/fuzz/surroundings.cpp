@@ -102,9 +102,9 @@ bool readCommandLine(const std::string& /*prompt*/, const LineAids& /*aids*/, st
   return readAnswer(line);
 }
 
-void endIfSignalled() {}
+void throwIfSignalled() {}
 void waitFor(std::chrono::microseconds /*duration*/) {}
-void endIfInterrupted() {}
+void throwIfInterrupted() {}
 bool isSignalled() {
   return false;
 }

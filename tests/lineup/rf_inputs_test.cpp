@@ -207,9 +207,9 @@ TEST_F(RFInputsOfAHeadend, RefusesAnUnknownNameWithoutACall) {
   EXPECT_EQ(calls(), Calls{});
 }
 
-// ---- a remote call that raises
+// ---- a remote call that throws
 //
-// The remote calls print their failures and do not raise them. An exception leaves one only from
+// The remote calls print their failures and do not throw them. An exception leaves one only from
 // standard output, while the line of a failure is printed.
 
 template <class Exception>

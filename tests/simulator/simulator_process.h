@@ -35,7 +35,7 @@ class Connection {
 /// A running simulator with its files in `folder`: "state.json" and "catalogue.sqlite".
 class SimulatorProcess {
  public:
-  /// Starts it and waits until it is ready. `port` 0 is any free port. Raises std::runtime_error if
+  /// Starts it and waits until it is ready. `port` 0 is any free port. Throws std::runtime_error if
   /// it ends instead.
   explicit SimulatorProcess(const TemporaryFolder& folder, std::vector<std::string> options = {},
                             int port = 0);

@@ -20,7 +20,7 @@ std::string encode(const Record& record) {
   return buffer->getBufferAsString();
 }
 
-/// Reads `bytes` over `record`. Raises what the library raises.
+/// Reads `bytes` over `record`. Throws what the library throws.
 template <class Protocol, class Record>
 void decode(const std::string& bytes, Record& record) {
   const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();

@@ -117,15 +117,15 @@ TEST(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndThePro
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   EXPECT_TRUE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfInterrupted), SIGINT);
-  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+  EXPECT_EQ(endedBy(throwIfInterrupted), SIGINT);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
   const auto begin = steady_clock::now();
   while (steady_clock::now() - begin < microseconds(3'200'000)) {
     EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
   }
   forgetInterrupt();
   EXPECT_FALSE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfSignalled), 0);
+  EXPECT_EQ(endedBy(throwIfSignalled), 0);
 }
 
 TEST(EndingSignals, AnImpatientInterruptOfACommandIsTheSameOne) {
@@ -144,7 +144,7 @@ TEST(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
   EXPECT_TRUE(isEndOverdue());
   std::raise(SIGINT);
   EXPECT_FALSE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
 TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
@@ -155,8 +155,8 @@ TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
   EXPECT_TRUE(isInterrupted());
   std::raise(SIGINT);
   EXPECT_FALSE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfInterrupted), 0);
-  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+  EXPECT_EQ(endedBy(throwIfInterrupted), 0);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
 TEST(EndingSignals, AnotherSignalBehindAnInterruptOfACommandEndsTheProgram) {
@@ -165,7 +165,7 @@ TEST(EndingSignals, AnotherSignalBehindAnInterruptOfACommandEndsTheProgram) {
   std::raise(SIGINT);
   std::raise(SIGTERM);
   EXPECT_FALSE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGTERM);
 }
 
 TEST(EndingSignals, AnInterruptIsNoneOfACommandThatIsNotInterruptibleOrOver) {
@@ -174,7 +174,7 @@ TEST(EndingSignals, AnInterruptIsNoneOfACommandThatIsNotInterruptibleOrOver) {
   const InterruptibleCommand command(false);
   std::raise(SIGINT);
   EXPECT_FALSE(isInterrupted());
-  EXPECT_EQ(endedBy(endIfSignalled), SIGINT);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
 TEST(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
@@ -183,14 +183,14 @@ TEST(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
   ASSERT_EQ(pipe(ends.data()), 0);
   close(ends[0]);
   EXPECT_EQ(write(ends[1], "x", 1), -1);
-  EXPECT_EQ(endedBy(endIfSignalled), SIGPIPE);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGPIPE);
 }
 
 TEST(EndingSignals, TheFirstSignalCounts) {
   catchEndingSignals();
   std::raise(SIGHUP);
   std::raise(SIGTERM);
-  EXPECT_EQ(endedBy(endIfSignalled), SIGHUP);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGHUP);
 }
 
 TEST(EndingSignals, AnInterruptGivesWayToAnotherSignal) {
@@ -198,17 +198,17 @@ TEST(EndingSignals, AnInterruptGivesWayToAnotherSignal) {
   std::raise(SIGINT);
   std::raise(SIGTERM);
   std::raise(SIGINT);
-  EXPECT_EQ(endedBy(endIfSignalled), SIGTERM);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGTERM);
 }
 
 TEST(EndingSignals, OnlyAnInterruptIsForgotten) {
   catchEndingSignals();
   std::raise(SIGINT);
   forgetInterrupt();
-  EXPECT_EQ(endedBy(endIfSignalled), 0);
+  EXPECT_EQ(endedBy(throwIfSignalled), 0);
   std::raise(SIGHUP);
   forgetInterrupt();
-  EXPECT_EQ(endedBy(endIfSignalled), SIGHUP);
+  EXPECT_EQ(endedBy(throwIfSignalled), SIGHUP);
 }
 
 TEST(EndingSignals, AWaitForSeveralInputsSaysWhichHasSomething) {
@@ -227,9 +227,9 @@ TEST(EndingSignals, AHungUpTerminalEndsTheProgram) {
   ASSERT_GE(terminal, 0);
   ASSERT_EQ(unlockpt(terminal), 0);
   const int otherEnd = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-  EXPECT_EQ(endedBy([&] { endIfHungUp(otherEnd); }), 0);
+  EXPECT_EQ(endedBy([&] { throwIfHungUp(otherEnd); }), 0);
   close(terminal);
-  EXPECT_EQ(endedBy([&] { endIfHungUp(otherEnd); }), SIGHUP);
+  EXPECT_EQ(endedBy([&] { throwIfHungUp(otherEnd); }), SIGHUP);
 }
 
 /// The signals that end a program by default, but for those that a fault raises, SIGKILL, and
@@ -251,7 +251,7 @@ void expectCaught(int signal, Prepare prepare) {
     prepare();
     catchEndingSignals();
     std::raise(signal);
-    _exit(endedBy(endIfSignalled));
+    _exit(endedBy(throwIfSignalled));
   }
   int status = 0;
   waitpid(child, &status, 0);
@@ -293,7 +293,7 @@ TEST(EndingSignals, AnIgnoredHangUpInterruptOrQuitStaysIgnored) {
     std::signal(signal, SIG_IGN);
     catchEndingSignals();
     std::raise(signal);
-    EXPECT_EQ(endedBy(endIfSignalled), 0);
+    EXPECT_EQ(endedBy(throwIfSignalled), 0);
   }
 }
 

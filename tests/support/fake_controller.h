@@ -73,7 +73,7 @@ std::string recordReply(const std::string& method, const std::string& record);
 
 class FakeController {
  public:
-  /// Listens on 127.0.0.1; port 0 takes a free one. Raises std::system_error if it cannot.
+  /// Listens on 127.0.0.1; port 0 takes a free one. Throws std::system_error if it cannot.
   explicit FakeController(uint16_t port = kControllerPort);
   /// Listens on the Unix socket `path`, which is removed at the end.
   explicit FakeController(const std::string& path);
