@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "compare/lineup_services.h"
 #include "compare/setting_words.h"
@@ -27,8 +28,9 @@ TextTable lineupTable(const HeadendConfig& config, const std::vector<Entry>& ent
   table.rows.reserve(entries.size());
   for (const Entry& entry : entries) {
     ServiceWords words = entryWords(config, entry.serviceKind, entry.serviceKey);
-    table.rows.push_back({std::to_string(table.rows.size() + 1), entry.name, words.kind,
-                          words.source, words.sid, words.serviceType});
+    table.rows.push_back(rowOf(std::to_string(table.rows.size() + 1), entry.name,
+                               std::move(words.kind), std::move(words.source), std::move(words.sid),
+                               std::move(words.serviceType)));
   }
   return table;
 }

@@ -31,14 +31,23 @@ std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
 /// Where it is received from. A service has one such place, but a record can name several.
 std::string sourceOf(const hub_module::DVBInputService& service, const HeadendConfig& config) {
   std::string source;
-  const auto add = [&](bool isSet, const std::string& place) {
-    source += isSet && !source.empty() ? ", " : "";
-    source += isSet ? place : "";
+  const auto add = [&](const std::string& place, const char* unit) {
+    source += source.empty() ? "" : ", ";
+    source += place;
+    source += unit;
   };
-  add(service.__isset.lineupSATMux, std::to_string(service.lineupSATMux.frequency) + " MHz");
-  add(service.__isset.lineupTDTMux, std::to_string(service.lineupTDTMux.frequency) + " kHz");
-  add(service.__isset.lineupCableMux, std::to_string(service.lineupCableMux.frequency) + " kHz");
-  add(service.__isset.ipMuxUUID, muxUrl(config, service.ipMuxUUID));
+  if (service.__isset.lineupSATMux) {
+    add(std::to_string(service.lineupSATMux.frequency), " MHz");
+  }
+  if (service.__isset.lineupTDTMux) {
+    add(std::to_string(service.lineupTDTMux.frequency), " kHz");
+  }
+  if (service.__isset.lineupCableMux) {
+    add(std::to_string(service.lineupCableMux.frequency), " kHz");
+  }
+  if (service.__isset.ipMuxUUID) {
+    add(muxUrl(config, service.ipMuxUUID), "");
+  }
   return source;
 }
 

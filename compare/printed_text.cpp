@@ -58,6 +58,9 @@ void escape(std::string& out, std::string_view bytes) {
 }
 
 std::string escaped(std::string_view text, char alsoEscaped) {
+  if (isPlain(text, alsoEscaped)) {
+    return std::string(text);
+  }
   std::string out;
   out.reserve(text.size());
   while (!text.empty()) {
@@ -78,8 +81,20 @@ std::string escaped(std::string_view text, char alsoEscaped) {
 
 }  // namespace
 
+bool isPlain(std::string_view text, char alsoExcluded) {
+  return std::all_of(text.begin(), text.end(), [&](char character) {
+    return character >= ' ' && character < '\x7f' && character != '\\' && character != alsoExcluded;
+  });
+}
+
 std::string printable(std::string_view text) {
   return escaped(text, '\\');
+}
+
+void makePrintable(std::string& text) {
+  if (!isPlain(text, '\\')) {
+    text = printable(text);
+  }
 }
 
 std::string inQuotes(std::string_view text) {

@@ -9,9 +9,16 @@
 
 namespace lineup {
 
+/// Whether `text` is printable ASCII without the backslash and without `alsoExcluded`: as it is, it
+/// needs no escape.
+bool isPlain(std::string_view text, char alsoExcluded);
+
 /// `text` as one line that does nothing to a terminal: control characters, and bytes that are no
 /// UTF-8, become escapes (\n, \t, \x1b), and so does the backslash.
 std::string printable(std::string_view text);
+
+/// Makes `text` what printable() returns.
+void makePrintable(std::string& text);
 
 /// The same between quotation marks, and with those in it escaped.
 std::string inQuotes(std::string_view text);

@@ -5,6 +5,7 @@
 #include <thrift/TBase.h>
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace lineup {
 
@@ -13,5 +14,9 @@ namespace lineup {
 /// numbers in decimal. Enumerators are numbers. Of what JSON has no number for, a double is "NaN",
 /// "Infinity" or "-Infinity". Texts hold the bytes that the record holds, UTF-8 or not.
 nlohmann::json namedJson(const apache::thrift::TBase& record);
+
+/// The same as text, indented by two blanks, the members in the order of the fields. Bytes that are
+/// no UTF-8 have no place in JSON and become U+FFFD.
+std::string namedJsonText(const apache::thrift::TBase& record);
 
 }  // namespace lineup

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
+#include <utility>
 
 #include "compare/printed_text.h"
 
@@ -9,16 +11,7 @@ namespace lineup {
 
 namespace {
 
-using Row = std::vector<std::string>;
-
-Row printableRow(const Row& row) {
-  Row result;
-  result.reserve(row.size());
-  for (const std::string& cell : row) {
-    result.push_back(printable(cell));
-  }
-  return result;
-}
+using Row = TextTable::Row;
 
 std::string headingOf(std::string name) {
   for (char& letter : name) {
@@ -27,6 +20,20 @@ std::string headingOf(std::string name) {
     }
   }
   return name;
+}
+
+/// Adds the row as a line of columns two blanks apart.
+void addLine(std::string& text, const Row& row, const std::vector<std::size_t>& widths) {
+  std::size_t missing = 0;  // blanks up to the next column; none behind the last cell
+  for (std::size_t column = 0; column < widths.size(); ++column) {
+    if (!row[column].empty()) {
+      text.append(missing, ' ');
+      text += row[column];
+      missing = 0;
+    }
+    missing += widths[column] + 2 - charactersOf(row[column]);
+  }
+  text += '\n';
 }
 
 void addCsvCell(std::string& text, const std::string& cell) {
@@ -53,38 +60,30 @@ void addCsvRow(std::string& text, const Row& row) {
 
 }  // namespace
 
-std::string tableText(const TextTable& table) {
-  std::vector<Row> rows{{}};
-  for (const std::string& name : table.columns) {
-    rows[0].push_back(headingOf(name));
+std::string tableText(TextTable table) {
+  std::vector<std::size_t> widths;
+  for (std::string& name : table.columns) {
+    name = headingOf(std::move(name));
+    widths.push_back(charactersOf(name));
   }
-  for (const Row& row : table.rows) {
-    rows.push_back(printableRow(row));
-  }
-  std::vector<std::size_t> widths(table.columns.size());
-  for (const Row& row : rows) {
+  for (Row& row : table.rows) {
     for (std::size_t column = 0; column < widths.size(); ++column) {
+      makePrintable(row[column]);
       widths[column] = std::max(widths[column], charactersOf(row[column]));
     }
   }
   std::string text;
-  for (const Row& row : rows) {
-    std::size_t missing = 0;  // blanks up to the next column; none behind the last cell
-    for (std::size_t column = 0; column < widths.size(); ++column) {
-      if (!row[column].empty()) {
-        text.append(missing, ' ');
-        text += row[column];
-        missing = 0;
-      }
-      missing += widths[column] + 2 - charactersOf(row[column]);
-    }
-    text += '\n';
+  const std::size_t width = std::accumulate(widths.begin(), widths.end(), 2 * widths.size());
+  text.reserve((table.rows.size() + 1) * width);
+  addLine(text, table.columns, widths);
+  for (const Row& row : table.rows) {
+    addLine(text, row, widths);
   }
   return text;
 }
 
-std::string titledText(const std::string& title, const TextTable& table) {
-  return table.rows.empty() ? title + ": none\n" : title + "\n" + tableText(table);
+std::string titledText(const std::string& title, TextTable table) {
+  return table.rows.empty() ? title + ": none\n" : title + "\n" + tableText(std::move(table));
 }
 
 std::string tableCsv(const TextTable& table) {

@@ -1,5 +1,9 @@
 #include "controller/config_calls.h"
 
+#include <utility>
+
+#include "rf_inputs_types.h"
+
 namespace lineup {
 
 namespace hub_module = korvel::thrift::hub_module;
@@ -23,6 +27,18 @@ class FreshRecord : public Record {
   Record& target_;
 };
 
+/// Takes the RF inputs out of a reply with a status.
+class RFInputsReply : public hub_module::HeadendStatus {
+ public:
+  uint32_t read(apache::thrift::protocol::TProtocol* protocol) override {
+    RFInputsOfStatus inputs;
+    const uint32_t size = inputs.read(protocol);
+    satRFInputs = std::move(inputs.satRFInputs);
+    tdtRFInputs = std::move(inputs.tdtRFInputs);
+    return size;
+  }
+};
+
 }  // namespace
 
 void fetchConfig(ControllerClient& client, hub_module::HeadendConfig& target) {
@@ -33,6 +49,12 @@ void fetchConfig(ControllerClient& client, hub_module::HeadendConfig& target) {
 void fetchStatus(ControllerClient& client, hub_module::HeadendStatus& target) {
   FreshRecord reply(target);
   client.getHeadendStatus(reply);
+}
+
+void fetchRFInputs(ControllerClient& client, hub_module::HeadendStatus& target) {
+  RFInputsReply reply;
+  client.getHeadendStatus(reply);
+  target = std::move(reply);
 }
 
 void sendConfig(ControllerClient& client, const hub_module::HeadendConfig& config) {

@@ -16,6 +16,10 @@ void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendCo
 /// Likewise for the status.
 void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
+/// Likewise, but of the status only the RF inputs are taken over; all else in `target` is as in an
+/// empty record.
+void fetchRFInputs(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
+
 /// Sends `config`; on return the controller has accepted it.
 void sendConfig(ControllerClient& client, const korvel::thrift::hub_module::HeadendConfig& config);
 

@@ -5,7 +5,9 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 #include "controller/bounded_protocol.h"
@@ -22,6 +24,16 @@ class ReplyTransport : public apache::thrift::transport::TFramedTransport, publi
   void flush() override;
 
   bool waitForBytes(uint64_t count) override;
+
+  /// What the base class does, inlined: a number's few bytes are then taken by one move.
+  [[gnu::always_inline]] uint32_t readAll(uint8_t* buffer, uint32_t length) {
+    if (length > static_cast<std::size_t>(rBound_ - rBase_)) {
+      return TFramedTransport::readAll(buffer, length);
+    }
+    std::memcpy(buffer, rBase_, length);
+    rBase_ += length;
+    return length;
+  }
 
  protected:
   bool readFrame() override;

@@ -45,9 +45,9 @@ hub_module::HeadendConfig runningConfig() {
   return config;
 }
 
-hub_module::HeadendStatus runningStatus() {
+hub_module::HeadendStatus runningRFInputs() {
   hub_module::HeadendStatus status;
-  callController([&](ControllerClient& client) { fetchStatus(client, status); });
+  callController([&](ControllerClient& client) { fetchRFInputs(client, status); });
   return status;
 }
 

@@ -16,8 +16,8 @@ std::string controllerPlace();
 /// The configuration that the controller holds.
 korvel::thrift::hub_module::HeadendConfig runningConfig();
 
-/// The controller's status.
-korvel::thrift::hub_module::HeadendStatus runningStatus();
+/// The controller's status, of which only the RF inputs are taken over.
+korvel::thrift::hub_module::HeadendStatus runningRFInputs();
 
 /// Sends `config` to the controller. A failure leaves open whether the controller has taken it.
 void send(const korvel::thrift::hub_module::HeadendConfig& config);

@@ -54,6 +54,30 @@ TEST(NamedJson, HasWordsForWhatIsNoNumber) {
   EXPECT_EQ(namedJson(configFromJson(namedJson(config))), namedJson(config));
 }
 
+// ---- records as the text of it
+
+TEST(NamedJsonText, IsTheSameWithTheMembersInTheOrderOfTheFields) {
+  for (uint32_t seed = 0; seed < 50; ++seed) {
+    const HeadendConfig config = randomHeadendConfig(seed);
+    const std::string text = namedJsonText(config);
+    ASSERT_EQ(json::parse(text), namedJson(config)) << seed;
+    ASSERT_EQ(nlohmann::ordered_json::parse(text).dump(2), text) << seed;
+  }
+  const std::string text = namedJsonText(HeadendConfig());
+  EXPECT_EQ(nlohmann::ordered_json::parse(text).dump(2), text);
+  EXPECT_EQ(text.find("{\n  \"lineupConfig\": {\n    \"globalConfig\": {\n"), 0U);
+  EXPECT_NE(text.find("\n  \"ipInputs\": {}\n}"), std::string::npos);
+}
+
+TEST(NamedJsonText, HasReplacementsForWhatIsNoUtf8) {
+  HeadendConfig config;
+  config.installerInfo.name = "a\xe9\"\\\n\x7f";
+  config.ipInputs["4\"\xff"].address = "ñ";
+  const json value = json::parse(namedJsonText(config));
+  EXPECT_EQ(value["installerInfo"]["name"], "a\xef\xbf\xbd\"\\\n\x7f");
+  EXPECT_EQ(value["ipInputs"]["4\"\xef\xbf\xbd"]["address"], "ñ");
+}
+
 // ---- and back
 
 TEST(ConfigFromJson, GivesTheRecordBack) {
