@@ -110,6 +110,8 @@ void printIfPossible(const std::string& text) {
 HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& file) {
   try {
     send(wanted);
+  } catch (const Refused& refused) {
+    throw Failure(refused.status(), refused.what() + ("; " + file + " was not taken over"));
   } catch (const Failure& failure) {
     throw Failure(failure.status(),
                   failure.what() + ("; whether " + file + " was taken over is not known"));

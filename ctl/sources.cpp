@@ -8,7 +8,6 @@
 
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
-#include "ctl/failure.h"
 #include "ctl/held_signals.h"
 #include "model/headend_places.h"
 #include "support/replace_file.h"
@@ -22,14 +21,20 @@ namespace {
 /// Makes one call over a connection of its own.
 template <class Call>
 void callController(Call call) {
+  bool isConnected = false;
   try {
     ControllerClient client = makeControllerClient();
+    isConnected = true;
     call(client);
   } catch (const hub_module::ControllerTaskIsNotReady& error) {
-    throw Failure(kController, controllerPlace() + ": the controller is not ready" +
-                                   (error.reason.empty() ? "" : ": " + error.reason));
+    throw Refused(controllerPlace() + ": the controller is not ready" +
+                  (error.reason.empty() ? "" : ": " + error.reason));
   } catch (const std::exception& error) {
-    throw Failure(kController, controllerPlace() + ": " + error.what());
+    const std::string message = controllerPlace() + ": " + error.what();
+    if (isConnected) {
+      throw Failure(kController, message);
+    }
+    throw Refused(message);
   }
 }
 

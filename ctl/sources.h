@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "ctl/failure.h"
 #include "hub_module_types.h"
 
 namespace lineup::ctl {
@@ -19,7 +20,14 @@ korvel::thrift::hub_module::HeadendConfig runningConfig();
 /// The controller's status, of which only the RF inputs are taken over.
 korvel::thrift::hub_module::HeadendStatus runningRFInputs();
 
-/// Sends `config` to the controller. A failure leaves open whether the controller has taken it.
+/// A call that had no effect: the controller could not be reached, or refused it.
+class Refused : public Failure {
+ public:
+  explicit Refused(const std::string& message) : Failure(kController, message) {}
+};
+
+/// Sends `config` to the controller. Any failure but Refused leaves open whether the controller has
+/// taken it.
 void send(const korvel::thrift::hub_module::HeadendConfig& config);
 
 /// The configuration in a file, "-" for standard input.

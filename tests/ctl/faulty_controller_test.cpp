@@ -4,11 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <deque>
 #include <filesystem>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "model/headend_places.h"
 #include "tests/ctl/ctl_process.h"
+#include "tests/simulator/simulator_process.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
@@ -142,6 +147,33 @@ TEST_F(CtlWithFaultyController, SaysThatItIsNotKnownWhetherWhatWasSentIsTakenOve
       << outcome.err;
 }
 
+TEST_F(CtlWithFaultyController, SaysThatARefusedConfigurationWasNotTakenOver) {
+  FakeController controller;
+  Answer notReady;
+  notReady.kind = Answer::kNotReady;
+  controller.answerNext(Answer());
+  controller.answerNext(notReady);
+  expectCtl(
+      {"apply", file_}, 4, "id: 1 -> 7\n",
+      "127.0.0.1:9190: the controller is not ready: starting; " + file_ + " was not taken over");
+  EXPECT_EQ(controller.config(), HeadendConfig());
+}
+
+// Its output is more than a pipe holds, so that it waits before it sends.
+TEST_F(CtlWithFaultyController, SaysThatNothingWasTakenOverWhereItCouldNotConnect) {
+  HeadendConfig config;
+  config.installerInfo.name = std::string(200'000, 'x');
+  fill(file_, toJson(config));
+  auto controller = std::make_unique<FakeController>();
+  ConsoleProcess applying(ctl({"apply", file_}));
+  controller->waitForClosed(1);
+  controller.reset();
+  const Outcome outcome = applying.finish();
+  EXPECT_EQ(outcome.status, 4);
+  EXPECT_EQ(outcome.err, "lineupctl: 127.0.0.1:9190: socket open() error: Connection refused; " +
+                             file_ + " was not taken over\n");
+}
+
 TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
   FakeController controller;
   Answer notReady;
@@ -154,18 +186,43 @@ TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
                 " was sent, but could not be read back");
 }
 
-// The time-out of a call is 20 seconds, which only this test waits for.
+// The time-out of a call is 20 seconds, which only this test waits for: once, as all that hangs
+// hangs at the same time.
 TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
-  FakeController controller;
-  Answer silence;
-  silence.sentBytes = 0;
-  silence.stalls = true;
-  controller.answerNext(Answer());
-  controller.answerNext(silence);
+  std::vector<std::string> faults = {"--in-memory", "--no-catalogue",
+                                     "--delay",     "getHeadendStatus=600",
+                                     "--delay",     "setHeadendConfig:1=600"};
+  for (int call = 4; call < 20; ++call) {  // the first three are answered
+    faults.insert(faults.end(), {"--delay", "getHeadendConfig:" + std::to_string(call) + "=600"});
+  }
+  SimulatorProcess simulator(folder_, faults, kControllerPort);
   const auto begin = std::chrono::steady_clock::now();
-  const Outcome outcome = runCtl({"apply", file_});
-  expectFailure(outcome, "id: 1 -> 7\n");
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(50));
+  // At their later calls: the status, the sending and the reading back.
+  std::deque<ConsoleProcess> late;
+  for (const Words& words : {Words{"show"}, Words{"apply", file_}, Words{"apply", file_}}) {
+    late.emplace_back(ctl(words));
+    EXPECT_EQ(simulator.nextLine().find("getHeadendConfig: "), 0U);
+  }
+  std::deque<ConsoleProcess> early;
+  for (const Command& command : commands()) {
+    early.emplace_back(ctl(command.words));
+  }
+  for (ConsoleProcess& process : early) {
+    expectFailure(process.finish(), "");
+  }
+  expectFailure(late[0].finish(), "");
+  std::set<std::string> said;
+  for (ConsoleProcess* const process : {&late[1], &late[2]}) {
+    const Outcome outcome = process->finish();
+    EXPECT_EQ(outcome.status, 4);
+    EXPECT_EQ(outcome.out.find("id: 1 -> 7\n"), 0U) << outcome.out;
+    said.insert(outcome.err.substr(outcome.err.find("; ")));
+  }
+  EXPECT_EQ(said,
+            (std::set<std::string>{"; whether " + file_ + " was taken over is not known\n",
+                                   "; " + file_ + " was sent, but could not be read back\n"}));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(90));
+  expectNothingWritten();
 }
 
 }  // namespace
