@@ -279,15 +279,30 @@ void EditsCopy::leave() noexcept {
       return;
     }
     finishWriter(0);
+    const File unfinished = std::exchange(new_, File());
     bool upToDate = isUpToDate();
     openFolders();
     for (std::size_t n = 0; n < folders_.size() && !upToDate; ++n) {
       upToDate = beginFile(folders_[n]) && writeNow();
     }
+    if (upToDate) {
+      removeUnfinished(unfinished);
+    }
     say(upToDate);
   } catch (...) {
     // Out of memory: there is nothing left to say it with.
   }
+}
+
+/// A write that blocked was broken off before its file was in its place or just after. The file
+/// itself goes last, as a child that is still at work may yet rename the other.
+void EditsCopy::removeUnfinished(const File& file) const {
+  if (file.folder == nullptr || (file.folder == copy_.folder && file.name == copy_.name)) {
+    return;
+  }
+  const int folder = file.folder->descriptor.number();
+  unlinkat(folder, (file.name + kBeing).c_str(), 0);
+  unlinkat(folder, file.name.c_str(), 0);
 }
 
 void EditsCopy::say(bool upToDate) const {

@@ -58,6 +58,7 @@ class EditsCopy {
   bool finishWriter(int options);
   bool isUpToDate() const;
   static void removeFile(File& file) noexcept;
+  void removeUnfinished(const File& file) const;
   void say(bool upToDate) const;
   void removeRestored();
 
