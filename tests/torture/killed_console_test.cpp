@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -41,8 +42,10 @@ class Session {
       for (typed = kFirst; typed <= kLast; ++typed) {
         console_.send("id " + std::to_string(typed) + "\n");
         console_.readUntil(kPending);
-        console_.readWhile([&] { return !isKilled() && copiedId() != typed; });
-        copied = isKilled() ? copied : typed;
+        console_.readWhile([&] {
+          copied = std::max(copied, copiedId());
+          return !isKilled() && copied != typed;
+        });
       }
       console_.send("commit\n");
       console_.readUntil("\r\n> ");
