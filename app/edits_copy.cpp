@@ -278,9 +278,9 @@ void EditsCopy::leave() noexcept {
       remove();
       return;
     }
-    finishWriter(0);
+    const bool isWriting = finishWriter(0);  // it blocks, and the end is overdue
     const File unfinished = std::exchange(new_, File());
-    bool upToDate = isUpToDate();
+    bool upToDate = !isWriting && isUpToDate();
     openFolders();
     for (std::size_t n = 0; n < folders_.size() && !upToDate; ++n) {
       upToDate = beginFile(folders_[n]) && writeNow();
