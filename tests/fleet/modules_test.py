@@ -136,7 +136,7 @@ class LineupConfig(OnAHeadend):
         before = running_id()
         self.restart("--refuse", "setHeadendConfig")
         self.expect_failure(module("lineup_config", apply(4)), "controller", 4,
-                            "the controller is not ready: refused", "was taken over is not known")
+                            "the controller is not ready: refused", "lineup.json was not taken over")
         self.restart("--break", "setHeadendConfig")
         self.expect_failure(module("lineup_config", apply(4)), "controller", 4, "is not known")
         self.assertEqual(running_id(), before)
