@@ -710,10 +710,8 @@ void LineEditor::show(const std::string& text) {
     begin = end + 1;
   }
   if (rows > screen.rows) {
-    mode_.restore();
-    const bool shown = showInPager(text);
-    mode_.change();
-    if (shown) {
+    const TerminalLent lent(mode_);
+    if (showInPager(text)) {
       return;
     }
   }

@@ -1,6 +1,8 @@
 #include "support/pager.h"
 
+#include <poll.h>
 #include <sys/mman.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +28,12 @@ const char* pagerCommand() {
   return wanted == nullptr || *wanted == '\0' ? kUsualPager : wanted;
 }
 
+/// Whether the key that stops stops `command`, too. The usual pager ignores it, as it may start no
+/// other program, and would read on beside the shell.
+bool canBeStopped(const char* command) {
+  return command != kUsualPager;
+}
+
 /// A file in memory that holds `text`, to be read from its beginning: unlike a pipe it waits for no
 /// reader, and may be read in part.
 Descriptor fileWith(std::string_view text) {
@@ -42,18 +50,16 @@ Descriptor fileWith(std::string_view text) {
 }
 
 /// While it lives, the signals of the terminal's keys are not for this program, except that it
-/// stops.
+/// stops. `held` are held back.
 class TerminalLeft {
  public:
-  TerminalLeft() {
+  explicit TerminalLeft(const sigset_t& held) {
     for (std::size_t n = 0; n < kKeys.size(); ++n) {
       struct sigaction ignored {};
       ignored.sa_handler = SIG_IGN;
       sigaction(kKeys[n], &ignored, &actions_[n]);
     }
-    sigset_t none;
-    sigemptyset(&none);
-    pthread_sigmask(SIG_SETMASK, &none, &mask_);
+    pthread_sigmask(SIG_SETMASK, &held, &mask_);
   }
   ~TerminalLeft() {
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
@@ -71,47 +77,83 @@ class TerminalLeft {
   sigset_t mask_{};
 };
 
-[[noreturn]] void runPager(int text) {
+/// The signals that are waited for while `command` runs. All others do what they do.
+sigset_t awaitedWhile(const char* command) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGCHLD);
+  if (!canBeStopped(command)) {
+    sigaddset(&signals, SIGTSTP);
+  }
+  return signals;
+}
+
+[[noreturn]] void runPager(const char* command, int text) {
   // GCOVR_EXCL_START: the counts of this process get lost
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGQUIT, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   dup2(text, STDIN_FILENO);
-  execl("/bin/sh", "sh", "-c", pagerCommand(), nullptr);
+  execl("/bin/sh", "sh", "-c", command, nullptr);
   constexpr int kNotRun = 127;  // as the shell says it
   _exit(kNotRun);
   // GCOVR_EXCL_STOP
 }
 
-/// Waits for the end of `child`, and ends it if a signal is to end this program. Returns its
-/// status.
-int statusOf(pid_t child) {
+/// Takes SIGCHLD away; returns whether SIGTSTP is held back.
+bool isToStop() {
+  sigset_t child;
+  sigemptyset(&child);
+  sigaddset(&child, SIGCHLD);
+  const timespec atOnce{};
+  sigtimedwait(&child, nullptr, &atOnce);
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGTSTP) == 1;
+}
+
+/// Waits for the end of `child`, and ends it if a signal is to end this program, or to stop it and
+/// is held back. Returns its status. `signals` can be read when one that is awaited has come: a
+/// stop stays held back, so that a SIGCONT still undoes it.
+int statusOf(pid_t child, const Descriptor& signals) {
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    if (isSignalled()) {
+  while (true) {
+    if (isToStop()) {
+      kill(child, SIGKILL);  // it may have stopped all the same
+    } else if (isSignalled()) {
       kill(child, SIGTERM);
     }
+    if (waitpid(child, &status, WNOHANG) != 0) {
+      return status;
+    }
+    pollfd awaited{signals.number(), POLLIN, 0};
+    poll(&awaited, 1, -1);
   }
-  return status;
 }
 
 }  // namespace
 
 bool showInPager(const std::string& text) {
+  const char* const command = pagerCommand();
+  const sigset_t awaited = awaitedWhile(command);
+  const Descriptor signals(signalfd(-1, &awaited, SFD_CLOEXEC));
   const Descriptor file = fileWith(text);
-  if (!file.isOpen()) {
+  if (!file.isOpen() || !signals.isOpen()) {
     return false;
   }
   int status = 0;
   {
-    const TerminalLeft left;
+    const TerminalLeft left(awaited);
     const pid_t child = fork();
     if (child == 0) {
-      runPager(file.number());
+      runPager(command, file.number());
     }
     if (child < 0) {
       return false;
     }
-    status = statusOf(child);
+    status = statusOf(child, signals);
   }
   throwIfSignalled();
   constexpr int kNotFound = 127;

@@ -16,6 +16,10 @@ void TerminalMode::keep() {
 
 void TerminalMode::change() {
   keep();
+  setForEditing();
+}
+
+void TerminalMode::setForEditing() const {
   termios editing = mode_;
   editing.c_iflag &= ~static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | ISTRIP);
   editing.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHONL | IEXTEN);
@@ -34,6 +38,14 @@ void TerminalMode::set(const termios& mode) const {
   if (kept_ && tcsetattr(STDIN_FILENO, TCSADRAIN, &mode) != 0) {
     tcsetattr(STDIN_FILENO, TCSANOW, &mode);
   }
+}
+
+TerminalLent::TerminalLent(const TerminalMode& mode) : mode_(mode) {
+  mode_.set(mode_.mode_);
+}
+
+TerminalLent::~TerminalLent() {
+  mode_.setForEditing();
 }
 
 TerminalSize terminalSize(const TerminalSize& otherwise) {

@@ -20,10 +20,25 @@ class TerminalMode {
   void restore();
 
  private:
+  friend class TerminalLent;
+  void setForEditing() const;
   void set(const termios& mode) const;
 
   termios mode_{};
   bool kept_ = false;
+};
+
+/// While it lives, the changed terminal is in the mode that was kept, for another program. Whatever
+/// that makes of it is undone.
+class TerminalLent {
+ public:
+  explicit TerminalLent(const TerminalMode& mode);
+  ~TerminalLent();
+  TerminalLent(const TerminalLent&) = delete;
+  TerminalLent& operator=(const TerminalLent&) = delete;
+
+ private:
+  const TerminalMode& mode_;
 };
 
 struct TerminalSize {

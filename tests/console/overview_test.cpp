@@ -21,6 +21,7 @@ namespace {
 
 using lineup::test::Answer;
 using lineup::test::FakeController;
+using lineup::test::kConsoleProgram;
 using lineup::test::onTerminal;
 using lineup::test::Session;
 using lineup::test::Start;
@@ -30,6 +31,7 @@ constexpr char kF2[] = "\x1bOQ";
 constexpr char kF3[] = "\x1bOR";
 constexpr char kLeft[] = "\x1b[D";
 constexpr char kCtrlC[] = "\x03";
+constexpr char kCtrlZ[] = "\x1a";
 constexpr char kPending[] = "\n(changes to commit) > |";
 
 class Overview : public testing::Test {
@@ -48,10 +50,24 @@ class Overview : public testing::Test {
     return start;
   }
 
-  std::string shown() const {
-    std::ifstream file(folder.file("shown"));
+  /// Puts a script of this name before all other programs of withPrograms().
+  void program(const std::string& name, const std::string& script) const {
+    std::ofstream(folder.file(name)) << "#!/bin/sh\n" << script << "\n";
+    ASSERT_EQ(chmod(folder.file(name).c_str(), S_IRWXU), 0);
+  }
+
+  Start withPrograms() const {
+    Start start = this->start();
+    start.environment["PATH"] = folder.path() + ":" + std::getenv("PATH");
+    return start;
+  }
+
+  std::string contentsOf(const std::string& name) const {
+    std::ifstream file(folder.file(name));
     return {std::istreambuf_iterator<char>(file), {}};
   }
+
+  std::string shown() const { return contentsOf("shown"); }
 
   /// Gives the headend, which has none, this many encoders in its RF lineup. Returns the table.
   std::string fillLineup(int count) {
@@ -159,16 +175,59 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
 
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
   const std::string table = fillLineup(100);
-  const std::string less = folder.file("less");
-  std::ofstream(less) << "#!/bin/sh\necho \"$LESSSECURE $@\" > " << folder.file("shown") << "\n";
-  ASSERT_EQ(chmod(less.c_str(), 0755), 0);
-  Start start = this->start();
-  start.environment["PATH"] = folder.path() + ":" + std::getenv("PATH");
-  Session session(start);
+  program("less", "echo \"$LESSSECURE $@\" > " + folder.file("shown"));
+  Session session(withPrograms());
   session.expect("> |");
   session.type(std::string("x") + kF3);
   session.expect("> x\n> x|");
   EXPECT_EQ(shown(), "1 -FRX\n");
+}
+
+// "less" ignores the stop, as it may start no other program, and would read what is typed then.
+TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
+  fillLineup(100);
+  program("less", "trap '' TSTP; stty -icanon -echo </dev/tty; echo $$ > " + folder.file("pid") +
+                      "; echo ready; exec sleep 100");
+  for (const std::string& run :
+       {std::string(kConsoleProgram), "sh -c '" + std::string(kConsoleProgram) + "; :'"}) {
+    Start start = withPrograms();
+    start.program = "/bin/sh";
+    start.arguments = {
+        "-c",
+        "set -m; stty -g > " + folder.file("before") + "; " + run + "; while stty -g > " +
+            folder.file("stopped") + "; while kill -0 $(cat " + folder.file("pid") +
+            ") 2>/dev/null; do sleep 0.01; done; echo stopped; read go; do fg >/dev/null; done"};
+    Session session(start);
+    session.expect("> |");
+    session.type(std::string("x") + kF3);
+    session.expect("ready\n|");
+    session.type(kCtrlZ);
+    session.console.readUntil("stopped\r\n");
+    if (run == kConsoleProgram) {  // else the shell may go on before it
+      EXPECT_EQ(contentsOf("before"), contentsOf("stopped"));
+    }
+    session.type("\n");
+    session.screen.show("\x1b[2J\x1b[H");
+    session.expect("> x|");
+    session.type("y\n");
+    session.expect("> xy\nInvalid command. Try 'help'.\n> |");
+  }
+}
+
+TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
+  fillLineup(100);
+  program("less", "stty -icanon -echo </dev/tty; kill -9 $$");
+  Start start = withPrograms();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "stty -g > " + folder.file("before") + "; " + kConsoleProgram +
+                               "; stty -g > " + folder.file("after")};
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("> x|");
+  session.type("\nquit\n");
+  EXPECT_EQ(session.console.finish().status, 0);
+  EXPECT_EQ(contentsOf("before"), contentsOf("after"));
 }
 
 TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
