@@ -101,17 +101,22 @@ TEST(Options, LevelThatIsNoNumberFailsTheLowerBound) {
 TEST(OptionsDeathTest, UnknownOptionPrintsTheHintAndExitsWithOne) {
   EXPECT_EXIT(parse({"-x"}), testing::ExitedWithCode(1),
               "console: invalid option -- 'x'\nTry `console --help' for more information.\n");
+  EXPECT_EXIT(parse({"--nothing"}), testing::ExitedWithCode(1),
+              "unrecognized option '--nothing'\nTry `console --help' for more information.\n");
 }
 
 TEST(OptionsDeathTest, MissingArgumentPrintsTheHintAndExitsWithOne) {
-  EXPECT_EXIT(
-      parse({"-s"}), testing::ExitedWithCode(1),
-      "console: option requires an argument -- 's'\nTry `console --help' for more information.\n");
+  for (const std::string option : {"l", "s", "r", "t"}) {
+    EXPECT_EXIT(parse({"-" + option}), testing::ExitedWithCode(1),
+                "console: option requires an argument -- '" + option +
+                    "'\nTry `console --help' for more information.\n");
+  }
 }
 
 TEST(OptionsDeathTest, HelpExitsDuringParsing) {
   EXPECT_EXIT(parse({"-h", "-x"}), testing::ExitedWithCode(0), "^$");
   EXPECT_EXIT(parse({"-v", "-h"}), testing::ExitedWithCode(0), "^$");
+  EXPECT_EXIT(parse({"-h", "-l", "9"}), testing::ExitedWithCode(0), "^$");
 }
 
 }  // namespace

@@ -51,6 +51,8 @@ TEST_F(FindServices, AllTablesInOrder) {
 TEST_F(FindServices, NoMatchHasItsMessageForEachTable) {
   insertOneOfEach(file);
   EXPECT_EQ(printed([&] { editor.findServices("nothing"); }), kNothingFound);
+  EXPECT_EQ(printed([&] { editor.findSatServices("4101"); }), "No SAT services found.\n")
+      << "only the name counts";
 }
 
 TEST_F(FindServices, AnEmptyNameListsEveryServiceInOrder) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <set>
@@ -14,6 +13,7 @@
 #include "tests/console/session.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/rf_inputs.h"
 #include "tests/support/temporary_folder.h"
 
@@ -24,13 +24,11 @@ using korvel::thrift::hub_module::HeadendConfig;
 using korvel::thrift::hub_module::HeadendStatus;
 
 /// What is printed for a call that fails.
-const std::map<std::string, std::string> kErrors = {
-    {"getHeadendConfig", "ERROR: Could not get current config from ControllerTask\n"},
-    {"getHeadendStatus", "ERROR: Could not get current status from ControllerTask\n"},
-    {"setHeadendConfig", "ERROR: Could not set LineupConfig to ControllerTask\n"},
-    {"setTDTRFInputConfig", "ERROR: Could not set TDTRFInputConfig to ControllerTask\n"},
-    {"setSATRFInputConfig",
-     "ERROR: Could not set SATRFInputConfig for RFInput (7) to ControllerTask\n"}};
+const std::map<std::string, std::string> kErrors = {{"getHeadendConfig", kFetchFailed},
+                                                    {"getHeadendStatus", kStatusFailed},
+                                                    {"setHeadendConfig", kCommitFailed},
+                                                    {"setTDTRFInputConfig", kTdtFailed},
+                                                    {"setSATRFInputConfig", satFailed(7)}};
 
 /// The inputs of the controller that is there at the start: SAT8, which no command switches, tells
 /// them from those of later ones.
@@ -167,8 +165,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
     EXPECT_EQ(controller.config(), sends ? withId(id_) : startedConfig());
     EXPECT_EQ(inputStates(controller.status()), command_.inputsAfter);
     if (command_.name == "Save") {
-      std::ifstream file(path_);
-      EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), toJson(startedConfig()));
+      EXPECT_EQ(contentOf(path_), toJson(startedConfig()));
     }
   }
 

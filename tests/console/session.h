@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 
 namespace lineup::test {
 
@@ -19,12 +21,12 @@ struct Step {
 };
 
 inline std::string promptFor(bool pending) {
-  return pending ? "(changes to commit) > " : "> ";
+  return pending ? kPending : "> ";
 }
 
 /// All that the console prints up to the last prompt, if there is a controller.
 inline std::string printedBy(const std::vector<Step>& steps) {
-  std::string text = "Enter 'help' and press return for help\n" + promptFor(false);
+  std::string text = kGreeting + promptFor(false);
   for (const Step& step : steps) {
     text += step.output + promptFor(step.pending);
   }
@@ -43,10 +45,25 @@ inline std::string typed(const std::vector<Step>& steps) {
 inline void expectSession(const std::vector<Step>& steps) {
   const bool pending = !steps.empty() && steps.back().pending;
   const Outcome outcome = runConsole({}, typed(steps));
-  EXPECT_EQ(outcome.out,
-            printedBy(steps) + "\n" + (pending ? "NOTE: Changes have not been committed\n" : ""));
+  EXPECT_EQ(outcome.out, printedBy(steps) + "\n" + (pending ? kNote : ""));
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.status, 0);
+}
+
+/// What the console has printed behind its greeting, which is expected.
+inline std::string behindGreeting(const Outcome& outcome) {
+  EXPECT_TRUE(outcome.out.starts_with(kGreeting)) << outcome.out;
+  constexpr std::size_t kLength = std::string_view(kGreeting).size();
+  return outcome.out.size() < kLength ? "" : outcome.out.substr(kLength);
+}
+
+/// Runs the lines at the prompt. Expects a proper end, and returns what they print between the
+/// greeting and the end.
+inline std::string outputOf(const std::string& lines) {
+  const Outcome outcome = runConsole({}, lines);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  return behindGreeting(outcome);
 }
 
 }  // namespace lineup::test

@@ -7,20 +7,14 @@
 #include <string>
 
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 
+namespace lineup::test {
 namespace {
 
 using korvel::thrift::hub_module::HeadendConfig;
-using lineup::test::Answer;
-using lineup::test::FakeController;
-using lineup::test::kConsoleProgram;
-using lineup::test::Outcome;
-using lineup::test::runConsole;
 using Methods = std::vector<std::string>;
-
-constexpr char kFetchFailed[] = "ERROR: Could not get current config from ControllerTask\n";
-constexpr char kCommitFailed[] = "ERROR: Could not set LineupConfig to ControllerTask\n";
 
 /// The usage text behind "usage: " and the program's name.
 constexpr char kUsage[] =
@@ -69,48 +63,25 @@ TEST(Start, VersionIsPrintedAndNothingElseIsDone) {
   EXPECT_EQ(controller.connections(), 0U);
 }
 
-TEST(Start, VersionDoesNotHideARangeError) {
-  expectOutcome(runConsole({"-v", "-l", "9"}), 1, "",
-                "parameter range error: level must be <= 7\n");
-}
-
 TEST(Start, HelpIsPrintedDuringParsing) {
   const std::string usage = std::string("usage: ") + kConsoleProgram + kUsage;
-  expectOutcome(runConsole({"-h"}), 0, usage, "");
   expectOutcome(runConsole({"--help"}), 0, usage, "");
-  expectOutcome(runConsole({"-v", "-h"}), 0, usage, "");
-  expectOutcome(runConsole({"-h", "-x"}), 0, usage, "");
-  expectOutcome(runConsole({"-h", "-l", "9"}), 0, usage, "");
+  expectOutcome(runConsole({"-v", "-h", "-l", "9"}), 0, usage, "");
 }
 
 TEST(Start, LevelOutOfRangeExitsWithOne) {
-  const std::string tooLow = "parameter range error: level must be >= 3\n";
-  expectOutcome(runConsole({"-l", "2"}), 1, "", tooLow);
-  expectOutcome(runConsole({"-l", "abc"}), 1, "", tooLow);
   expectOutcome(runConsole({"--level=8"}), 1, "", "parameter range error: level must be <= 7\n");
-}
-
-TEST(Start, LevelWithTrailingJunkIsAccepted) {
-  expectOutcome(runConsole({"-l", "7x", "-v"}), 0, "\nVersion: 2.10.1+d20260617\n", "");
 }
 
 TEST(Start, UnknownOptionExitsWithOne) {
   expectOutcome(runConsole({"-x"}), 1, "",
                 std::string(kConsoleProgram) + ": invalid option -- 'x'\n" + tryHelp());
-  expectOutcome(runConsole({"--nothing"}), 1, "",
-                std::string(kConsoleProgram) + ": unrecognized option '--nothing'\n" + tryHelp());
 }
 
 TEST(Start, MissingArgumentExitsWithOne) {
-  for (const char* option : {"l", "s", "r", "t"}) {
-    expectOutcome(runConsole({std::string("-") + option}), 1, "",
-                  std::string(kConsoleProgram) + ": option requires an argument -- '" + option +
-                      "'\n" + tryHelp());
-  }
-}
-
-TEST(Start, OperandsAreIgnored) {
-  expectOutcome(runConsole({"operand", "-v", "another"}), 0, "\nVersion: 2.10.1+d20260617\n", "");
+  expectOutcome(
+      runConsole({"-s"}), 1, "",
+      std::string(kConsoleProgram) + ": option requires an argument -- 's'\n" + tryHelp());
 }
 
 TEST(Start, StandardErrorStaysEmptyWithoutAController) {
@@ -120,10 +91,10 @@ TEST(Start, StandardErrorStaysEmptyWithoutAController) {
 
 /// Runs the console with `redirections` as the shell has them.
 Outcome runRedirected(const std::string& redirections, const std::string& input) {
-  lineup::test::Start shell;
+  Start shell;
   shell.program = "/bin/sh";
   shell.arguments = {"-c", std::string("exec ") + kConsoleProgram + " -c -l 7 " + redirections};
-  return lineup::test::run(shell, input);
+  return run(shell, input);
 }
 
 TEST(Start, AnOutputThatTakesNothingKeepsNothingFromBeingCommitted) {
@@ -187,9 +158,7 @@ TEST(Start, TypeModeTakesTheFirstWordOfItsArgument) {
 
 TEST(Start, TypeModeGoesOnFromTheDefaultsAfterAFailedFetch) {
   FakeController controller;
-  Answer refusal;
-  refusal.kind = Answer::kNotReady;
-  controller.answerNext(refusal);
+  controller.answerNext({.kind = Answer::kNotReady});
   expectOutcome(runConsole({"-t", "skyit"}), 0,
                 std::string(kFetchFailed) + "Headend type set to: skyit\n", "");
   HeadendConfig expected;
@@ -231,3 +200,4 @@ TEST(Start, EveryModeReturnsZeroWithoutAController) {
 }
 
 }  // namespace
+}  // namespace lineup::test

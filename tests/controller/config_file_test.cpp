@@ -17,7 +17,6 @@
 #include <future>
 #include <limits>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -27,8 +26,10 @@
 #include "controller/config_file_transport.h"
 #include "controller/thrift_log.h"
 #include "model/lineup_editor.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
 #include "tests/support/streams.h"
@@ -79,9 +80,6 @@ namespace {
 
 using hub_module::HeadendConfig;
 
-const char* const kFetchError = "ERROR: Could not get current config from ControllerTask\n";
-const char* const kCommitError = "ERROR: Could not set LineupConfig to ControllerTask\n";
-
 size_t openDescriptors() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   return static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)));
@@ -109,11 +107,7 @@ class ConfigFile : public testing::Test {
 
   void fill(const std::string& content) const { std::ofstream(path_) << content; }
 
-  std::string content() const {
-    std::ostringstream text;
-    text << std::ifstream(path_).rdbuf();
-    return text.str();
-  }
+  std::string content() const { return contentOf(path_); }
 
   mode_t mode() const {
     struct stat status {};
@@ -684,7 +678,7 @@ TEST_F(ConfigFile, SaveWithPendingChangesWritesTheEditedConfigurationAndLeavesTh
 TEST_F(ConfigFile, SaveWithoutAControllerSaysSoAndWritesWhatTheEditorHas) {
   LineupEditor editor;
   EXPECT_EQ(printed([&] { editor.saveConfig(path_); }),
-            kFetchError + ("Saved config to: " + path_ + "\n"));
+            kFetchFailed + ("Saved config to: " + path_ + "\n"));
   EXPECT_EQ(content(), toJson(HeadendConfig()));
 }
 
@@ -746,7 +740,7 @@ TEST_F(ConfigFile, RestoreWithoutAControllerKeepsTheLoadedConfigurationAndTheFla
     LineupEditor editor;
     editor.pendingChanges = pending;
     EXPECT_EQ(printed([&] { editor.restoreConfig(path_); }),
-              kCommitError + ("Restored config from: " + path_ + "\n"));
+              kCommitFailed + ("Restored config from: " + path_ + "\n"));
     EXPECT_EQ(editor.config, randomHeadendConfig(1));
     EXPECT_EQ(editor.pendingChanges, pending);
   }

@@ -11,9 +11,11 @@
 #include "controller/thrift_log.h"
 #include "model/lineup_editor.h"
 #include "support/log.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/random_records.h"
+#include "tests/support/rf_inputs.h"
 #include "tests/support/streams.h"
 
 namespace lineup::test {
@@ -23,13 +25,6 @@ using hub_module::HeadendConfig;
 using hub_module::HeadendStatus;
 using hub_module::SATRFInputConfig;
 using hub_module::TDTRFInputConfig;
-
-const char* const kFetchError = "ERROR: Could not get current config from ControllerTask\n";
-const char* const kStatusError = "ERROR: Could not get current status from ControllerTask\n";
-const char* const kCommitError = "ERROR: Could not set LineupConfig to ControllerTask\n";
-const char* const kTdtError = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
-const char* const kSatError =
-    "ERROR: Could not set SATRFInputConfig for RFInput (7) to ControllerTask\n";
 
 /// What is left in a new record that was read from `bytes` as far as they go.
 template <class Record>
@@ -57,12 +52,12 @@ class RemoteCalls : public testing::Test {
 
   /// Makes all five calls and expects that each fails with its line and changes nothing.
   void expectAllFail() {
-    EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchError);
-    EXPECT_EQ(printed([this] { editor_.fetchHeadendStatus(); }), kStatusError);
-    EXPECT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitError);
-    EXPECT_EQ(printed([this] { editor_.sendTDTRFInputConfig({}, {}); }), kTdtError);
+    EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
+    EXPECT_EQ(printed([this] { editor_.fetchHeadendStatus(); }), kStatusFailed);
+    EXPECT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitFailed);
+    EXPECT_EQ(printed([this] { editor_.sendTDTRFInputConfig({}, {}); }), kTdtFailed);
     EXPECT_EQ(printed([this] { editor_.sendSATRFInputConfig(general::RFInputId::SAT5, {}); }),
-              kSatError);
+              satFailed(7));
     expectUnchanged();
   }
 
@@ -222,7 +217,8 @@ TEST_F(ReachableController, ThatAnswersAnotherCallMakesEachPrintItsLineAndChange
 TEST_F(ReachableController, ThatAnswersGarbageMakesEachPrintItsLineAndChangeNothing) {
   for (const std::string& garbage :
        {std::string("\r\n"), std::string("HTTP/1.1 200 OK\r\n\r\n<html/>"), std::string(64, '\0'),
-        std::string(64, '\xff'), framed("not a message"), framed("")}) {
+        std::string(64, '\xff'), std::string("\x7f\xff\xff\xff", 4), framed("not a message"),
+        framed("")}) {
     answerAllWithBytes(garbage);
     expectAllFail();
   }
@@ -263,7 +259,7 @@ TEST_F(ReachableController, FetchThatBreaksOffLeavesWhatHadBeenRead) {
   for (size_t bytes = 0; bytes < record.size(); ++bytes) {
     answerAllWithBytes(brokenOff("getHeadendConfig", record, bytes));
     editor_.config = randomHeadendConfig(1);
-    ASSERT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchError);
+    ASSERT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
     ASSERT_EQ(editor_.config, readAsFarAsItGoes<HeadendConfig>(record.substr(0, bytes)));
     ASSERT_TRUE(editor_.pendingChanges);
   }
@@ -277,7 +273,7 @@ TEST_F(ReachableController, FetchOfAStatusThatBreaksOffLeavesWhatHadBeenRead) {
   const std::string record = toBinary(status);
   const size_t behindTheBitrate = record.find(std::string("\0\0\0\1\0\0\0\2", 8)) + 8;
   answerAllWithBytes(brokenOff("getHeadendStatus", record, behindTheBitrate));
-  EXPECT_EQ(printed([this] { editor_.fetchHeadendStatus(); }), kStatusError);
+  EXPECT_EQ(printed([this] { editor_.fetchHeadendStatus(); }), kStatusFailed);
   EXPECT_TRUE(editor_.status.tdtRFInputs.at(general::RFInputId::TDT1).config.enabled);
   EXPECT_TRUE(editor_.status.satRFInputs.at(general::RFInputId::SAT2).config.enabled);
   EXPECT_EQ(editor_.status.lineupStatus.carrierBitrates.at(1), 2);
@@ -286,17 +282,21 @@ TEST_F(ReachableController, FetchOfAStatusThatBreaksOffLeavesWhatHadBeenRead) {
 }
 
 TEST_F(ReachableController, FetchWhoseConnectionBreaksInsideTheFrameChangesNothing) {
-  controller_.answerAll({.sentBytes = 500});
-  EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchError);
-  expectUnchanged();
+  controller_.setConfig(HeadendConfig());
+  const size_t size = recordReply("getHeadendConfig", toBinary(HeadendConfig())).size();
+  for (size_t bytes = 0; bytes < size; ++bytes) {
+    controller_.answerAll({.sentBytes = bytes});
+    ASSERT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
+    expectUnchanged();
+  }
 }
 
 TEST_F(ReachableController, CommitIsDoneOnlyWhenTheWholeReplyHasArrived) {
   controller_.setStatus(HeadendStatus());
   const size_t size = recordReply("setHeadendConfig", toBinary(HeadendStatus())).size();
-  for (size_t bytes = 0; bytes < size; bytes += 3) {
+  for (size_t bytes = 0; bytes < size; ++bytes) {
     controller_.answerAll({.sentBytes = bytes});
-    ASSERT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitError);
+    ASSERT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitFailed);
     ASSERT_TRUE(editor_.pendingChanges);
   }
   controller_.answerAll({.byteByByte = true});
@@ -304,9 +304,9 @@ TEST_F(ReachableController, CommitIsDoneOnlyWhenTheWholeReplyHasArrived) {
   EXPECT_FALSE(editor_.pendingChanges);
 }
 
-TEST_F(ReachableController, BytesBehindTheReplyLeaveTheCallDone) {
+TEST_F(ReachableController, AnotherSequenceNumberAndBytesBehindTheReplyLeaveTheCallDone) {
   controller_.setConfig(randomHeadendConfig(2));
-  controller_.answerAll({.behind = framed("more")});
+  controller_.answerAll({.sequenceOffset = 3, .behind = framed("more")});
   EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), "");
   EXPECT_EQ(editor_.config, randomHeadendConfig(2));
   EXPECT_FALSE(editor_.pendingChanges);
@@ -320,7 +320,7 @@ TEST_F(ReachableController, BytesBehindTheReplyLeaveTheCallDone) {
 
 TEST_F(RemoteCalls, ControllerMayComeAndGoBetweenCalls) {
   for (int round = 0; round < 3; ++round) {
-    EXPECT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitError);
+    EXPECT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitFailed);
     EXPECT_TRUE(editor_.pendingChanges);
     FakeController controller;
     EXPECT_EQ(printed([this] { editor_.commitHeadendConfig(); }), "");
@@ -332,7 +332,7 @@ TEST_F(RemoteCalls, ControllerMayComeAndGoBetweenCalls) {
 TEST_F(ReachableController, ThatStaysSilentCostsTwentySeconds) {
   controller_.answerAll({.sentBytes = 0, .stalls = true});
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchError);
+  EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GE(waited, std::chrono::seconds(19));
   EXPECT_LT(waited, std::chrono::seconds(40));

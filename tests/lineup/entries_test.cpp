@@ -6,6 +6,7 @@
 
 #include "model/lineup_editor.h"
 #include "tests/support/expect_refused.h"
+#include "tests/support/lineup_entries.h"
 
 namespace lineup::test {
 namespace {
@@ -43,24 +44,6 @@ void putDvbService(LineupEditor& editor, int32_t key, const std::string& name, i
   auto& service = lineupOf(editor).dvbInputServices[key].service;
   service.name = name;
   service.serviceType = type;
-}
-
-hub_module::LineupRFEntryConfig rfEntry(int32_t key, LineupEntryKind::type kind,
-                                        const std::string& name) {
-  hub_module::LineupRFEntryConfig entry;
-  entry.serviceKey = key;
-  entry.serviceKind = kind;
-  entry.name = name;
-  return entry;
-}
-
-hub_module::LineupIPEntryConfig ipEntry(int32_t key, LineupEntryKind::type kind,
-                                        const std::string& name) {
-  hub_module::LineupIPEntryConfig entry;
-  entry.serviceKey = key;
-  entry.serviceKind = kind;
-  entry.name = name;
-  return entry;
 }
 
 // ---- addresses of encoder inputs

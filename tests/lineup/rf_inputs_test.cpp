@@ -109,7 +109,7 @@ TEST_F(RFInputsOfAHeadend, TableOfAnEmptyStatusIsBlank) {
 
 TEST_F(RFInputs, TableShowsTheStatusHeldFromBeforeIfTheFetchFails) {
   editor.status.satRFInputs[RFInputId::SAT3].config.enabled = true;
-  EXPECT_EQ(state(), std::string(kNoStatus) + "\n\n   SAT3   \n    ✓      \n\n\n");
+  EXPECT_EQ(state(), std::string(kStatusFailed) + "\n\n   SAT3   \n    ✓      \n\n\n");
 }
 
 TEST_F(RFInputsOfAHeadend, TableKeepsTheTerrestrialStateOfAnIdThatBothMapsHave) {
@@ -196,8 +196,20 @@ TEST_F(RFInputsOfAHeadend, SendsNoTerrestrialInputIfTheOtherIsMissing) {
 TEST_F(RFInputsOfAHeadend, UsesTheStatusHeldFromBeforeIfTheFetchFails) {
   editor.status = status;
   failNext();
-  EXPECT_EQ(set(true, "SAT2"), kNoStatus + inputTable("+--+------"));
+  EXPECT_EQ(set(true, "SAT2"), kStatusFailed + inputTable("+--+------"));
   EXPECT_EQ(calls(), (Calls{"status", "SAT 4 104 on", "status"}));
+}
+
+TEST_F(RFInputsOfAHeadend, GoesOnAfterACallThatFails) {
+  controller.answerNext({});  // the status
+  failNext();
+  controller.answerNext({});
+  failNext();
+  EXPECT_EQ(set(true, "SATALL"), satFailed(3) + satFailed(5) + inputTable("+--+-+++++"));
+  EXPECT_EQ(calls().size(), 10U);
+  controller.answerNext({});
+  failNext();
+  EXPECT_EQ(set(false, "TDT1"), kTdtFailed + inputTable("+--+-+++++"));
 }
 
 TEST_F(RFInputsOfAHeadend, RefusesAnUnknownNameWithoutACall) {

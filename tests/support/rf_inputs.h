@@ -8,12 +8,18 @@
 #include <vector>
 
 #include "hub_module_types.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 
 namespace lineup::test {
 
 inline const char* const kBadInput = "Error RF Input value. \n";
-inline const char* const kNoStatus = "ERROR: Could not get current status from ControllerTask\n";
+
+/// What is printed if the satellite input `id` cannot be sent.
+inline std::string satFailed(int id) {
+  return "ERROR: Could not set SATRFInputConfig for RFInput (" + std::to_string(id) +
+         ") to ControllerTask\n";
+}
 
 /// Switches the inputs of `status`, those that it lacks included.
 inline void switchInputs(korvel::thrift::hub_module::HeadendStatus& status,
