@@ -11,31 +11,21 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <regex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
-
-constexpr char kPending[] = "(changes to commit) > ";
-
-std::string contents(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class EditsCopy : public testing::Test {
  protected:
@@ -58,7 +48,7 @@ class EditsCopy : public testing::Test {
   std::string copyWith(const std::string& text) const {
     const std::vector<fs::path> all = files();
     const bool whole = all.size() == 1 && all[0].extension() == ".json";
-    return whole && contents(all[0]).find(text) != std::string::npos ? all[0].string() : "";
+    return whole && contentOf(all[0]).find(text) != std::string::npos ? all[0].string() : "";
   }
 
   /// Waits for that.
@@ -159,10 +149,7 @@ TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
 TEST_P(EditsCopyOn, IsWrittenBeforeTheNextCommandBegins) {
   ConsoleProcess console(start(GetParam()));
   console.readUntil("> ");
-  lineup::test::Answer stalled;
-  stalled.sentBytes = 5;
-  stalled.stalls = true;
-  controller.answerNext(stalled);
+  controller.answerNext(stalled(false));
   console.send("id 7\ncommit\n");
   controller.waitForCalls(2);
   awaitCopyWith("{\"i32\":7}");
@@ -229,7 +216,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
   const std::string path = leave();
   ConsoleProcess console(start("dumb"));
   console.readUntil("> ");
-  controller.answerNext({.kind = lineup::test::Answer::kNotReady});
+  controller.answerNext({.kind = Answer::kNotReady});
   console.send("restore " + path + "\nquit\n");
   EXPECT_NE(console.finish().out.find("ERROR: Could not set"), std::string::npos);
   EXPECT_TRUE(fs::exists(path));
@@ -257,7 +244,7 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
 TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
   Start shell = start("dumb");
   shell.program = "/bin/sh";
-  shell.arguments = {"-c", std::string("exec ") + lineup::test::kConsoleProgram};
+  shell.arguments = {"-c", std::string("exec ") + kConsoleProgram};
   shell.environment["TMPDIR"] = std::nullopt;
   ConsoleProcess console(shell);
   console.readUntil("> ");
@@ -277,3 +264,4 @@ TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
 }
 
 }  // namespace
+}  // namespace lineup::test

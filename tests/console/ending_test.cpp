@@ -10,47 +10,31 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <regex>
 #include <string>
 #include <vector>
 
+#include "tests/console/keys.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
 using korvel::thrift::hub_module::HeadendStatus;
-using lineup::test::Answer;
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::runConsole;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
-
-constexpr char kPending[] = "(changes to commit) > ";
 
 /// Waits for the console's first prompt and leaves an edit pending.
 void edit(ConsoleProcess& console) {
   console.readUntil("> ");
   console.send("id 7\n");
   console.readUntil(kPending);
-}
-
-/// An answer of which the rest comes, or does not, when the controller is released.
-Answer stalled(bool goesOn) {
-  Answer answer;
-  answer.sentBytes = 5;
-  answer.stalls = true;
-  answer.goesOn = goesOn;
-  return answer;
 }
 
 class Ending : public testing::Test {
@@ -274,8 +258,7 @@ TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
 
 TEST_P(EndingByException, AMalformedListOfTheCatalogueAbortsAfterTheRescue) {
   const bool terminal = GetParam();
-  lineup::test::CatalogueFile(lineup::test::kCataloguePath)
-      .insert(lineup::test::kSat, {{15, "17"}, {24, "101,,103"}});
+  CatalogueFile(kCataloguePath).insert(kSat, {{15, "17"}, {24, "101,,103"}});
   ConsoleProcess console(start(terminal));
   console.readUntil("> ");
   console.send("id 7\nadddvb 17\n");
@@ -304,8 +287,8 @@ TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
   ASSERT_GE(master, 0);
   ASSERT_EQ(grantpt(master), 0);
   ASSERT_EQ(unlockpt(master), 0);
-  const std::string command = std::string("exec ") + lineup::test::kConsoleProgram + " < " +
-                              ptsname(master) + " > " + elsewhere.file("out");
+  const std::string command = std::string("exec ") + kConsoleProgram + " < " + ptsname(master) +
+                              " > " + elsewhere.file("out");
   Start shell = start(false);
   shell.program = "/bin/sh";
   shell.arguments = {"-c", command};
@@ -327,7 +310,7 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
     stopped.environment["TERM"] = type;
     ConsoleProcess console(stopped);
     edit(console);
-    console.send("\x13");  // Ctrl-S
+    console.send(kCtrlS);
     console.send("show\n");
     console.waitUntilBlocked();
     console.signal(SIGTERM);
@@ -340,8 +323,7 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
 TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
   const std::string file = elsewhere.file("file");
   runConsole({}, "id 3\nsave " + file + "\n");
-  std::ifstream saved(file);
-  std::string text{std::istreambuf_iterator<char>(saved), {}};
+  std::string text = contentOf(file);
   text.pop_back();
   fs::remove(file);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
@@ -466,7 +448,7 @@ TEST_F(Ending, ATemporaryFolderThatIsRelativeIsNamedFromTheRoot) {
 TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   Start shell = start(false);
   shell.program = "/bin/sh";
-  shell.arguments = {"-c", std::string("ulimit -S -f 0; exec ") + lineup::test::kConsoleProgram};
+  shell.arguments = {"-c", std::string("ulimit -S -f 0; exec ") + kConsoleProgram};
   ConsoleProcess console(shell);
   edit(console);
   // Beyond the limit on the size of a file there is no more room than on a full disk.
@@ -483,7 +465,7 @@ TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
 
 TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
   for (const char* lines : {"id 7\nquit\n", "id 7\n"}) {
-    const Outcome outcome = lineup::test::run(start(false), lines);
+    const Outcome outcome = run(start(false), lines);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
   }
@@ -493,7 +475,7 @@ TEST_F(Ending, QuitAndEndOfInputWriteNothing) {
 TEST_F(Ending, AnIgnoredHangUpStaysIgnored) {
   Start shell = start(false);
   shell.program = "/bin/sh";
-  shell.arguments = {"-c", std::string("trap '' HUP; exec ") + lineup::test::kConsoleProgram};
+  shell.arguments = {"-c", std::string("trap '' HUP; exec ") + kConsoleProgram};
   ConsoleProcess console(shell);
   console.readUntil("> ");
   console.signal(SIGHUP);
@@ -502,3 +484,4 @@ TEST_F(Ending, AnIgnoredHangUpStaysIgnored) {
 }
 
 }  // namespace
+}  // namespace lineup::test

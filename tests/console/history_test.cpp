@@ -6,27 +6,21 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::FakeController;
-using lineup::test::onTerminal;
-using lineup::test::run;
-using lineup::test::Session;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
-
-constexpr char kUp[] = "\x1b[A";
 
 class History : public testing::Test {
  protected:
@@ -58,10 +52,7 @@ class History : public testing::Test {
     }
   }
 
-  std::string content() const {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string content() const { return contentOf(path); }
 
   void makeFolder() const { fs::create_directory(fs::path(path).parent_path()); }
 
@@ -195,3 +186,4 @@ TEST_F(History, ThatIsOpenToOthersIsClosed) {
 }
 
 }  // namespace
+}  // namespace lineup::test

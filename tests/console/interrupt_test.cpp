@@ -7,44 +7,23 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/rf_inputs.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::Answer;
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::FakeController;
-using lineup::test::onTerminal;
-using lineup::test::Outcome;
-using lineup::test::runConsole;
-using lineup::test::Session;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
-
-constexpr char kCtrlC[] = "\x03";
-constexpr char kPending[] = "\n(changes to commit) > |";
-
-/// An answer that begins and goes on, or does not, when the controller is released.
-Answer stalled(bool goesOn) {
-  Answer answer;
-  answer.sentBytes = 5;
-  answer.stalls = true;
-  answer.goesOn = goesOn;
-  return answer;
-}
 
 class CtrlC : public testing::Test {
  protected:
@@ -57,7 +36,7 @@ class CtrlC : public testing::Test {
   /// Expects that the console still runs, and that `session` is at a prompt without changes.
   void expectUnchanged(Session& session) const {
     session.type("id 5\n");
-    session.expect(kPending);
+    session.expect(kPendingOnScreen);
     session.type("commit\n");
     session.expect("> commit\n> |");
     auto expected = before;
@@ -74,11 +53,19 @@ class CtrlC : public testing::Test {
     session.screen.show("\r\n> ");
   }
 
+  /// Types Ctrl-C during a call of the console, the answer to which then goes on.
+  void interruptCall(Session& session) {
+    session.type(kCtrlC);
+    session.console.readUntil("^C");
+    session.console.waitUntilTaken(SIGINT);
+    controller.release();
+  }
+
   /// Has a "commit" of id 7 begin.
   void beginCommit(Session& session, bool goesOn) {
     session.expect("> |");
     session.type("id 7\n");
-    session.expect(kPending);
+    session.expect(kPendingOnScreen);
     controller.answerNext(stalled(goesOn));
     session.type("commit\n");
     controller.waitForCalls(2);
@@ -100,20 +87,20 @@ TEST_F(CtrlC, EndsTheWaitsOfAFind) {
 }
 
 TEST_F(CtrlC, EndsTheWaitBehindASwitchedInput) {
-  controller.setStatus(lineup::test::tenInputs("----------"));
+  controller.setStatus(tenInputs("----------"));
   Session session(start());
   session.expect("> |");
   session.type("rfinput enable SAT1\n");
   controller.waitForClosed(3);
   session.type(kCtrlC);
   session.expect("> rfinput enable SAT1\n^C\n> |");
-  EXPECT_EQ(lineup::test::describe(controller.calls()),
+  EXPECT_EQ(describe(controller.calls()),
             (std::vector<std::string>{"getHeadendConfig", "status", "SAT 3 103 on"}));
   expectUnchanged(session);
 }
 
 TEST_F(CtrlC, EndsASelectThatRunsLong) {
-  const CatalogueFile catalogue(lineup::test::kCataloguePath);
+  const CatalogueFile catalogue(kCataloguePath);
   Session session(start());
   session.expect("> |");
   session.type(
@@ -163,10 +150,7 @@ TEST_F(CtrlC, RightBehindReturnEndsNoMoreThanTheCommand) {
 TEST_F(CtrlC, LetsACallSucceed) {
   Session session(start());
   beginCommit(session, true);
-  session.type(kCtrlC);
-  session.console.readUntil("^C");
-  session.console.waitUntilTaken(SIGINT);
-  controller.release();
+  interruptCall(session);
   session.console.readUntil("\r\n");
   session.console.readUntil("> ");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
@@ -179,10 +163,7 @@ TEST_F(CtrlC, LetsACallSucceed) {
 TEST_F(CtrlC, LetsACallFailWithItsLine) {
   Session session(start());
   beginCommit(session, false);
-  session.type(kCtrlC);
-  session.console.readUntil("^C");
-  session.console.waitUntilTaken(SIGINT);
-  controller.release();
+  interruptCall(session);
   session.console.readUntil("\r\nERROR: Could not set LineupConfig to ControllerTask\r\n");
   session.console.readUntil("(changes to commit) > ");
   session.type("commit\n");
@@ -198,10 +179,7 @@ TEST_F(CtrlC, TwiceDuringACallEndsTheConsoleAndRescuesTheEdits) {
   session.type(kCtrlC);
   session.console.readUntil("^C");
   session.console.waitUntilTaken(SIGINT);
-  session.type(kCtrlC);
-  session.console.readUntil("^C");
-  session.console.waitUntilTaken(SIGINT);
-  controller.release();
+  interruptCall(session);
   const Outcome outcome = session.console.finish();
   EXPECT_EQ(outcome.signal, SIGINT);
   EXPECT_NE(outcome.out.find("The uncommitted changes are in " + folder.path()), std::string::npos);
@@ -219,12 +197,12 @@ TEST_F(CtrlC, FollowedByAnotherSignalEndsTheConsole) {
 }
 
 TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
-  CatalogueFile catalogue(lineup::test::kCataloguePath);
-  catalogue.insert(lineup::test::kSat, {{15, "1"}, {16, "News"}});
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "1"}, {16, "News"}});
   Session session(start());
   session.expect("> |");
   {
-    const CatalogueLock lock(lineup::test::kCataloguePath);
+    const CatalogueLock lock(kCataloguePath);
     session.type("adddvb 1\n");
     session.console.readUntil("intento: 0");
     session.type(kCtrlC);
@@ -236,8 +214,7 @@ TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
 TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileIsRead) {
   const std::string file = folder.file("file");
   runConsole({}, "id 3\nsave " + file + "\n");
-  std::ifstream saved(file);
-  const std::string text{std::istreambuf_iterator<char>(saved), {}};
+  const std::string text = contentOf(file);
   fs::remove(file);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   Session session(start());
@@ -260,10 +237,7 @@ TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileWasNotSent) {
   controller.answerNext(stalled(false));
   session.type("restore " + file + "\n");
   controller.waitForCalls(3);
-  session.type(kCtrlC);
-  session.console.readUntil("^C");
-  session.console.waitUntilTaken(SIGINT);
-  controller.release();
+  interruptCall(session);
   session.console.readUntil("ControllerTask\r\n\r\n> ");
   session.screen.show("\r> ");
   expectUnchanged(session);
@@ -281,3 +255,4 @@ TEST_F(CtrlC, WithoutLineEditingEndsTheConsole) {
 }
 
 }  // namespace
+}  // namespace lineup::test

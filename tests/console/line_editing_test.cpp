@@ -10,62 +10,24 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/screen.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::Answer;
-using lineup::test::CatalogueFile;
-using lineup::test::CatalogueLock;
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::kConsoleProgram;
-using lineup::test::onTerminal;
-using lineup::test::Outcome;
-using lineup::test::Screen;
-using lineup::test::Session;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
-
-constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
-constexpr char kUp[] = "\x1b[A";
-constexpr char kDown[] = "\x1b[B";
-constexpr char kRight[] = "\x1b[C";
-constexpr char kLeft[] = "\x1b[D";
-constexpr char kHome[] = "\x1b[H";
-constexpr char kEnd[] = "\x1b[F";
-constexpr char kDelete[] = "\x1b[3~";
-constexpr char kPageUp[] = "\x1b[5~";
-constexpr char kCtrlLeft[] = "\x1b[1;5D";
-constexpr char kCtrlRight[] = "\x1b[1;5C";
-constexpr char kBackspace[] = "\x7f";
-constexpr char kCtrlC[] = "\x03";
-constexpr char kCtrlD[] = "\x04";
-constexpr char kCtrlG[] = "\x07";
-constexpr char kCtrlK[] = "\x0b";
-constexpr char kCtrlL[] = "\x0c";
-constexpr char kCtrlR[] = "\x12";
-constexpr char kCtrlU[] = "\x15";
-constexpr char kCtrlW[] = "\x17";
-constexpr char kCtrlY[] = "\x19";
-constexpr char kCtrlZ[] = "\x1a";
-constexpr char kCtrlBackslash[] = "\x1c";
-
-std::string contentsOf(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class OnATerminal : public testing::Test {
  protected:
@@ -83,8 +45,8 @@ class OnATerminal : public testing::Test {
   }
 
   void expectModeRestored() const {
-    EXPECT_NE(contentsOf(folder.file("before")), "");
-    EXPECT_EQ(contentsOf(folder.file("before")), contentsOf(folder.file("after")));
+    EXPECT_NE(contentOf(folder.file("before")), "");
+    EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
   }
 
   TemporaryFolder folder;
@@ -94,7 +56,7 @@ class OnATerminal : public testing::Test {
 /// The one child of a process.
 pid_t childOf(pid_t parent) {
   const std::string id = std::to_string(parent);
-  return std::stoi(contentsOf("/proc/" + id + "/task/" + id + "/children"));
+  return std::stoi(contentOf("/proc/" + id + "/task/" + id + "/children"));
 }
 
 // ---- editing
@@ -350,7 +312,7 @@ TEST_P(Editing, WindowsOfAbsurdSizesTakeNoMemory) {
       "\x05"
       "4\n");
   console.readUntil("Headend id");
-  const std::string status = contentsOf("/proc/" + std::to_string(console.pid()) + "/status");
+  const std::string status = contentOf("/proc/" + std::to_string(console.pid()) + "/status");
   const std::size_t peak = status.find("VmHWM:") + 6;
   EXPECT_LT(std::stol(status.substr(peak)), 400'000) << "kB";
 }
@@ -508,10 +470,7 @@ TEST_P(Editing, ANewWidthWrapsTheLineAnew) {
 
 TEST_P(Editing, AWidthChangedWhileACommandRunsHoldsForTheNextLine) {
   session.expect("> |");
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  controller.answerNext(stall);
+  controller.answerNext(stalled(false));
   session.type("commit\n");
   controller.waitForCalls(2);
   session.resize(24, 20);
@@ -597,7 +556,7 @@ TEST_F(Completing, FilesForSaveAndRestore) {
   session.expect("\n> save lineups/north.json |");
   session.type("\n");
   session.expect("\nSaved config to: lineups/north.json\n> |");
-  EXPECT_NE(contentsOf(folder.file("lineups/north.json")), "{}");
+  EXPECT_NE(contentOf(folder.file("lineups/north.json")), "{}");
   session.type("restore w\t");
   session.expect("\n> restore w|");
 }
@@ -617,10 +576,10 @@ TEST_F(Completing, NamesThatDifferWithinALetterAreCompletedUpToIt) {
 }
 
 TEST_F(Completing, ServicesAreListedWithTheirNames) {
-  CatalogueFile catalogue(lineup::test::kCataloguePath);
-  catalogue.insert(lineup::test::kSat, {{15, "1017"}, {16, "Canal Uno"}});
-  catalogue.insert(lineup::test::kTdt, {{10, "1018"}, {11, "Canal Dos"}});
-  catalogue.insert(lineup::test::kIP, {{6, "22"}, {7, "Niñós TV"}});
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "1017"}, {16, "Canal Uno"}});
+  catalogue.insert(kTdt, {{10, "1018"}, {11, "Canal Dos"}});
+  catalogue.insert(kIP, {{6, "22"}, {7, "Niñós TV"}});
   Session session(onTerminal());
   session.expect("> |");
   session.type("adddvb \t");
@@ -645,11 +604,11 @@ TEST_F(Completing, ServicesAreListedWithTheirNames) {
 }
 
 TEST_F(Completing, NamesCannotDisturbTheTerminal) {
-  CatalogueFile catalogue(lineup::test::kCataloguePath);
-  catalogue.insert(lineup::test::kSat, {{15, "1"},
-                                        {16,
-                                         "Clear\x1b[2J\nit\x9b"
-                                         "all\xc2\x9b!"}});
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "1"},
+                          {16,
+                           "Clear\x1b[2J\nit\x9b"
+                           "all\xc2\x9b!"}});
   Session session(onTerminal());
   session.expect("> |");
   session.type("adddvb 1\t");
@@ -662,16 +621,16 @@ TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
   session.type("adddvb \t");  // there is none
   session.type("1");
   session.expect("\n> adddvb 1|");
-  CatalogueFile catalogue(lineup::test::kCataloguePath);
-  catalogue.insert(lineup::test::kSat, {{15, "17"}, {16, "Canal Uno"}});
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "17"}, {16, "Canal Uno"}});
   {
-    const CatalogueLock lock(lineup::test::kCataloguePath);
+    const CatalogueLock lock(kCataloguePath);
     session.type("\t7");
     session.expect("\n> adddvb 17|");
   }
   session.type("\t");
   session.expect("\n> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17 |");
-  std::ofstream(lineup::test::kCataloguePath) << "no database at all";
+  std::ofstream(kCataloguePath) << "no database at all";
   session.type(std::string(kBackspace) + kBackspace + "\t7");
   session.expect("\n> adddvb 17|");
   EXPECT_EQ(session.screen.text(),
@@ -679,7 +638,7 @@ TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
 }
 
 TEST_F(Completing, ALargeCatalogueIsListedAsFarAsTheScreenHasRoom) {
-  CatalogueFile catalogue(lineup::test::kCataloguePath);
+  CatalogueFile catalogue(kCataloguePath);
   catalogue.execute(
       "WITH RECURSIVE n(i) AS (VALUES(100000) UNION ALL SELECT i + 1 FROM n WHERE i < 199999) "
       "INSERT INTO availableSatService(service_id, service_name) SELECT i, 'Channel ' || i FROM n");
@@ -779,11 +738,11 @@ TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
   session.type("id 3");
   session.expect("\n> id 3|");
   session.type(kCtrlZ);
-  while (contentsOf(folder.file("stopped")).empty()) {
+  while (contentOf(folder.file("stopped")).empty()) {
     usleep(10'000);
   }
-  EXPECT_NE(contentsOf(folder.file("stopped")).find(" icanon"), std::string::npos);
-  EXPECT_NE(contentsOf(folder.file("stopped")).find("-echoctl"), std::string::npos);
+  EXPECT_NE(contentOf(folder.file("stopped")).find(" icanon"), std::string::npos);
+  EXPECT_NE(contentOf(folder.file("stopped")).find("-echoctl"), std::string::npos);
   session.type("\n");
   session.expect("\n> id 3|");
   session.type("\n");
@@ -854,10 +813,7 @@ TEST_F(OnATerminal, NothingPastedIsLost) {
 TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
   Session session(onTerminal());
   session.expect("> |");
-  Answer stall;
-  stall.sentBytes = 5;
-  stall.stalls = true;
-  controller.answerNext(stall);
+  controller.answerNext(stalled(false));
   session.type("commit\n");
   controller.waitForCalls(2);
   session.type("id 3\n");
@@ -976,3 +932,4 @@ TEST_F(OnATerminal, WithoutALanguageLettersAreStillLetters) {
 }
 
 }  // namespace
+}  // namespace lineup::test

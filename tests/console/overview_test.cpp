@@ -8,31 +8,19 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
-
-using lineup::test::Answer;
-using lineup::test::FakeController;
-using lineup::test::kConsoleProgram;
-using lineup::test::onTerminal;
-using lineup::test::Session;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
-
-constexpr char kF2[] = "\x1bOQ";
-constexpr char kF3[] = "\x1bOR";
-constexpr char kLeft[] = "\x1b[D";
-constexpr char kCtrlC[] = "\x03";
-constexpr char kCtrlZ[] = "\x1a";
-constexpr char kPending[] = "\n(changes to commit) > |";
 
 class Overview : public testing::Test {
  protected:
@@ -62,12 +50,14 @@ class Overview : public testing::Test {
     return start;
   }
 
-  std::string contentsOf(const std::string& name) const {
-    std::ifstream file(folder.file(name));
-    return {std::istreambuf_iterator<char>(file), {}};
+  /// A pager that shows nothing but that it runs, and stays.
+  Start withSleepingPager() const {
+    Start start = this->start();
+    start.environment["PAGER"] = "echo ready; exec sleep 100";
+    return start;
   }
 
-  std::string shown() const { return contentsOf("shown"); }
+  std::string shown() const { return contentOf(folder.file("shown")); }
 
   /// Gives the headend, which has none, this many encoders in its RF lineup. Returns the table.
   std::string fillLineup(int count) {
@@ -91,7 +81,7 @@ TEST_F(Overview, F2ShowsWhatCommitWouldChangeAndLeavesTheLine) {
   Session session(start());
   session.expect("> |");
   session.type("id 7\n");
-  session.expect(kPending);
+  session.expect(kPendingOnScreen);
   session.type(std::string("comit") + kLeft + kLeft);
   auto elsewhere = controller.config();
   for (const char* key : {kF2, "\x1b[12~", "\x1b[[B"}) {
@@ -111,13 +101,10 @@ TEST_F(Overview, F2OfAControllerThatDoesNotAnswerSaysSo) {
   Session session(start());
   session.expect("> |");
   session.type("id 7\n");
-  session.expect(kPending);
-  Answer notReady;
-  notReady.kind = Answer::kNotReady;
-  controller.answerNext(notReady);
+  session.expect(kPendingOnScreen);
+  controller.answerNext({.kind = Answer::kNotReady});
   session.type(std::string("com") + kF2);
-  session.expect(
-      "> com\nERROR: Could not get current config from ControllerTask\n(changes to commit) > com|");
+  session.expect("> com\n" + std::string(kFetchFailed) + kPending + "com|");
   session.type("mit\n");
   session.expect("> commit\n> |");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
@@ -126,10 +113,7 @@ TEST_F(Overview, F2OfAControllerThatDoesNotAnswerSaysSo) {
 TEST_F(Overview, CtrlCEndsAFetchOfF2AndLeavesTheLine) {
   Session session(start());
   session.expect("> |");
-  Answer stalled;
-  stalled.sentBytes = 5;
-  stalled.stalls = true;
-  controller.answerNext(stalled);
+  controller.answerNext(stalled(false));
   session.type(std::string("hel") + kF2);
   controller.waitForCalls(2);
   session.type(kCtrlC);
@@ -204,7 +188,7 @@ TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
     session.type(kCtrlZ);
     session.console.readUntil("stopped\r\n");
     if (run == kConsoleProgram) {  // else the shell may go on before it
-      EXPECT_EQ(contentsOf("before"), contentsOf("stopped"));
+      EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("stopped")));
     }
     session.type("\n");
     session.screen.show("\x1b[2J\x1b[H");
@@ -227,7 +211,7 @@ TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
   session.expect("> x|");
   session.type("\nquit\n");
   EXPECT_EQ(session.console.finish().status, 0);
-  EXPECT_EQ(contentsOf("before"), contentsOf("after"));
+  EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
 }
 
 TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
@@ -242,9 +226,7 @@ TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
 
 TEST_F(Overview, CtrlCInThePagerEndsThePagerAlone) {
   fillLineup(100);
-  Start start = this->start();
-  start.environment["PAGER"] = "echo ready; exec sleep 100";
-  Session session(start);
+  Session session(withSleepingPager());
   session.expect("> |");
   session.type(std::string("x") + kF3);
   session.expect("ready\n|");
@@ -256,12 +238,10 @@ TEST_F(Overview, CtrlCInThePagerEndsThePagerAlone) {
 
 TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
   fillLineup(100);
-  Start start = this->start();
-  start.environment["PAGER"] = "echo ready; exec sleep 100";
-  Session session(start);
+  Session session(withSleepingPager());
   session.expect("> |");
   session.type("id 7\n");
-  session.expect(kPending);
+  session.expect(kPendingOnScreen);
   session.type(kF3);
   session.expect("ready\n|");
   session.console.signal(SIGTERM);
@@ -275,8 +255,9 @@ TEST_F(Overview, IsNoneOfAnAnswer) {
   session.expect("> |");
   session.askForPlsItem();
   session.type(std::string("1 2") + kF2 + kF3 + "\n");
-  session.expect(kPending);
+  session.expect(kPendingOnScreen);
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
 }  // namespace
+}  // namespace lineup::test

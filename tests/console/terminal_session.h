@@ -14,6 +14,9 @@
 
 namespace lineup::test {
 
+/// The end of a screen with the prompt that says that there are changes.
+inline constexpr char kPendingOnScreen[] = "\n(changes to commit) > |";
+
 inline Start onTerminal(const std::string& type = "xterm") {
   Start start;
   start.terminal = true;

@@ -59,6 +59,11 @@ struct Answer {
   std::chrono::milliseconds pause{0};  ///< behind each packet
 };
 
+/// An answer of which the first bytes come, and the rest does, or does not, after release().
+inline Answer stalled(bool goesOn) {
+  return {.sentBytes = 5, .stalls = true, .goesOn = goesOn};
+}
+
 /// The bytes of a message of the binary protocol: its header, then what `writeBody` writes.
 std::string binaryMessage(
     const std::string& name, apache::thrift::protocol::TMessageType type, int32_t sequence,

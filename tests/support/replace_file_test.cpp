@@ -14,18 +14,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string contentOf(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
 
 class ReplaceFile : public testing::Test {
  protected:

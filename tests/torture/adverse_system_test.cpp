@@ -5,18 +5,13 @@
 #include <string>
 
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
+namespace lineup::test {
 namespace {
-
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::Start;
-
-constexpr char kPending[] = "(changes to commit) > ";
 
 /// A console on a terminal or on pipes, the first call of which of the kind fails. `counts`
 /// receives how many it makes.
@@ -30,10 +25,10 @@ Start withFault(const std::string& kind, bool terminal, const std::string& count
 
 class AdverseSystem : public testing::Test {
  protected:
-  long calls() const { return lineup::test::FaultCounts(count).calls; }
+  long calls() const { return FaultCounts(count).calls; }
 
   const FakeController controller;
-  const lineup::test::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string count = folder.file("count");
 };
 
@@ -67,3 +62,4 @@ TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
 }
 
 }  // namespace
+}  // namespace lineup::test

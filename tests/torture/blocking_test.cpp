@@ -12,25 +12,18 @@
 #include "controller/whole_config_file.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Fault;
-using lineup::test::FaultCounts;
-using lineup::test::Outcome;
-using lineup::test::placesAmong;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr char kPending[] = "(changes to commit) > ";
 constexpr char kLines[] =
     "id 7\naddenc 5 2\nsave saved.json\nshow\nfindsat x\nid 8\ncommit\nid 9\nrfinput status\n"
     "id 10\nquit\n";
@@ -57,7 +50,7 @@ struct Parameters {
 
 class Blocking : public testing::TestWithParam<Parameters> {
  protected:
-  Blocking() { lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath); }
+  Blocking() { CatalogueFile catalogue(kCataloguePath); }
 
   Fault faultAt(long place) const {
     return {GetParam().kind, place, GetParam().on, 0, mayBeInACall() ? 10 : 4};
@@ -199,3 +192,4 @@ INSTANTIATE_TEST_SUITE_P(Calls, BlockingAtTheEnd,
                          testing::ValuesIn(combined({"copy", "log"}, {false})), nameOf);
 
 }  // namespace
+}  // namespace lineup::test

@@ -17,13 +17,9 @@
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
 using Row = std::vector<std::string>;
@@ -121,7 +117,7 @@ Start startWith(const Row& row, const TemporaryFolder& folder) {
   Start start;
   start.program = INHERIT;
   start.arguments = row;
-  start.arguments.insert(start.arguments.end(), {"--", lineup::test::kConsoleProgram});
+  start.arguments.insert(start.arguments.end(), {"--", kConsoleProgram});
   start.terminal = row.back() == "stream=terminal";
   start.folder = folder.path();
   start.environment = {
@@ -163,3 +159,4 @@ TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {
 }
 
 }  // namespace
+}  // namespace lineup::test

@@ -10,22 +10,16 @@
 
 #include "controller/whole_config_file.h"
 #include "tests/support/console_process.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Fault;
-using lineup::test::FaultCounts;
-using lineup::test::placesAmong;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
-constexpr char kPending[] = "(changes to commit) > ";
 constexpr int32_t kFirst = 7;
 constexpr int32_t kLast = 9;
 
@@ -148,3 +142,4 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
 }
 
 }  // namespace
+}  // namespace lineup::test

@@ -14,14 +14,8 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
+namespace lineup::test {
 namespace {
-
-using lineup::test::Fault;
-using lineup::test::FaultCounts;
-using lineup::test::Outcome;
-using lineup::test::placesAmong;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 
 constexpr char kLines[] =
     "id 7\nshow\nfindsat x\nhelp\nid "
@@ -44,7 +38,7 @@ std::string withoutProcess(const std::string& text) {
 /// The kind of call and how it fails.
 class PassingFault : public testing::TestWithParam<std::tuple<const char*, int>> {
  protected:
-  PassingFault() { lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath); }
+  PassingFault() { CatalogueFile catalogue(kCataloguePath); }
 
   Outcome runWithFaultAt(long place) const {
     const auto [kind, error] = GetParam();
@@ -86,3 +80,4 @@ INSTANTIATE_TEST_SUITE_P(Calls, PassingFault,
                                           testing::Values(EAGAIN, EINTR, ENOSPC)));
 
 }  // namespace
+}  // namespace lineup::test
