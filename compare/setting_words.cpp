@@ -8,7 +8,7 @@ namespace lineup {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using Config = korvel::thrift::hub_module::HeadendConfig;
 
 constexpr Choice kSwitch[] = {{"disabled", 0}, {"enabled", 1}};
 
@@ -17,12 +17,12 @@ std::string wordFor(std::span<const Choice> choices, int32_t value) {
   return choice == nullptr ? "unknown (" + std::to_string(value) + ")" : std::string(choice->word);
 }
 
-std::string countryWord(const HeadendConfig& config) {
+std::string countryWord(const Config& config) {
   const auto& global = config.headendGlobalConfig;
   return global.__isset.countryCode ? wordFor(kCountries, global.countryCode) : "not set";
 }
 
-std::string drmWord(const HeadendConfig& config) {
+std::string drmWord(const Config& config) {
   const auto& drm = config.lineupConfig.globalConfig.drmConfig;
   if (drm.lynkConfig.enabled && drm.vsecureConfig.enabled) {
     return "lynk and vsecure";
@@ -34,54 +34,45 @@ std::string drmWord(const HeadendConfig& config) {
 
 /// The word for one field, which `Field` gives.
 template <const auto& kChoices, auto field>
-std::string word(const HeadendConfig& config) {
+std::string word(const Config& config) {
   return wordFor(kChoices, field(config));
 }
 
 const std::vector<WordedSetting>& table() {
   static const std::vector<WordedSetting> kTable = {
       {"type",
-       word<kHeadendTypes,
-            [](const HeadendConfig& c) { return c.headendGlobalConfig.headendType; }>,
+       word<kHeadendTypes, [](const Config& c) { return c.headendGlobalConfig.headendType; }>,
        {"/headendGlobalConfig/headendType"}},
       {"id",
-       word<kHeadendIds, [](const HeadendConfig& c) { return c.headendGlobalConfig.headendId; }>,
+       word<kHeadendIds, [](const Config& c) { return c.headendGlobalConfig.headendId; }>,
        {"/headendGlobalConfig/headendId"}},
       {"country", countryWord, {"/headendGlobalConfig/countryCode"}},
       {"rfmod",
-       word<kModulations,
-            [](const HeadendConfig& c) { return c.lineupConfig.rfConfig.modulation; }>,
+       word<kModulations, [](const Config& c) { return c.lineupConfig.rfConfig.modulation; }>,
        {"/lineupConfig/rfConfig/modulation"}},
       {"rfnum",
        word<kCarrierCounts,
-            [](const HeadendConfig& c) { return c.lineupConfig.rfConfig.carriersPerModule; }>,
+            [](const Config& c) { return c.lineupConfig.rfConfig.carriersPerModule; }>,
        {"/lineupConfig/rfConfig/carriersPerModule"}},
       {"drm",
        drmWord,
        {"/lineupConfig/globalConfig/drmConfig/lynkConfig/enabled",
         "/lineupConfig/globalConfig/drmConfig/vsecureConfig/enabled"}},
       {"eit",
-       word<kEitModes, [](const HeadendConfig& c) { return c.lineupConfig.globalConfig.eitMode; }>,
+       word<kEitModes, [](const Config& c) { return c.lineupConfig.globalConfig.eitMode; }>,
        {"/lineupConfig/globalConfig/eitMode"}},
       {"stdp",
        word<kDecryptPolicies,
-            [](const HeadendConfig& c) { return c.lineupConfig.globalConfig.decryptPolicy; }>,
+            [](const Config& c) { return c.lineupConfig.globalConfig.decryptPolicy; }>,
        {"/lineupConfig/globalConfig/decryptPolicy"}},
       {"vlan",
-       word<kOutputVlans,
-            [](const HeadendConfig& c) { return c.lineupConfig.ipConfig.outputVlan; }>,
+       word<kOutputVlans, [](const Config& c) { return c.lineupConfig.ipConfig.outputVlan; }>,
        {"/lineupConfig/ipConfig/outputVlan"}},
       {"tdtscan cofdm",
-       word<kSwitch,
-            [](const HeadendConfig& c) -> int32_t {
-              return c.lineupConfig.globalConfig.cofdmScanEnabled ? 1 : 0;
-            }>,
+       word<kSwitch, [](const Config& c) { return c.lineupConfig.globalConfig.cofdmScanEnabled; }>,
        {"/lineupConfig/globalConfig/cofdmScanEnabled"}},
       {"tdtscan qams",
-       word<kSwitch,
-            [](const HeadendConfig& c) -> int32_t {
-              return c.lineupConfig.globalConfig.qamsScanEnabled ? 1 : 0;
-            }>,
+       word<kSwitch, [](const Config& c) { return c.lineupConfig.globalConfig.qamsScanEnabled; }>,
        {"/lineupConfig/globalConfig/qamsScanEnabled"}},
   };
   return kTable;

@@ -18,13 +18,9 @@
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using lineup::test::ConsoleProcess;
-using lineup::test::FakeController;
-using lineup::test::Outcome;
-using lineup::test::Start;
-using lineup::test::TemporaryFolder;
 namespace fs = std::filesystem;
 
 using Random = std::mt19937;
@@ -75,68 +71,69 @@ std::vector<std::string> knownTerminals() {
 }
 
 /// What would stop, freeze or end the console, or wait long, is left out.
+constexpr const char* kKeys[] = {"\x01",
+                                 "\x02",
+                                 "\x07x\x02\x04",
+                                 "\x05",
+                                 "\x06",
+                                 "\x07",
+                                 "\b",
+                                 "\t",
+                                 "\n",
+                                 "\r",
+                                 "\x0b",
+                                 "\x0c",
+                                 "\x0e",
+                                 "\x0f",
+                                 "\x10",
+                                 "\x12",
+                                 "\x14",
+                                 "\x15",
+                                 "\x16",
+                                 "\x17",
+                                 "\x18",
+                                 "\x19",
+                                 "\x1b",
+                                 "\x1d",
+                                 "\x1e",
+                                 "\x1f",
+                                 "\x7f",
+                                 "\x1b[A",
+                                 "\x1b[B",
+                                 "\x1b[C",
+                                 "\x1b[D",
+                                 "\x1bOH",
+                                 "\x1bOF",
+                                 "\x1b[3~",
+                                 "\x1b[1;5C",
+                                 "\x1b[1;5D",
+                                 "\x1bx",
+                                 "\x1b\x7f",
+                                 "\x1b"
+                                 "d",
+                                 "\x1b[15~",
+                                 "\x1b[[A",
+                                 "\x1b[",
+                                 "\xc3",
+                                 "\xff",
+                                 "\r\n",
+                                 "x",
+                                 "y z",
+                                 "é",
+                                 "漢字",
+                                 "e\xcc\x81",
+                                 "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x94\xac",
+                                 "co\t",
+                                 "country \t",
+                                 "save \t",
+                                 "addenc \t",
+                                 "adddvb \t",
+                                 "addpls\n",
+                                 "id 3\n",
+                                 "\"",
+                                 "\\"};
+
 std::string randomKeys(Random& random) {
-  static const std::string kKeys[] = {"\x01",
-                                      "\x02",
-                                      "\x07x\x02\x04",
-                                      "\x05",
-                                      "\x06",
-                                      "\x07",
-                                      "\b",
-                                      "\t",
-                                      "\n",
-                                      "\r",
-                                      "\x0b",
-                                      "\x0c",
-                                      "\x0e",
-                                      "\x0f",
-                                      "\x10",
-                                      "\x12",
-                                      "\x14",
-                                      "\x15",
-                                      "\x16",
-                                      "\x17",
-                                      "\x18",
-                                      "\x19",
-                                      "\x1b",
-                                      "\x1d",
-                                      "\x1e",
-                                      "\x1f",
-                                      "\x7f",
-                                      "\x1b[A",
-                                      "\x1b[B",
-                                      "\x1b[C",
-                                      "\x1b[D",
-                                      "\x1bOH",
-                                      "\x1bOF",
-                                      "\x1b[3~",
-                                      "\x1b[1;5C",
-                                      "\x1b[1;5D",
-                                      "\x1bx",
-                                      "\x1b\x7f",
-                                      "\x1b"
-                                      "d",
-                                      "\x1b[15~",
-                                      "\x1b[[A",
-                                      "\x1b[",
-                                      "\xc3",
-                                      "\xff",
-                                      "\r\n",
-                                      "x",
-                                      "y z",
-                                      "é",
-                                      "漢字",
-                                      "e\xcc\x81",
-                                      "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x94\xac",
-                                      "co\t",
-                                      "country \t",
-                                      "save \t",
-                                      "addenc \t",
-                                      "adddvb \t",
-                                      "addpls\n",
-                                      "id 3\n",
-                                      "\"",
-                                      "\\"};
   const std::size_t kind = below(random, 100);
   if (kind < 3) {
     std::string paste(below(random, 6'000), ' ');
@@ -263,3 +260,4 @@ TEST(RandomKeys, DoNoHarm) {
 }
 
 }  // namespace
+}  // namespace lineup::test
