@@ -194,6 +194,11 @@ void FakeController::answerAll(const Answer& answer) {
   all_ = answer;
 }
 
+void FakeController::readSlowly(size_t bytesASecond) {
+  const std::lock_guard lock(mutex_);
+  bytesASecond_ = bytesASecond;
+}
+
 void FakeController::release() {
   const std::lock_guard lock(mutex_);
   ++releases_;
@@ -228,6 +233,11 @@ size_t FakeController::cutShort() const {
   return cutShort_;
 }
 
+void FakeController::waitForBegun(size_t count) const {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return begun_ >= count; });
+}
+
 void FakeController::waitForCalls(size_t count) const {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return calls_.size() >= count; });
@@ -250,12 +260,18 @@ bool FakeController::waitUntilReadable(int socket) const {
   return true;
 }
 
-bool FakeController::readWhole(int socket, char* bytes, size_t size) {
+bool FakeController::readWhole(int socket, char* bytes, size_t size, size_t bytesASecond) {
+  constexpr size_t kStepsASecond = 20;
   while (size > 0) {
     if (!waitUntilReadable(socket)) {
       return false;
     }
-    const ssize_t got = recv(socket, bytes, size, 0);
+    size_t most = size;
+    if (bytesASecond > 0) {
+      most = std::min(size, bytesASecond / kStepsASecond);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1000 / kStepsASecond));
+    }
+    const ssize_t got = recv(socket, bytes, most, 0);
     if (got <= 0) {
       return false;
     }
@@ -274,6 +290,10 @@ void FakeController::serve() {
     {
       const std::lock_guard lock(mutex_);
       ++connections_;
+      const int least = 1;
+      if (bytesASecond_ > 0) {
+        setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &least, sizeof(least));
+      }
     }
     const int yes = 1;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof(yes));
@@ -293,7 +313,14 @@ void FakeController::serveConnection(int socket) {
       return;
     }
     std::string request(ntohl(header), '\0');
-    if (!readWhole(socket, request.data(), request.size())) {
+    size_t pace = 0;
+    {
+      const std::lock_guard lock(mutex_);
+      ++begun_;
+      pace = bytesASecond_;
+      changed_.notify_all();
+    }
+    if (!readWhole(socket, request.data(), request.size(), pace)) {
       const std::lock_guard lock(mutex_);
       cutShort_ += ending_ ? 0 : 1;
       return;

@@ -100,6 +100,10 @@ class FakeController {
   /// All calls that answerNext() says nothing of get `answer`.
   void answerAll(const Answer& answer);
 
+  /// From the next connection on takes requests at this pace, with as little ahead of it as the
+  /// system allows, so that a large one blocks whoever sends it.
+  void readSlowly(size_t bytesASecond);
+
   /// Ends the silence of the calls that are stalled now; their connections are closed.
   void release();
 
@@ -112,6 +116,8 @@ class FakeController {
   size_t closedByPeer() const;
   /// How many requests were begun and not sent to their end.
   size_t cutShort() const;
+  /// Waits until `count` requests have been begun.
+  void waitForBegun(size_t count) const;
   /// Waits until `count` calls have been received.
   void waitForCalls(size_t count) const;
   /// Waits until the console has closed `count` connections.
@@ -124,7 +130,7 @@ class FakeController {
   bool answerCall(int socket, const std::string& request);
   std::string answerBytes(const ReceivedCall& call, const Answer& answer);
   std::string result(const ReceivedCall& call);
-  bool readWhole(int socket, char* bytes, size_t size);
+  bool readWhole(int socket, char* bytes, size_t size, size_t bytesASecond = 0);
   bool waitUntilReadable(int socket) const;
 
   int listener_ = -1;
@@ -140,7 +146,9 @@ class FakeController {
   std::vector<ReceivedCall> calls_;
   size_t connections_ = 0;
   size_t closedByPeer_ = 0;
+  size_t begun_ = 0;
   size_t cutShort_ = 0;
+  size_t bytesASecond_ = 0;  ///< 0 for as many as come
   uint64_t releases_ = 0;
   bool ending_ = false;
 

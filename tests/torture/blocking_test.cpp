@@ -80,11 +80,11 @@ class Blocking : public testing::TestWithParam<Parameters> {
   bool hasStruck() const { return FaultCounts(counts).faults > 0; }
 
   /// Asks the console to end, and expects that it does in time. Returns how.
-  static Outcome end(ConsoleProcess& console) {
+  static Outcome end(ConsoleProcess& console, std::chrono::seconds limit = Blocking::limit()) {
     const Clock::time_point asked = Clock::now();
     console.signal(SIGTERM);
     const Outcome outcome = console.finish();
-    EXPECT_LT(Clock::now() - asked, limit());
+    EXPECT_LT(Clock::now() - asked, limit);
     return outcome;
   }
 
@@ -190,6 +190,45 @@ TEST_P(BlockingAtTheEnd, DoesNotKeepTheCopyFromBeingWritten) {
 
 INSTANTIATE_TEST_SUITE_P(Calls, BlockingAtTheEnd,
                          testing::ValuesIn(combined({"copy", "log"}, {false})), nameOf);
+
+/// A headend whose configuration is more than the system takes from a sender ahead of its reader.
+korvel::thrift::hub_module::HeadendConfig largeConfig() {
+  korvel::thrift::hub_module::HeadendConfig config;
+  config.lineupConfig.rfEntries.resize(100);
+  for (auto& entry : config.lineupConfig.rfEntries) {
+    entry.name = std::string(100'000, 'x');
+  }
+  return config;
+}
+
+class SlowPeer : public Blocking {};
+
+// The commit would take a quarter of an hour. Without a terminal the copy is yet to be written
+// then, for which an end of three seconds is not to become one of a third.
+TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
+  const TemporaryFolder folder;
+  FakeController controller;
+  controller.setConfig(largeConfig());
+  Fault none = faultAt(0);
+  none.haste = GetParam().terminal ? none.haste : 2;
+  ConsoleProcess console(start(none, folder));
+  console.send("id 7\n");
+  console.readUntil(kPending);
+  controller.readSlowly(4'000);
+  console.send("commit\n");
+  controller.waitForBegun(2);
+  console.waitUntilBlocked();
+  const Outcome outcome = end(console, std::chrono::seconds(45 / none.haste + 10));
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+  EXPECT_NE((outcome.out + outcome.err).find("The uncommitted changes are in "), std::string::npos);
+  expectCopy(folder, controller, outcome.out);
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, SlowPeer,
+                         testing::Values(Parameters{"send", "block", false},
+                                         Parameters{"send", "block", true}),
+                         nameOf);
 
 }  // namespace
 }  // namespace lineup::test
