@@ -122,7 +122,7 @@ class Demo(unittest.TestCase):
             self.assertEqual(os.listdir(temporary), [])
         self.assertEqual(demo.returncode, 0)
         self.assertIn("Headend id changed to: 5.", demo.stdout)
-        self.assertRegex(demo.stderr, r"^It is kept in " + temporary + r"/\S+ until the end, as its own folder "
+        self.assertRegex(demo.stderr, r"^It is kept in " + temporary + r"/\S+\nuntil the end, as its own folder "
                                       r"is not writable\.\n$")
 
     def test_help_explains_the_options(self):
@@ -163,7 +163,7 @@ class Demo(unittest.TestCase):
             output.seek(0)
             self.assertNotIn(b"simulated", output.read())
         welcome = said.decode().replace("\r\n", "\n").partition("This headend is simulated")[2]
-        self.assertEqual(welcome.count("\n"), 4, welcome)
+        self.assertEqual(welcome.count("\n"), 5, welcome)
         for word in (self.folder, "--fresh", "adddvb 1", "quit"):
             self.assertIn(word, welcome)
 
