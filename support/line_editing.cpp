@@ -195,7 +195,8 @@ class LineEditor {
   int readCharacter(wchar_t& character);
   bool handle(wchar_t key);
   bool readByte(char& byte);
-  void seeWhetherMoreFollows();
+  static bool moreFollows();
+  static int bytesToBeRead();
   void waitForByte();
   void handleTerminalSignals();
   void letStop(int signal);
@@ -238,6 +239,8 @@ class LineEditor {
   LineHistory history_{};
   bool atEnd_ = false;
   bool lineFeedMayFollow_ = false;  ///< after a Return behind which something was waiting
+  int leftBehind_ = 0;              ///< the bytes still to be read that the last line left
+  bool isTranslated_ = false;       ///< whether a Return, if that was read last, is a line feed
 
   // The line being edited.
   std::wstring prompt_{};
@@ -406,6 +409,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
     draw();
     put("^D");
   }
+  leftBehind_ = bytesToBeRead();
   mode_.restore();
   return result != nullptr ? Edited::Line : endWithoutLine();
 }
@@ -489,7 +493,7 @@ bool LineEditor::handle(wchar_t key) {
       return true;
     case key::kReturn:
     case key::kLineFeed:
-      seeWhetherMoreFollows();
+      lineFeedMayFollow_ = (key == key::kReturn || isTranslated_) && moreFollows();
       return false;
     default:
       return false;
@@ -500,7 +504,7 @@ bool LineEditor::readByte(char& byte) {
   const bool first = !started_;
   if (first) {
     started_ = true;
-    ioctl(STDIN_FILENO, FIONREAD, &typedAhead_);
+    typedAhead_ = bytesToBeRead();
   }
   while (true) {
     waitForByte();
@@ -515,7 +519,9 @@ bool LineEditor::readByte(char& byte) {
     if (typedAhead_ > 0 && byte == '\0') {
       byte = kEndOfInputKey;
     }
+    isTranslated_ = typedAhead_ > 0 && leftBehind_ <= 0;
     --typedAhead_;
+    --leftBehind_;
     if (first && lineFeedMayFollow_ && byte == '\n') {
       continue;
     }
@@ -525,10 +531,16 @@ bool LineEditor::readByte(char& byte) {
 
 /// Where lines end with Return and line feed, as in a paste, the two are one. The line feed is left
 /// where it is: it may be for another program. One typed later is not there yet.
-void LineEditor::seeWhetherMoreFollows() {
+bool LineEditor::moreFollows() {
   constexpr int kBetweenBytesOfAPaste = 10;  // ms, on a slow line
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  lineFeedMayFollow_ = poll(&input, 1, kBetweenBytesOfAPaste) == 1;
+  return poll(&input, 1, kBetweenBytesOfAPaste) == 1;
+}
+
+int LineEditor::bytesToBeRead() {
+  int count = 0;
+  ioctl(STDIN_FILENO, FIONREAD, &count);
+  return count;
 }
 
 void LineEditor::waitForByte() {

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -202,6 +203,15 @@ TEST_P(Editing, ReturnAndLineFeedPastedAreOne) {
   session.expect(" changed to: 5. Please remember to commit the changes.\n(changes to commit) > |");
   session.type("\n");  // typed later, it is a line
   session.console.readUntil("headendGlobalConfig");
+}
+
+TEST_P(Editing, LineFeedsPastedAloneEndALineEach) {
+  session.expect("> |");
+  session.type("addpls\n\nid 3\n");
+  session.expect(
+      "\nPlease enter all the parameters\n> id 3\n"
+      "Headend id changed to: 3. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
 }
 
 TEST_P(Editing, OneBackspaceDeletesOneLetterOfAnyLength) {
@@ -754,13 +764,13 @@ TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
 }
 
-// The script stops before the console does, and the shell lets both go on at once.
-TEST_F(OnATerminal, OneFgIsEnoughThroughAScript) {
+/// Stops the console, which `command` runs, and lets it go on by one "fg", again and again.
+void expectThatOneFgIsEnough(const std::string& command) {
   constexpr int kStops = 12;
   Start start = onTerminal();
   start.program = "/bin/sh";
-  start.arguments = {"-c", "set -m; sh -c '" + std::string(kConsoleProgram) +
-                               "; :'; while echo stopped; read go; do fg >/dev/null; done"};
+  start.arguments = {
+      "-c", "set -m; " + command + "; while echo stopped; read go; do fg >/dev/null; done"};
   Session session(start);
   session.expect("> |");
   std::string line;
@@ -776,6 +786,21 @@ TEST_F(OnATerminal, OneFgIsEnoughThroughAScript) {
   }
   session.type("\n");
   session.expect("> " + line + "\nInvalid command. Try 'help'.\n> |");
+  session.type("quit\n");
+  session.expect("stopped\n|");
+}
+
+// The script stops before the console does, and the shell lets both go on at once.
+TEST_F(OnATerminal, OneFgIsEnoughThroughAScript) {
+  expectThatOneFgIsEnough("sh -c '" + std::string(kConsoleProgram) + "; :'");
+}
+
+TEST_F(OnATerminal, OneFgIsEnoughThroughSudo) {
+  if (std::system("sudo -n true >/dev/null 2>&1") != 0) {
+    GTEST_SKIP() << "no sudo without a password";
+  }
+  expectThatOneFgIsEnough("sudo -n env XDG_STATE_HOME=\"$XDG_STATE_HOME\" " +
+                          std::string(kConsoleProgram));
 }
 
 TEST_F(OnATerminal, AStopThatNobodyAskedForLeavesTheTerminalUsable) {
