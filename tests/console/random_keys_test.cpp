@@ -113,6 +113,8 @@ constexpr const char* kKeys[] = {"\x01",
                                  "d",
                                  "\x1b[15~",
                                  "\x1b[[A",
+                                 "\x1bOQ",
+                                 "\x1bOR",
                                  "\x1b[",
                                  "\xc3",
                                  "\xff",
@@ -180,7 +182,8 @@ std::string play(const Session& session) {
   start.terminal = true;
   start.rows = session.size.rows;
   start.columns = session.size.columns;
-  start.environment = {{"TERM", session.terminal}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}};
+  start.environment = {
+      {"TERM", session.terminal}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"PAGER", "cat"}};
   try {
     ConsoleProcess console(start);
     console.readUntil("for help");
@@ -191,7 +194,7 @@ std::string play(const Session& session) {
       usleep(step.pause);
       console.send(step.keys);
     }
-    console.send("\x07\x05\x15\n\x05\x15quit\n");  // out of a search, and of an answer
+    console.send("\x07\x05\x15x\n\x05\x15quit\n");  // out of a search, and of an answer
     const Outcome outcome = console.finish();
     const bool wrong = outcome.signal != 0 || outcome.status != 0 ||
                        outcome.out.find("Sanitizer") != std::string::npos ||
