@@ -4,9 +4,10 @@
 #include <utility>
 #include <vector>
 
+#include "compare/difference_lines.h"
+#include "compare/input_difference.h"
 #include "compare/json_difference.h"
 #include "compare/lineup_difference.h"
-#include "compare/printed_text.h"
 #include "compare/record_json.h"
 #include "compare/setting_words.h"
 
@@ -17,8 +18,20 @@ namespace {
 using korvel::thrift::hub_module::HeadendConfig;
 using nlohmann::json;
 
-/// The named JSON of everything but the lineups and their services.
-json withoutLineups(HeadendConfig config) {
+bool listsPlsItems(const HeadendConfig& config) {
+  const auto& scan = config.rfInputsScanConfig;
+  return scan.__isset.plsItemList && !scan.plsItemList.empty();
+}
+
+/// The named JSON of everything but the lineups and their services, the IP muxes and, if `hasItems`
+/// says that one of the two configurations has such a list, the PLS items.
+json withoutWorded(HeadendConfig config, bool hasItems) {
+  if (hasItems) {
+    config.rfInputsScanConfig.__isset.plsItemList = false;
+  }
+  for (auto& [key, input] : config.ipInputs) {
+    input.muxes.clear();
+  }
   config.lineupConfig.rfEntries.clear();
   config.lineupConfig.ipEntries.clear();
   config.lineupConfig.dvbInputServices.clear();
@@ -58,8 +71,10 @@ std::string configDifference(const HeadendConfig& from, const HeadendConfig& to)
   if (from == to) {
     return "";
   }
-  std::string text = settingDifferences(from, to) + lineupDifferences(from, to);
-  compareJson(withoutLineups(from), withoutLineups(to),
+  std::string text =
+      settingDifferences(from, to) + lineupDifferences(from, to) + inputDifferences(from, to);
+  const bool hasItems = listsPlsItems(from) || listsPlsItems(to);
+  compareJson(withoutWorded(from, hasItems), withoutWorded(to, hasItems),
               [&](const std::string& path, const json* before, const json* now) {
                 if (!isWorded(path)) {
                   text += differenceLine(path, before, now);

@@ -16,6 +16,8 @@ namespace lineup {
 ///    service came or went with it.
 ///  - Services: those in no lineup, and what differs in one. A service is the same one if it is
 ///    received from the same place with the same SID (DVB), or has the same address (ENC).
+///  - Muxes of the IP inputs, as "addipmux" names them: "IP input 4/0: added mux "udp://...", UUID
+///    ...", and items of the PLS list, as "addpls" takes them: "PLS item 2: Gold 5 -> Root 5".
 ///  - Everything else by its path in the named JSON: "/installerInfo/name: "a" -> "b"".
 /// Texts of the records are quoted, and control characters in them escaped.
 std::string configDifference(const korvel::thrift::hub_module::HeadendConfig& from,

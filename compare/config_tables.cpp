@@ -49,12 +49,6 @@ void addInputs(TextTable& table, const Inputs& inputs) {
   }
 }
 
-std::string plsTypeWord(int32_t type) {
-  static constexpr const char* kNames[] = {"Auto", "Gold", "Root"};
-  const bool isKnown = type >= 0 && type < static_cast<int32_t>(std::size(kNames));
-  return isKnown ? kNames[type] : "unknown (" + std::to_string(type) + ")";
-}
-
 }  // namespace
 
 TextTable settingsTable(const HeadendConfig& config) {

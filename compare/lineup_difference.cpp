@@ -10,17 +10,15 @@
 #include <utility>
 #include <vector>
 
-#include "compare/json_difference.h"
+#include "compare/difference_lines.h"
 #include "compare/lineup_services.h"
 #include "compare/printed_text.h"
-#include "compare/record_json.h"
 
 namespace lineup {
 
 namespace hub_module = korvel::thrift::hub_module;
 using hub_module::HeadendConfig;
 using hub_module::LineupEntryKind;
-using nlohmann::json;
 
 namespace {
 
@@ -172,8 +170,7 @@ class LineupComparison {
     }
     for (std::size_t index = 0; index < to.size(); ++index) {
       if (isNew[index]) {
-        say(lineup, "added at " + std::to_string(index + 1), to_, to[index],
-            otherFields(to[index]));
+        say(lineup, "added at " + std::to_string(index + 1), to_, to[index], moreOf(to[index]));
       }
     }
   }
@@ -187,19 +184,12 @@ class LineupComparison {
 
   /// The fields of a new entry that are not as the record has them by default.
   template <class Entry>
-  static std::string otherFields(Entry entry) {
+  static std::string moreOf(Entry entry) {
     Entry expected;
     expected.name = entry.name;
     entry.serviceKey = expected.serviceKey;
     entry.serviceKind = expected.serviceKind;
-    std::string text;
-    if (entry != expected) {
-      compareJson(namedJson(expected), namedJson(entry),
-                  [&](const std::string& path, const json* /*before*/, const json* now) {
-                    text += ", " + path + " " + printedValue(*now);
-                  });
-    }
-    return text;
+    return entry == expected ? "" : otherFields(expected, entry);
   }
 
   /// What differs besides the service.
@@ -212,13 +202,7 @@ class LineupComparison {
     }
     const std::string where =
         lineup + ("changed at " + std::to_string(place + 1)) + ", " + inQuotes(to.name) + ": ";
-    sayFields(where, namedJson(from), namedJson(to));
-  }
-
-  void sayFields(const std::string& where, const json& from, const json& to) {
-    compareJson(from, to, [&](const std::string& path, const json* before, const json* now) {
-      text_ += where + differenceLine(path, before, now);
-    });
+    text_ += fieldDifferences(where, from, to);
   }
 
   template <class Entry>
@@ -322,12 +306,12 @@ class LineupComparison {
       if (found != same.nowByBefore.end()) {
         compareService(kind, key, before, found->second, to.at(found->second));
       } else if (!namedBefore_.contains({kindNumber, key})) {
-        sayService(kind, key, "removed, was in no lineup", wordsOf(before, from_));
+        sayService(kind, key, "removed, was in no lineup", before, from_);
       }
     }
     for (const auto& [key, now] : to) {
       if (!same.beforeByNow.contains(key) && !namedNow_.contains({kindNumber, key})) {
-        sayService(kind, key, "added, in no lineup", wordsOf(now, to_));
+        sayService(kind, key, "added, in no lineup", now, to_);
       }
     }
   }
@@ -336,20 +320,22 @@ class LineupComparison {
     return std::string(kind) + " service " + std::to_string(key);
   }
 
-  void sayService(const char* kind, int32_t key, const char* what, const ServiceWords& words) {
-    text_ += numbered(kind, key) + " " + what + ": " + described(words, words.name) + "\n";
+  template <class Service>
+  void sayService(const char* kind, int32_t key, const char* what, const Service& service,
+                  const HeadendConfig& config) {
+    text_ += numbered(kind, key) + " " + what + ": " +
+             described(wordsOf(service, config), serviceName(service)) + "\n";
   }
 
   template <class Service>
   void compareService(const char* kind, int32_t keyBefore, const Service& before, int32_t keyNow,
                       const Service& now) {
-    const std::string where =
-        numbered(kind, keyNow) + ", " + inQuotes(wordsOf(now, to_).name) + ": ";
+    const std::string where = numbered(kind, keyNow) + ", " + inQuotes(serviceName(now)) + ": ";
     if (keyBefore != keyNow) {
       text_ += where + "its number was " + std::to_string(keyBefore) + "\n";
     }
     if (before != now) {
-      sayFields(where, namedJson(before), namedJson(now));
+      text_ += fieldDifferences(where, before, now);
     }
   }
 
@@ -367,16 +353,6 @@ class LineupComparison {
 
 std::string lineupDifferences(const HeadendConfig& from, const HeadendConfig& to) {
   return LineupComparison(from, to).text();
-}
-
-std::string differenceLine(const std::string& place, const json* before, const json* now) {
-  if (before == nullptr) {
-    return printable(place) + ": added " + printedValue(*now) + "\n";
-  }
-  if (now == nullptr) {
-    return printable(place) + ": removed " + printedValue(*before) + "\n";
-  }
-  return printable(place) + ": " + printedValue(*before) + " -> " + printedValue(*now) + "\n";
 }
 
 }  // namespace lineup

@@ -56,17 +56,29 @@ ServiceWords wordsUnder(const Services& services, int32_t key, const char* kind,
                         const HeadendConfig& config) {
   const auto found = services.find(key);
   if (found == services.end()) {
-    return {"", kind, "no service " + std::to_string(key), "", ""};
+    return {kind, "no service " + std::to_string(key), "", ""};
   }
   return wordsOf(found->second, config);
 }
 
 }  // namespace
 
+std::string serviceName(const hub_module::DVBInputServiceConfig& service) {
+  return service.service.name;
+}
+
+std::string serviceName(const hub_module::ENCInputServiceConfig& service) {
+  return "ENC " + std::to_string(service.address.slot) + "/" + std::to_string(service.address.port);
+}
+
+std::string serviceName(const hub_module::EmptyInputServiceConfig& /*service*/) {
+  return "EMPTY SLOT";
+}
+
 ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
                      const HeadendConfig& config) {
   const hub_module::DVBInputService& dvb = service.service;
-  return {dvb.name, inputKind(dvb.inputType), sourceOf(dvb, config), std::to_string(dvb.sid),
+  return {inputKind(dvb.inputType), sourceOf(dvb, config), std::to_string(dvb.sid),
           std::to_string(dvb.serviceType)};
 }
 
@@ -74,12 +86,12 @@ ServiceWords wordsOf(const hub_module::ENCInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
   const std::string slot = std::to_string(service.address.slot);
   const std::string input = std::to_string(service.address.port);
-  return {"ENC " + slot + "/" + input, "ENC", "slot " + slot + " input " + input, "", "1"};
+  return {"ENC", "slot " + slot + " input " + input, "", "1"};
 }
 
 ServiceWords wordsOf(const hub_module::EmptyInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
-  return {"EMPTY SLOT", "EMPTY", "", "", std::to_string(service.service.serviceType)};
+  return {"EMPTY", "", "", std::to_string(service.service.serviceType)};
 }
 
 ServiceWords entryWords(const HeadendConfig& config, LineupEntryKind::type kind, int32_t key) {
@@ -92,8 +104,7 @@ ServiceWords entryWords(const HeadendConfig& config, LineupEntryKind::type kind,
     case LineupEntryKind::EMPTY:
       return wordsUnder(lineup.emptyInputServices, key, "EMPTY", config);
   }
-  return {"", "unknown (" + std::to_string(kind) + ")", "no service " + std::to_string(key), "",
-          ""};
+  return {"unknown (" + std::to_string(kind) + ")", "no service " + std::to_string(key), "", ""};
 }
 
 }  // namespace lineup

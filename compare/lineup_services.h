@@ -11,12 +11,16 @@ namespace lineup {
 
 /// A service, or a slot reserved for one, in words. A text is empty where there is nothing to say.
 struct ServiceWords {
-  std::string name;
   std::string kind;         ///< "SAT", "TDT", "Cable", "IP", "ENC", "EMPTY"
   std::string source;       ///< "11778 MHz", "474000 kHz", a URL, "slot 5 input 2"
   std::string sid;          ///< DVB service id
   std::string serviceType;  ///< DVB service_type
 };
+
+/// The name of a service, whatever the entries that name it are called.
+std::string serviceName(const korvel::thrift::hub_module::DVBInputServiceConfig& service);
+std::string serviceName(const korvel::thrift::hub_module::ENCInputServiceConfig& service);
+std::string serviceName(const korvel::thrift::hub_module::EmptyInputServiceConfig& service);
 
 ServiceWords wordsOf(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                      const korvel::thrift::hub_module::HeadendConfig& config);

@@ -1,6 +1,6 @@
 #include "compare/setting_words.h"
 
-#include <cstdint>
+#include <iterator>
 
 #include "model/setting_choices.h"
 
@@ -82,6 +82,12 @@ const std::vector<WordedSetting>& table() {
 
 std::span<const WordedSetting> wordedSettings() {
   return table();
+}
+
+std::string plsTypeWord(int32_t type) {
+  static constexpr const char* kNames[] = {"Auto", "Gold", "Root"};
+  const bool isKnown = type >= 0 && type < static_cast<int32_t>(std::size(kNames));
+  return isKnown ? kNames[type] : "unknown (" + std::to_string(type) + ")";
 }
 
 }  // namespace lineup

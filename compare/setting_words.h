@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -22,5 +23,8 @@ struct WordedSetting {
 
 /// Every setting, in the order in which they are shown.
 std::span<const WordedSetting> wordedSettings();
+
+/// The word for PLSItem::plsType: "Auto", "Gold", "Root", or "unknown (N)".
+std::string plsTypeWord(int32_t type);
 
 }  // namespace lineup

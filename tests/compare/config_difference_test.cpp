@@ -162,15 +162,78 @@ TEST(ConfigDifference, SaysEverythingElseByItsPath) {
   to.installerInfo.name = "Ada \x1b[2J";
   to.lineupConfig.globalConfig.preferredLanguages = {"eng"};
   to.lineupConfig.dvbInputServices[1].filteredPids = {100};
-  to.ipInputs["4/0"].muxes["u"].url = "udp://239.0.0.1:5000";
+  to.ipInputs["4/0"].address = "10.0.0.1";
+  to.rfInputsScanConfig.__set_plsItemList({});
   const std::string text = configDifference(smallHeadend(), to);
   EXPECT_EQ(text,
             "DVB service 1, \"News\": /filteredPids/0: added 100\n"
             "/installerInfo/name: \"\" -> \"Ada \\x1b[2J\"\n"
-            "/ipInputs/4~10: added {\"address\": \"\", \"muxes\": {\"u\": {\"fecColumns\": 0, "
-            "\"fecRows\": 0, \"name\": \"\", \"services\": {}, \"url\": \"udp://239.0.0.1:5000\", "
-            "\"uuid\": \"\"}}, \"netmask\": \"\"}\n"
-            "/lineupConfig/globalConfig/preferredLanguages/0: added \"eng\"\n");
+            "/ipInputs/4~10: added {\"address\": \"10.0.0.1\", \"muxes\": {}, \"netmask\": \"\"}\n"
+            "/lineupConfig/globalConfig/preferredLanguages/0: added \"eng\"\n"
+            "/rfInputsScanConfig/plsItemList: added []\n");
+}
+
+/// A headend with one mux on an IP input that has a place and none on one that has not.
+HeadendConfig headendWithMux() {
+  HeadendConfig config;
+  hub_module::IPInput& input = config.ipInputs["first"];
+  input.__set_slot(4);
+  input.__set_interfaceId(1);
+  input.muxes["u1"].uuid = "u1";
+  input.muxes["u1"].url = "udp://239.0.0.1:5000";
+  config.ipInputs["second\n"];
+  return config;
+}
+
+TEST(ConfigDifference, SaysMuxesAsAddipmuxNamesThem) {
+  HeadendConfig to = headendWithMux();
+  auto& muxes = to.ipInputs["first"].muxes;
+  muxes["u1"].fecRows = 5;
+  muxes["u2"].uuid = "u2";
+  muxes["u2"].url = "udp://\"2\"";
+  to.ipInputs["second\n"].muxes["u3"].name = "News";
+  EXPECT_EQ(configDifference(headendWithMux(), to),
+            "IP input 4/1, mux \"udp://239.0.0.1:5000\", UUID u1: /fecRows: 0 -> 5\n"
+            "IP input 4/1: added mux \"udp://\\\"2\\\"\", UUID u2\n"
+            "IP input second\\n: added mux \"\", UUID u3, /name \"News\", /uuid \"\"\n");
+  EXPECT_EQ(configDifference(to, headendWithMux()),
+            "IP input 4/1, mux \"udp://239.0.0.1:5000\", UUID u1: /fecRows: 5 -> 0\n"
+            "IP input 4/1: removed mux \"udp://\\\"2\\\"\", UUID u2\n"
+            "IP input second\\n: removed mux \"\", UUID u3\n");
+}
+
+TEST(ConfigDifference, SaysTheMuxesOfAnInputThatComesOrGoes) {
+  const std::string input =
+      " {\"address\": \"\", \"interfaceId\": 1, \"muxes\": {}, \"netmask\": \"\", \"slot\": 4}\n";
+  HeadendConfig without = headendWithMux();
+  without.ipInputs.erase("first");
+  EXPECT_EQ(
+      configDifference(without, headendWithMux()),
+      "IP input 4/1: added mux \"udp://239.0.0.1:5000\", UUID u1\n/ipInputs/first: added" + input);
+  EXPECT_EQ(
+      configDifference(headendWithMux(), without),
+      "IP input 4/1: removed mux \"udp://239.0.0.1:5000\", UUID u1\n/ipInputs/first: removed" +
+          input);
+}
+
+TEST(ConfigDifference, SaysThePlsItemsInTheWordsOfAddpls) {
+  const auto headendWith = [](const std::vector<std::pair<int32_t, int32_t>>& typesAndCodes) {
+    HeadendConfig config;
+    std::vector<hub_module::PLSItem> items(typesAndCodes.size());
+    for (std::size_t index = 0; index < items.size(); ++index) {
+      items[index].plsType = typesAndCodes[index].first;
+      items[index].plsCode = typesAndCodes[index].second;
+    }
+    config.rfInputsScanConfig.__set_plsItemList(items);
+    return config;
+  };
+  EXPECT_EQ(configDifference(HeadendConfig(), headendWith({{1, 131070}, {7, 2}})),
+            "PLS item 1: added Gold 131070\nPLS item 2: added unknown (7) 2\n");
+  EXPECT_EQ(configDifference(headendWith({}), headendWith({{0, 3}})), "PLS item 1: added Auto 3\n");
+  EXPECT_EQ(configDifference(headendWith({{1, 5}, {2, 6}}), headendWith({{2, 5}})),
+            "PLS item 1: Gold 5 -> Root 5\nPLS item 2: removed Root 6\n");
+  EXPECT_EQ(configDifference(headendWith({{1, 5}}), HeadendConfig()),
+            "PLS item 1: removed Gold 5\n");
 }
 
 TEST(ConfigDifference, GrowsWithTheLineupAndNoFaster) {

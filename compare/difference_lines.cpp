@@ -1,0 +1,40 @@
+#include "compare/difference_lines.h"
+
+#include "compare/json_difference.h"
+#include "compare/printed_text.h"
+#include "compare/record_json.h"
+
+namespace lineup {
+
+using apache::thrift::TBase;
+using nlohmann::json;
+
+std::string differenceLine(const std::string& place, const json* before, const json* now) {
+  if (before == nullptr) {
+    return printable(place) + ": added " + printedValue(*now) + "\n";
+  }
+  if (now == nullptr) {
+    return printable(place) + ": removed " + printedValue(*before) + "\n";
+  }
+  return printable(place) + ": " + printedValue(*before) + " -> " + printedValue(*now) + "\n";
+}
+
+std::string fieldDifferences(const std::string& where, const TBase& from, const TBase& to) {
+  std::string text;
+  compareJson(namedJson(from), namedJson(to),
+              [&](const std::string& path, const json* before, const json* now) {
+                text += where + differenceLine(path, before, now);
+              });
+  return text;
+}
+
+std::string otherFields(const TBase& expected, const TBase& record) {
+  std::string text;
+  compareJson(namedJson(expected), namedJson(record),
+              [&](const std::string& path, const json* /*before*/, const json* now) {
+                text += ", " + path + " " + printedValue(*now);
+              });
+  return text;
+}
+
+}  // namespace lineup

@@ -1,0 +1,25 @@
+// The lines that say a difference.
+
+#pragma once
+
+#include <thrift/TBase.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace lineup {
+
+/// The line that says what differs at `place`: "PLACE: 1 -> 2", "PLACE: added 2" or
+/// "PLACE: removed 1". Null stands for nothing.
+std::string differenceLine(const std::string& place, const nlohmann::json* before,
+                           const nlohmann::json* now);
+
+/// A line for each field of two records of one type that differs: `where`, the path of the field,
+/// and what differs.
+std::string fieldDifferences(const std::string& where, const apache::thrift::TBase& from,
+                             const apache::thrift::TBase& to);
+
+/// The fields in which `record` is not as `expected`: ", /lcn 5" for each.
+std::string otherFields(const apache::thrift::TBase& expected, const apache::thrift::TBase& record);
+
+}  // namespace lineup

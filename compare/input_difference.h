@@ -1,0 +1,16 @@
+// What differs between the inputs of two configurations.
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup {
+
+/// The lines of configDifference() on what "addipmux", "addpls" and "rmpls" change: the muxes of
+/// the IP inputs and the items of the satellite scan's PLS list.
+std::string inputDifferences(const korvel::thrift::hub_module::HeadendConfig& from,
+                             const korvel::thrift::hub_module::HeadendConfig& to);
+
+}  // namespace lineup
