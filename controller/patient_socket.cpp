@@ -3,9 +3,11 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "support/ending_signals.h"
+#include "support/held_signals.h"
 
 namespace lineup {
 
@@ -50,8 +52,7 @@ void PatientSocket::waitUntilReady(short events, int timeout) {
   pollfd connection{getSocketFD(), events, 0};
   int ready = -1;
   do {
-    giveUpIfOverdue();
-    ready = poll(&connection, 1, timeout > 0 ? timeout : -1);
+    ready = poll(&connection, 1, patience(timeout));
   } while (ready < 0 && errno == EINTR);
   if (ready < 0) {
     throw TTransportException(TTransportException::UNKNOWN, "poll", errno);
@@ -61,16 +62,20 @@ void PatientSocket::waitUntilReady(short events, int timeout) {
   }
 }
 
-void PatientSocket::giveUpIfOverdue() {
-  constexpr std::chrono::seconds kPatience(20);  // as for each single wait
-  if (!isSignalled()) {
-    return;
+/// How many milliseconds a wait may take, -1 for any number: up to `timeout`, and once a signal has
+/// been seen, what is left to the call. Throws TTransportException if nothing is.
+int PatientSocket::patience(int timeout) {
+  constexpr std::chrono::milliseconds kAfterASignal(20'000);  // as for each single wait
+  if (!isSignalled() && !HeldSignals::hasArrived()) {
+    return timeout > 0 ? timeout : -1;
   }
   const auto now = std::chrono::steady_clock::now();
-  due_ = due_.value_or(now + kPatience);
-  if (now > *due_) {
+  due_ = due_.value_or(now + kAfterASignal);
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(*due_ - now);
+  if (left.count() <= 0) {
     throw TTransportException(TTransportException::TIMED_OUT, "the peer only trickles");
   }
+  return static_cast<int>(timeout > 0 ? std::min<int64_t>(timeout, left.count()) : left.count());
 }
 
 }  // namespace lineup

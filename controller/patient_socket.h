@@ -11,8 +11,8 @@
 namespace lineup {
 
 /// A TSocket whose transfers are restarted after a signal: each waits for bytes, or for room in the
-/// send buffer, up to the time-out. Once a signal that ends the program has been caught, the rest
-/// of the call has 20 seconds in total.
+/// send buffer, up to the time-out. Once a signal that ends the program has been caught, or has
+/// arrived while HeldSignals hold it back, the rest of the call has 20 seconds in total.
 class PatientSocket : public apache::thrift::transport::TSocket {
  public:
   using TSocket::TSocket;
@@ -25,7 +25,7 @@ class PatientSocket : public apache::thrift::transport::TSocket {
 
  private:
   void waitUntilReady(short events, int timeout);
-  void giveUpIfOverdue();
+  int patience(int timeout);
 
   std::optional<std::chrono::steady_clock::time_point> due_;  // set when a signal is seen
 };

@@ -12,8 +12,8 @@
 #include "compare/record_json.h"
 #include "controller/whole_config_file.h"
 #include "ctl/backups.h"
-#include "ctl/held_signals.h"
 #include "ctl/sources.h"
+#include "support/held_signals.h"
 
 namespace lineup::ctl {
 

@@ -8,8 +8,8 @@
 
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
-#include "ctl/held_signals.h"
 #include "model/headend_places.h"
+#include "support/held_signals.h"
 #include "support/replace_file.h"
 
 namespace lineup::ctl {

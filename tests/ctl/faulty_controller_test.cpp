@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <deque>
 #include <filesystem>
 #include <memory>
@@ -223,6 +224,31 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
                                    "; " + file_ + " was sent, but could not be read back\n"}));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(90));
   expectNothingWritten();
+}
+
+// Each byte begins the time-out anew. Once a signal has arrived, the call has 20 seconds from the
+// next byte on.
+TEST_F(CtlWithFaultyController, ThatTricklesIsGivenUpAfterASignal) {
+  FakeController controller;
+  Answer trickle;
+  trickle.byteByByte = true;
+  trickle.pause = std::chrono::seconds(1);
+  controller.answerNext(Answer());
+  controller.answerNext(trickle);
+  const auto begin = std::chrono::steady_clock::now();
+  ConsoleProcess applying(ctl({"apply", file_}));
+  controller.waitForCalls(2);
+  applying.signal(SIGTERM);
+  const Outcome outcome = applying.finish();
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  EXPECT_EQ(outcome.out, "id: 1 -> 7\n");
+  EXPECT_EQ(outcome.err.find("lineupctl: 127.0.0.1:9190: "), 0U) << outcome.err;
+  EXPECT_NE(outcome.err.find("; whether " + file_ + " was taken over is not known\n"),
+            std::string::npos)
+      << outcome.err;
+  const auto taken = std::chrono::steady_clock::now() - begin;
+  EXPECT_GT(taken, std::chrono::seconds(20));
+  EXPECT_LT(taken, std::chrono::seconds(90));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-namespace lineup::ctl {
+namespace lineup {
 
 /// Holds back, for its lifetime, the signals that people and systems end programs with. They arrive
 /// after.
@@ -44,4 +44,4 @@ class HeldSignals {
   sigset_t before_;
 };
 
-}  // namespace lineup::ctl
+}  // namespace lineup
