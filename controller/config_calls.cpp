@@ -35,6 +35,8 @@ class RFInputsReply : public hub_module::HeadendStatus {
     const uint32_t size = inputs.read(protocol);
     satRFInputs = std::move(inputs.satRFInputs);
     tdtRFInputs = std::move(inputs.tdtRFInputs);
+    __isset.satRFInputs = inputs.__isset.satRFInputs;
+    __isset.tdtRFInputs = inputs.__isset.tdtRFInputs;
     return size;
   }
 };

@@ -17,7 +17,7 @@ void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendCo
 void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
 /// Likewise, but of the status only the RF inputs are taken over; all else in `target` is as in an
-/// empty record.
+/// empty record. The flags of both say whether the reply had them.
 void fetchRFInputs(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
 /// Sends `config`; on return the controller has accepted it.

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <string_view>
 
 #include "controller/config_calls.h"
@@ -46,13 +47,25 @@ std::string controllerPlace() {
 
 hub_module::HeadendConfig runningConfig() {
   hub_module::HeadendConfig config;
-  callController([&](ControllerClient& client) { fetchConfig(client, config); });
+  callController([&](ControllerClient& client) {
+    fetchConfig(client, config);
+    const auto& has = config.__isset;
+    if (!has.lineupConfig || !has.headendGlobalConfig || !has.installerInfo ||
+        !has.rfInputsScanConfig || !has.ipInputs) {
+      throw std::runtime_error("the reply is no complete configuration");
+    }
+  });
   return config;
 }
 
 hub_module::HeadendStatus runningRFInputs() {
   hub_module::HeadendStatus status;
-  callController([&](ControllerClient& client) { fetchRFInputs(client, status); });
+  callController([&](ControllerClient& client) {
+    fetchRFInputs(client, status);
+    if (!status.__isset.satRFInputs || !status.__isset.tdtRFInputs) {
+      throw std::runtime_error("the reply has no RF inputs");
+    }
+  });
   return status;
 }
 

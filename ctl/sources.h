@@ -14,10 +14,11 @@ std::string controllerPlace();
 
 // Each throws Failure, with the file or the address in its message.
 
-/// The configuration that the controller holds.
+/// The configuration that the controller holds. A reply without one of its parts, which every
+/// controller sends, is of something else and a failure.
 korvel::thrift::hub_module::HeadendConfig runningConfig();
 
-/// The controller's status, of which only the RF inputs are taken over.
+/// The controller's status, of which only the RF inputs are taken over. Likewise.
 korvel::thrift::hub_module::HeadendStatus runningRFInputs();
 
 /// A call that had no effect: the controller could not be reached, or refused it.

@@ -5,8 +5,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -23,12 +25,17 @@ namespace lineup::test {
 namespace {
 
 using korvel::thrift::hub_module::HeadendConfig;
+using korvel::thrift::hub_module::HeadendStatus;
 using Words = std::vector<std::string>;
+
+constexpr char kGetConfig[] = "getHeadendConfig";
+constexpr char kGetStatus[] = "getHeadendStatus";
+constexpr char kSetConfig[] = "setHeadendConfig";
 
 /// A command, the calls that it makes, and what it prints before the last of them.
 struct Command {
   Words words;
-  std::size_t calls;
+  Words calls;
   std::string printedBeforeSending;
 };
 
@@ -42,26 +49,32 @@ class CtlWithFaultyController : public testing::Test {
   }
 
   std::vector<Command> commands() const {
-    return {{{"show"}, 2, ""},
-            {{"show", "--format=json"}, 1, ""},
-            {{"show", "--format=csv"}, 1, ""},
-            {{"diff", file_}, 1, ""},
-            {{"diff", "--format=json", file_, "running"}, 1, ""},
-            {{"save", folder_.file("saved.json")}, 1, ""},
-            {{"backup", folder_.file("copies")}, 1, ""},
-            {{"apply", "--dry-run", file_}, 1, ""},
-            {{"apply", file_}, 3, "id: 1 -> 7\n"}};
+    return {{{"show"}, {kGetConfig, kGetStatus}, ""},
+            {{"show", "--format=json"}, {kGetConfig}, ""},
+            {{"show", "--format=csv"}, {kGetConfig}, ""},
+            {{"diff", file_}, {kGetConfig}, ""},
+            {{"diff", "--format=json", file_, "running"}, {kGetConfig}, ""},
+            {{"save", folder_.file("saved.json")}, {kGetConfig}, ""},
+            {{"backup", folder_.file("copies")}, {kGetConfig}, ""},
+            {{"apply", "--dry-run", file_}, {kGetConfig}, ""},
+            {{"apply", "--expect", file_, file_}, {kGetConfig}, ""},
+            {{"apply", file_}, {kGetConfig, kSetConfig, kGetConfig}, "id: 1 -> 7\n"}};
   }
 
   /// Runs each command with each of its calls answered by `fault`, and expects status 4.
   void expectEachCallToFail(const Answer& fault) {
+    expectEachCallToFail([&](const std::string& /*call*/) { return fault; });
+  }
+
+  /// The same with the faults that `faultFor` returns for the calls.
+  void expectEachCallToFail(const std::function<Answer(const std::string& call)>& faultFor) {
     for (const Command& command : commands()) {
-      for (std::size_t call = 0; call < command.calls; ++call) {
+      for (std::size_t call = 0; call < command.calls.size(); ++call) {
         FakeController controller;
         for (std::size_t good = 0; good < call; ++good) {
           controller.answerNext(Answer());
         }
-        controller.answerNext(fault);
+        controller.answerNext(faultFor(command.calls[call]));
         const Outcome outcome = runCtl(command.words);
         expectFailure(outcome, call == 0 ? "" : command.printedBeforeSending);
         EXPECT_EQ(controller.calls().size(), call + 1) << command.words[0];
@@ -132,6 +145,73 @@ TEST_F(CtlWithFaultyController, ThatSendsNonsense) {
   fault.bytes = "HTTP/1.1 400 Bad Request\r\n\r\n";
   fault.hangsUp = true;
   expectEachCallToFail(fault);
+}
+
+/// The right reply to `call`, with `record` in place of the encoded record.
+Answer replyOf(const std::string& call, const std::string& record) {
+  Answer answer;
+  answer.kind = Answer::kBytes;
+  answer.bytes = recordReply(call, record);
+  return answer;
+}
+
+std::string rightRecord(const std::string& call) {
+  return call == kGetConfig ? toBinary(HeadendConfig()) : toBinary(HeadendStatus());
+}
+
+TEST_F(CtlWithFaultyController, ThatSendsARecordWhichIsCutOrOfAnotherSize) {
+  for (const std::size_t missing : {1, 2, 30}) {
+    expectEachCallToFail([&](const std::string& call) {
+      const std::string record = rightRecord(call);
+      return replyOf(call, record.substr(0, record.size() - missing));
+    });
+  }
+  for (const int more : {-1, 1, 1'000'000}) {  // in the length that the frame claims
+    expectEachCallToFail([&](const std::string& call) {
+      Answer answer = replyOf(call, rightRecord(call));
+      const auto length = static_cast<uint32_t>(static_cast<int>(answer.bytes.size()) - 4 + more);
+      for (unsigned byte = 0; byte < 4; ++byte) {
+        answer.bytes[byte] = static_cast<char>(length >> (24 - 8 * byte));
+      }
+      answer.hangsUp = true;
+      return answer;
+    });
+  }
+}
+
+// It answers with the other call's record under the name of this one, or with an empty record.
+TEST_F(CtlWithFaultyController, ThatSendsAnotherRecordThanItIsAskedFor) {
+  for (const std::string& configLie : {toBinary(HeadendStatus()), std::string(1, '\0')}) {
+    for (const std::string& statusLie : {toBinary(HeadendConfig()), std::string(1, '\0')}) {
+      expectEachCallToFail([&](const std::string& call) {
+        // What is sent back with a configuration is not used.
+        return call == kSetConfig ? replyOf("setHeadendSomething", rightRecord(call))
+                                  : replyOf(call, call == kGetConfig ? configLie : statusLie);
+      });
+    }
+  }
+}
+
+TEST_F(CtlWithFaultyController, ThatSendsNoRecordAtAll) {
+  expectEachCallToFail([](const std::string& call) {
+    Answer answer;
+    answer.kind = Answer::kBytes;
+    answer.bytes = framed(binaryMessage(call, apache::thrift::protocol::T_REPLY, 0,
+                                        [](auto& protocol) { protocol.writeFieldStop(); }));
+    return answer;
+  });
+}
+
+// What it sends back with the configuration says nothing of what runs; reading back does.
+TEST_F(CtlWithFaultyController, ThatSaysItHasTakenOverWhatItHasNotIsFoundOut) {
+  const Answer lie = replyOf(kSetConfig, toBinary(HeadendStatus()));
+  for (const Words& words : {Words{"apply", file_}, Words{"apply", "--expect", "running", file_}}) {
+    FakeController controller;
+    controller.answerNext(Answer());
+    controller.answerNext(lie);
+    expectCtl(words, 5, "id: 1 -> 7\nid: 7 -> 1\n", file_ + ": was sent, but something else runs");
+    EXPECT_EQ(controller.methods(), (Words{kGetConfig, kSetConfig, kGetConfig}));
+  }
 }
 
 TEST_F(CtlWithFaultyController, SaysThatItIsNotKnownWhetherWhatWasSentIsTakenOver) {
