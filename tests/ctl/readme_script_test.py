@@ -1,0 +1,105 @@
+"""The README's script, as it stands there but for the folder of the backups.
+
+Usage: readme_script_test.py PROJECT PROGRAM-FOLDER, in a headend's place of its own.
+"""
+
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAMS = os.path.abspath(sys.argv.pop(2))
+PROJECT = sys.argv.pop(1)
+BACKUPS = "/var/lib/lineup-console"
+ENVIRONMENT = dict(os.environ, PATH=PROGRAMS + ":" + os.environ["PATH"])
+
+
+def script():
+    with open(os.path.join(PROJECT, "README.md"), encoding="utf-8") as readme:
+        return re.search(r"^```sh\n(lineupctl wait.*?)^```$", readme.read(), re.MULTILINE | re.DOTALL).group(1)
+
+
+class ReadmeScript(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.backups = os.path.join(self.folder, "backups")
+        os.mkdir(self.backups)
+
+    def start_simulator(self, *options):
+        reading, writing = os.pipe()
+        simulator = subprocess.Popen(
+            ["headend-simulator", "--in-memory", "--no-catalogue", "--ready-fd", str(writing), *options],
+            pass_fds=[writing], stdout=subprocess.DEVNULL, env=ENVIRONMENT)
+        self.addCleanup(simulator.wait)
+        self.addCleanup(simulator.terminate)
+        os.close(writing)
+        with os.fdopen(reading) as ready:
+            self.assertEqual(ready.read(), "9190\n")
+
+    def ctl(self, *words):
+        return subprocess.run(["lineupctl", *words], cwd=self.folder, env=ENVIRONMENT, check=True,
+                              stdout=subprocess.PIPE, text=True).stdout
+
+    def make_site(self):
+        """site.json, which is not what runs."""
+        site = os.path.join(self.folder, "site.json")
+        self.ctl("save", site)
+        with open(site, encoding="utf-8") as file:
+            config = json.load(file)
+        config["2"]["rec"]["1"]["i32"] = 7
+        with open(site, "w", encoding="utf-8") as file:
+            json.dump(config, file)
+
+    def run_script(self):
+        done = subprocess.run(["sh", "-c", script().replace(BACKUPS, self.backups)], cwd=self.folder,
+                              env=ENVIRONMENT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                              check=False)
+        return done.stdout, done.stderr
+
+    def running_id(self):
+        return json.loads(self.ctl("show", "--format=json"))["headendGlobalConfig"]["headendId"]
+
+    def test_is_ten_lines_at_most(self):
+        self.assertIn(BACKUPS, script())
+        self.assertLessEqual(len(script().splitlines()), 10)
+
+    def test_applies_keeps_and_says_so(self):
+        self.start_simulator()
+        self.make_site()
+        before = self.running_id()
+        out, err = self.run_script()
+        self.assertIn(f"id: {before} -> 7\n", out)
+        self.assertTrue(out.endswith("the headend runs site.json\n"), out)
+        self.assertEqual(err, "")
+        self.assertEqual(self.running_id(), 7)
+        kept, = os.listdir(self.backups)
+        self.assertIn(f"id: 7 -> {before}\n", subprocess.run(
+            ["lineupctl", "diff", os.path.join(self.backups, kept)], env=ENVIRONMENT, check=False,
+            stdout=subprocess.PIPE, text=True).stdout)
+        self.assertEqual(self.run_script(), ("the headend runs site.json\n", ""))
+
+    def test_says_that_the_controller_refused(self):
+        self.start_simulator("--refuse", "setHeadendConfig")
+        self.make_site()
+        before = self.running_id()
+        out, err = self.run_script()
+        self.assertNotIn("runs site.json", out)
+        self.assertTrue(err.endswith("the controller failed: whether it runs site.json has to be looked at\n"), err)
+        self.assertEqual(self.running_id(), before)
+
+    def test_says_that_a_file_was_not_applied(self):
+        self.start_simulator()
+        before = self.running_id()
+        out, err = self.run_script()
+        self.assertEqual(out, "")
+        self.assertTrue(err.endswith("site.json was not applied\n"), err)
+        self.assertEqual(self.running_id(), before)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
