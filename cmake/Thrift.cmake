@@ -18,6 +18,7 @@ set_target_properties(Thrift::thrift PROPERTIES
 #
 # Enumerations are generated without a type, and a value that none of them names would then be undefined
 # behaviour. They get int32_t, their type on the wire, so that any value received is kept.
+# An element that is read is moved into its list, where the generator would copy it.
 # RENAME gives a member, in code and in printed text, a name that the definition language reserves.
 function(add_thrift_library target)
   cmake_parse_arguments(ARG "" "" "DEFINITIONS;SERVICES;RENAME" ${ARGN})
@@ -40,6 +41,7 @@ function(add_thrift_library target)
          -out "${directory}" "${definition}")
   endforeach()
   list(APPEND commands COMMAND sed -i "s/^  enum type {/  enum type : int32_t {/" ${headers})
+  list(APPEND commands COMMAND sed -i -E "s/push_back\\((_elem[0-9]+)\\)/push_back(std::move(\\1))/" ${sources})
   if(ARG_RENAME)
     list(GET ARG_RENAME 0 member)
     list(GET ARG_RENAME 1 name)

@@ -91,10 +91,12 @@ std::string printable(std::string_view text) {
   return escaped(text, '\\');
 }
 
-void makePrintable(std::string& text) {
-  if (!isPlain(text, '\\')) {
-    text = printable(text);
+std::size_t makePrintable(std::string& text) {
+  if (isPlain(text, '\\')) {
+    return text.size();
   }
+  text = printable(text);
+  return charactersOf(text);
 }
 
 std::string inQuotes(std::string_view text) {

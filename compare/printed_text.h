@@ -17,8 +17,8 @@ bool isPlain(std::string_view text, char alsoExcluded);
 /// UTF-8, become escapes (\n, \t, \x1b), and so does the backslash.
 std::string printable(std::string_view text);
 
-/// Makes `text` what printable() returns.
-void makePrintable(std::string& text);
+/// Makes `text` what printable() returns; returns how many characters that shows.
+std::size_t makePrintable(std::string& text);
 
 /// The same between quotation marks, and with those in it escaped.
 std::string inQuotes(std::string_view text);

@@ -22,8 +22,9 @@ std::string headingOf(std::string name) {
   return name;
 }
 
-/// Adds the row as a line of columns two blanks apart.
-void addLine(std::string& text, const Row& row, const std::vector<std::size_t>& widths) {
+/// Adds the row as a line of columns two blanks apart. The cells show `shown` characters each.
+void addLine(std::string& text, const Row& row, const std::size_t* shown,
+             const std::vector<std::size_t>& widths) {
   std::size_t missing = 0;  // blanks up to the next column; none behind the last cell
   for (std::size_t column = 0; column < widths.size(); ++column) {
     if (!row[column].empty()) {
@@ -31,7 +32,7 @@ void addLine(std::string& text, const Row& row, const std::vector<std::size_t>& 
       text += row[column];
       missing = 0;
     }
-    missing += widths[column] + 2 - charactersOf(row[column]);
+    missing += widths[column] + 2 - shown[column];
   }
   text += '\n';
 }
@@ -61,23 +62,26 @@ void addCsvRow(std::string& text, const Row& row) {
 }  // namespace
 
 std::string tableText(TextTable table) {
-  std::vector<std::size_t> widths;
-  for (std::string& name : table.columns) {
-    name = headingOf(std::move(name));
-    widths.push_back(charactersOf(name));
-  }
-  for (Row& row : table.rows) {
-    for (std::size_t column = 0; column < widths.size(); ++column) {
-      makePrintable(row[column]);
-      widths[column] = std::max(widths[column], charactersOf(row[column]));
+  const std::size_t columns = table.columns.size();
+  std::vector<std::size_t> shown;  // characters of each cell, row after row
+  shown.reserve((table.rows.size() + 1) * columns);
+  std::vector<std::size_t> widths(columns, 0);
+  const auto measure = [&](Row& row) {
+    for (std::size_t column = 0; column < columns; ++column) {
+      shown.push_back(makePrintable(row[column]));
+      widths[column] = std::max(widths[column], shown.back());
     }
-  }
+  };
+  std::transform(table.columns.begin(), table.columns.end(), table.columns.begin(), headingOf);
+  measure(table.columns);
+  std::for_each(table.rows.begin(), table.rows.end(), measure);
   std::string text;
-  const std::size_t width = std::accumulate(widths.begin(), widths.end(), 2 * widths.size());
+  const std::size_t width = std::accumulate(widths.begin(), widths.end(), 2 * columns);
   text.reserve((table.rows.size() + 1) * width);
-  addLine(text, table.columns, widths);
+  const std::size_t* shownInRow = shown.data();
+  addLine(text, table.columns, shownInRow, widths);
   for (const Row& row : table.rows) {
-    addLine(text, row, widths);
+    addLine(text, row, shownInRow += columns, widths);
   }
   return text;
 }
