@@ -585,6 +585,19 @@ TEST_F(Completing, NamesThatDifferWithinALetterAreCompletedUpToIt) {
   session.expect("\n> save cafè |");
 }
 
+TEST_F(Completing, NamesThatCannotBeTypedAreFound) {
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "25"}, {16, "L'Étoile Bleue"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("findsat l\t");
+  session.expect("\n> findsat L_Étoile_Bleue |");
+  session.type("\n");
+  session.expect("\n> |");
+  EXPECT_NE(session.screen.text().find("\n25\tL'Étoile Bleue "), std::string::npos)
+      << session.screen.text();
+}
+
 TEST_F(Completing, ServicesAreListedWithTheirNames) {
   CatalogueFile catalogue(kCataloguePath);
   catalogue.insert(kSat, {{15, "1017"}, {16, "Canal Uno"}});
