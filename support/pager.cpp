@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <string_view>
 
 #include "support/descriptor.h"
@@ -154,6 +155,9 @@ bool showInPager(const std::string& text) {
       return false;
     }
     status = statusOf(child, signals);
+  }
+  if (WIFSIGNALED(status)) {
+    std::cout << "\r\n" << std::flush;  // from wherever it has left the cursor
   }
   throwIfSignalled();
   constexpr int kNotFound = 127;

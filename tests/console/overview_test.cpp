@@ -200,7 +200,7 @@ TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
 
 TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
   fillLineup(100);
-  program("less", "stty -icanon -echo </dev/tty; kill -9 $$");
+  program("less", "stty -icanon -echo </dev/tty; printf '(END)'; kill -9 $$");
   Start start = withPrograms();
   start.program = "/bin/sh";
   start.arguments = {"-c", "stty -g > " + folder.file("before") + "; " + kConsoleProgram +
@@ -208,7 +208,7 @@ TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
   Session session(start);
   session.expect("> |");
   session.type(std::string("x") + kF3);
-  session.expect("> x|");
+  session.expect("(END)\n> x|");
   session.type("\nquit\n");
   EXPECT_EQ(session.console.finish().status, 0);
   EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
