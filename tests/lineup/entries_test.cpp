@@ -171,6 +171,8 @@ TEST(ServiceKeys, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
   EXPECT_EQ(editor.addEmptyService(25), 1);
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.addEmptyService(1), 2);
+  lineupOf(editor).emptyInputServices.erase(1);
+  EXPECT_EQ(editor.addEmptyService(25), 1);
   hub_module::EmptyInputServiceConfig expected;
   expected.service.serviceType = 25;
   EXPECT_EQ(lineupOf(editor).emptyInputServices.at(1), expected);
