@@ -1,3 +1,5 @@
+// The text of the command "help".
+
 #pragma once
 
 namespace lineup {

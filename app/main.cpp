@@ -15,6 +15,8 @@
 #include "support/memory_limit.h"
 #include "support/output.h"
 
+namespace lineup {
+
 namespace {
 
 constexpr int kLogToSyslog = 1;
@@ -37,14 +39,14 @@ void openClosedStreams() {
   _exit(0);
 }
 
-void runMode(lineup::LineupEditor& editor, const lineup::CommandLineOptions& options) {
+void runMode(LineupEditor& editor, const CommandLineOptions& options) {
   if (!options.saveFile.empty()) {
     editor.saveConfig(options.saveFile);
   } else if (!options.restoreFile.empty()) {
     editor.restoreConfig(options.restoreFile);
   } else if (options.headendType.empty()) {
     if (isatty(STDIN_FILENO) == 1) {
-      lineup::announceLeftEdits();
+      announceLeftEdits();
     }
     editor.runPromptLoop();
   } else {
@@ -53,17 +55,17 @@ void runMode(lineup::LineupEditor& editor, const lineup::CommandLineOptions& opt
 }
 
 /// What is left to do when the program ends by `signal`, or by what ends as by it.
-void leaveEdits(lineup::EditsCopy& copy, int signal) {
+void leaveEdits(EditsCopy& copy, int signal) {
   beginEnding(signal);
   copy.leave();
 }
 
-lineup::EditsCopy* theCopy = nullptr;
+EditsCopy* theCopy = nullptr;
 
 /// For its lifetime, the copy is also written when the end is forced.
 class WrittenWhenForced {
  public:
-  explicit WrittenWhenForced(lineup::EditsCopy& copy) {
+  explicit WrittenWhenForced(EditsCopy& copy) {
     theCopy = &copy;
     whenEndIsForced([] { theCopy->leave(); });
   }
@@ -72,16 +74,16 @@ class WrittenWhenForced {
   WrittenWhenForced& operator=(const WrittenWhenForced&) = delete;
 };
 
-int run(const lineup::CommandLineOptions& options) {
+int run(const CommandLineOptions& options) {
   if (options.version) {
     printVersionAndLeave();
   }
   limitMemory();
   log_setup(options.level, options.console ? kLogToSyslogAndConsole : kLogToSyslog);
-  lineup::routeThriftOutputToLog();
+  routeThriftOutputToLog();
   catchEndingSignals();
-  lineup::LineupEditor editor;
-  using Copy = lineup::EditsCopy;
+  LineupEditor editor;
+  using Copy = EditsCopy;
   const bool onTerminal = isatty(STDIN_FILENO) == 1;
   Copy copy(editor, onTerminal ? Copy::When::WhileEditing : Copy::When::AtTheEnd);
   const WrittenWhenForced written(copy);
@@ -110,9 +112,11 @@ int run(const lineup::CommandLineOptions& options) {
 
 }  // namespace
 
+}  // namespace lineup
+
 int main(int argc, char* argv[]) {
-  openClosedStreams();
-  keepPrinting();
+  lineup::openClosedStreams();
+  lineup::keepPrinting();
   lineup::CommandLineOptions options;
   try {
     options = lineup::parseOptions(argc, argv);
@@ -120,5 +124,5 @@ int main(int argc, char* argv[]) {
     std::cerr << message << std::endl;
     return 1;
   }
-  return run(options);
+  return lineup::run(options);
 }

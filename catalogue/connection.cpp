@@ -113,7 +113,8 @@ tReadingOnly::~tReadingOnly() {
 
 int tReadingOnly::isOver(void* reading) {
   const Clock::time_point end = static_cast<const tReadingOnly*>(reading)->deadline;
-  return static_cast<int>(isSignalled() || (end != Clock::time_point::max() && Clock::now() > end));
+  return static_cast<int>(lineup::isSignalled() ||
+                          (end != Clock::time_point::max() && Clock::now() > end));
 }
 
 }  // namespace korveldb

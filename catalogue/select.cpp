@@ -71,10 +71,10 @@ Result select(const tTable& table, sqlite3* handle, const char* statement) {
     if (result.code == SQLITE_OK) {
       return result;
     }
-    throwIfSignalled();  // the signal interrupted the select
+    lineup::throwIfSignalled();  // the signal interrupted the select
     reportFailure(table, attempt, result.error.get());
     result = {};  // may hold a lot
-    waitFor(std::chrono::seconds(attempt + 1));
+    lineup::waitFor(std::chrono::seconds(attempt + 1));
   }
   return {};
 }

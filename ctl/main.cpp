@@ -46,7 +46,7 @@ void keepFreedMemory() {
 int main(int argc, char* argv[]) {
   openClosedStreams();
   std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit fails, as on a full disk
-  limitMemory();
+  lineup::limitMemory();
   keepFreedMemory();
   log_setup(kLogLevel, kLogToSyslog);
   lineup::routeThriftOutputToLog();

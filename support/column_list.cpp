@@ -4,6 +4,8 @@
 #include <cwchar>
 #include <cwctype>
 
+namespace lineup {
+
 namespace {
 
 constexpr std::size_t kGap = 2;
@@ -86,3 +88,5 @@ std::string listInColumns(const std::vector<std::string>& items, std::size_t wid
   }
   return text;
 }
+
+}  // namespace lineup

@@ -6,6 +6,8 @@
 
 #include <utility>
 
+namespace lineup {
+
 /// Owns an open descriptor, or nothing (a negative number).
 class Descriptor {
  public:
@@ -30,3 +32,5 @@ class Descriptor {
  private:
   int number_ = -1;
 };
+
+}  // namespace lineup

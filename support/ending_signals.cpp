@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <ctime>
 
+namespace lineup {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -375,3 +377,5 @@ RemoteCallUnderWay::~RemoteCallUnderWay() {
 void ignoreEndingSignals() {
   forEachEndingSignal([](int signal) { std::signal(signal, SIG_IGN); });
 }
+
+}  // namespace lineup

@@ -30,6 +30,8 @@
 #include <csignal>
 #include <span>
 
+namespace lineup {
+
 /// Thrown where the program may end because of a signal. Not a std::exception: nothing but main
 /// catches it.
 struct EndedBySignal {
@@ -118,3 +120,5 @@ class RemoteCallUnderWay {
 
 /// Ignores the signals from now on: for a child process that is to finish its work.
 void ignoreEndingSignals();
+
+}  // namespace lineup

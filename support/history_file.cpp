@@ -16,6 +16,8 @@
 #include "support/descriptor.h"
 #include "support/state_folder.h"
 
+namespace lineup {
+
 namespace {
 
 constexpr char kName[] = "history";
@@ -137,3 +139,5 @@ void appendToHistoryFile(const std::string& line, std::size_t most) {
     replace(*folder, content.substr(begin) + added);
   }
 }
+
+}  // namespace lineup

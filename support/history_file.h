@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace lineup {
+
 // The file is the user's own and closed to others; one that is a link, or somebody else's, is
 // neither read nor written. There is none where LINEUP_HISTORY is set and empty. Nothing is thrown
 // or said: what cannot be read or written is left out.
@@ -16,3 +18,5 @@ std::vector<std::string> readHistoryFile();
 /// Adds `line`, which has no line feed, behind those that any console has added meanwhile, and
 /// leaves out the oldest beyond `most` lines.
 void appendToHistoryFile(const std::string& line, std::size_t most);
+
+}  // namespace lineup

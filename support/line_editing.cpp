@@ -34,6 +34,8 @@
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
 
+namespace lineup {
+
 namespace {
 
 constexpr char kEndOfInputKey = 'D' & 0x1f;
@@ -880,3 +882,5 @@ Edited editLine(const std::string& prompt, const LineAids& aids, std::string& li
 void rememberLine(const std::string& line) {
   lineEditor()->remember(line);
 }
+
+}  // namespace lineup

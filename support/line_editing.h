@@ -6,6 +6,8 @@
 
 #include "support/line_input.h"
 
+namespace lineup {
+
 enum class Edited { Line, Dropped, End };
 
 /// Whether standard input and output are a terminal on which lines can be edited. The same at every
@@ -21,3 +23,5 @@ Edited editLine(const std::string& prompt, const LineAids& aids, std::string& li
 /// Adds `line` to the lines that can be found again, in later consoles too, unless it is empty or
 /// the same as the last one.
 void rememberLine(const std::string& line);
+
+}  // namespace lineup

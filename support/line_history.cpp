@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace lineup {
+
 void LineHistory::add(const std::wstring& line) {
   if (line.empty()) {
     return;
@@ -26,3 +28,5 @@ std::optional<LineHistory::Place> LineHistory::find(const std::wstring& text,
   }
   return {};
 }
+
+}  // namespace lineup

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+namespace lineup {
+
 /// The last thousand lines, each once, the oldest first. The line being edited counts as one behind
 /// the last.
 class LineHistory {
@@ -31,3 +33,5 @@ class LineHistory {
  private:
   std::deque<std::wstring> lines_{};
 };
+
+}  // namespace lineup

@@ -12,6 +12,8 @@
 #include "support/ending_signals.h"
 #include "support/line_editing.h"
 
+namespace lineup {
+
 namespace {
 
 std::function<bool()> pauseHook = [] { return false; };
@@ -128,3 +130,5 @@ bool readCommandLine(const std::string& prompt, const LineAids& aids, std::strin
 bool readAnswer(std::string& line) {
   return canEditLines() ? editLine("", {}, line) != Edited::End : readPlainLine("", line);
 }
+
+}  // namespace lineup

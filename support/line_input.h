@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+namespace lineup {
+
 /// A word that the one being typed may become.
 struct Candidate {
   std::string word;
@@ -48,3 +50,5 @@ void whenTypingPauses(std::function<bool()> hook);
 
 /// Waits for one of `inputs` as waitForInput() does, and calls that hook when it takes long.
 void waitForTyping(std::span<pollfd> inputs);
+
+}  // namespace lineup

@@ -5,6 +5,8 @@
 #include <climits>
 #include <cwchar>
 
+namespace lineup {
+
 namespace {
 
 struct Shown {
@@ -229,3 +231,5 @@ std::string LineScreen::resize(std::size_t rows, std::size_t columns) {
                                                     : abilities_.eraseToEndOfDisplay;
   return taken();
 }
+
+}  // namespace lineup

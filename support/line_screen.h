@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace lineup {
+
 /// What a terminal is told to do something, empty where it cannot; and how it behaves.
 struct TerminalAbilities {
   std::string up;                   ///< moves the cursor up one row
@@ -76,3 +78,5 @@ class LineScreen {
   std::size_t cursor_ = 0;
   std::string output_{};
 };
+
+}  // namespace lineup

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace lineup {
+
 namespace {
 
 #ifdef __SANITIZE_ADDRESS__
@@ -28,3 +30,5 @@ void limitMemory() {
     setrlimit(RLIMIT_DATA, &limit);
   }
 }
+
+}  // namespace lineup

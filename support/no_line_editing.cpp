@@ -2,6 +2,8 @@
 
 #include "support/line_editing.h"
 
+namespace lineup {
+
 bool canEditLines() {
   return false;
 }
@@ -14,3 +16,5 @@ Edited editLine(const std::string& /*prompt*/, const LineAids& /*aids*/, std::st
 
 void rememberLine(const std::string& /*line*/) {}
 // GCOVR_EXCL_STOP
+
+}  // namespace lineup

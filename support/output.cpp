@@ -10,6 +10,8 @@
 
 #include "support/ending_signals.h"
 
+namespace lineup {
+
 namespace {
 
 struct Destination {
@@ -71,3 +73,5 @@ void keepPrinting() {
   route(stdout, std::cout, output, isatty(STDOUT_FILENO) == 1 ? _IOLBF : _IOFBF);
   route(stderr, std::cerr, errors, _IONBF);
 }
+
+}  // namespace lineup

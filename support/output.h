@@ -2,6 +2,8 @@
 
 #pragma once
 
+namespace lineup {
+
 /// From now on everything printed to standard output and standard error, by streams and by stdio,
 /// gets away whole however it is taken: a descriptor that takes no more for now is waited for, a
 /// non-blocking one as well. What cannot be written (a full disk, nobody reads) is lost, and
@@ -12,3 +14,5 @@
 /// `stdout` and `stderr` have no file number then; libraries that ask for it must be told. To be
 /// called once, before anything is printed.
 void keepPrinting();
+
+}  // namespace lineup

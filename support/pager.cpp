@@ -16,6 +16,8 @@
 #include "support/descriptor.h"
 #include "support/ending_signals.h"
 
+namespace lineup {
+
 namespace {
 
 // Neither may start other programs: the console may be all that its user is let into.
@@ -163,3 +165,5 @@ bool showInPager(const std::string& text) {
   constexpr int kNotFound = 127;
   return !WIFEXITED(status) || WEXITSTATUS(status) < kNotFound - 1;
 }
+
+}  // namespace lineup

@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <system_error>
 
+namespace lineup {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -108,3 +110,5 @@ void replaceFile(const std::string& path, std::string_view content) {
   file.renameTo(target);
   syncFolder(folder);
 }
+
+}  // namespace lineup

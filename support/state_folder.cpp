@@ -11,6 +11,8 @@
 
 #include "support/words.h"
 
+namespace lineup {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -93,6 +95,8 @@ std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
     addFolder(fs::absolute(temporary, none).string(), folders);
   }
   addFolder("/tmp", folders);
-  std::erase_if(folders, [](const Folder& folder) { return !lineup::isOneWord(folder.path); });
+  std::erase_if(folders, [](const Folder& folder) { return !isOneWord(folder.path); });
   return folders;
 }
+
+}  // namespace lineup

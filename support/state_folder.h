@@ -8,6 +8,8 @@
 
 #include "support/descriptor.h"
 
+namespace lineup {
+
 /// A folder that is held open, so that its files are reached whatever becomes of its name.
 struct Folder {
   std::string path;  ///< from the root
@@ -25,3 +27,5 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing);
 /// /tmp, as far as they can be had and a command can name them (isOneWord()). The last two are
 /// shared with others.
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing);
+
+}  // namespace lineup

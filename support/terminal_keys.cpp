@@ -6,6 +6,8 @@
 #include <iterator>
 #include <string_view>
 
+namespace lineup {
+
 namespace {
 
 /// What the terminals send behind the escape character.
@@ -155,3 +157,5 @@ bool KeyReader::readRest(wchar_t first, wchar_t last, std::wstring& sequence) {
   } while ((character >= first && character <= last) || sequence == L"[[");
   return true;
 }
+
+}  // namespace lineup

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+namespace lineup {
+
 /// What is read from the keyboard: a letter, or one of these. Cursor keys and their like are the
 /// control characters that do the same; those without one have codes of their own, beyond ASCII,
 /// which no letter has.
@@ -70,3 +72,5 @@ class KeyReader {
   std::optional<wchar_t> next_{};  ///< what cut a sequence short
   bool ended_ = false;
 };
+
+}  // namespace lineup

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace lineup {
+
 namespace {
 
 constexpr unsigned short kMost = 1000;
@@ -71,3 +73,5 @@ TerminalSizeBounded::~TerminalSizeBounded() {
     ioctl(STDIN_FILENO, TIOCSWINSZ, &size_);
   }
 }
+
+}  // namespace lineup

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 
+namespace lineup {
+
 /// The mode in which the terminal was found.
 class TerminalMode {
  public:
@@ -63,3 +65,5 @@ class TerminalSizeBounded {
   winsize size_{};
   bool beyond_ = false;
 };
+
+}  // namespace lineup

@@ -16,10 +16,9 @@
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
-using namespace lineup::test;
-using lineup::completeCommandLine;
 namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
@@ -248,3 +247,4 @@ TEST_F(ServiceCompletion, ACatalogueThatCannotBeReadOffersNothingAndSaysNothing)
 }
 
 }  // namespace
+}  // namespace lineup::test

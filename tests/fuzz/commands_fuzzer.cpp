@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   completeLastLine(script);
   lineup::fuzz::setInput(script);
   std::string line;
-  while (readAnswer(line) && runLine(editor, line)) {
+  while (lineup::readAnswer(line) && runLine(editor, line)) {
   }
   lineup::fuzz::removeFiles();
   return 0;

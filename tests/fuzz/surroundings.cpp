@@ -87,8 +87,10 @@ void removeFiles() {
 
 // ---- in place of support/line_input.cpp and support/ending_signals.cpp
 
+namespace lineup {
+
 bool readAnswer(std::string& line) {
-  auto& [text, position] = lineup::fuzz::input;
+  auto& [text, position] = fuzz::input;
   if (position >= text.size()) {
     return false;
   }
@@ -114,6 +116,8 @@ bool isInterrupted() {
 
 RemoteCallUnderWay::RemoteCallUnderWay() {}
 RemoteCallUnderWay::~RemoteCallUnderWay() {}
+
+}  // namespace lineup
 
 // ---- in place of the system's and SQLite's; the linker prescribes these names
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+namespace lineup::test {
 namespace {
 
 class ColumnList : public testing::Test {
@@ -58,3 +59,4 @@ TEST_F(ColumnList, AnEmptyItemTakesItsPlace) {
 }
 
 }  // namespace
+}  // namespace lineup::test

@@ -25,7 +25,7 @@ Start terminalShell(const std::string& script) {
 }
 
 /// The text of what `action` throws, or "nothing".
-template <typename Action>
+template <class Action>
 std::string failureOf(Action action) {
   try {
     action();

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <vector>
 
+namespace lineup::test {
 namespace {
 
 using std::chrono::microseconds;
@@ -333,3 +334,4 @@ TEST(EndingSignalsDeathTest, TheProgramEndsByTheSignal) {
 }
 
 }  // namespace
+}  // namespace lineup::test

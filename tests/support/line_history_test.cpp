@@ -4,6 +4,7 @@
 
 #include <string>
 
+namespace lineup::test {
 namespace {
 
 TEST(LineHistory, KeepsEachLineOnceTheLastLast) {
@@ -40,3 +41,4 @@ TEST(LineHistory, FindsTheLastLineBefore) {
 }
 
 }  // namespace
+}  // namespace lineup::test

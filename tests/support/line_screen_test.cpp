@@ -9,6 +9,7 @@
 
 #include "tests/support/screen.h"
 
+namespace lineup::test {
 namespace {
 
 const TerminalAbilities kXterm{"\x1b[A", "\x1b[K", "\x1b[J", "\x1b[H\x1b[2J", true};
@@ -19,7 +20,7 @@ class LineScreenTest : public testing::Test {
   LineScreenTest() { std::setlocale(LC_CTYPE, "C.UTF-8"); }
 
   void use(std::size_t rows, std::size_t columns) {
-    terminal = lineup::test::Screen(rows, columns);
+    terminal = Screen(rows, columns);
     screen.begin(rows, columns);
   }
 
@@ -31,7 +32,7 @@ class LineScreenTest : public testing::Test {
     return terminal.text();
   }
 
-  lineup::test::Screen terminal{5, 10};
+  Screen terminal{5, 10};
   LineScreen screen{kXterm};
 };
 
@@ -137,3 +138,4 @@ TEST_F(LineScreenTest, IsAlwaysThatOfALineShownAtOnce) {
 }
 
 }  // namespace
+}  // namespace lineup::test

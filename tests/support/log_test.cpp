@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 
+namespace lineup::test {
 namespace {
 
 /// What reaches standard error when `write` runs under log_setup(level, targets).
@@ -83,3 +84,4 @@ TEST(Log, AStandardErrorThatNobodyReadsIsNotWaitedFor) {
 }
 
 }  // namespace
+}  // namespace lineup::test

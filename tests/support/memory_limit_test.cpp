@@ -8,6 +8,7 @@
 #include <new>
 #include <vector>
 
+namespace lineup::test {
 namespace {
 
 rlim_t limitOfData() {
@@ -53,3 +54,4 @@ TEST(MemoryLimit, LeavesRoomBelowItAndNoneBeyond) {
 #endif
 
 }  // namespace
+}  // namespace lineup::test

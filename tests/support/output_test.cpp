@@ -16,6 +16,7 @@
 
 #include "support/ending_signals.h"
 
+namespace lineup::test {
 namespace {
 
 /// Runs `print` in a child process, the standard output of which is `descriptor`. Returns its
@@ -108,3 +109,4 @@ TEST(Output, AnOutputThatNobodyReadsIsGivenUpWhenTheEndIsOverdue) {
 }
 
 }  // namespace
+}  // namespace lineup::test

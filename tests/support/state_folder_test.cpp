@@ -10,6 +10,7 @@
 
 #include "tests/support/temporary_folder.h"
 
+namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -22,7 +23,7 @@ class StateFolder : public testing::Test {
     setenv("TMPDIR", "/tmp", 1);
   }
 
-  const lineup::test::TemporaryFolder home;
+  const TemporaryFolder home;
 };
 
 TEST_F(StateFolder, IsMadeForTheUserAlone) {
@@ -98,3 +99,4 @@ TEST_F(StateFolder, AFolderThatNoCommandCanNameIsLeftOut) {
 }
 
 }  // namespace
+}  // namespace lineup::test

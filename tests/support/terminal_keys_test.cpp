@@ -5,6 +5,7 @@
 #include <clocale>
 #include <string>
 
+namespace lineup::test {
 namespace {
 
 /// The keys that `bytes` stand for.
@@ -68,3 +69,4 @@ TEST(TerminalKeys, ASequenceAtTheEndIsLeftOut) {
 }
 
 }  // namespace
+}  // namespace lineup::test
