@@ -28,7 +28,7 @@ std::string onOff(bool on) {
   return on ? " on" : " off";
 }
 
-template <typename Entry>
+template <class Entry>
 bool hasService(const hub_module::LineupConfig& lineup, const Entry& entry) {
   switch (entry.serviceKind) {
     case hub_module::LineupEntryKind::DVB:

@@ -32,7 +32,7 @@ constexpr std::array<ModuleRow, 9> kModules{{
 constexpr int32_t kServiceBitrate = 4500000;  // bits a second
 
 /// Copies the inputs that are present; one that is switched on has found its signal.
-template <typename Inputs>
+template <class Inputs>
 Inputs presentInputs(const Inputs& inputs, const std::set<general::RFInputId::type>& absent) {
   Inputs present;
   for (const auto& [id, input] : inputs) {
@@ -44,7 +44,7 @@ Inputs presentInputs(const Inputs& inputs, const std::set<general::RFInputId::ty
   return present;
 }
 
-template <typename Inputs>
+template <class Inputs>
 int32_t lockedCount(const Inputs& inputs) {
   int32_t count = 0;
   for (const auto& [id, input] : inputs) count += input.locked ? 1 : 0;

@@ -11,7 +11,7 @@ using Texts = std::vector<std::string>;
 using Integers = std::vector<int32_t>;
 
 /// What parseIntegerList throws for `text`, if it is an `Error`.
-template <typename Error>
+template <class Error>
 std::string errorOf(const std::string& text) {
   try {
     parseIntegerList(text);

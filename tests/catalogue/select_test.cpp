@@ -35,7 +35,7 @@ Cells cellsNamedByPosition(std::size_t columns) {
 class Select : public testing::Test {
  protected:
   /// What is written to standard error while `action` runs.
-  template <typename Action>
+  template <class Action>
   static Lines errorsOf(Action action) {
     testing::internal::CaptureStderr();
     action();

@@ -80,9 +80,13 @@ class CatalogueCommands : public testing::Test {
 };
 
 TEST_F(CatalogueCommands, EachTableIsFoundByItsOwnCommandAndAllByFind) {
-  EXPECT_EQ(outputOf("findsat channel\nfindtdt Uno\nfindcable Eins\nfindip IP\nfind\n"),
-            std::string("> ") + kSatLine + "> " + kTdtLine + "> " + kCableLine + "> " + kIPLine +
-                "> " + kFoundLines + "> \n");
+  const std::string each =
+      std::string("> ") + kSatLine + "> " + kTdtLine + "> " + kCableLine + "> " + kIPLine;
+  EXPECT_EQ(outputOf("findsat channel\nfindtdt Uno\nfindcable Eins\nfindip IP\nfind UN\n"),
+            each + "> " + kTdtLine + "No SAT services found.\nNo Cable services found.\n" +
+                kIPLine + "> \n");
+  EXPECT_EQ(outputOf("findsat\nfindtdt\nfindcable\nfindip\nfind\n"),
+            each + "> " + kFoundLines + "> \n");
 }
 
 TEST_F(CatalogueCommands, ANameWithAQuoteIsRetriedAndFindsNothing) {
@@ -213,12 +217,14 @@ TEST_F(CatalogueCommands, ServicesOfAllTablesAreAddedAndCommitted) {
 }
 
 TEST_F(CatalogueCommands, AnIdIsReadAsFarAsItIsANumberAndARefusedOneLeavesTheEdits) {
-  EXPECT_EQ(outputOf("adddvb abc\nrfadddvb 17abc\nadddvb 4711\ncommit\n"),
+  file->insert(kTdt, {{10, "0"}, {11, "Nought"}});
+  EXPECT_EQ(outputOf("adddvb 4711\nrfadddvb 17abc\nadddvb 4711\nrfadddvb abc\ncommit\n"),
             std::string("> Service not found\n> ") + kPending + "Service not found\n" + kPending +
-                "> \n");
+                kPending + "> \n");
   const LineupConfig lineup = controller.config().lineupConfig;
-  ASSERT_EQ(lineup.dvbInputServices.size(), 1U);
+  ASSERT_EQ(lineup.dvbInputServices.size(), 2U);
   EXPECT_EQ(lineup.dvbInputServices.at(1).service.name, "Télé Uno");
+  EXPECT_EQ(lineup.dvbInputServices.at(2).service.name, "Nought");
   EXPECT_EQ(lineup.ipEntries.size(), 0U);
 }
 

@@ -33,6 +33,7 @@
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
 #include "tests/support/streams.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -95,15 +96,9 @@ class ConfigFile : public testing::Test {
  protected:
   ConfigFile() {
     routeThriftOutputToLog();
-    std::string name = std::filesystem::temp_directory_path() / "config-file-test-XXXXXX";
-    folder_ = mkdtemp(name.data());
-    path_ = folder_ + "/config.json";
     descriptors_ = openDescriptors();
   }
-  ~ConfigFile() override {
-    EXPECT_EQ(openDescriptors(), descriptors_);
-    std::filesystem::remove_all(folder_);
-  }
+  ~ConfigFile() override { EXPECT_EQ(openDescriptors(), descriptors_); }
 
   void fill(const std::string& content) const { std::ofstream(path_) << content; }
 
@@ -115,8 +110,8 @@ class ConfigFile : public testing::Test {
     return status.st_mode & 07777;
   }
 
-  std::string folder_;
-  std::string path_;
+  const TemporaryFolder folder_;
+  const std::string path_ = folder_.file("config.json");
   size_t descriptors_ = 0;
 };
 
@@ -162,12 +157,12 @@ TEST_F(ConfigFile, IsWrittenToItsEndEvenIfTheFirstSyncFails) {
 
 TEST_F(ConfigFile, ThatCannotBeOpenedForWritingIsMinusOne) {
   syncing = {};
-  EXPECT_EQ(writeConfigFile(folder_ + "/missing/config.json", HeadendConfig()), -1);
-  EXPECT_EQ(writeConfigFile(folder_, HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile(folder_.file("missing/config.json"), HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile(folder_.path(), HeadendConfig()), -1);
   EXPECT_EQ(writeConfigFile("", HeadendConfig()), -1);
   EXPECT_EQ(writeConfigFile(std::string(10000, 'x'), HeadendConfig()), -1);
   EXPECT_EQ(syncing.calls, std::vector<std::string>());
-  EXPECT_TRUE(std::filesystem::is_empty(folder_));
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
 }
 
 TEST_F(ConfigFile, OnAFullDiskIsMinusTwo) {
@@ -386,7 +381,7 @@ TEST_F(ConfigFile, ThatCannotBeOpenedForReadingIsMinusOneAndChangesNothing) {
 
 TEST_F(ConfigFile, ThatIsAFolderIsMinusTwoAndChangesNothing) {
   HeadendConfig config = randomHeadendConfig(1);
-  EXPECT_EQ(readConfigFile(folder_, config), -2);
+  EXPECT_EQ(readConfigFile(folder_.path(), config), -2);
   EXPECT_EQ(config, randomHeadendConfig(1));
 }
 
@@ -685,13 +680,14 @@ TEST_F(ConfigFile, SaveWithoutAControllerSaysSoAndWritesWhatTheEditorHas) {
 TEST_F(ConfigFile, SaveThatFailsSaysSavedAllTheSame) {
   LineupEditor editor;
   editor.pendingChanges = true;
-  const std::string missing = folder_ + "/missing/config.json";
-  for (const std::string& path : {missing, folder_, std::string("/dev/full"), std::string()}) {
+  const std::string missing = folder_.file("missing/config.json");
+  for (const std::string& path :
+       {missing, folder_.path(), std::string("/dev/full"), std::string()}) {
     EXPECT_EQ(printed([&] { editor.saveConfig(path); }), "Saved config to: " + path + "\n");
     EXPECT_EQ(editor.config, HeadendConfig());
     EXPECT_TRUE(editor.pendingChanges);
   }
-  EXPECT_TRUE(std::filesystem::is_empty(folder_));
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
 }
 
 // ---- restoring

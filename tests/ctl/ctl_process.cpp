@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 namespace lineup::test {
 
@@ -23,12 +22,6 @@ void expectCtl(const std::vector<std::string>& words, int status, const std::str
   EXPECT_EQ(outcome.status, status) << outcome.signal;
   EXPECT_EQ(outcome.out, out);
   EXPECT_EQ(outcome.err, complaint.empty() ? "" : "lineupctl: " + complaint + "\n");
-}
-
-std::string contentOf(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
 }
 
 void fill(const std::string& path, const std::string& content) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/console_process.h"
+#include "tests/support/file_content.h"
 
 namespace lineup::test {
 
@@ -23,7 +24,6 @@ Outcome runCtl(const std::vector<std::string>& words, const std::string& input =
 void expectCtl(const std::vector<std::string>& words, int status, const std::string& out,
                const std::string& complaint = "", const std::string& input = "");
 
-std::string contentOf(const std::string& path);
 void fill(const std::string& path, const std::string& content);
 
 }  // namespace lineup::test

@@ -229,18 +229,18 @@ TEST_F(SimulatorCatalogue, EveryIPServiceIsOnAMuxOfTheConfiguration) {
 
 TEST_F(SimulatorCatalogue, OfAnEarlierRunIsReplaced) {
   writeOnce();
-  const std::string first = readFile(path_);
+  const std::string first = contentOf(path_);
   database().select("DELETE FROM availableIPService");
-  EXPECT_NE(readFile(path_), first);
+  EXPECT_NE(contentOf(path_), first);
   writeOnce();
-  EXPECT_EQ(readFile(path_), first);
+  EXPECT_EQ(contentOf(path_), first);
 }
 
 TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
   const std::string foreign = folder_.file("foreign.sqlite");
   ASSERT_EQ(run({.program = "sqlite3", .arguments = {foreign, "CREATE TABLE t (a)"}}).status, 0);
   for (const std::string& content :
-       {readFile(foreign), std::string("no database"), std::string()}) {
+       {contentOf(foreign), std::string("no database"), std::string()}) {
     writeFile(path_, content);
     const Outcome outcome = runRefused();
     EXPECT_EQ(outcome.status, 1);
@@ -248,7 +248,7 @@ TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
     EXPECT_EQ(outcome.err,
               "headend-simulator: the catalogue " + path_ +
                   " was not written by this program; --replace-catalogue replaces it\n");
-    EXPECT_EQ(readFile(path_), content);
+    EXPECT_EQ(contentOf(path_), content);
     writeOnce({"--replace-catalogue"});
     EXPECT_EQ(rows(kIP).size(), 12U);
     writeOnce();
@@ -268,7 +268,7 @@ TEST_F(SimulatorCatalogue, ThatCannotBeLookedIntoIsKept) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "headend-simulator: the catalogue " + path +
                              " was not written by this program; --replace-catalogue replaces it\n");
-  EXPECT_EQ(readFile(path), "whose?");
+  EXPECT_EQ(contentOf(path), "whose?");
 }
 
 TEST_F(SimulatorCatalogue, ThatIsNoRegularFileIsNeverReplaced) {
@@ -296,7 +296,7 @@ TEST_F(SimulatorCatalogue, IsWrittenIntoFoldersThatDoNotExistYet) {
 TEST_F(SimulatorCatalogue, IsLeftAloneWhenNotWanted) {
   writeFile(path_, "foreign");
   writeOnce({"--no-catalogue"});
-  EXPECT_EQ(readFile(path_), "foreign");
+  EXPECT_EQ(contentOf(path_), "foreign");
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "model/no_size_limits.h"
@@ -23,11 +22,6 @@ std::vector<std::string> namesIn(const TemporaryFolder& folder) {
   }
   std::sort(result.begin(), result.end());
   return result;
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void writeFile(const std::string& path, const std::string& text) {

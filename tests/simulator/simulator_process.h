@@ -8,6 +8,7 @@
 
 #include "WebSrv.h"
 #include "tests/support/console_process.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -18,7 +19,6 @@ extern const char* const kSimulatorProgram;
 /// The names in the folder, sorted.
 std::vector<std::string> namesIn(const TemporaryFolder& folder);
 
-std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 
 /// A connection to the simulator and the generated client on it, without limits of size.

@@ -146,14 +146,14 @@ TEST(SimulatorOptions, InputThatNoHeadendHasIsRefused) {
 TEST(SimulatorPort, PortInUseIsRefusedAndNothingIsTouched) {
   const TemporaryFolder folder;
   const SimulatorProcess running(folder);
-  const std::string state = readFile(folder.file("state.json"));
+  const std::string state = contentOf(folder.file("state.json"));
   const std::string port = std::to_string(running.port());
   expectRefusal(
       runSimulator({"--port", port, "--state", folder.file("other.json"), "--catalogue",
                     folder.file("other.sqlite")}),
       "cannot listen on 127.0.0.1 port " + port + ": Could not bind: Address already in use");
   EXPECT_EQ(namesIn(folder), (std::vector<std::string>{"catalogue.sqlite", "state.json"}));
-  EXPECT_EQ(readFile(folder.file("state.json")), state);
+  EXPECT_EQ(contentOf(folder.file("state.json")), state);
   EXPECT_EQ(headendName(running), "Simulated headend");
 }
 
@@ -310,12 +310,12 @@ TEST(SimulatorFaults, OfACommitLeaveTheConfigurationAsItWas) {
   const TemporaryFolder folder;
   const SimulatorProcess simulator(
       folder, {"--refuse", "setHeadendConfig:1", "--break", "setHeadendConfig:2"});
-  const std::string state = readFile(folder.file("state.json"));
+  const std::string state = contentOf(folder.file("state.json"));
   const auto set = [&] { setHeadendName(simulator, "lost"); };
   EXPECT_EQ(errorOf(set), "not ready: refused");
   EXPECT_EQ(errorOf(set), "broken");
   EXPECT_EQ(headendName(simulator), "Simulated headend");
-  EXPECT_EQ(readFile(folder.file("state.json")), state);
+  EXPECT_EQ(contentOf(folder.file("state.json")), state);
 }
 
 TEST(SimulatorFaults, OfAllCallsCountThemTogether) {
@@ -459,7 +459,7 @@ TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
     simulator.signal(SIGTERM);
     simulator.finish();
   }
-  const std::string whole = readFile(path);
+  const std::string whole = contentOf(path);
   for (const std::string& damaged :
        {std::string(), whole.substr(0, whole.size() / 2), whole.substr(0, whole.size() - 1),
         whole + "}", std::string("{}"), std::string("SQLite format 3"),
@@ -473,7 +473,7 @@ TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
         "headend-simulator: the state file " + path + " is damaged or no state file (";
     EXPECT_EQ(outcome.err.substr(0, begin.size()), begin);
     EXPECT_NE(outcome.err.find("); move it away to begin with a new headend\n"), std::string::npos);
-    EXPECT_EQ(readFile(path), damaged);
+    EXPECT_EQ(contentOf(path), damaged);
   }
 }
 
@@ -528,7 +528,7 @@ TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
 TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
   const TemporaryFolder folder;
   SimulatorProcess simulator(folder, {"--state", folder.file("state/file.json")});
-  const std::string state = readFile(folder.file("state/file.json"));
+  const std::string state = contentOf(folder.file("state/file.json"));
   // Another folder stands where its folder was.
   std::filesystem::rename(folder.file("state"), folder.file("away"));
   writeFile(folder.file("state"), "");
@@ -537,7 +537,7 @@ TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
   EXPECT_EQ(simulator.nextLine(), "setHeadendConfig: refused, cannot write " +
                                       folder.file("state/file.json") + ": Not a directory");
   EXPECT_EQ(headendName(simulator), "Simulated headend");
-  EXPECT_EQ(readFile(folder.file("away/file.json")), state);
+  EXPECT_EQ(contentOf(folder.file("away/file.json")), state);
 }
 
 TEST(SimulatorState, IsWrittenToNoFileThatALinkBesideItNames) {
@@ -549,7 +549,7 @@ TEST(SimulatorState, IsWrittenToNoFileThatALinkBesideItNames) {
   }
   const SimulatorProcess simulator(folder);
   setHeadendName(simulator, "changed");
-  EXPECT_EQ(readFile(other), "precious");
+  EXPECT_EQ(contentOf(other), "precious");
 }
 
 TEST(SimulatorState, HasTheModeThatTheMaskAllows) {
