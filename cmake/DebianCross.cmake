@@ -1,5 +1,5 @@
 # Toolchain for another of Debian's architectures: Debian's cross compiler, and the headers and
-# libraries of that architecture in build/sysroot-ARCH, which scripts/sysroot makes. A preset names
+# libraries of that architecture in build/sysroot-ARCH, which packaging/sysroot makes. A preset names
 # the architecture in LINEUP_ARCH (armhf or arm64).
 
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES LINEUP_ARCH)

@@ -40,7 +40,7 @@ def drift(number, *lines):
 
 
 def package_file():
-    """The console's package for this machine, if scripts/package has made it, or None."""
+    """The console's package for this machine, if packaging/package has made it, or None."""
     machine = run("dpkg", "--print-architecture").stdout.strip()
     pattern = os.path.join(PROJECT, f"build/packages/lineup-console_*_{machine}.deb")
     for path in sorted(glob.glob(pattern)):
@@ -96,7 +96,7 @@ class Headends(unittest.TestCase):
     def test_get_the_package_and_its_timer_from_the_role(self):
         package = package_file()
         if package is None:
-            self.skipTest("scripts/package has made no package")
+            self.skipTest("packaging/package has made no package")
         headend(5, "umount", "/usr/local/bin/lineupctl")
         headend(5, "rm", "/usr/local/bin/lineupctl")
         # Where systemd does not run, the timer is enabled for its next start.

@@ -1,9 +1,9 @@
 #!/bin/bash
-# What scripts/tally.sh counts, and what it shows.
+# What .ci/tally.sh counts, and what it shows.
 set -u -o pipefail
 cd "$(dirname "$0")/../.." || exit
-# shellcheck source=scripts/tally.sh
-. scripts/tally.sh
+# shellcheck source=.ci/tally.sh
+. .ci/tally.sh
 
 expect() {
   [ "$1" = "$2" ] && return
