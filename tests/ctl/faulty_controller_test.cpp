@@ -125,7 +125,7 @@ TEST_F(CtlWithFaultyController, ThatAnswersWithAnException) {
 TEST_F(CtlWithFaultyController, ThatHangsUpAtOnceOrInTheMiddle) {
   Answer fault;
   fault.hangsUp = true;
-  for (const std::size_t sent : {0, 3, 4, 40}) {
+  for (const std::size_t sent : {0U, 3U, 4U, 40U}) {
     fault.sentBytes = sent;
     expectEachCallToFail(fault);
   }
@@ -160,7 +160,7 @@ std::string rightRecord(const std::string& call) {
 }
 
 TEST_F(CtlWithFaultyController, ThatSendsARecordWhichIsCutOrOfAnotherSize) {
-  for (const std::size_t missing : {1, 2, 30}) {
+  for (const std::size_t missing : {1U, 2U, 30U}) {
     expectEachCallToFail([&](const std::string& call) {
       const std::string record = rightRecord(call);
       return replyOf(call, record.substr(0, record.size() - missing));
