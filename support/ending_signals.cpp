@@ -228,10 +228,13 @@ timespec asTimespec(std::chrono::nanoseconds duration) {
 /// Waits with the signals let through only while it waits, so that one that is caught just before
 /// is seen at once and not after the wait. Returns ppoll's result.
 int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
-  const EndingSignalsHeld held;
-  throwIfSignalled();
-  const int result = ppoll(descriptors, count, timeout, &held.maskBefore());
-  throwIfSignalled();
+  int result = 0;
+  {
+    const EndingSignalsHeld held;
+    throwIfSignalled();
+    result = ppoll(descriptors, count, timeout, &held.maskBefore());
+  }
+  throwIfSignalled();  // also for one that came together with input, which ppoll() has held back
   return result;
 }
 

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -419,6 +418,16 @@ TEST_P(Editing, CtrlCDropsTheLine) {
   session.expect("\n(changes to commit) > ^C\n(changes to commit) > |");
 }
 
+TEST_P(Editing, WhatComesTogetherWithCtrlCIsOfTheNextLine) {
+  session.expect("> |");
+  session.type("abc");
+  session.expect("> abc|");
+  session.type(std::string(kCtrlC) + "id 3\n");
+  session.expect(
+      "> abc^C\n> id 3\nHeadend id changed to: 3. Please remember to commit the changes.\n"
+      "(changes to commit) > |");
+}
+
 TEST_P(Editing, CtrlCDropsALineOfSeveralRowsWithTheCursorInTheFirst) {
   session.resize(24, 20);
   session.expect("> |");
@@ -809,7 +818,10 @@ TEST_F(OnATerminal, OneFgIsEnoughThroughAScript) {
 }
 
 TEST_F(OnATerminal, OneFgIsEnoughThroughSudo) {
-  if (std::system("sudo -n true >/dev/null 2>&1") != 0) {
+  Start sudo;
+  sudo.program = "/bin/sh";
+  sudo.arguments = {"-c", "sudo -n true"};
+  if (run(sudo).status != 0) {
     GTEST_SKIP() << "no sudo without a password";
   }
   expectThatOneFgIsEnough("sudo -n env XDG_STATE_HOME=\"$XDG_STATE_HOME\" " +
