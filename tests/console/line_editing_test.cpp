@@ -664,9 +664,7 @@ TEST_F(Completing, AnUnreadableCatalogueCompletesToNothingAtOnceAndSilently) {
   session.expect("\n> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17 |");
   std::ofstream(kCataloguePath) << "no database at all";
   session.type(std::string(kBackspace) + kBackspace + "\t7");
-  session.expect("\n> adddvb 17|");
-  EXPECT_EQ(session.screen.text(),
-            std::string(kGreeting) + "> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17|");
+  session.expect(std::string(kGreeting) + "> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17|");
 }
 
 TEST_F(Completing, ALargeCatalogueIsListedAsFarAsTheScreenHasRoom) {
