@@ -157,15 +157,19 @@ class Headends(unittest.TestCase):
         old = [config(number) for number in ALL]
         for number in (2, 3, 4, 5):
             headend(number, "off")
-            headend(number, "on", "--delay", "setHeadendConfig=8")
+            headend(number, "on", "--delay", "setHeadendConfig=600")
         before = calls(1).count("setHeadendConfig")
-        # Two at a time: when the first is done, the second sends, and the last has not begun.
+        # Two at a time: the first is done, two others send until they are given up, and the last has not
+        # begun.
         command = ["ansible-playbook", "--forks", "2", "-e", "lineup_file=other.json", "site.yml"]
         with subprocess.Popen(command, stdout=subprocess.DEVNULL, start_new_session=True) as playbook:
             wait_until(lambda: calls(1).count("setHeadendConfig") > before and processes("lineupctl"))
             os.killpg(playbook.pid, signal.SIGKILL)
         kill("lineupctl")
         wait_until(lambda: not processes("lineupctl"))
+        for number in (2, 3, 4, 5):
+            headend(number, "off")
+            headend(number, "on")
         found = [config(number) for number in ALL]
         status, said, _ = play("-e", "lineup_file=other.json")
         self.assertEqual(status, 0, said)
