@@ -117,9 +117,34 @@ void removeLeft(const LeftCopy& copy) {
   unlinkat(copy.folder->descriptor.number(), copy.name.c_str(), 0);
 }
 
+/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
+/// a clock that was not set yet may have given it, nothing goes that nobody has been told of.
 bool isOld(const LeftCopy& copy) {
   constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
-  return copy.status.st_mtime < std::time(nullptr) - kMonth;
+  const bool announced = (copy.status.st_mode & S_IWUSR) == 0;
+  return announced && copy.status.st_atime < std::time(nullptr) - kMonth;
+}
+
+/// Notes when it is announced first: it is read-only from then on, and was read then.
+void noteAnnounced(const LeftCopy& copy) {
+  if ((copy.status.st_mode & S_IWUSR) == 0) {
+    return;
+  }
+  const int folder = copy.folder->descriptor.number();
+  const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
+  utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW);
+  fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
+}
+
+void announce(const LeftCopy& copy) {
+  const std::string path = pathOf(*copy.folder, copy.name);
+  std::string line = "Changes of ";
+  line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
+  line += " that were not committed are in " + path + ": " + howToRestore(path);
+  line += " sends them at once, \"lineupctl diff " + path;
+  line += "\" in a shell shows them first\n";
+  std::cerr << line;
+  noteAnnounced(copy);
 }
 
 }  // namespace
@@ -226,7 +251,14 @@ bool EditsCopy::finishWriter(int options) {
 }
 
 bool EditsCopy::isUpToDate() const {
-  return copy_.folder != nullptr && written_ == editor_.config;
+  return isThere() && written_ == editor_.config;
+}
+
+/// Whether there is a copy, which whoever cleans up folders has not removed.
+bool EditsCopy::isThere() const {
+  struct stat status {};
+  return copy_.folder != nullptr && fstat(copy_.descriptor.number(), &status) == 0 &&
+         status.st_nlink > 0;
 }
 
 bool EditsCopy::update() noexcept {
@@ -309,9 +341,9 @@ void EditsCopy::say(bool upToDate) const {
   std::string line = "The uncommitted changes ";
   if (!upToDate) {
     line += "could not be written to a file";
-    line += copy_.folder != nullptr ? "; earlier ones " : "";
+    line += isThere() ? "; earlier ones " : "";
   }
-  if (copy_.folder != nullptr) {
+  if (isThere()) {
     const std::string path = pathOf(*copy_.folder, copy_.name);
     line += "are in " + path + ": " + howToRestore(path) + " brings them back and commits them";
   }
@@ -322,10 +354,9 @@ void EditsCopy::say(bool upToDate) const {
 // ---- what others left
 
 void EditsCopy::removeRestored() {
-  if (editor_.restoredFile.empty() || editor_.commits == commitsSeen_) {
+  if (std::exchange(commitsSeen_, editor_.commits) == editor_.commits) {
     return;
   }
-  commitsSeen_ = editor_.commits;
   struct stat restored {};
   if (stat(editor_.restoredFile.c_str(), &restored) != 0) {
     return;
@@ -349,13 +380,7 @@ void announceLeftEdits() noexcept {
       if (isOld(copy)) {
         removeLeft(copy);
       } else if (!copy.name.ends_with(kBeing)) {
-        const std::string path = pathOf(*copy.folder, copy.name);
-        std::string line = "Changes of ";
-        line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
-        line += " that were not committed are in " + path + ": " + howToRestore(path);
-        line += " sends them at once, \"lineupctl diff " + path;
-        line += "\" in a shell shows them first\n";
-        std::cerr << line;
+        announce(copy);
       }
     }
   } catch (...) {

@@ -57,6 +57,7 @@ class EditsCopy {
   void startWriter();
   bool finishWriter(int options);
   bool isUpToDate() const;
+  bool isThere() const;
   static void removeFile(File& file) noexcept;
   void removeUnfinished(const File& file) const;
   void say(bool upToDate) const;
@@ -75,7 +76,7 @@ class EditsCopy {
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to
-/// bring them back. Removes those that are older than 30 days.
+/// bring them back. Removes those that were said so of first more than 30 days ago.
 void announceLeftEdits() noexcept;
 
 }  // namespace lineup

@@ -102,7 +102,7 @@ void LineupEditor::restoreConfig(const std::string& path) {
     }
     throw;
   }
-  restoredFile = whole && commits != commitsBefore ? path : "";
+  restoredFile = whole ? path : "";
   std::cout << "Restored config from: " << path << std::endl;
 }
 

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -26,6 +27,8 @@ namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::time_t kDay = 24L * 60 * 60;
 
 class EditsCopy : public testing::Test {
  protected:
@@ -81,6 +84,12 @@ class EditsCopy : public testing::Test {
     console.signal(SIGKILL);
     console.finish();
     return path;
+  }
+
+  /// When a file was changed and read last.
+  static void setTimes(const std::string& path, std::time_t time) {
+    const timespec when[2] = {{time, 0}, {time, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), when, 0), 0);
   }
 
   static std::string announcement(const std::string& path) {
@@ -222,12 +231,62 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
   EXPECT_TRUE(fs::exists(path));
 }
 
-TEST_F(EditsCopy, ThatIsAMonthOldGoes) {
+TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
   const std::string path = leave();
-  fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(24 * 31));
+  ConsoleProcess console(start("dumb"));
+  console.readUntil("\n> ");
+  controller.answerNext({.kind = Answer::kNotReady});
+  type(console, "restore " + path, "> ");
+  type(console, "commit", "> ");
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
+  EXPECT_TRUE(files().empty());
+}
+
+TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
+  const std::string path = leave();
+  ConsoleProcess console(start("dumb"));
+  console.readUntil("\n> ");
+  controller.answerNext({.kind = Answer::kNotReady});
+  type(console, "restore " + path, "> ");
+  type(console, "reset", "> ");
+  type(console, "id 8", kPending);
+  type(console, "commit", "> ");
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, ThatWasAnnouncedAMonthAgoGoes) {
+  const std::string path = leave();
+  ConsoleProcess(start("dumb")).readUntil("Enter 'help'");
+  setTimes(path, std::time(nullptr) - 29 * kDay);
+  ConsoleProcess(start("dumb")).readUntil(announcement(path));
+  setTimes(path, std::time(nullptr) - 31 * kDay);
   ConsoleProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_TRUE(files().empty());
+}
+
+TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
+  const std::string path = leave();
+  setTimes(path, 100);  // a clock that was not set yet
+  for (int count = 0; count < 2; ++count) {
+    ConsoleProcess console(start("dumb"));
+    EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
+  }
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
+  ConsoleProcess console(start("xterm"));
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  fs::remove(awaitCopyWith("{\"i32\":7}"));
+  type(console, "help", kPending);
+  const std::string path = awaitCopyWith("{\"i32\":7}");
+  EXPECT_NE(path, "");
+  fs::remove(path);
+  console.signal(SIGTERM);
+  EXPECT_NE(console.finish().out.find("The uncommitted changes are in "), std::string::npos);
+  EXPECT_NE(copyWith("{\"i32\":7}"), "");
 }
 
 TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
