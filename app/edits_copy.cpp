@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -37,12 +38,12 @@ std::string timeText(const char* format, std::time_t time) {
   return text.data();
 }
 
-std::string nameOfNewCopy() {
-  return "lineup-console-" + timeText("%Y%m%d-%H%M%S", std::time(nullptr)) + "-" +
-         std::to_string(getpid()) + ".json";
+std::string nameOfCopy(std::time_t time) {
+  return "lineup-console-" + timeText("%Y%m%d-%H%M%S", time) + "-" + std::to_string(getpid()) +
+         ".json";
 }
 
-/// Whether nameOfNewCopy() makes such names. Nothing else in a shared folder is ours to touch.
+/// Whether nameOfCopy() makes such names. Nothing else in a shared folder is ours to touch.
 bool isNameOfCopy(const std::string& name) {
   int end = 0;
   std::array<char, 9> date{};
@@ -158,58 +159,100 @@ void EditsCopy::openFolders() {
 }
 
 /// Opens the file beside its place.
-bool EditsCopy::beginFile(const Folder& folder) {
-  new_.folder = &folder;
-  new_.name = copy_.folder == &folder ? copy_.name : nameOfNewCopy();
+bool EditsCopy::openBeside(const Folder& folder, const std::string& name) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const int descriptor =
-      openat(folder.descriptor.number(), (new_.name + kBeing).c_str(), kFlags, S_IRUSR | S_IWUSR);
+      openat(folder.descriptor.number(), (name + kBeing).c_str(), kFlags, S_IRUSR | S_IWUSR);
   if (descriptor < 0) {
     return false;
   }
-  new_.descriptor = Descriptor(descriptor);
+  new_ = File{&folder, name, Descriptor(descriptor)};
   fchmod(descriptor, S_IRUSR | S_IWUSR);  // whatever the umask
   flock(descriptor, LOCK_EX | LOCK_NB);
   return true;
 }
 
+/// Opens a file for a name that no other has. That of this second may be taken: process numbers
+/// come again in containers, and seconds on a board whose clock is not set.
+bool EditsCopy::openNew(const Folder& folder) {
+  constexpr int kMostNames = 60;
+  const std::time_t now = std::time(nullptr);
+  for (int later = 0; later < kMostNames; ++later) {
+    const std::string name = nameOfCopy(now + later);
+    if (openBeside(folder, name)) {
+      // The other order would miss one that is put into its place in between.
+      if (faccessat(folder.descriptor.number(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
+        return true;
+      }
+      dropFile();
+    } else if (errno != EEXIST) {
+      return false;
+    }
+  }
+  return false;
+}
+
+void EditsCopy::dropFile() {
+  unlinkat(new_.folder->descriptor.number(), (new_.name + kBeing).c_str(), 0);
+  new_ = File();
+}
+
+/// Opens the file beside the copy, or beside the place that it will have in `folder`.
+bool EditsCopy::beginFile(const Folder& folder) {
+  return copy_.folder == &folder ? openBeside(folder, copy_.name) : openNew(folder);
+}
+
+/// Puts the file into its place. Throws errno.
+void EditsCopy::placeFile() const {
+  const int folder = new_.folder->descriptor.number();
+  if (renameat(folder, (new_.name + kBeing).c_str(), folder, new_.name.c_str()) != 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
+}
+
 /// Fills the file and puts it into its place. Throws what writeConfig() does, or errno.
 void EditsCopy::writeFile() const {
   writeConfig(new_.descriptor.number(), editor_.config);
-  const int folder = new_.folder->descriptor.number();
-  if (fsync(new_.descriptor.number()) != 0 ||
-      renameat(folder, (new_.name + kBeing).c_str(), folder, new_.name.c_str()) != 0) {
+  if (fsync(new_.descriptor.number()) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
-  fsync(folder);
+  placeFile();
+  fsync(new_.folder->descriptor.number());
 }
 
-/// Takes note of what came of that: a file that is not there any more is in its place. Returns
-/// whether it is.
-bool EditsCopy::finishFile() {
+/// Takes note of what came of that: a file that is not there any more is in its place.
+void EditsCopy::finishFile() {
   const int folder = new_.folder->descriptor.number();
-  const bool written = unlinkat(folder, (new_.name + kBeing).c_str(), 0) != 0 && errno == ENOENT;
-  if (written) {
+  if (unlinkat(folder, (new_.name + kBeing).c_str(), 0) != 0 && errno == ENOENT) {
     if (copy_.folder != new_.folder) {
       removeFile(copy_);
     }
     copy_ = std::move(new_);
+    failures_ = 0;
   } else {
-    written_.reset();
-    firstFolder_ = (firstFolder_ + 1) % folders_.size();
+    noteFailure();
   }
   new_ = File();
-  return written;
+}
+
+/// The next folder is to be tried; when none is left, all of them some time later.
+void EditsCopy::noteFailure() {
+  constexpr std::chrono::seconds kUntilTheNextRound(2);
+  written_.reset();
+  firstFolder_ = (firstFolder_ + 1) % folders_.size();
+  if (++failures_ % folders_.size() == 0) {
+    nextTry_ = std::chrono::steady_clock::now() + kUntilTheNextRound;
+  }
 }
 
 /// Writes in this process.
-bool EditsCopy::writeNow() {
+void EditsCopy::writeNow() {
   try {
     writeFile();
   } catch (...) {
     // No room, or no memory.
   }
-  return finishFile();
+  finishFile();
 }
 
 /// Writes in a child process, which has the edits as they are now.
@@ -251,40 +294,49 @@ bool EditsCopy::finishWriter(int options) {
 }
 
 bool EditsCopy::isUpToDate() const {
-  return isThere() && written_ == editor_.config;
+  return isThere(copy_) && written_ == editor_.config;
 }
 
-/// Whether there is a copy, which whoever cleans up folders has not removed.
-bool EditsCopy::isThere() const {
+/// Whether there is such a file, which whoever cleans up folders has not removed.
+bool EditsCopy::isThere(const File& file) {
   struct stat status {};
-  return copy_.folder != nullptr && fstat(copy_.descriptor.number(), &status) == 0 &&
+  return file.folder != nullptr && fstat(file.descriptor.number(), &status) == 0 &&
          status.st_nlink > 0;
 }
 
 bool EditsCopy::update() noexcept {
   try {
-    const bool began = writer_ != 0;
     if (finishWriter(WNOHANG) && editor_.pendingChanges) {
       return true;
     }
-    const bool failed = began && !written_;  // not again before something else is typed
     removeRestored();
     if (!editor_.pendingChanges) {
       remove();
-    } else if (when_ == When::WhileEditing && !failed && !isUpToDate()) {
-      openFolders();
-      written_ = editor_.config;
-      for (std::size_t n = 0; n < folders_.size() && writer_ == 0; ++n) {
-        if (beginFile(folders_[(firstFolder_ + n) % folders_.size()])) {
-          startWriter();
-          break;
-        }
-      }
+      return false;
+    }
+    if (when_ == When::AtTheEnd || isUpToDate()) {
+      return false;
+    }
+    if (std::chrono::steady_clock::now() >= nextTry_) {
+      beginWriting();
     }
   } catch (...) {
-    return false;  // no memory: the next pause may find some
+    // No memory: the next pause may find some.
   }
-  return writer_ != 0;
+  return true;
+}
+
+/// Has the copy written in the first folder in which a file can be made.
+void EditsCopy::beginWriting() {
+  openFolders();
+  written_ = editor_.config;
+  for (std::size_t n = 0; n < folders_.size(); ++n) {
+    if (beginFile(folders_[firstFolder_])) {
+      startWriter();
+      return;
+    }
+    noteFailure();
+  }
 }
 
 void EditsCopy::remove() noexcept {
@@ -295,11 +347,12 @@ void EditsCopy::remove() noexcept {
   removeFile(copy_);
 }
 
+/// One that is gone has left its name to others.
 void EditsCopy::removeFile(File& file) noexcept {
-  if (file.folder != nullptr) {
+  if (isThere(file)) {
     unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
-    file = File();
   }
+  file = File();
 }
 
 // ---- the end
@@ -312,18 +365,45 @@ void EditsCopy::leave() noexcept {
     }
     const bool isWriting = finishWriter(0);  // it blocks, and the end is overdue
     const File unfinished = std::exchange(new_, File());
-    bool upToDate = !isWriting && isUpToDate();
+    if (!isWriting && isUpToDate()) {
+      say(copy_, true);
+      return;
+    }
     openFolders();
-    for (std::size_t n = 0; n < folders_.size() && !upToDate; ++n) {
-      upToDate = beginFile(folders_[n]) && writeNow();
+    for (const Folder& folder : folders_) {
+      if (writeAtTheEnd(folder)) {
+        removeUnfinished(unfinished);
+        return;
+      }
     }
-    if (upToDate) {
-      removeUnfinished(unfinished);
-    }
-    say(upToDate);
+    say(copy_, false);
   } catch (...) {
     // Out of memory: there is nothing left to say it with.
   }
+}
+
+/// Writes a file that is there as soon as it is filled, whatever becomes of this process while the
+/// disk takes it. The one before stays until the disk has.
+bool EditsCopy::writeAtTheEnd(const Folder& folder) {
+  if (!openNew(folder)) {
+    return false;
+  }
+  try {
+    writeConfig(new_.descriptor.number(), editor_.config);
+    placeFile();
+  } catch (...) {
+    dropFile();
+    return false;
+  }
+  say(new_, true);
+  if (fsync(new_.descriptor.number()) != 0) {
+    removeFile(new_);
+    return false;
+  }
+  fsync(folder.descriptor.number());
+  removeFile(copy_);
+  copy_ = std::exchange(new_, File());
+  return true;
 }
 
 /// A write that blocked was broken off before its file was in its place or just after. The file
@@ -337,14 +417,14 @@ void EditsCopy::removeUnfinished(const File& file) const {
   unlinkat(folder, file.name.c_str(), 0);
 }
 
-void EditsCopy::say(bool upToDate) const {
+void EditsCopy::say(const File& file, bool upToDate) {
   std::string line = "The uncommitted changes ";
   if (!upToDate) {
     line += "could not be written to a file";
-    line += isThere() ? "; earlier ones " : "";
+    line += isThere(file) ? "; earlier ones " : "";
   }
-  if (isThere()) {
-    const std::string path = pathOf(*copy_.folder, copy_.name);
+  if (isThere(file)) {
+    const std::string path = pathOf(*file.folder, file.name);
     line += "are in " + path + ": " + howToRestore(path) + " brings them back and commits them";
   }
   log_function(LOG_LEVEL_WARNING, nullptr, "%s", line.c_str());

@@ -8,6 +8,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +32,7 @@ class EditsCopy {
 
   /// Brings the copy up to date without waiting for the disk: a child process writes it. Edits that
   /// are not pending any more have none, and the copy of an earlier console that was restored goes.
-  /// Returns whether to be called again soon, as a child is still at work.
+  /// Returns whether to be called again soon, as a child is still at work or could not write it.
   bool update() noexcept;
 
   /// Brings it up to date at once, at the end of the program, and says on standard error and in the
@@ -50,23 +51,32 @@ class EditsCopy {
   };
 
   void openFolders();
+  bool openBeside(const Folder& folder, const std::string& name);
+  bool openNew(const Folder& folder);
+  void dropFile();
   bool beginFile(const Folder& folder);
+  void placeFile() const;
   void writeFile() const;
-  bool finishFile();
-  bool writeNow();
+  void finishFile();
+  void noteFailure();
+  void beginWriting();
+  bool writeAtTheEnd(const Folder& folder);
+  void writeNow();
   void startWriter();
   bool finishWriter(int options);
   bool isUpToDate() const;
-  bool isThere() const;
+  static bool isThere(const File& file);
   static void removeFile(File& file) noexcept;
   void removeUnfinished(const File& file) const;
-  void say(bool upToDate) const;
+  static void say(const File& file, bool upToDate);
   void removeRestored();
 
   const LineupEditor& editor_;
   const When when_;
   std::vector<Folder> folders_;
   std::size_t firstFolder_ = 0;  ///< the one to try first: where it went wrong last is no good
+  std::size_t failures_ = 0;     ///< in a row
+  std::chrono::steady_clock::time_point nextTry_{};
   File copy_;
   File new_;                  ///< the one being written beside its place
   pid_t writer_ = 0;          ///< the child that writes it

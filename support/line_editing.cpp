@@ -191,6 +191,7 @@ class LineEditor {
   void bindKeys();
 
   static LineEditor& of(EditLine* lib);
+  void beginEditing();
   bool wasInterrupted() const;
   Edited endWithoutLine();
 
@@ -242,6 +243,7 @@ class LineEditor {
   bool atEnd_ = false;
   bool lineFeedMayFollow_ = false;  ///< after a Return behind which something was waiting
   int leftBehind_ = 0;              ///< the bytes still to be read that the last line left
+  int mayBeEnds_ = 0;               ///< the bytes still to be read in which a zero is Ctrl-D
   bool isTranslated_ = false;       ///< whether a Return, if that was read last, is a line feed
 
   // The line being edited.
@@ -396,7 +398,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   std::cout.flush();
 
   const TerminalSignalsHeld held;
-  mode_.change();  // before the prompt, so that what is typed on seeing it is not echoed twice
+  beginEditing();  // before the prompt, so that what is typed on seeing it is not echoed twice
   screen_.begin(size().rows, size().columns);
   int length = 0;
   const char* const result = el_gets(lib_, &length);
@@ -414,6 +416,19 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   leftBehind_ = bytesToBeRead();
   mode_.restore();
   return result != nullptr ? Edited::Line : endWithoutLine();
+}
+
+/// Ctrl-D that is typed while a command runs is kept by the kernel as a zero, which ends a line and
+/// is none of its bytes. Zeros typed as such are, and leave nothing to be read while no line ends.
+void LineEditor::beginEditing() {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  const bool lineEnds = poll(&input, 1, 0) == 1;
+  const int inLines = bytesToBeRead();
+  mode_.change();
+  const int all = bytesToBeRead();
+  if (lineEnds && all > leftBehind_ && all > inLines) {
+    mayBeEnds_ = all;
+  }
 }
 
 bool LineEditor::wasInterrupted() const {
@@ -517,10 +532,10 @@ bool LineEditor::readByte(char& byte) {
     if (count <= 0) {
       return false;
     }
-    // Ctrl-D that is typed while a command runs is kept by the kernel as a zero.
-    if (typedAhead_ > 0 && byte == '\0') {
+    if (mayBeEnds_ > 0 && byte == '\0') {
       byte = kEndOfInputKey;
     }
+    --mayBeEnds_;
     isTranslated_ = typedAhead_ > 0 && leftBehind_ <= 0;
     --typedAhead_;
     --leftBehind_;

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -57,6 +58,31 @@ bool isPrivate(int folder) {
   return (status.st_mode & ALLPERMS) == S_IRWXU || fchmod(folder, S_IRWXU) == 0;
 }
 
+/// Whether `text` is UTF-8 without control characters beyond ASCII (U+0080 to U+009F).
+bool isPlainUtf8(const std::string& text) {
+  const auto byteAt = [&](std::size_t place) { return static_cast<unsigned char>(text[place]); };
+  for (std::size_t begin = 0; begin < text.size();) {
+    const unsigned char lead = byteAt(begin);
+    const std::size_t size = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+    const bool isLead = lead < 0x80 || (lead >= 0xc2 && lead < 0xf5);
+    if (!isLead || size > text.size() - begin || (lead == 0xc2 && byteAt(begin + 1) < 0xa0)) {
+      return false;
+    }
+    for (std::size_t place = begin + 1; place < begin + size; ++place) {
+      if ((byteAt(place) & 0xc0U) != 0x80) {
+        return false;
+      }
+    }
+    begin += size;
+  }
+  return true;
+}
+
+/// Whether a command can name it, on a terminal too, where line editing drops everything else.
+bool canBeTyped(const std::string& path) {
+  return isOneWord(path) && isPlainUtf8(path);
+}
+
 void addFolder(const std::string& path, std::vector<Folder>& folders) {
   Descriptor folder(open(path.c_str(), kFolder));
   if (folder.isOpen()) {
@@ -95,7 +121,7 @@ std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
     addFolder(fs::absolute(temporary, none).string(), folders);
   }
   addFolder("/tmp", folders);
-  std::erase_if(folders, [](const Folder& folder) { return !isOneWord(folder.path); });
+  std::erase_if(folders, [](const Folder& folder) { return !canBeTyped(folder.path); });
   return folders;
 }
 

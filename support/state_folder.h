@@ -24,8 +24,8 @@ enum class IfMissing { Leave, Create };
 std::optional<Folder> openStateFolder(IfMissing ifMissing);
 
 /// The folders in which a file can be left for later, the best first: the state folder, $TMPDIR and
-/// /tmp, as far as they can be had and a command can name them (isOneWord()). The last two are
-/// shared with others.
+/// /tmp, as far as they can be had and a command can name them: no blank, no control character,
+/// and UTF-8. The last two are shared with others.
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing);
 
 }  // namespace lineup

@@ -61,6 +61,18 @@ class EditsCopy : public testing::Test {
     return path;
   }
 
+  /// The copy of this process in /tmp, if it is there.
+  static std::string inTmp(pid_t process) {
+    for (const fs::path& file : fs::directory_iterator("/tmp")) {
+      const std::string name = file.filename();
+      if (name.starts_with("lineup-console-2") &&
+          name.ends_with("-" + std::to_string(process) + ".json")) {
+        return file;
+      }
+    }
+    return "";
+  }
+
   static void await(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!condition()) {
@@ -298,6 +310,26 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
   ConsoleProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_EQ(files().size(), 2U);
+}
+
+TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
+  Start full = start("xterm");
+  full.environment["TMPDIR"] = std::nullopt;
+  ConsoleProcess console(full);
+  console.readUntil("> ");
+  type(console, "id 7", kPending);
+  awaitCopyWith("{\"i32\":7}");
+  const rlimit none{10, RLIM_INFINITY};
+  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &none, nullptr), 0);
+  type(console, "id 8", kPending);
+  type(console, "help", kPending);
+  awaitCopyWith("{\"i32\":7}");
+  const rlimit room{RLIM_INFINITY, RLIM_INFINITY};
+  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &room, nullptr), 0);
+  await([&] { return !copyWith("{\"i32\":8}").empty() || !inTmp(console.pid()).empty(); });
+  console.send("quit\n");
+  console.finish();
+  EXPECT_EQ(inTmp(console.pid()), "");
 }
 
 TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {

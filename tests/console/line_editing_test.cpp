@@ -872,6 +872,26 @@ TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
+TEST_F(OnATerminal, AZeroTypedAheadDoesNothing) {
+  Session session(onTerminal());
+  session.expect("> |");
+  const std::string zero(1, '\0');
+  session.type("id 3\n" + zero);  // in one: it comes between two lines
+  session.expect("(changes to commit) > |");
+  for (const std::string& keys : {zero, zero + zero}) {
+    const std::size_t calls = controller.calls().size();
+    controller.answerNext(stalled(false));
+    session.type("rfinput status\n");
+    controller.waitForCalls(calls + 1);
+    session.type(keys);
+    controller.release();
+    session.expect("\n(changes to commit) > |");
+  }
+  session.type("id 4\n");
+  session.expect(
+      "Headend id changed to: 4. Please remember to commit the changes.\n(changes to commit) > |");
+}
+
 TEST_F(OnATerminal, WhatIsTypedBehindQuitIsLeftToTheNextProgram) {
   Start start = watched();
   start.arguments[1] += "; read line; echo \"next: $line\"";

@@ -93,9 +93,21 @@ TEST_F(StateFolder, FilesGoToTheTemporaryFoldersWhereItCannotBeHad) {
 }
 
 TEST_F(StateFolder, AFolderThatNoCommandCanNameIsLeftOut) {
-  setenv("XDG_STATE_HOME", home.file("with blank").c_str(), 1);
-  const auto folders = openFoldersForFiles(IfMissing::Create);
-  EXPECT_EQ(folders.at(0).path, "/tmp");
+  for (const char* name : {"with blank", "control\x7f", "latin1\xe9", "c1\xc2\x85", "cut\xe2\x82",
+                           "\x80", "\xc0\xaf", "\xff"}) {
+    setenv("XDG_STATE_HOME", home.file(name).c_str(), 1);
+    const auto folders = openFoldersForFiles(IfMissing::Create);
+    EXPECT_EQ(folders.at(0).path, "/tmp") << name;
+  }
+}
+
+TEST_F(StateFolder, AFolderMayHaveLettersOfAnyScript) {
+  for (const char* name :
+       {"jos\xc3\xa9", "\xc2\xa0", "\xe6\x97\xa5\xe6\x9c\xac", "\xf0\x9f\x93\xba"}) {
+    setenv("XDG_STATE_HOME", home.file(name).c_str(), 1);
+    const auto folders = openFoldersForFiles(IfMissing::Create);
+    EXPECT_EQ(folders.at(0).path, home.file(name) + "/lineup-console");
+  }
 }
 
 }  // namespace
