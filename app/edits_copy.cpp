@@ -128,13 +128,12 @@ bool isOld(const LeftCopy& copy) {
 
 /// Notes when it is announced first: it is read-only from then on, and was read then.
 void noteAnnounced(const LeftCopy& copy) {
-  if ((copy.status.st_mode & S_IWUSR) == 0) {
-    return;
-  }
   const int folder = copy.folder->descriptor.number();
-  const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW);
-  fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
+  const bool announced = (copy.status.st_mode & S_IWUSR) == 0;
+  if (!announced && fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0) {
+    const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
+    utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW);
+  }
 }
 
 void announce(const LeftCopy& copy) {
@@ -341,8 +340,12 @@ void EditsCopy::beginWriting() {
 
 void EditsCopy::remove() noexcept {
   if (writer_ != 0) {
+    const std::size_t first = firstFolder_;
     kill(writer_, SIGKILL);
     finishWriter(0);
+    firstFolder_ = first;  // nothing went wrong there
+    failures_ = 0;
+    nextTry_ = {};
   }
   removeFile(copy_);
 }

@@ -312,6 +312,18 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
   EXPECT_EQ(files().size(), 2U);
 }
 
+TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
+  ConsoleProcess console(start("dumb"));
+  console.readUntil("> ");
+  std::string lines;
+  for (int count = 0; count < 20; ++count) {
+    lines += "id 3\ncommit\nid 4\ncommit\n";
+  }
+  console.send(lines + "id 9\n");
+  EXPECT_NE(awaitCopyWith("{\"i32\":9}"), "");
+  EXPECT_EQ(inTmp(console.pid()), "");
+}
+
 TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
   Start full = start("xterm");
   full.environment["TMPDIR"] = std::nullopt;
