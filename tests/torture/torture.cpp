@@ -22,12 +22,15 @@
 
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
+#include "tests/support/copies_in_tmp.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/sandbox.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using lineup::test::ConsoleProcess;
+using lineup::test::copiesInTmp;
 using lineup::test::FakeController;
 using lineup::test::Outcome;
 using lineup::test::ReceivedCall;
@@ -113,8 +116,9 @@ struct Fault {
 // ---- what comes of it
 
 struct Result {
-  Outcome outcome;
-  std::vector<ReceivedCall> calls;
+  pid_t process = 0;
+  Outcome outcome{};
+  std::vector<ReceivedCall> calls{};
   long faultyCalls = 0;  ///< how many calls of the fault's kind were made
   std::string hang{};    ///< why the end was not waited for
 };
@@ -349,7 +353,10 @@ class Torture {
     controller.setStatus(statusWithSatInputs());
     Result result;
     try {
-      result.outcome = lineup::test::run(start(session, fault), inputOf(session));
+      ConsoleProcess console(start(session, fault));
+      result.process = console.pid();
+      console.send(inputOf(session));
+      result.outcome = console.finish();
     } catch (const std::runtime_error& error) {
       result.hang = error.what();
     }
@@ -365,7 +372,7 @@ class Torture {
   void judge(const Session& session, const Fault& fault, const Result& result,
              const Result& undisturbed) {
     const std::string wrong = complaint(session, fault, result, undisturbed);
-    removeRescued();
+    removeRescued(result);
     if (!wrong.empty()) {
       ++broken_;
       std::cout << "\n"
@@ -376,12 +383,18 @@ class Torture {
     }
   }
 
-  /// Copies that could not be written in the session's folder, or not removed, are in /tmp.
-  static void removeRescued() {
-    for (const fs::path& file : fs::directory_iterator("/tmp")) {
-      if (file.filename().string().starts_with("lineup-console-2")) {
-        fs::remove(file);
-      }
+  /// Copies that could not be written in the session's folder, or not removed, are in /tmp. The end
+  /// that is forced is that of a child process, and only the message has its name.
+  static void removeRescued(const Result& result) {
+    const std::string before = std::string(kRescued) + " are in ";
+    const std::string& errors = result.outcome.err;
+    const std::size_t found = errors.find(before);
+    if (found != std::string::npos) {
+      const std::size_t begin = found + before.size();
+      fs::remove(errors.substr(begin, errors.find(": ", begin) - begin));
+    }
+    for (const fs::path& copy : copiesInTmp(result.process)) {
+      fs::remove(copy);
     }
   }
 
