@@ -118,22 +118,31 @@ void removeLeft(const LeftCopy& copy) {
   unlinkat(copy.folder->descriptor.number(), copy.name.c_str(), 0);
 }
 
-/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
-/// a clock that was not set yet may have given it, nothing goes that nobody has been told of.
-bool isOld(const LeftCopy& copy) {
-  constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
-  const bool announced = (copy.status.st_mode & S_IWUSR) == 0;
-  return announced && copy.status.st_atime < std::time(nullptr) - kMonth;
+bool isUnfinished(const LeftCopy& copy) {
+  return copy.name.ends_with(kBeing);
 }
 
-/// Notes when it is announced first: it is read-only from then on, and was read then.
-void noteAnnounced(const LeftCopy& copy) {
+bool wasAnnounced(const LeftCopy& copy) {
+  return (copy.status.st_mode & S_IWUSR) == 0;
+}
+
+/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
+/// a clock that was not set yet may have given it, nothing goes that nobody has been told of. A
+/// file that was never finished is not announced: its own date counts.
+bool isOld(const LeftCopy& copy) {
+  constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
+  const std::time_t since = isUnfinished(copy) ? copy.status.st_mtime : copy.status.st_atime;
+  return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
+}
+
+/// Notes when it was announced first: its access time is set, and then it is made read-only.
+/// Returns whether that could be done; if not, it is announced for the first time once more.
+bool noteAnnounced(const LeftCopy& copy) {
   const int folder = copy.folder->descriptor.number();
-  const bool announced = (copy.status.st_mode & S_IWUSR) == 0;
-  if (!announced && fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0) {
-    const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-    utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW);
-  }
+  const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
+  return wasAnnounced(copy) ||
+         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
+          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
 }
 
 void announce(const LeftCopy& copy) {
@@ -174,10 +183,8 @@ bool EditsCopy::openBeside(const Folder& folder, const std::string& name) {
 /// Opens a file for a name that no other has. That of this second may be taken: process numbers
 /// come again in containers, and seconds on a board whose clock is not set.
 bool EditsCopy::openNew(const Folder& folder) {
-  constexpr int kMostNames = 60;
-  const std::time_t now = std::time(nullptr);
-  for (int later = 0; later < kMostNames; ++later) {
-    const std::string name = nameOfCopy(now + later);
+  for (std::time_t time = std::time(nullptr);; ++time) {
+    const std::string name = nameOfCopy(time);
     if (openBeside(folder, name)) {
       // The other order would miss one that is put into its place in between.
       if (faccessat(folder.descriptor.number(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -188,7 +195,6 @@ bool EditsCopy::openNew(const Folder& folder) {
       return false;
     }
   }
-  return false;
 }
 
 void EditsCopy::dropFile() {
@@ -237,7 +243,6 @@ void EditsCopy::finishFile() {
 /// The next folder is to be tried; when none is left, all of them some time later.
 void EditsCopy::noteFailure() {
   constexpr std::chrono::seconds kUntilTheNextRound(2);
-  written_.reset();
   firstFolder_ = (firstFolder_ + 1) % folders_.size();
   if (++failures_ % folders_.size() == 0) {
     nextTry_ = std::chrono::steady_clock::now() + kUntilTheNextRound;
@@ -293,7 +298,7 @@ bool EditsCopy::finishWriter(int options) {
 }
 
 bool EditsCopy::isUpToDate() const {
-  return isThere(copy_) && written_ == editor_.config;
+  return isThere(copy_) && copy_.content == editor_.config;
 }
 
 /// Whether there is such a file, which whoever cleans up folders has not removed.
@@ -328,9 +333,10 @@ bool EditsCopy::update() noexcept {
 /// Has the copy written in the first folder in which a file can be made.
 void EditsCopy::beginWriting() {
   openFolders();
-  written_ = editor_.config;
+  hub_module::HeadendConfig content = editor_.config;  // without memory no file is begun
   for (std::size_t n = 0; n < folders_.size(); ++n) {
     if (beginFile(folders_[firstFolder_])) {
+      new_.content = std::move(content);
       startWriter();
       return;
     }
@@ -462,7 +468,7 @@ void announceLeftEdits() noexcept {
     for (const LeftCopy& copy : copies) {
       if (isOld(copy)) {
         removeLeft(copy);
-      } else if (!copy.name.ends_with(kBeing)) {
+      } else if (!isUnfinished(copy)) {
         announce(copy);
       }
     }

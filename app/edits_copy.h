@@ -47,7 +47,9 @@ class EditsCopy {
   struct File {
     const Folder* folder = nullptr;
     std::string name;
-    Descriptor descriptor;  ///< open as long as the file is there; keeps it locked
+    Descriptor descriptor{};  ///< open as long as the file is there; keeps it locked
+    /// What it holds, or will when the child is done.
+    std::optional<hub_module::HeadendConfig> content{};
   };
 
   void openFolders();
@@ -81,12 +83,11 @@ class EditsCopy {
   File new_;                  ///< the one being written beside its place
   pid_t writer_ = 0;          ///< the child that writes it
   uint64_t commitsSeen_ = 0;  ///< when it was last looked for a restored copy
-  /// What the copy holds, or will when the child is done.
-  std::optional<hub_module::HeadendConfig> written_;
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to
-/// bring them back. Removes those that were said so of first more than 30 days ago.
+/// bring them back. Removes those announced for the first time more than 30 days ago, and what is
+/// left, as old, of copies that were not finished.
 void announceLeftEdits() noexcept;
 
 }  // namespace lineup

@@ -6,19 +6,23 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iomanip>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
+#include "tests/support/copies_in_tmp.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
@@ -61,18 +65,6 @@ class EditsCopy : public testing::Test {
     return path;
   }
 
-  /// The copy of this process in /tmp, if it is there.
-  static std::string inTmp(pid_t process) {
-    for (const fs::path& file : fs::directory_iterator("/tmp")) {
-      const std::string name = file.filename();
-      if (name.starts_with("lineup-console-2") &&
-          name.ends_with("-" + std::to_string(process) + ".json")) {
-        return file;
-      }
-    }
-    return "";
-  }
-
   static void await(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!condition()) {
@@ -85,6 +77,13 @@ class EditsCopy : public testing::Test {
     console.send(line + "\n");
     console.readUntil("\n");  // the echo
     console.readUntil(prompt);
+  }
+
+  /// Runs the first line of a console, whose call the controller refuses.
+  void haveRefused(ConsoleProcess& console, const std::string& line) {
+    console.readUntil("\n> ");
+    controller.answerNext({.kind = Answer::kNotReady});
+    type(console, line, "> ");
   }
 
   /// The path of a copy that a console left which was killed.
@@ -246,9 +245,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
 TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
   const std::string path = leave();
   ConsoleProcess console(start("dumb"));
-  console.readUntil("\n> ");
-  controller.answerNext({.kind = Answer::kNotReady});
-  type(console, "restore " + path, "> ");
+  haveRefused(console, "restore " + path);
   type(console, "commit", "> ");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
   EXPECT_TRUE(files().empty());
@@ -257,9 +254,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
   const std::string path = leave();
   ConsoleProcess console(start("dumb"));
-  console.readUntil("\n> ");
-  controller.answerNext({.kind = Answer::kNotReady});
-  type(console, "restore " + path, "> ");
+  haveRefused(console, "restore " + path);
   type(console, "reset", "> ");
   type(console, "id 8", kPending);
   type(console, "commit", "> ");
@@ -285,6 +280,48 @@ TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
     EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
   }
   EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {
+  const std::string path = leave();
+  const std::string unfinished = path + ".new";
+  fs::copy_file(path, unfinished);
+  for (const bool old : {false, true}) {
+    setTimes(unfinished, std::time(nullptr) - (old ? 31 : 29) * kDay);
+    ConsoleProcess console(start("dumb"));
+    EXPECT_EQ(console.readUntil("Enter 'help'").find(unfinished), std::string::npos);
+    EXPECT_NE(fs::exists(unfinished), old);
+  }
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
+  ConsoleProcess console(start("dumb"));
+  console.readUntil("> ");
+  constexpr int kSeconds = 600;
+  for (std::time_t time = std::time(nullptr), end = time + kSeconds; time < end; ++time) {
+    std::tm local{};
+    localtime_r(&time, &local);
+    std::ostringstream name;
+    name << "lineup-console/lineup-console-" << std::put_time(&local, "%Y%m%d-%H%M%S") << "-"
+         << console.pid() << ".json";
+    fs::create_directories(state.file("lineup-console"));
+    std::ofstream(state.file(name.str())) << "another's";
+  }
+  type(console, "id 7", kPending);
+  const auto holdsTheEdit = [](const fs::path& file) {
+    return file.extension() == ".json" && contentOf(file).find("{\"i32\":7}") != std::string::npos;
+  };
+  await([&] {
+    const std::vector<fs::path> all = files();
+    return std::any_of(all.begin(), all.end(), holdsTheEdit);
+  });
+  console.send("quit\n");
+  console.finish();
+  const std::vector<fs::path> left = files();
+  EXPECT_EQ(left.size(), kSeconds);
+  EXPECT_TRUE(std::all_of(left.begin(), left.end(),
+                          [](const fs::path& file) { return contentOf(file) == "another's"; }));
 }
 
 TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
@@ -321,7 +358,7 @@ TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
   }
   console.send(lines + "id 9\n");
   EXPECT_NE(awaitCopyWith("{\"i32\":9}"), "");
-  EXPECT_EQ(inTmp(console.pid()), "");
+  EXPECT_TRUE(copiesInTmp(console.pid()).empty());
 }
 
 TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
@@ -338,10 +375,10 @@ TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
   awaitCopyWith("{\"i32\":7}");
   const rlimit room{RLIM_INFINITY, RLIM_INFINITY};
   ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &room, nullptr), 0);
-  await([&] { return !copyWith("{\"i32\":8}").empty() || !inTmp(console.pid()).empty(); });
+  await([&] { return !copyWith("{\"i32\":8}").empty() || !copiesInTmp(console.pid()).empty(); });
   console.send("quit\n");
   console.finish();
-  EXPECT_EQ(inTmp(console.pid()), "");
+  EXPECT_TRUE(copiesInTmp(console.pid()).empty());
 }
 
 TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
