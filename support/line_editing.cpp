@@ -418,8 +418,9 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   return result != nullptr ? Edited::Line : endWithoutLine();
 }
 
-/// Ctrl-D that is typed while a command runs is kept by the kernel as a zero, which ends a line and
-/// is none of its bytes. Zeros typed as such are, and leave nothing to be read while no line ends.
+/// Changes the mode, and sees whether Ctrl-D was typed while a command ran, in canonical mode. The
+/// kernel keeps it as a zero that makes the input readable, as a line feed does, and that FIONREAD
+/// counts only once the mode is another. A zero typed as such does neither.
 void LineEditor::beginEditing() {
   pollfd input{STDIN_FILENO, POLLIN, 0};
   const bool lineEnds = poll(&input, 1, 0) == 1;
