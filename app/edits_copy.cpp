@@ -17,6 +17,7 @@
 #include <ctime>
 #include <iostream>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -28,7 +29,18 @@ namespace lineup {
 
 namespace {
 
-constexpr char kBeing[] = ".new";  // behind the name of a copy that is being written
+// Behind the name of a copy that is being written, in turn: one may wait for the one at work.
+constexpr const char* kBeing[] = {".new", ".newer"};
+
+/// The name without that.
+std::string nameInPlace(const std::string& name) {
+  for (const std::string_view being : kBeing) {
+    if (name.ends_with(being)) {
+      return name.substr(0, name.size() - being.size());
+    }
+  }
+  return name;
+}
 
 std::string timeText(const char* format, std::time_t time) {
   std::tm local{};
@@ -88,10 +100,8 @@ std::vector<LeftCopy> leftCopiesIn(const Folder& folder) {
   own.release();
   while (const dirent* const entry = readdir(entries.get())) {
     std::string name = entry->d_name;
-    const bool isBeing = name.ends_with(kBeing);
     struct stat status {};
-    if (isNameOfCopy(isBeing ? name.substr(0, name.size() - std::size(kBeing) + 1) : name) &&
-        isLeft(folder.descriptor.number(), name, status)) {
+    if (isNameOfCopy(nameInPlace(name)) && isLeft(folder.descriptor.number(), name, status)) {
       copies.push_back({&folder, std::move(name), status});
     }
   }
@@ -119,7 +129,7 @@ void removeLeft(const LeftCopy& copy) {
 }
 
 bool isUnfinished(const LeftCopy& copy) {
-  return copy.name.ends_with(kBeing);
+  return nameInPlace(copy.name) != copy.name;
 }
 
 bool wasAnnounced(const LeftCopy& copy) {
@@ -156,6 +166,15 @@ void announce(const LeftCopy& copy) {
   noteAnnounced(copy);
 }
 
+/// Whether the child has ended; `options` are those of waitpid().
+bool hasEnded(pid_t child, int options) {
+  pid_t ended = -1;
+  do {
+    ended = waitpid(child, nullptr, options);
+  } while (ended < 0 && errno == EINTR && !isEndOverdue());
+  return ended > 0 || (ended < 0 && errno != EINTR);
+}
+
 }  // namespace
 
 // ---- writing
@@ -166,78 +185,84 @@ void EditsCopy::openFolders() {
   }
 }
 
-/// Opens the file beside its place.
-bool EditsCopy::openBeside(const Folder& folder, const std::string& name) {
+/// Opens a file beside the place that it will have.
+std::optional<EditsCopy::File> EditsCopy::openBeside(const Folder& folder, const std::string& name,
+                                                     const char* being) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const int descriptor =
-      openat(folder.descriptor.number(), (name + kBeing).c_str(), kFlags, S_IRUSR | S_IWUSR);
-  if (descriptor < 0) {
-    return false;
+  File file{&folder, name, name + being};
+  file.descriptor = Descriptor(
+      openat(folder.descriptor.number(), file.beside.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  if (!file.descriptor.isOpen()) {
+    return std::nullopt;
   }
-  new_ = File{&folder, name, Descriptor(descriptor)};
-  fchmod(descriptor, S_IRUSR | S_IWUSR);  // whatever the umask
-  flock(descriptor, LOCK_EX | LOCK_NB);
-  return true;
+  fchmod(file.descriptor.number(), S_IRUSR | S_IWUSR);  // whatever the umask
+  flock(file.descriptor.number(), LOCK_EX | LOCK_NB);
+  return file;
 }
 
 /// Opens a file for a name that no other has. That of this second may be taken: process numbers
 /// come again in containers, and seconds on a board whose clock is not set.
-bool EditsCopy::openNew(const Folder& folder) {
+std::optional<EditsCopy::File> EditsCopy::openNew(const Folder& folder) {
   for (std::time_t time = std::time(nullptr);; ++time) {
-    const std::string name = nameOfCopy(time);
-    if (openBeside(folder, name)) {
-      // The other order would miss one that is put into its place in between.
-      if (faccessat(folder.descriptor.number(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
-        return true;
+    std::optional<File> file = openBeside(folder, nameOfCopy(time), kBeing[0]);
+    if (!file) {
+      if (errno != EEXIST) {
+        return file;
       }
-      dropFile();
-    } else if (errno != EEXIST) {
-      return false;
+      // The other order would miss one that is put into its place in between.
+    } else if (faccessat(folder.descriptor.number(), file->name.c_str(), F_OK,
+                         AT_SYMLINK_NOFOLLOW) != 0) {
+      return file;
+    } else {
+      removeUnplaced(*file);
     }
   }
 }
 
-void EditsCopy::dropFile() {
-  unlinkat(new_.folder->descriptor.number(), (new_.name + kBeing).c_str(), 0);
-  new_ = File();
+/// Opens the file beside the copy, or beside the place that it will have in `folder`.
+std::optional<EditsCopy::File> EditsCopy::beginFile(const Folder& folder) const {
+  const File& before = latest();
+  if (before.folder != &folder) {
+    return openNew(folder);
+  }
+  return openBeside(folder, before.name, kBeing[before.beside.ends_with(kBeing[0]) ? 1 : 0]);
 }
 
-/// Opens the file beside the copy, or beside the place that it will have in `folder`.
-bool EditsCopy::beginFile(const Folder& folder) {
-  return copy_.folder == &folder ? openBeside(folder, copy_.name) : openNew(folder);
+/// Returns whether there was one: if not, it is in its place.
+bool EditsCopy::removeUnplaced(const File& file) {
+  return unlinkat(file.folder->descriptor.number(), file.beside.c_str(), 0) == 0 || errno != ENOENT;
 }
 
 /// Puts the file into its place. Throws errno.
-void EditsCopy::placeFile() const {
-  const int folder = new_.folder->descriptor.number();
-  if (renameat(folder, (new_.name + kBeing).c_str(), folder, new_.name.c_str()) != 0) {
+void EditsCopy::placeFile(const File& file) {
+  const int folder = file.folder->descriptor.number();
+  if (renameat(folder, file.beside.c_str(), folder, file.name.c_str()) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
 }
 
 /// Fills the file and puts it into its place. Throws what writeConfig() does, or errno.
-void EditsCopy::writeFile() const {
-  writeConfig(new_.descriptor.number(), editor_.config);
-  if (fsync(new_.descriptor.number()) != 0) {
+void EditsCopy::writeFile(const File& file) const {
+  writeConfig(file.descriptor.number(), editor_.config);
+  if (fsync(file.descriptor.number()) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
-  placeFile();
-  fsync(new_.folder->descriptor.number());
+  placeFile(file);
 }
 
-/// Takes note of what came of that: a file that is not there any more is in its place.
-void EditsCopy::finishFile() {
-  const int folder = new_.folder->descriptor.number();
-  if (unlinkat(folder, (new_.name + kBeing).c_str(), 0) != 0 && errno == ENOENT) {
-    if (copy_.folder != new_.folder) {
-      removeFile(copy_);
+/// Takes note of what came of that. Two that fail in one folder are one failure.
+void EditsCopy::finishFile(File& file) {
+  if (removeUnplaced(file)) {
+    if (file.folder == &folders_[firstFolder_]) {
+      noteFailure();
     }
-    copy_ = std::move(new_);
-    failures_ = 0;
-  } else {
-    noteFailure();
+    return;
   }
-  new_ = File();
+  if (copy_.folder != file.folder) {
+    removeFile(copy_);
+  }
+  copy_ = std::move(file);
+  failures_ = 0;
 }
 
 /// The next folder is to be tried; when none is left, all of them some time later.
@@ -250,55 +275,93 @@ void EditsCopy::noteFailure() {
 }
 
 /// Writes in this process.
-void EditsCopy::writeNow() {
+void EditsCopy::writeNow(File file) {
   try {
-    writeFile();
+    writeFile(file);
+    fsync(file.folder->descriptor.number());
   } catch (...) {
     // No room, or no memory.
   }
-  finishFile();
+  finishFile(file);
 }
 
 /// Writes in a child process, which has the edits as they are now.
-void EditsCopy::startWriter() {
-  writer_ = fork();
-  if (writer_ == 0) {
+void EditsCopy::startWriter(File file) {
+  std::array<int, 2> ends{-1, -1};
+  const bool piped = pipe2(ends.data(), O_CLOEXEC) == 0;
+  Descriptor end(ends[0]);
+  const Descriptor endOfChild(ends[1]);
+  const pid_t child = piped || !atWork_ ? fork() : -1;
+  if (child == 0) {
     // GCOVR_EXCL_START: the counts of this process get lost
-    ignoreEndingSignals();
-    try {
-      writeFile();
-    } catch (...) {
-      _exit(EXIT_FAILURE);
-    }
-    _exit(EXIT_SUCCESS);
+    runWriter(std::move(file));
     // GCOVR_EXCL_STOP
   }
-  if (writer_ < 0) {
-    writer_ = 0;
-    writeNow();
+  if (child > 0) {
+    (atWork_ ? waiting_ : atWork_) = Writer{std::move(file), child, std::move(end)};
+  } else if (atWork_) {
+    removeUnplaced(file);
+  } else {
+    writeNow(std::move(file));
   }
 }
 
-/// Looks after the child, if there is one; `options` are those of waitpid(). Returns whether it is
-/// still at work.
-bool EditsCopy::finishWriter(int options) {
-  if (writer_ == 0) {
-    return false;
+// GCOVR_EXCL_START
+/// The child. It closes, and so unlocks, what is in its place: if the console is killed, the next
+/// one announces that meanwhile.
+void EditsCopy::runWriter(File file) {
+  ignoreEndingSignals();
+  copy_ = File();
+  if (atWork_) {
+    atWork_->file = File();
+    char none = 0;
+    while (read(atWork_->end.number(), &none, 1) < 0 && errno == EINTR) {
+    }
   }
-  pid_t ended = -1;
-  do {
-    ended = waitpid(writer_, nullptr, options);
-  } while (ended < 0 && errno == EINTR && !isEndOverdue());
-  if (ended == 0 || (ended < 0 && errno == EINTR)) {
-    return true;
+  try {
+    writeFile(file);
+    file.descriptor = Descriptor();
+    fsync(file.folder->descriptor.number());
+  } catch (...) {
+    _exit(EXIT_FAILURE);
   }
-  writer_ = 0;
-  finishFile();
+  _exit(EXIT_SUCCESS);
+}
+// GCOVR_EXCL_STOP
+
+/// Looks after the children. Returns whether one is still at work.
+bool EditsCopy::finishWriters(int options) {
+  while (atWork_) {
+    if (!hasEnded(atWork_->child, options)) {
+      return true;
+    }
+    finishFile(atWork_->file);
+    atWork_ = std::exchange(waiting_, std::nullopt);
+  }
   return false;
 }
 
+/// Ends the child that waits.
+void EditsCopy::dropWaiting() {
+  kill(waiting_->child, SIGKILL);
+  hasEnded(waiting_->child, 0);
+  std::optional<Writer> dropped = std::exchange(waiting_, std::nullopt);
+  if (!removeUnplaced(dropped->file)) {  // the one before has ended just now
+    finishWriters(0);
+    finishFile(dropped->file);
+  }
+}
+
+/// The file with the newest edits that were to be written.
+const EditsCopy::File& EditsCopy::latest() const {
+  if (waiting_) {
+    return waiting_->file;
+  }
+  return atWork_ ? atWork_->file : copy_;
+}
+
 bool EditsCopy::isUpToDate() const {
-  return isThere(copy_) && copy_.content == editor_.config;
+  return isThere(latest()) && latest().content == editor_.config;
 }
 
 /// Whether there is such a file, which whoever cleans up folders has not removed.
@@ -310,16 +373,14 @@ bool EditsCopy::isThere(const File& file) {
 
 bool EditsCopy::update() noexcept {
   try {
-    if (finishWriter(WNOHANG) && editor_.pendingChanges) {
-      return true;
-    }
+    const bool isWriting = finishWriters(WNOHANG);
     removeRestored();
     if (!editor_.pendingChanges) {
       remove();
       return false;
     }
     if (when_ == When::AtTheEnd || isUpToDate()) {
-      return false;
+      return isWriting;
     }
     if (std::chrono::steady_clock::now() >= nextTry_) {
       beginWriting();
@@ -333,11 +394,14 @@ bool EditsCopy::update() noexcept {
 /// Has the copy written in the first folder in which a file can be made.
 void EditsCopy::beginWriting() {
   openFolders();
+  if (waiting_) {
+    dropWaiting();
+  }
   hub_module::HeadendConfig content = editor_.config;  // without memory no file is begun
   for (std::size_t n = 0; n < folders_.size(); ++n) {
-    if (beginFile(folders_[firstFolder_])) {
-      new_.content = std::move(content);
-      startWriter();
+    if (std::optional<File> file = beginFile(folders_[firstFolder_])) {
+      file->content = std::move(content);
+      startWriter(*std::move(file));
       return;
     }
     noteFailure();
@@ -345,10 +409,13 @@ void EditsCopy::beginWriting() {
 }
 
 void EditsCopy::remove() noexcept {
-  if (writer_ != 0) {
+  if (waiting_) {
+    dropWaiting();
+  }
+  if (atWork_) {
     const std::size_t first = firstFolder_;
-    kill(writer_, SIGKILL);
-    finishWriter(0);
+    kill(atWork_->child, SIGKILL);
+    finishWriters(0);
     firstFolder_ = first;  // nothing went wrong there
     failures_ = 0;
     nextTry_ = {};
@@ -372,16 +439,21 @@ void EditsCopy::leave() noexcept {
       remove();
       return;
     }
-    const bool isWriting = finishWriter(0);  // it blocks, and the end is overdue
-    const File unfinished = std::exchange(new_, File());
-    if (!isWriting && isUpToDate()) {
+    finishWriters(0);  // unless it blocks, and the end is overdue
+    if (!atWork_ && isUpToDate()) {
       say(copy_, true);
       return;
     }
+    const File unfinished = std::exchange(last_, File());  // this is the end of an end
     openFolders();
     for (const Folder& folder : folders_) {
       if (writeAtTheEnd(folder)) {
         removeUnfinished(unfinished);
+        for (const std::optional<Writer>* writer : {&atWork_, &waiting_}) {
+          if (*writer) {
+            removeUnfinished((*writer)->file);
+          }
+        }
         return;
       }
     }
@@ -394,24 +466,27 @@ void EditsCopy::leave() noexcept {
 /// Writes a file that is there as soon as it is filled, whatever becomes of this process while the
 /// disk takes it. The one before stays until the disk has.
 bool EditsCopy::writeAtTheEnd(const Folder& folder) {
-  if (!openNew(folder)) {
+  std::optional<File> file = openNew(folder);
+  if (!file) {
     return false;
   }
+  last_ = *std::move(file);
   try {
-    writeConfig(new_.descriptor.number(), editor_.config);
-    placeFile();
+    writeConfig(last_.descriptor.number(), editor_.config);
+    placeFile(last_);
   } catch (...) {
-    dropFile();
+    removeUnplaced(last_);
+    last_ = File();
     return false;
   }
-  say(new_, true);
-  if (fsync(new_.descriptor.number()) != 0) {
-    removeFile(new_);
+  say(last_, true);
+  if (fsync(last_.descriptor.number()) != 0) {
+    removeFile(last_);
     return false;
   }
   fsync(folder.descriptor.number());
   removeFile(copy_);
-  copy_ = std::exchange(new_, File());
+  copy_ = std::exchange(last_, File());
   return true;
 }
 
@@ -421,9 +496,8 @@ void EditsCopy::removeUnfinished(const File& file) const {
   if (file.folder == nullptr || (file.folder == copy_.folder && file.name == copy_.name)) {
     return;
   }
-  const int folder = file.folder->descriptor.number();
-  unlinkat(folder, (file.name + kBeing).c_str(), 0);
-  unlinkat(folder, file.name.c_str(), 0);
+  removeUnplaced(file);
+  unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
 }
 
 void EditsCopy::say(const File& file, bool upToDate) {

@@ -46,30 +46,41 @@ class EditsCopy {
  private:
   struct File {
     const Folder* folder = nullptr;
-    std::string name;
+    std::string name;         ///< in its place
+    std::string beside;       ///< while it is written
     Descriptor descriptor{};  ///< open as long as the file is there; keeps it locked
-    /// What it holds, or will when the child is done.
-    std::optional<hub_module::HeadendConfig> content{};
+    std::optional<hub_module::HeadendConfig> content{};  ///< what it holds, or will
+  };
+
+  /// A child process that writes a file and puts it into its place.
+  struct Writer {
+    File file;
+    pid_t child;
+    Descriptor end;  ///< a pipe that ends with the child
   };
 
   void openFolders();
-  bool openBeside(const Folder& folder, const std::string& name);
-  bool openNew(const Folder& folder);
-  void dropFile();
-  bool beginFile(const Folder& folder);
-  void placeFile() const;
-  void writeFile() const;
-  void finishFile();
+  static std::optional<File> openBeside(const Folder& folder, const std::string& name,
+                                        const char* being);
+  static std::optional<File> openNew(const Folder& folder);
+  std::optional<File> beginFile(const Folder& folder) const;
+  static bool removeUnplaced(const File& file);
+  static void placeFile(const File& file);
+  void writeFile(const File& file) const;
+  void finishFile(File& file);
   void noteFailure();
   void beginWriting();
-  bool writeAtTheEnd(const Folder& folder);
-  void writeNow();
-  void startWriter();
-  bool finishWriter(int options);
+  void startWriter(File file);
+  [[noreturn]] void runWriter(File file);
+  void writeNow(File file);
+  bool finishWriters(int options);
+  void dropWaiting();
+  const File& latest() const;
   bool isUpToDate() const;
+  bool writeAtTheEnd(const Folder& folder);
+  void removeUnfinished(const File& file) const;
   static bool isThere(const File& file);
   static void removeFile(File& file) noexcept;
-  void removeUnfinished(const File& file) const;
   static void say(const File& file, bool upToDate);
   void removeRestored();
 
@@ -80,9 +91,10 @@ class EditsCopy {
   std::size_t failures_ = 0;     ///< in a row
   std::chrono::steady_clock::time_point nextTry_{};
   File copy_;
-  File new_;                  ///< the one being written beside its place
-  pid_t writer_ = 0;          ///< the child that writes it
-  uint64_t commitsSeen_ = 0;  ///< when it was last looked for a restored copy
+  std::optional<Writer> atWork_;
+  std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
+  File last_;                      ///< the one that is written at the end of the program
+  uint64_t commitsSeen_ = 0;       ///< when it was last looked for a restored copy
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to

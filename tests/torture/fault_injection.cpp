@@ -5,9 +5,9 @@
 //                allocations, those of child processes included
 //   FAULT_AT     the number of the call that fails, from 1; 0 for none
 //   FAULT_ON     what happens at it: "once" it fails; "on", and all later ones, too; "block" it
-//   waits
-//                until a signal interrupts it; "stuck" no signal interrupts it, as with a disk that
-//                does not answer; "kill" it and all processes of its group are killed
+//                waits until a signal interrupts it; "stuck" no signal interrupts it, as with a
+//                disk that does not answer; "late" it and all later ones take a third of a second
+//                in child processes; "kill" it and all processes of its group are killed
 //   FAULT_ERROR  the errno of a call that fails, in place of one that it may have
 //   FAULT_HASTE  a number: timers, waits and the clock of the program are so many times as fast
 //   FAULT_COUNT  a file that holds, as longs in memory, the number of calls made so far and that of
@@ -40,7 +40,7 @@
 
 namespace {
 
-enum class What { Once, On, Block, Stuck, Kill };
+enum class What { Once, On, Block, Stuck, Late, Kill };
 
 struct Plan {
   const char* kind = nullptr;
@@ -83,7 +83,7 @@ long numberFrom(const char* variable, long otherwise) {
 }
 
 What whatFrom(const char* word) {
-  constexpr const char* kWords[] = {"once", "on", "block", "stuck", "kill"};
+  constexpr const char* kWords[] = {"once", "on", "block", "stuck", "late", "kill"};
   int place = 0;
   for (const char* known : kWords) {
     if (word != nullptr && std::strcmp(word, known) == 0) {
@@ -166,6 +166,9 @@ void strike(const char* kind, const sigset_t* mask) {
   __atomic_add_fetch(&counts->faults, 1, __ATOMIC_SEQ_CST);
   if (plan.what == What::Kill) {
     kill(0, SIGKILL);
+  } else if (plan.what == What::Late) {
+    const timespec pause{0, getpid() == program ? 0 : 333'000'000};
+    nanosleep(&pause, nullptr);
   } else if (plan.what == What::Block || plan.what == What::Stuck) {
     plan.error = EINTR;
     block(mask, std::strcmp(kind, "poll") != 0);  // the kernel restarts no poll
@@ -178,12 +181,12 @@ bool fails(const char* kind, const sigset_t* mask = nullptr) {
     return false;
   }
   const long number = __atomic_add_fetch(&counts->calls, 1, __ATOMIC_SEQ_CST);
-  const bool strikes =
-      plan.at > 0 && (plan.what == What::On ? number >= plan.at : number == plan.at);
+  const bool lasts = plan.what == What::On || plan.what == What::Late;
+  const bool strikes = plan.at > 0 && (lasts ? number >= plan.at : number == plan.at);
   if (strikes) {
     strike(kind, mask);
   }
-  return strikes;
+  return strikes && plan.what != What::Late;
 }
 
 template <class Result>

@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "controller/whole_config_file.h"
@@ -28,10 +32,14 @@ class Session {
  public:
   explicit Session(const Fault& fault) : console_(start(fault)) {}
 
+  void begin() { console_.readUntil("> "); }
+  void type(const std::string& text) { console_.send(text); }
+  void readWhile(const std::function<bool()>& condition) { console_.readWhile(condition); }
+
   /// Goes on until it is over or killed.
   void play() {
     try {
-      console_.readUntil("> ");
+      begin();
       callsBefore = calls();
       for (int32_t id = kFirst; id <= kLast && !isKilled(); ++id) {
         typed = id;
@@ -52,12 +60,16 @@ class Session {
     console_.finish();
   }
 
-  /// The next console announces the copy and restores it.
-  void expectNextToRestore(const std::string& path) {
-    Start next = start({});
-    ConsoleProcess console(next);
-    const std::string beginning = console.readUntil("Enter 'help'");
-    EXPECT_EQ(beginning.find("restore " + path) != std::string::npos, !path.empty()) << beginning;
+  /// Kills the console, but not the child that writes its copy.
+  void kill() {
+    console_.signal(SIGKILL);
+    console_.waitForEnd();
+  }
+
+  /// The next console announces the copy and restores it, if `path` says that there is one.
+  void expectNextToRestore(const std::string& path) const {
+    ConsoleProcess console(start({}));
+    expectAnnounced(console, path);
     if (!path.empty()) {
       const int32_t id = idIn(path);
       console.send("restore " + path + "\n");
@@ -68,18 +80,28 @@ class Session {
     EXPECT_EQ(console.finish().status, 0);
   }
 
+  void expectNextToAnnounce(const std::string& path) const {
+    ConsoleProcess console(start({}));
+    expectAnnounced(console, path);
+    console.send("quit\n");
+    console.finish();
+  }
+
+  static void expectAnnounced(ConsoleProcess& console, const std::string& path) {
+    const std::string beginning = console.readUntil("Enter 'help'");
+    EXPECT_EQ(beginning.find("restore " + path) != std::string::npos, !path.empty()) << beginning;
+  }
+
   bool isKilled() const { return FaultCounts(countsPath()).faults > 0; }
   int32_t committedId() const { return controller_.config().headendGlobalConfig.headendId; }
 
   /// The path of the copy, or nothing.
-  std::string copy() const {
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator(folder_.file("lineup-console"), none)) {
-      if (entry.path().extension() == ".json") {
-        return entry.path();
-      }
-    }
-    return "";
+  std::string copy() const { return fileWith(".json"); }
+  bool isBeingWritten() const { return !fileWith(".new").empty() || !fileWith(".newer").empty(); }
+
+  int32_t copiedId() const {
+    const std::string path = copy();
+    return path.empty() ? 0 : idIn(path);
   }
   static int32_t idIn(const std::string& path) {
     return lineup::readWholeConfigFile(path).headendGlobalConfig.headendId;
@@ -94,9 +116,14 @@ class Session {
   std::string countsPath() const { return folder_.file("counts"); }
   long calls() const { return FaultCounts(countsPath()).calls; }
 
-  int32_t copiedId() const {
-    const std::string path = copy();
-    return path.empty() ? 0 : idIn(path);
+  std::string fileWith(const std::string& extension) const {
+    std::error_code none;
+    for (const auto& entry : fs::directory_iterator(folder_.file("lineup-console"), none)) {
+      if (entry.path().extension() == extension) {
+        return entry.path();
+      }
+    }
+    return "";
   }
 
   Start start(const Fault& fault) const {
@@ -115,6 +142,8 @@ class Session {
   const FakeController controller_;
   ConsoleProcess console_;
 };
+
+const Fault kSlowDisk{"copy", 1, "late"};
 
 TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
   long before = 0;
@@ -140,6 +169,34 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
     }
     session.expectNextToRestore(copy);
   }
+}
+
+TEST(KilledConsole, WhoseTerminalTakesNoOutputHasACopyOfTheEditsBeforeIt) {
+  Session session(kSlowDisk);
+  session.begin();
+  std::string lines = "id 7\nid 8\n";
+  for (int n = 0; n < 16; ++n) {
+    lines += "show\n";
+  }
+  session.type(lines);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (session.copiedId() != 8 && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  session.kill();
+  EXPECT_EQ(session.copiedId(), 8);
+  session.expectNextToRestore(session.copy());
+}
+
+TEST(KilledConsole, WhoseWriterIsStillAtWorkHasTheCopyBeforeAnnounced) {
+  Session session(kSlowDisk);
+  session.begin();
+  session.type("id 7\n");
+  session.readWhile([&] { return session.copiedId() != 7; });
+  session.type("id 8\n");
+  session.readWhile([&] { return !session.isBeingWritten(); });
+  session.kill();
+  session.expectNextToAnnounce(session.copy());
 }
 
 }  // namespace
