@@ -13,6 +13,10 @@ namespace {
 
 using Row = TextTable::Row;
 
+/// The widest that a column gets. A longer cell moves those behind it in its own line, instead of
+/// filling all other lines with as many blanks.
+constexpr std::size_t kWidestColumn = 256;
+
 std::string headingOf(std::string name) {
   for (char& letter : name) {
     if (letter >= 'a' && letter <= 'z') {
@@ -32,7 +36,7 @@ void addLine(std::string& text, const Row& row, const std::size_t* shown,
       text += row[column];
       missing = 0;
     }
-    missing += widths[column] + 2 - shown[column];
+    missing += std::max(widths[column], shown[column]) + 2 - shown[column];
   }
   text += '\n';
 }
@@ -69,7 +73,7 @@ std::string tableText(TextTable table) {
   const auto measure = [&](Row& row) {
     for (std::size_t column = 0; column < columns; ++column) {
       shown.push_back(makePrintable(row[column]));
-      widths[column] = std::max(widths[column], shown.back());
+      widths[column] = std::max(widths[column], std::min(shown.back(), kWidestColumn));
     }
   };
   std::transform(table.columns.begin(), table.columns.end(), table.columns.begin(), headingOf);

@@ -102,6 +102,20 @@ TEST(TextTable, SetsColumnsTwoBlanksApartByCharacters) {
             "NAME    SID\nEspaña  1\na       2\nb\n");
 }
 
+TEST(TextTable, AVeryLongCellMakesNoOtherLineLonger) {
+  const std::string longest(25'000'000, 'x');
+  const std::string wide(256, 'w');
+  std::vector<TextTable::Row> rows(10'000, {"a", "1"});
+  rows[1][0] = longest;
+  rows[2][0] = wide;
+  const std::string text = tableText({{"name", "SID"}, rows});
+  const std::string heading = "NAME" + std::string(254, ' ') + "SID\n";
+  const std::string line = "a" + std::string(257, ' ') + "1\n";
+  EXPECT_EQ(text.size(), heading.size() + 9'999 * line.size() + longest.size() + 4);
+  const std::string begin = heading + line + longest + "  1\n" + wide + "  1\n" + line;
+  EXPECT_TRUE(text.starts_with(begin));
+}
+
 TEST(TextTable, LetsNothingThroughThatWouldMoveTheCursor) {
   EXPECT_EQ(tableText({{"name"}, {{"a\tb\x1b[2J\\\x7f\xc2\x9b\xff"}}}),
             "NAME\na\\tb\\x1b[2J\\\\\\x7f\\xc2\\x9b\\xff\n");
