@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
-#include <string_view>
 
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
@@ -99,16 +98,8 @@ void writeFile(const std::string& path, const std::string& content) {
 }
 
 void print(const std::string& text) {
-  std::string_view left = text;
-  while (!left.empty()) {
-    const ssize_t written = write(STDOUT_FILENO, left.data(), left.size());
-    if (written < 0 && errno == EINTR) {
-      continue;
-    }
-    if (written < 0) {
-      throw Failure(kFile, std::string("standard output: ") + std::strerror(errno));
-    }
-    left.remove_prefix(static_cast<std::size_t>(written));
+  if (!writeAll(STDOUT_FILENO, text)) {
+    throw Failure(kFile, std::string("standard output: ") + std::strerror(errno));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -13,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/descriptor.h"
 #include "tests/ctl/ctl_process.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
@@ -451,10 +453,25 @@ TEST_F(Ctl, WaitsNoLongerThanItIsTold) {
 
 // ---- output and signals
 
-/// Runs lineupctl by the shell, with its output as `redirection` says.
+/// How to start lineupctl by the shell, with its streams as `redirection` says.
+Start redirected(const std::string& words, const std::string& redirection) {
+  return Start{.program = "sh",
+               .arguments = {"-c", "exec \"$0\" " + words + " " + redirection, kCtlProgram}};
+}
+
 Outcome runRedirected(const std::string& words, const std::string& redirection) {
-  return run(Start{.program = "sh",
-                   .arguments = {"-c", "exec \"$0\" " + words + " " + redirection, kCtlProgram}});
+  return run(redirected(words, redirection));
+}
+
+/// Everything up to the end of a pipe, which is full most of the time meanwhile.
+std::string slowlyRead(int pipe) {
+  std::string text;
+  std::array<char, 4096> part{};
+  for (ssize_t count = 0; (count = read(pipe, part.data(), part.size())) > 0;) {
+    text.append(part.data(), static_cast<std::size_t>(count));
+    usleep(1'000);
+  }
+  return text;
 }
 
 TEST_F(CtlWithController, FailsIfItsOutputCannotBeWritten) {
@@ -469,6 +486,27 @@ TEST_F(CtlWithController, FailsIfItsOutputCannotBeWritten) {
     EXPECT_EQ(closed.err, "lineupctl: standard output: Bad file descriptor\n");
   }
   EXPECT_EQ(controller_.config(), withId(1));  // nothing was sent
+}
+
+TEST_F(Ctl, WaitsForAnOutputThatDoesNotBlock) {
+  HeadendConfig large;
+  large.lineupConfig.rfEntries.resize(3'000);
+  const std::string file = fileWith(large);
+  const std::string expected = runCtl({"show", "--format=json", file}).out;
+  ASSERT_GT(expected.size(), std::size_t{10} << 16);  // ten times what a pipe holds
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  fcntl(ends[0], F_SETFD, FD_CLOEXEC);
+  fcntl(ends[1], F_SETFL, O_NONBLOCK);
+  const Descriptor reading(ends[0]);
+  Descriptor writing(ends[1]);
+  ConsoleProcess showing(
+      redirected("show --format=json " + file, ">&" + std::to_string(writing.number())));
+  writing = Descriptor();
+  EXPECT_TRUE(slowlyRead(reading.number()) == expected);
+  const Outcome outcome = showing.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
 }
 
 TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
