@@ -1,5 +1,7 @@
 #include "controller/config_file_transport.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <thrift/protocol/TProtocolException.h>
 #include <thrift/transport/TFDTransport.h>
 #include <unistd.h>
@@ -59,7 +61,8 @@ std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
 // gcov counts the first initialization with the second.
 ConfigFileTransport::ConfigFileTransport(Descriptor& descriptor)
     : TBufferedTransport(nullptr, kBufferSize, kBufferSize, noSizeLimits()),  // GCOVR_EXCL_LINE
-      descriptor_(descriptor.number()) {
+      descriptor_(descriptor.number()),
+      blocks_((fcntl(descriptor.number(), F_GETFL) & O_NONBLOCK) == 0) {
   transport_ = takeOver(descriptor);
 }
 
@@ -84,6 +87,15 @@ uint32_t ConfigFileTransport::readAll_virt(uint8_t* buffer, uint32_t length) {
     buffer[index] = static_cast<uint8_t>(character);
   }
   return length;
+}
+
+/// Called for more bytes than the buffer has left.
+uint32_t ConfigFileTransport::readSlow(uint8_t* buffer, uint32_t length) {
+  if (!blocks_) {
+    pollfd input{descriptor_, POLLIN, 0};
+    poll(&input, 1, -1);
+  }
+  return TBufferedTransport::readSlow(buffer, length);
 }
 
 char ConfigFileTransport::take() {

@@ -41,6 +41,10 @@ class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport
   /// The last character read.
   char last() const { return last_; }
 
+ protected:
+  /// Waits where a descriptor that does not block has nothing to read for now.
+  uint32_t readSlow(uint8_t* buffer, uint32_t length) override;
+
  private:
   char take();
   bool isAhead(std::string_view text);
@@ -49,6 +53,7 @@ class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport
   void note(char character);
 
   const int descriptor_;
+  const bool blocks_;
   std::string ahead_;      // what was read ahead,
   size_t aheadTaken_ = 0;  // and how much of it has been taken since
   bool inText_ = false;    // behind its opening quote

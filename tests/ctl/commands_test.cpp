@@ -509,6 +509,26 @@ TEST_F(Ctl, WaitsForAnOutputThatDoesNotBlock) {
   EXPECT_EQ(outcome.err, "");
 }
 
+TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
+  const std::string file = toJson(withId(7));
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  fcntl(ends[0], F_SETFL, O_NONBLOCK);
+  fcntl(ends[1], F_SETFD, FD_CLOEXEC);
+  const Descriptor reading(ends[0]);
+  Descriptor writing(ends[1]);
+  ConsoleProcess showing(redirected("show -", "<&" + std::to_string(reading.number())));
+  for (const std::string& part : {file.substr(0, 600), file.substr(600)}) {
+    showing.waitUntilBlocked();
+    EXPECT_EQ(write(writing.number(), part.data(), part.size()), static_cast<ssize_t>(part.size()));
+  }
+  writing = Descriptor();
+  const Outcome outcome = showing.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(outcome.out.find("id             7\n"), std::string::npos) << outcome.out;
+}
+
 TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
   Answer late;
   late.sentBytes = 0;
