@@ -5,9 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
-
-#include "support/ending_signals.h"
-#include "support/held_signals.h"
+#include <chrono>
+#include <optional>
 
 namespace lineup {
 
@@ -47,12 +46,16 @@ uint32_t PatientSocket::write_partial(const uint8_t* bytes, uint32_t size) {
   }
 }
 
-/// `timeout` is in milliseconds; 0 for none.
+/// `timeout` is in milliseconds; 0 for none. A signal does not begin it anew.
 void PatientSocket::waitUntilReady(short events, int timeout) {
+  using Clock = std::chrono::steady_clock;
+  using std::chrono::milliseconds;
+  const Clock::time_point end = Clock::now() + milliseconds(timeout);
   pollfd connection{getSocketFD(), events, 0};
   int ready = -1;
   do {
-    ready = poll(&connection, 1, patience(timeout));
+    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
+    ready = poll(&connection, 1, timeout > 0 ? static_cast<int>(std::max<int64_t>(left, 0)) : -1);
   } while (ready < 0 && errno == EINTR);
   if (ready < 0) {
     throw TTransportException(TTransportException::UNKNOWN, "poll", errno);
@@ -60,22 +63,6 @@ void PatientSocket::waitUntilReady(short events, int timeout) {
   if (ready == 0) {
     throw TTransportException(TTransportException::TIMED_OUT, "the peer takes too long");
   }
-}
-
-/// How many milliseconds a wait may take, -1 for any number: up to `timeout`, and once a signal has
-/// been seen, what is left to the call. Throws TTransportException if nothing is.
-int PatientSocket::patience(int timeout) {
-  constexpr std::chrono::milliseconds kAfterASignal(20'000);  // as for each single wait
-  if (!isSignalled() && !HeldSignals::hasArrived()) {
-    return timeout > 0 ? timeout : -1;
-  }
-  const auto now = std::chrono::steady_clock::now();
-  due_ = due_.value_or(now + kAfterASignal);
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(*due_ - now);
-  if (left.count() <= 0) {
-    throw TTransportException(TTransportException::TIMED_OUT, "the peer only trickles");
-  }
-  return static_cast<int>(timeout > 0 ? std::min<int64_t>(timeout, left.count()) : left.count());
 }
 
 }  // namespace lineup

@@ -4,15 +4,12 @@
 
 #include <thrift/transport/TSocket.h>
 
-#include <chrono>
 #include <cstdint>
-#include <optional>
 
 namespace lineup {
 
 /// A TSocket whose transfers are restarted after a signal: each waits for bytes, or for room in the
-/// send buffer, up to the time-out. Once a signal that ends the program has been caught, or has
-/// arrived while HeldSignals hold it back, the rest of the call has 20 seconds in total.
+/// send buffer, up to the time-out.
 class PatientSocket : public apache::thrift::transport::TSocket {
  public:
   using TSocket::TSocket;
@@ -25,9 +22,6 @@ class PatientSocket : public apache::thrift::transport::TSocket {
 
  private:
   void waitUntilReady(short events, int timeout);
-  int patience(int timeout);
-
-  std::optional<std::chrono::steady_clock::time_point> due_;  // set when a signal is seen
 };
 
 }  // namespace lineup
