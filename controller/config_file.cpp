@@ -6,6 +6,7 @@
 
 #include <iostream>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "controller/config_file_protocol.h"
@@ -27,18 +28,11 @@ auto withTransports(Descriptor& descriptor, Work work) {
 }
 
 /// Opens `path` and lets `work` use the stack of transports and protocol over it, which is released
-/// in any case. Returns the file operations' result.
+/// in any case. Returns the result of `work`.
 template <class Work>
 int withConfigFile(const std::string& path, int flags, Work work) {
   Descriptor descriptor(open(path.c_str(), flags, S_IRUSR | S_IWUSR));
-  if (!descriptor.isOpen()) {
-    return CONFIG_FILE_NOT_OPENED;
-  }
-  try {
-    return withTransports(descriptor, work);
-  } catch (...) {
-    return CONFIG_FILE_FAILED;
-  }
+  return descriptor.isOpen() ? withTransports(descriptor, work) : CONFIG_FILE_NOT_OPENED;
 }
 
 /// Reads what there is of the file, unless a signal is why it cannot be read. Returns whether that
@@ -54,13 +48,17 @@ bool readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
 }  // namespace
 
 int writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config) {
-  return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
-    config.write(&protocol);
-    const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
-    file.close();  // writes out the rest of the buffer, which the last sync covers
-    sync();
-    return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
-  });
+  try {
+    return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
+      config.write(&protocol);
+      const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
+      file.close();  // writes out the rest of the buffer, which the last sync covers
+      sync();
+      return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
+    });
+  } catch (...) {
+    return CONFIG_FILE_FAILED;
+  }
 }
 
 void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
@@ -72,11 +70,17 @@ void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
 }
 
 int readConfigFile(const std::string& path, hub_module::HeadendConfig& config) {
-  return withConfigFile(path, O_RDONLY, [&](auto& file, auto& protocol) {
-    config.read(&protocol);
-    file.close();
-    return CONFIG_FILE_OK;
-  });
+  try {
+    return withConfigFile(path, O_RDONLY, [&](auto& file, auto& protocol) {
+      config.read(&protocol);
+      file.close();
+      return CONFIG_FILE_OK;
+    });
+  } catch (const std::bad_alloc&) {
+    throw;  // the file is in order, and a part of it must not pass for its content
+  } catch (...) {
+    return CONFIG_FILE_FAILED;
+  }
 }
 
 void LineupEditor::saveConfig(const std::string& path) {
