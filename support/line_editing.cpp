@@ -189,6 +189,7 @@ class LineEditor {
   bool can(const char* name) const;
   std::size_t number(const char* name) const;
   void bindKeys();
+  bool edits() const;
 
   static LineEditor& of(EditLine* lib);
   void beginEditing();
@@ -292,11 +293,14 @@ bool LineEditor::prepare(const char* terminal) {
         static char none[] = "";
         return none;
       });
+  bindKeys();
+  makeRoom(1);
+  if (!edits()) {
+    return false;
+  }
   el_set(
       lib_, EL_GETCFN,
       +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
-  bindKeys();
-  makeRoom(1);
   for (const std::string& line : readHistoryFile()) {
     history_.add(lettersOf(line));
   }
@@ -374,6 +378,20 @@ void LineEditor::bindKeys() {
                                                                    : L"ed-unassigned";
     el_wset(lib_, EL_BIND, keys, function, nullptr);
   }
+}
+
+/// Whether libedit edits, which it is given a line for. Where the terminal failed when libedit
+/// looked at it, libedit says so nowhere: it reads no line, or has every key for a letter.
+bool LineEditor::edits() const {
+  el_set(
+      lib_, EL_GETCFN, +[](EditLine* /*lib*/, wchar_t* key) {
+        static const wchar_t* next = L"\x01\n";  // to the beginning, Return
+        *key = *next++;
+        return 1;
+      });
+  int length = 0;
+  const char* const line = el_gets(lib_, &length);
+  return line != nullptr && *line == '\n';
 }
 
 LineEditor& LineEditor::of(EditLine* lib) {

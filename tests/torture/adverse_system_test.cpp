@@ -63,6 +63,31 @@ TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
   EXPECT_EQ(calls(), 1);
 }
 
+// Where the first lines can be edited all the same, or cannot, is not the point.
+TEST_F(AdverseSystem, ATerminalThatFailsOnceLeavesTheConsoleToReadLines) {
+  const auto session = [&](long place) {
+    Start start = withFault("terminal", true, count);
+    injectFault(start, {"terminal", place}, count);
+    ConsoleProcess console(start);
+    console.readUntil("> ");
+    const long before = calls();
+    console.send("id 7\n");
+    console.readUntil(kPending);
+    console.send("quit\n");
+    const Outcome outcome = console.finish();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("NOTE: Changes have not been committed"), std::string::npos)
+        << outcome.out;
+    return before;
+  };
+  const long startCalls = session(0);
+  ASSERT_GT(startCalls, 10);
+  for (long place = 1; place <= startCalls; ++place) {
+    SCOPED_TRACE("call " + std::to_string(place));
+    session(place);
+  }
+}
+
 // Operators and functions both: which of them a build's own are differs.
 TEST_F(AdverseSystem, ARestoreWithoutMemorySendsNothingOrAll) {
   korvel::thrift::hub_module::HeadendConfig config;

@@ -21,11 +21,13 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -121,6 +123,9 @@ constexpr const char* kCopy = "copy";
 
 /// What is done with the connection to the system's log.
 constexpr const char* kLog = "log";
+
+/// What is asked of the terminal, and told to it, besides reading and writing.
+constexpr const char* kTerminal = "terminal";
 
 bool isCounted(const char* kind) {
   if (!started) {
@@ -327,6 +332,30 @@ int open64(const char* path, int flags, ...) {
 FILE* fopen(const char* path, const char* mode) {
   static auto* const real = next<FILE*(const char*, const char*)>("fopen");
   return fails("open") ? failWith<FILE*>(EMFILE, nullptr) : real(path, mode);
+}
+
+int isatty(int descriptor) noexcept {
+  static auto* const real = next<int(int)>("isatty");
+  return fails(kTerminal) ? failWith(EIO, 0) : real(descriptor);
+}
+
+int tcgetattr(int descriptor, termios* mode) noexcept {
+  static auto* const real = next<int(int, termios*)>("tcgetattr");
+  return fails(kTerminal) ? failWith(EIO, -1) : real(descriptor, mode);
+}
+
+int tcsetattr(int descriptor, int when, const termios* mode) noexcept {
+  static auto* const real = next<int(int, int, const termios*)>("tcsetattr");
+  return fails(kTerminal) ? failWith(EIO, -1) : real(descriptor, when, mode);
+}
+
+int ioctl(int descriptor, unsigned long request, ...) noexcept {
+  static auto* const real = next<int(int, unsigned long, ...)>("ioctl");
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  return fails(kTerminal) ? failWith(EIO, -1) : real(descriptor, request, argument);
 }
 
 int signalfd(int descriptor, const sigset_t* mask, int flags) noexcept {
