@@ -66,14 +66,31 @@ Descriptor openLocked(const Folder& folder) {
   return file;
 }
 
-std::string contentOf(int file) {
-  std::string content;
+/// The lines at the end of a file.
+struct Tail {
+  std::string content{};
+  bool isWhole = true;  ///< whether there is nothing before them
+};
+
+/// Leaves out what is before the last 64 MiB, where there are a thousand lines ten times as long as
+/// the longest that people paste, of 5,000 letters: a file that is larger is damaged.
+Tail tailOf(int file) {
+  constexpr off_t kMost = off_t{64} << 20;
+  const off_t size = lseek(file, 0, SEEK_END);
+  const off_t begin = std::max<off_t>(size - kMost, 0);
+  Tail tail{.isWhole = begin == 0};
+  tail.content.reserve(static_cast<std::size_t>(std::max<off_t>(size - begin, 0)));
+  lseek(file, begin, SEEK_SET);
   std::array<char, 4096> part;
   ssize_t count = 0;
   while ((count = read(file, part.data(), part.size())) > 0) {
-    content.append(part.data(), static_cast<std::size_t>(count));
+    tail.content.append(part.data(), static_cast<std::size_t>(count));
   }
-  return content;
+  if (!tail.isWhole) {
+    const std::size_t firstEnd = tail.content.find('\n');
+    tail.content.erase(0, firstEnd == std::string::npos ? firstEnd : firstEnd + 1);
+  }
+  return tail;
 }
 
 /// Writes all of `text`, or nothing.
@@ -110,12 +127,12 @@ std::size_t beginOfLast(std::size_t count, std::string_view content) {
 
 }  // namespace
 
-std::vector<std::string> readHistoryFile() {
+std::vector<std::string> readHistoryFile(std::size_t most) {
   std::vector<std::string> lines;
   const std::optional<Folder> folder = openFolder(IfMissing::Leave);
   const Descriptor file = folder ? openFile(*folder, O_RDONLY) : Descriptor();
-  const std::string content = file.isOpen() ? contentOf(file.number()) : "";
-  for (std::size_t begin = 0; begin < content.size();) {
+  const std::string content = file.isOpen() ? tailOf(file.number()).content : "";
+  for (std::size_t begin = beginOfLast(most, content); begin < content.size();) {
     const std::size_t end = std::min(content.find('\n', begin), content.size());
     lines.push_back(content.substr(begin, end - begin));
     begin = end + 1;
@@ -129,14 +146,14 @@ void appendToHistoryFile(const std::string& line, std::size_t most) {
   if (!file.isOpen()) {
     return;
   }
-  const std::string content = contentOf(file.number());
-  const bool isCut = !content.empty() && content.back() != '\n';  // on a full disk
+  const Tail tail = tailOf(file.number());
+  const bool isCut = !tail.content.empty() && tail.content.back() != '\n';  // on a full disk
   const std::string added = (isCut ? "\n" : "") + line + '\n';
-  const std::size_t begin = beginOfLast(most - 1, content);
-  if (begin == 0) {
+  const std::size_t begin = beginOfLast(most - 1, tail.content);
+  if (tail.isWhole && begin == 0) {
     append(file.number(), added);
   } else {
-    replace(*folder, content.substr(begin) + added);
+    replace(*folder, tail.content.substr(begin) + added);
   }
 }
 

@@ -22,6 +22,7 @@
 #include <exception>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -190,6 +191,7 @@ class LineEditor {
   std::size_t number(const char* name) const;
   void bindKeys();
   bool edits() const;
+  void bringBackEarlierLines();
 
   static LineEditor& of(EditLine* lib);
   void beginEditing();
@@ -301,9 +303,7 @@ bool LineEditor::prepare(const char* terminal) {
   el_set(
       lib_, EL_GETCFN,
       +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
-  for (const std::string& line : readHistoryFile()) {
-    history_.add(lettersOf(line));
-  }
+  bringBackEarlierLines();
   return true;
 }
 
@@ -627,13 +627,28 @@ void LineEditor::startAgain() {
 
 // ---- earlier lines
 
+/// Without memory for them there are none.
+void LineEditor::bringBackEarlierLines() {
+  try {
+    for (const std::string& line : readHistoryFile(LineHistory::kMost)) {
+      history_.add(lettersOf(line));
+    }
+  } catch (const std::bad_alloc&) {
+    history_ = {};
+  }
+}
+
 void LineEditor::remember(const std::string& line) {
   const std::wstring letters = lettersOf(line);
   if (letters.empty() || (history_.size() > 0 && history_[history_.size() - 1] == letters)) {
     return;
   }
   history_.add(letters);
-  appendToHistoryFile(line, LineHistory::kMost);
+  try {
+    appendToHistoryFile(line, LineHistory::kMost);
+  } catch (const std::bad_alloc&) {
+    return;  // the file is too large: the line is kept in this console alone
+  }
 }
 
 /// Makes the line the one of this place in the history; behind its end it is what was typed.

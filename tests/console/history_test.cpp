@@ -185,5 +185,31 @@ TEST_F(History, ThatIsOpenToOthersIsClosed) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST_F(History, OfEightGigabytesLeavesTheConsoleToStartWithItsLastLines) {
+  makeFolder();
+  std::ofstream(path) << "first\n";
+  fs::resize_file(path, uintmax_t{8} << 30);
+  std::ofstream(path, std::ios::app) << "\nlast\n";
+  expectRecalled(start(), {"last"});
+}
+
+#ifndef __SANITIZE_ADDRESS__  // which needs memory of its own
+
+TEST_F(History, ThatMemoryIsTooSmallForIsNone) {
+  makeFolder();
+  std::ofstream file(path);
+  for (int line = 0; line < 1000; ++line) {
+    file << line << std::string(20'000, 'x') << "\n";
+  }
+  file << "last\n" << std::flush;
+  Start limited = start();
+  limited.program = "/bin/sh";
+  limited.arguments = {"-c", std::string("ulimit -d 16384; exec ") + kConsoleProgram};
+  enter(limited, {"new"});
+  expectRecalled(start(), {"last"});
+}
+
+#endif
+
 }  // namespace
 }  // namespace lineup::test
