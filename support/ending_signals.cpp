@@ -65,6 +65,7 @@ volatile std::sig_atomic_t overdue = 0;
 volatile std::sig_atomic_t remoteCall = 0;
 volatile std::sig_atomic_t commandRuns = 0;  // an InterruptibleCommand
 volatile std::sig_atomic_t interrupted = 0;  // whether what was caught ends it alone
+volatile std::sig_atomic_t keysLeft = 0;     // a TerminalKeysLeft
 timespec end{};                              // when the program ends, once a signal is caught
 
 timespec now() {
@@ -106,9 +107,16 @@ bool isRepeated(int signal) {
   return signal == SIGINT && interrupted != 0 && remoteCall == 0 && overdue == 0;
 }
 
-void catchSignal(int signal) {
+/// Whether a key of the terminal sent the signal, and no process, while the keys are for another
+/// program.
+bool isKeyOfAnother(int signal, const siginfo_t& info) {
+  const bool hasKey = signal == SIGINT || signal == SIGQUIT;
+  return keysLeft != 0 && hasKey && info.si_code == SI_KERNEL;
+}
+
+void catchSignal(int signal, siginfo_t* info, void* /*context*/) {
   const int error = errno;
-  if (!isRepeated(signal)) {
+  if (!isRepeated(signal) && !isKeyOfAnother(signal, *info)) {
     const bool isFirst = caughtSignal == 0;
     if (isFirst || interrupted != 0) {
       startTimer();
@@ -165,9 +173,9 @@ void passTime() {
 }
 
 /// SIGALRM: from the timer, or from another process, as any other signal.
-void catchAlarm(int signal, siginfo_t* info, void* /*context*/) {
+void catchAlarm(int signal, siginfo_t* info, void* context) {
   if (info->si_code <= 0) {
-    catchSignal(signal);
+    catchSignal(signal, info, context);
   } else {
     passTime();
   }
@@ -180,8 +188,8 @@ void catchWith(int signal) {
     action.sa_sigaction = catchAlarm;
     action.sa_flags = SA_SIGINFO;  // what blocks is interrupted
   } else {
-    action.sa_handler = catchSignal;
-    action.sa_flags = SA_RESTART;  // output is not cut short; waits end all the same
+    action.sa_sigaction = catchSignal;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;  // output is not cut short; waits end all the same
   }
   sigaction(signal, &action, nullptr);
 }
@@ -190,8 +198,8 @@ void catchWith(int signal) {
 void letInterruptsThrough(bool through) {
   struct sigaction action {};
   sigaction(SIGINT, nullptr, &action);
-  if (action.sa_handler == catchSignal) {
-    action.sa_flags = through ? 0 : SA_RESTART;
+  if (action.sa_sigaction == catchSignal) {
+    action.sa_flags = SA_SIGINFO | (through ? 0 : SA_RESTART);
     sigaction(SIGINT, &action, nullptr);
   }
 }
@@ -308,6 +316,14 @@ void throwIfInterrupted() {
   if (interrupted != 0) {
     throwIfSignalled();
   }
+}
+
+TerminalKeysLeft::TerminalKeysLeft() {
+  keysLeft = 1;
+}
+
+TerminalKeysLeft::~TerminalKeysLeft() {
+  keysLeft = 0;
 }
 
 void waitFor(microseconds duration) {

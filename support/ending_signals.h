@@ -85,6 +85,16 @@ bool isInterrupted();
 /// Throws EndedBySignal in that case only: to be called where nothing else ends what is printed.
 void throwIfInterrupted();
 
+/// While it lives, the terminal's keys that send SIGINT and SIGQUIT to all that run on it are meant
+/// for another program: only such signals that a process sends are caught.
+class TerminalKeysLeft {
+ public:
+  TerminalKeysLeft();
+  ~TerminalKeysLeft();
+  TerminalKeysLeft(const TerminalKeysLeft&) = delete;
+  TerminalKeysLeft& operator=(const TerminalKeysLeft&) = delete;
+};
+
 /// Waits `duration`, or throws EndedBySignal as soon as a signal is caught.
 void waitFor(std::chrono::microseconds duration);
 

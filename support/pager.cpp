@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -52,31 +51,17 @@ Descriptor fileWith(std::string_view text) {
   return file;
 }
 
-/// While it lives, the signals of the terminal's keys are not for this program, except that it
-/// stops. `held` are held back.
+/// While it lives, the terminal's keys are not for this program, except that it stops. `held` are
+/// the signals that are held back.
 class TerminalLeft {
  public:
-  explicit TerminalLeft(const sigset_t& held) {
-    for (std::size_t n = 0; n < kKeys.size(); ++n) {
-      struct sigaction ignored {};
-      ignored.sa_handler = SIG_IGN;
-      sigaction(kKeys[n], &ignored, &actions_[n]);
-    }
-    pthread_sigmask(SIG_SETMASK, &held, &mask_);
-  }
-  ~TerminalLeft() {
-    pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
-    for (std::size_t n = 0; n < kKeys.size(); ++n) {
-      sigaction(kKeys[n], &actions_[n], nullptr);
-    }
-  }
+  explicit TerminalLeft(const sigset_t& held) { pthread_sigmask(SIG_SETMASK, &held, &mask_); }
+  ~TerminalLeft() { pthread_sigmask(SIG_SETMASK, &mask_, nullptr); }
   TerminalLeft(const TerminalLeft&) = delete;
   TerminalLeft& operator=(const TerminalLeft&) = delete;
 
  private:
-  static constexpr std::array<int, 2> kKeys{SIGINT, SIGQUIT};
-
-  std::array<struct sigaction, kKeys.size()> actions_{};
+  const TerminalKeysLeft keys_{};
   sigset_t mask_{};
 };
 

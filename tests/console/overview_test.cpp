@@ -236,18 +236,44 @@ TEST_F(Overview, CtrlCInThePagerEndsThePagerAlone) {
   session.expect("y\nInvalid command. Try 'help'.\n> |");
 }
 
-TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
+TEST_F(Overview, TheKeyThatQuitsInThePagerEndsThePagerAlone) {
   fillLineup(100);
   Session session(withSleepingPager());
   session.expect("> |");
-  session.type("id 7\n");
-  session.expect(kPendingOnScreen);
-  session.type(kF3);
+  session.type(std::string("x") + kF3);
   session.expect("ready\n|");
-  session.console.signal(SIGTERM);
-  const auto outcome = session.console.finish();
-  EXPECT_EQ(outcome.signal, SIGTERM);
-  EXPECT_NE(outcome.out.find("The uncommitted changes are in "), std::string::npos);
+  session.type("\x1c");
+  session.expect("> x|");
+  session.type("y\n");
+  session.expect("y\nInvalid command. Try 'help'.\n> |");
+}
+
+TEST_F(Overview, AnInterruptThatAProcessSendsEndsThePagerAlone) {
+  fillLineup(100);
+  Session session(withSleepingPager());
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("ready\n|");
+  session.console.signal(SIGINT);
+  session.expect("> x|");
+  session.type("y\n");
+  session.expect("y\nInvalid command. Try 'help'.\n> |");
+}
+
+TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
+  fillLineup(100);
+  for (const int signal : {SIGTERM, SIGQUIT}) {
+    Session session(withSleepingPager());
+    session.expect("> |");
+    session.type("id 7\n");
+    session.expect(kPendingOnScreen);
+    session.type(kF3);
+    session.expect("ready\n|");
+    session.console.signal(signal);
+    const auto outcome = session.console.finish();
+    EXPECT_EQ(outcome.signal, signal);
+    EXPECT_NE(outcome.out.find("The uncommitted changes are in "), std::string::npos);
+  }
 }
 
 TEST_F(Overview, IsNoneOfAnAnswer) {
