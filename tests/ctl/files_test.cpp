@@ -84,6 +84,21 @@ TEST_F(CtlFiles, ThatAreAppliedAreSavedAgainByteForByte) {
   }
 }
 
+TEST_F(CtlFiles, WithManyServicesAndAVeryLongNameAreTaken) {
+  constexpr int kServices = 10'000;
+  HeadendConfig config;
+  auto& lineup = config.lineupConfig;
+  for (int key = 1; key <= kServices; ++key) {
+    lineup.dvbInputServices[key].service.name = "Service " + std::to_string(key);
+    lineup.rfEntries.emplace_back().serviceKey = key;
+    config.ipInputs["4/0"].muxes[std::to_string(key)].url = "udp://239.0.0.1:5000";
+  }
+  lineup.dvbInputServices[1].service.name = std::string(25'000'000, 'n');
+  lineup.dvbInputServices[1].service.intItems.resize(kServices);
+  fill(file_, toJson(config));
+  EXPECT_TRUE(readWholeConfigFile(file_) == config);
+}
+
 TEST_F(CtlFiles, WithWhiteSpaceBehindAreTaken) {
   const std::string good = toJson(randomHeadendConfig(1));
   EXPECT_TRUE(isTaken(good));
