@@ -8,7 +8,7 @@
 #include "compare/input_difference.h"
 #include "compare/json_difference.h"
 #include "compare/lineup_difference.h"
-#include "compare/record_json.h"
+#include "compare/named_json_writer.h"
 #include "compare/setting_words.h"
 
 namespace lineup {

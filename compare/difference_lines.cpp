@@ -1,8 +1,8 @@
 #include "compare/difference_lines.h"
 
 #include "compare/json_difference.h"
+#include "compare/named_json_writer.h"
 #include "compare/printed_text.h"
-#include "compare/record_json.h"
 
 namespace lineup {
 

@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "compare/config_difference.h"
-#include "compare/json_record.h"
-#include "compare/record_json.h"
+#include "compare/named_json_reader.h"
+#include "compare/named_json_writer.h"
 #include "controller/whole_config_file.h"
 #include "ctl/backups.h"
 #include "ctl/sources.h"

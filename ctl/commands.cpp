@@ -10,7 +10,7 @@
 #include "compare/config_difference.h"
 #include "compare/config_tables.h"
 #include "compare/json_difference.h"
-#include "compare/record_json.h"
+#include "compare/named_json_writer.h"
 #include "controller/whole_config_file.h"
 #include "ctl/apply.h"
 #include "ctl/arguments.h"

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "compare/json_difference.h"
-#include "compare/json_record.h"
+#include "compare/named_json_reader.h"
+#include "compare/named_json_writer.h"
 #include "compare/printed_text.h"
-#include "compare/record_json.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {

@@ -1,4 +1,4 @@
-// Records out of JSON that names their fields.
+// Reading a configuration from named JSON, which compare/named_json_writer.h describes.
 
 #pragma once
 

@@ -1,5 +1,3 @@
-#include "compare/record_json.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -7,7 +5,8 @@
 #include <string>
 
 #include "compare/json_difference.h"
-#include "compare/json_record.h"
+#include "compare/named_json_reader.h"
+#include "compare/named_json_writer.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {

@@ -1,4 +1,4 @@
-#include "compare/json_record.h"
+#include "compare/named_json_reader.h"
 
 #include <thrift/protocol/TVirtualProtocol.h>
 #include <thrift/transport/TTransportUtils.h>

@@ -1,4 +1,4 @@
-// Records as JSON that names every field.
+// Writing records as named JSON, in which every field has its name.
 
 #pragma once
 

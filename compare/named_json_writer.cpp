@@ -1,4 +1,4 @@
-#include "compare/record_json.h"
+#include "compare/named_json_writer.h"
 
 #include <thrift/protocol/TVirtualProtocol.h>
 #include <thrift/transport/TTransportUtils.h>
