@@ -13,6 +13,7 @@
 #include "compare/difference_lines.h"
 #include "compare/lineup_services.h"
 #include "compare/printed_text.h"
+#include "model/service_name.h"
 
 namespace lineup {
 

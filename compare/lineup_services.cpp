@@ -63,18 +63,6 @@ ServiceWords wordsUnder(const Services& services, int32_t key, const char* kind,
 
 }  // namespace
 
-std::string serviceName(const hub_module::DVBInputServiceConfig& service) {
-  return service.service.name;
-}
-
-std::string serviceName(const hub_module::ENCInputServiceConfig& service) {
-  return "ENC " + std::to_string(service.address.slot) + "/" + std::to_string(service.address.port);
-}
-
-std::string serviceName(const hub_module::EmptyInputServiceConfig& /*service*/) {
-  return "EMPTY SLOT";
-}
-
 ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
                      const HeadendConfig& config) {
   const hub_module::DVBInputService& dvb = service.service;

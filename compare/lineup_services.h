@@ -17,11 +17,6 @@ struct ServiceWords {
   std::string serviceType;  ///< DVB service_type
 };
 
-/// The name of a service, whatever the entries that name it are called.
-std::string serviceName(const korvel::thrift::hub_module::DVBInputServiceConfig& service);
-std::string serviceName(const korvel::thrift::hub_module::ENCInputServiceConfig& service);
-std::string serviceName(const korvel::thrift::hub_module::EmptyInputServiceConfig& service);
-
 ServiceWords wordsOf(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                      const korvel::thrift::hub_module::HeadendConfig& config);
 ServiceWords wordsOf(const korvel::thrift::hub_module::ENCInputServiceConfig& service,

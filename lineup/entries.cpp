@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "model/lineup_editor.h"
+#include "model/service_name.h"
 #include "support/words.h"
 
 namespace lineup {
@@ -18,25 +19,23 @@ const typename Map::mapped_type* find(const Map& services, int32_t key) {
   return found == services.end() ? nullptr : &found->second;
 }
 
+/// The name of the service under `key`, empty if there is none.
+template <class Map>
+std::string nameUnder(const Map& services, int32_t key) {
+  const auto* const service = find(services, key);
+  return service == nullptr ? "" : serviceName(*service);
+}
+
 /// The name of an entry for the service, empty if there is no such service.
-std::string serviceName(const hub_module::LineupConfig& lineup, int32_t key,
+std::string nameOfEntry(const hub_module::LineupConfig& lineup, int32_t key,
                         LineupEntryKind::type kind) {
   switch (kind) {
     case LineupEntryKind::DVB:
-      if (const auto* dvb = find(lineup.dvbInputServices, key)) {
-        return dvb->service.name;
-      }
-      break;
+      return nameUnder(lineup.dvbInputServices, key);
     case LineupEntryKind::ENC:
-      if (const auto* enc = find(lineup.encInputServices, key)) {
-        return "ENC " + std::to_string(enc->address.slot) + "/" + std::to_string(enc->address.port);
-      }
-      break;
+      return nameUnder(lineup.encInputServices, key);
     case LineupEntryKind::EMPTY:
-      if (find(lineup.emptyInputServices, key) != nullptr) {
-        return "EMPTY SLOT";
-      }
-      break;
+      return nameUnder(lineup.emptyInputServices, key);
   }
   return "";
 }
@@ -114,11 +113,11 @@ int32_t LineupEditor::entryServiceType(int32_t key, LineupEntryKind::type kind) 
 }
 
 void LineupEditor::entryName(hub_module::LineupRFEntryConfig& entry) const {
-  entry.name = serviceName(config.lineupConfig, entry.serviceKey, entry.serviceKind);
+  entry.name = nameOfEntry(config.lineupConfig, entry.serviceKey, entry.serviceKind);
 }
 
 void LineupEditor::entryName(hub_module::LineupIPEntryConfig& entry) const {
-  entry.name = serviceName(config.lineupConfig, entry.serviceKey, entry.serviceKind);
+  entry.name = nameOfEntry(config.lineupConfig, entry.serviceKey, entry.serviceKind);
 }
 
 void LineupEditor::addIPEntry(int32_t key, LineupEntryKind::type kind) {

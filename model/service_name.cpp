@@ -1,0 +1,19 @@
+#include "model/service_name.h"
+
+namespace lineup {
+
+namespace hub_module = korvel::thrift::hub_module;
+
+std::string serviceName(const hub_module::DVBInputServiceConfig& service) {
+  return service.service.name;
+}
+
+std::string serviceName(const hub_module::ENCInputServiceConfig& service) {
+  return "ENC " + std::to_string(service.address.slot) + "/" + std::to_string(service.address.port);
+}
+
+std::string serviceName(const hub_module::EmptyInputServiceConfig& /*service*/) {
+  return "EMPTY SLOT";
+}
+
+}  // namespace lineup
