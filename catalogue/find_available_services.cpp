@@ -4,11 +4,11 @@
 
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <system_error>
 
 #include "catalogue/connection.h"
 #include "catalogue/select.h"
+#include "catalogue/statement.h"
 #include "catalogue/tables.h"
 #include "model/headend_places.h"
 #include "model/lineup_editor.h"
@@ -20,6 +20,7 @@ namespace lineup {
 using korveldb::tReadingOnly;
 using korveldb::tRow;
 using korveldb::tSqlite3db;
+using korveldb::tStatement;
 using korveldb::tTable;
 
 namespace {
@@ -43,15 +44,6 @@ void find(const tTable& table, const std::string& name) {
   }
 }
 
-struct Finalize {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
-std::string textOf(sqlite3_stmt* row, int column) {
-  const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
-  return text == nullptr ? std::string() : text;
-}
-
 /// Adds the services whose id no table before has. An id is one that can be asked for: a number
 /// written as the look-up writes it.
 void addNames(sqlite3* catalogue, const tTable& table,
@@ -59,13 +51,13 @@ void addNames(sqlite3* catalogue, const tTable& table,
   const std::string select = std::string("SELECT service_id, service_name, * FROM ") + table.name;
   sqlite3_stmt* compiled = nullptr;
   sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr);
-  const std::unique_ptr<sqlite3_stmt, Finalize> rows(compiled);
+  const tStatement rows(compiled);
   while (sqlite3_step(rows.get()) == SQLITE_ROW) {
-    const std::string id = textOf(rows.get(), 0);
+    const std::string id = textOf(rows, 0);
     const int32_t number = readNumber(id);
     if (id == std::to_string(number)) {
       const auto type = static_cast<int>(2 + table.serviceType);
-      names.emplace(number, AvailableServiceName{textOf(rows.get(), 1), table.kind,
+      names.emplace(number, AvailableServiceName{textOf(rows, 1), table.kind,
                                                  sqlite3_column_int(rows.get(), type)});
     }
   }

@@ -64,6 +64,7 @@ constinit const tTable kSatTable{
     .source = 7,
     .beforeSource = " FR: ",
     .afterSource = " MHz SID: ",
+    .unit = " MHz",
     .setMux = [](DVBInputService& service,
                  const tRow& row) { service.__set_lineupSATMux(muxOf(row, kSatMux)); },
 };
@@ -84,6 +85,7 @@ constinit const tTable kTdtTable{
     .source = 5,
     .beforeSource = " FR: ",
     .afterSource = " kHz SID: ",
+    .unit = " kHz",
     .setMux = [](DVBInputService& service,
                  const tRow& row) { service.__set_lineupTDTMux(muxOf(row, kTdtMux)); },
 };
@@ -104,6 +106,7 @@ constinit const tTable kCableTable{
     .source = 5,
     .beforeSource = " FR: ",
     .afterSource = " kHz SID: ",
+    .unit = " kHz",
     .setMux = [](DVBInputService& service,
                  const tRow& row) { service.__set_lineupCableMux(muxOf(row, kCableMux)); },
 };
@@ -124,6 +127,7 @@ constinit const tTable kIPTable{
     .source = 2,
     .beforeSource = " URL: ",
     .afterSource = " kHz SID: ",  // a URL has no frequency; the line has the unit all the same
+    .unit = "",
     .setMux = [](DVBInputService& service,
                  const tRow& row) { service.__set_ipMuxUUID(row.asText(kIPMuxUuid)); },
 };

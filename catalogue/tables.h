@@ -41,6 +41,7 @@ struct tTable {
   std::size_t source;  ///< the frequency or the URL, printed between the two texts that follow
   const char* beforeSource;
   const char* afterSource;
+  const char* unit;  ///< of the source where it is shown alone; empty for a URL
 
   /// Sets the reference to the mux that the service is received from.
   void (*setMux)(korvel::thrift::hub_module::DVBInputService& service, const tRow& row);

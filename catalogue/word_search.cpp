@@ -12,31 +12,21 @@
 #include <memory>
 #include <stdexcept>
 
+#include "catalogue/statement.h"
 #include "catalogue/tables.h"
 #include "model/headend_places.h"
 
 namespace lineup {
 
+using korveldb::tStatement;
 using korveldb::tTable;
 
 namespace {
 
-struct Finalize {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
 struct Close {
   void operator()(sqlite3* connection) const { sqlite3_close(connection); }
 };
 using Connection = std::unique_ptr<sqlite3, Close>;
-using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
-
-/// The unit of a service's source.
-const char* unitOf(const tTable& table) {
-  if (&table == &korveldb::kIPTable) {
-    return "";
-  }
-  return &table == &korveldb::kSatTable ? " MHz" : " kHz";
-}
 
 [[noreturn]] void fail(sqlite3* catalogue) {
   throw std::runtime_error(std::string(kCataloguePath) + ": " +
@@ -114,19 +104,13 @@ bool holdsAll(const std::string& name, const std::vector<std::string>& words) {
   });
 }
 
-Statement selectRows(sqlite3* catalogue, const tTable& table) {
+tStatement selectAll(sqlite3* catalogue, const tTable& table) {
   const std::string select = std::string("SELECT * FROM ") + table.name;
   sqlite3_stmt* compiled = nullptr;
   if (sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr) != SQLITE_OK) {
     fail(catalogue);
   }
-  return Statement(compiled);
-}
-
-std::string textOf(sqlite3_stmt* row, std::size_t column) {
-  const auto* const text =
-      reinterpret_cast<const char*>(sqlite3_column_text(row, static_cast<int>(column)));
-  return text == nullptr ? std::string() : text;
+  return tStatement(compiled);
 }
 
 /// The first table of each service id.
@@ -134,16 +118,16 @@ using TablesByNumber = std::map<std::string, const char*>;
 
 void search(sqlite3* catalogue, const tTable& table, const std::vector<std::string>& words,
             TablesByNumber& tables, std::vector<FoundService>& found) {
-  const Statement rows = selectRows(catalogue, table);
+  const tStatement rows = selectAll(catalogue, table);
   int result = SQLITE_OK;
   while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
-    const std::string number = textOf(rows.get(), table.id);
+    const std::string number = textOf(rows, table.id);
     const auto taken = tables.emplace(number, table.kind).first;
-    const std::string name = textOf(rows.get(), table.serviceName);
+    const std::string name = textOf(rows, table.serviceName);
     if (holdsAll(name, words)) {
-      const std::string source = textOf(rows.get(), table.source);
-      found.push_back({number, name, table.kind, source.empty() ? source : source + unitOf(table),
-                       textOf(rows.get(), table.sid), taken->second});
+      const std::string source = textOf(rows, table.source);
+      found.push_back({number, name, table.kind, source.empty() ? source : source + table.unit,
+                       textOf(rows, table.sid), taken->second});
     }
   }
   if (result != SQLITE_DONE) {
