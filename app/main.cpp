@@ -9,6 +9,7 @@
 #include "app/options.h"
 #include "controller/thrift_log.h"
 #include "model/lineup_editor.h"
+#include "support/closed_streams.h"
 #include "support/ending_signals.h"
 #include "support/line_input.h"
 #include "support/log.h"
@@ -21,17 +22,6 @@ namespace {
 
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
-
-/// Opens /dev/null for the standard streams that are closed: otherwise the next connection or file
-/// would get such a descriptor, and what is printed.
-void openClosedStreams() {
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(stream, F_GETFD) < 0) {
-      // Returns the lowest free descriptor, which stays open.
-      open("/dev/null", O_RDWR);  // cppcheck-suppress leakReturnValNotUsed
-    }
-  }
-}
 
 // By _exit(): nothing needs a destructor yet.
 [[noreturn]] void printVersionAndLeave() {
@@ -115,7 +105,7 @@ int run(const CommandLineOptions& options) {
 }  // namespace lineup
 
 int main(int argc, char* argv[]) {
-  lineup::openClosedStreams();
+  lineup::openClosedStreams(O_RDWR);
   lineup::keepPrinting();
   lineup::CommandLineOptions options;
   try {

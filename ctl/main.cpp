@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <malloc.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <exception>
@@ -13,6 +12,7 @@
 #include "controller/thrift_log.h"
 #include "ctl/commands.h"
 #include "ctl/failure.h"
+#include "support/closed_streams.h"
 #include "support/log.h"
 #include "support/memory_limit.h"
 
@@ -20,17 +20,6 @@ namespace {
 
 constexpr int kLogLevel = 5;
 constexpr int kLogToSyslog = 1;
-
-/// Puts /dev/null in the place of the standard streams that are closed, or the next connection or
-/// file would take that place. To one that was closed nothing can be written.
-void openClosedStreams() {
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(stream, F_GETFD) < 0) {
-      // Takes the lowest number that is free, and stays open.
-      open("/dev/null", O_RDONLY);  // cppcheck-suppress leakReturnValNotUsed
-    }
-  }
-}
 
 /// Has memory that is freed used again, where the allocator would return large blocks to the system
 /// and take new pages for the next: lists that grow and a large reply cost a tenth less so.
@@ -44,8 +33,8 @@ void keepFreedMemory() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  openClosedStreams();
-  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit fails, as on a full disk
+  lineup::openClosedStreams(O_RDONLY);  // so that printing to a closed one is an error
+  std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit fails, as on a full disk
   lineup::limitMemory();
   keepFreedMemory();
   log_setup(kLogLevel, kLogToSyslog);

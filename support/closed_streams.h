@@ -1,0 +1,12 @@
+// Standard streams that whoever started the program has closed.
+
+#pragma once
+
+namespace lineup {
+
+/// Opens /dev/null, with `access` (O_RDONLY or O_RDWR), for each standard stream that is closed:
+/// otherwise the next connection or file would get its descriptor, and what is printed. With
+/// O_RDONLY, writing to such a stream fails.
+void openClosedStreams(int access);
+
+}  // namespace lineup
