@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "catalogue/find_available_services.h"
+#include "lineup/encoder_inputs.h"
 #include "lineup/rf_input_names.h"
 #include "lineup/scan_types.h"
 #include "support/words.h"
@@ -81,15 +82,11 @@ std::vector<Candidate> completeScanType(const std::string& typed) {
 
 std::vector<Candidate> completeEncoder(std::span<const std::string> words,
                                        const hub_module::HeadendConfig& /*config*/) {
-  struct Numbers {
-    int first;
-    int last;
-  };
-  constexpr Numbers kSlotAndInput[] = {{3, 12}, {0, 3}};
+  constexpr NumberRange kSlotAndInput[] = {kEncoderSlots, kHdmiInputs};
   std::vector<Candidate> candidates;
   if (words.size() <= std::size(kSlotAndInput)) {
     const auto [first, last] = kSlotAndInput[words.size() - 1];
-    for (int number = first; number <= last; ++number) {
+    for (int32_t number = first; number <= last; ++number) {
       offerNumber(number, "", words.back(), candidates);
     }
   }

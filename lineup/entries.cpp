@@ -2,6 +2,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "lineup/encoder_inputs.h"
 #include "model/lineup_editor.h"
 #include "model/service_name.h"
 #include "support/words.h"
@@ -60,11 +61,11 @@ hub_module::LineupRFEntryConfig* firstReservedSlot(LineupEditor& editor, int32_t
   return slot == entries.end() ? nullptr : &*slot;
 }
 
-/// The number that `word` begins with. Throws std::runtime_error(`message`) if it is not between
-/// `low` and `high`.
-int32_t numberBetween(int32_t low, int32_t high, const std::string& word, const char* message) {
+/// The number that `word` begins with. Throws std::runtime_error(`message`) if it is not in
+/// `range`.
+int32_t numberIn(NumberRange range, const std::string& word, const char* message) {
   const int32_t number = readNumber(word);
-  if (number < low || number > high) {
+  if (number < range.first || number > range.last) {
     throw std::runtime_error(message);
   }
   return number;
@@ -174,8 +175,9 @@ module::ModuleChainAddress LineupEditor::parseEncAddress(const std::vector<std::
     throw std::runtime_error("Please give a SLOT_ID and HDMI_ID");
   }
   module::ModuleChainAddress address;
-  address.slot = numberBetween(3, 12, words[1], "Invalid module id, please enter an integer 3-12");
-  address.port = numberBetween(0, 3, words[2], "Invalid HDMI id, please enter an integer 0-3");
+  address.slot =
+      numberIn(kEncoderSlots, words[1], "Invalid module id, please enter an integer 3-12");
+  address.port = numberIn(kHdmiInputs, words[2], "Invalid HDMI id, please enter an integer 0-3");
   return address;
 }
 
