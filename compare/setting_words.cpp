@@ -1,7 +1,5 @@
 #include "compare/setting_words.h"
 
-#include <iterator>
-
 #include "model/setting_choices.h"
 
 namespace lineup {
@@ -11,6 +9,7 @@ namespace {
 using Config = korvel::thrift::hub_module::HeadendConfig;
 
 constexpr Choice kSwitch[] = {{"disabled", 0}, {"enabled", 1}};
+constexpr Choice kPlsTypes[] = {{"Auto", 0}, {"Gold", 1}, {"Root", 2}};
 
 std::string wordFor(std::span<const Choice> choices, int32_t value) {
   const Choice* const choice = findValue(choices, value);
@@ -32,7 +31,7 @@ std::string drmWord(const Config& config) {
                                                          : kDrmOff);
 }
 
-/// The word for one field, which `Field` gives.
+/// The word for the value of one field.
 template <const auto& kChoices, auto field>
 std::string word(const Config& config) {
   return wordFor(kChoices, field(config));
@@ -85,9 +84,7 @@ std::span<const WordedSetting> wordedSettings() {
 }
 
 std::string plsTypeWord(int32_t type) {
-  static constexpr const char* kNames[] = {"Auto", "Gold", "Root"};
-  const bool isKnown = type >= 0 && type < static_cast<int32_t>(std::size(kNames));
-  return isKnown ? kNames[type] : "unknown (" + std::to_string(type) + ")";
+  return wordFor(kPlsTypes, type);
 }
 
 }  // namespace lineup
