@@ -39,8 +39,6 @@ namespace lineup {
 
 namespace {
 
-constexpr char kEndOfInputKey = 'D' & 0x1f;
-
 /// What libedit does. All other keys mean nothing to it.
 struct KeyBinding {
   wchar_t key;
@@ -331,7 +329,7 @@ bool LineEditor::learnAbilities(bool known) {
     return true;
   }
   usualSize_ = {number("li"), number("co")};
-  // Without the second, the cursor is in the next row as soon as the last column is written.
+  // "am" wraps at the last column; without "xn", as soon as that column is written.
   sparesLastColumn_ = can("am") && !can("xn");
   screen_ = LineScreen(
       {ability("up"), ability("ce"), ability("cd"), ability("cl"), can("am") && can("xn")});
@@ -339,7 +337,7 @@ bool LineEditor::learnAbilities(bool known) {
 }
 
 /// The string for the terminal's ability of this termcap name, without the pauses ("$<5>") that
-/// terminals of metal needed.
+/// hardware terminals needed.
 std::string LineEditor::ability(const char* name) const {
   char* value = nullptr;
   if (el_get(lib_, EL_GETTC, name, &value) != 0 || value == nullptr) {
@@ -364,9 +362,8 @@ std::size_t LineEditor::number(const char* name) const {
 }
 
 void LineEditor::bindKeys() {
-  constexpr wchar_t kFirstLetterBeyond = 0xa0;
   el_wset(lib_, EL_EDITOR, L"emacs");
-  for (wchar_t key = 1; key < kFirstLetterBeyond; ++key) {
+  for (wchar_t key = 1; key < key::kFirstLetterBeyondAscii; ++key) {
     const wchar_t keys[] = {L'\\', static_cast<wchar_t>(L'0' + key / 64),
                             static_cast<wchar_t>(L'0' + key / 8 % 8),
                             static_cast<wchar_t>(L'0' + key % 8), L'\0'};
@@ -552,7 +549,7 @@ bool LineEditor::readByte(char& byte) {
       return false;
     }
     if (mayBeEnds_ > 0 && byte == '\0') {
-      byte = kEndOfInputKey;
+      byte = static_cast<char>(key::kEndOfInput);
     }
     --mayBeEnds_;
     isTranslated_ = typedAhead_ > 0 && leftBehind_ <= 0;

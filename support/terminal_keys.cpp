@@ -52,12 +52,10 @@ constexpr Sequence kSequences[] = {
     {L"\b", key::kEraseWordBefore},
 };
 
-constexpr wchar_t kFirstLetter = 0xa0;  // beyond ASCII: behind the control characters of Latin 1
-
 }  // namespace
 
 bool key::isLetter(wchar_t code) {
-  return (code >= L' ' && code < kRubout) || code >= kFirstLetter;
+  return (code >= L' ' && code < kRubout) || code >= kFirstLetterBeyondAscii;
 }
 
 bool KeyReader::read(wchar_t& key) {
@@ -87,7 +85,7 @@ std::optional<wchar_t> KeyReader::readKey() {
                      [&](const Sequence& candidate) { return candidate.bytes == sequence; });
     return known == std::end(kSequences) ? std::nullopt : std::optional(known->key);
   }
-  const bool ours = character >= key::kRubout + 1 && character < kFirstLetter;
+  const bool ours = character >= key::kRubout + 1 && character < key::kFirstLetterBeyondAscii;
   return ours ? std::nullopt : std::optional(character);
 }
 

@@ -47,6 +47,8 @@ constexpr wchar_t kEraseWordBefore = 0x84;
 constexpr wchar_t kF2 = 0x85;
 constexpr wchar_t kF3 = 0x86;
 
+constexpr wchar_t kFirstLetterBeyondAscii = 0xa0;  ///< behind the control characters of Latin 1
+
 /// Whether `code` is a letter, to be inserted, and none of the above.
 bool isLetter(wchar_t code);
 
