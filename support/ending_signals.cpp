@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "support/blocked_signals.h"
+
 namespace lineup {
 
 namespace {
@@ -210,24 +212,6 @@ bool isIgnored(int signal) {
   return action.sa_handler == SIG_IGN;
 }
 
-/// Holds the signals back for its lifetime. They arrive after.
-class EndingSignalsHeld {
- public:
-  EndingSignalsHeld() {
-    const sigset_t signals = endingSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &maskBefore_);
-  }
-  ~EndingSignalsHeld() { pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr); }
-  EndingSignalsHeld(const EndingSignalsHeld&) = delete;
-  EndingSignalsHeld& operator=(const EndingSignalsHeld&) = delete;
-
-  /// The mask that was in force before.
-  const sigset_t& maskBefore() const { return maskBefore_; }
-
- private:
-  sigset_t maskBefore_;
-};
-
 timespec asTimespec(std::chrono::nanoseconds duration) {
   const auto whole = std::chrono::duration_cast<seconds>(duration);
   return {static_cast<time_t>(whole.count()), static_cast<long>((duration - whole).count())};
@@ -238,9 +222,9 @@ timespec asTimespec(std::chrono::nanoseconds duration) {
 int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
   int result = 0;
   {
-    const EndingSignalsHeld held;
+    const BlockedSignals blocked(endingSignals());
     throwIfSignalled();
-    result = ppoll(descriptors, count, timeout, &held.maskBefore());
+    result = ppoll(descriptors, count, timeout, &blocked.maskBefore());
   }
   throwIfSignalled();  // also for one that came together with input, which ppoll() has held back
   return result;
@@ -284,7 +268,7 @@ void throwIfHungUp(int terminal) {
 }
 
 void forgetInterrupt() {
-  const EndingSignalsHeld held;
+  const BlockedSignals blocked(endingSignals());
   if (caughtSignal == SIGINT) {
     caughtSignal = 0;
     overdue = 0;
@@ -359,7 +343,7 @@ bool waitForInput(std::span<pollfd> inputs, milliseconds timeout) {
 }
 
 void beginEnding(int signal) {
-  const EndingSignalsHeld held;
+  const BlockedSignals blocked(endingSignals());
   interrupted = 0;
   caughtSignal = signal;
   startTimer(kPatience, kUntilTheEnd);
@@ -380,13 +364,13 @@ void endBySignal(int signal) {
 }
 
 RemoteCallUnderWay::RemoteCallUnderWay() {
-  const EndingSignalsHeld held;
+  const BlockedSignals blocked(endingSignals());
   throwIfSignalled();
   remoteCall = 1;
 }
 
 RemoteCallUnderWay::~RemoteCallUnderWay() {
-  const EndingSignalsHeld held;
+  const BlockedSignals blocked(endingSignals());
   remoteCall = 0;
   if (caughtSignal != 0) {
     startTimer();

@@ -4,27 +4,15 @@
 
 #include <csignal>
 
+#include "support/blocked_signals.h"
+
 namespace lineup {
 
 /// Holds back, for its lifetime, the signals that people and systems end programs with. They arrive
 /// after.
 class HeldSignals {
  public:
-  HeldSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : kSignals) {
-      struct sigaction action {};
-      sigaction(signal, nullptr, &action);
-      if (action.sa_handler != SIG_IGN) {  // one that is ignored ends nothing
-        sigaddset(&signals, signal);
-      }
-    }
-    pthread_sigmask(SIG_BLOCK, &signals, &before_);
-  }
-  ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  HeldSignals(const HeldSignals&) = delete;
-  HeldSignals& operator=(const HeldSignals&) = delete;
+  HeldSignals() : blocked_(signalsNotIgnored()) {}
 
   /// Whether one has arrived.
   static bool hasArrived() {
@@ -41,7 +29,21 @@ class HeldSignals {
  private:
   static constexpr int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
 
-  sigset_t before_;
+  /// One that is ignored ends nothing.
+  static sigset_t signalsNotIgnored() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kSignals) {
+      struct sigaction action {};
+      sigaction(signal, nullptr, &action);
+      if (action.sa_handler != SIG_IGN) {
+        sigaddset(&signals, signal);
+      }
+    }
+    return signals;
+  }
+
+  const BlockedSignals blocked_;
 };
 
 }  // namespace lineup

@@ -26,6 +26,7 @@
 #include <optional>
 #include <string_view>
 
+#include "support/blocked_signals.h"
 #include "support/column_list.h"
 #include "support/ending_signals.h"
 #include "support/history_file.h"
@@ -75,20 +76,6 @@ sigset_t terminalSignals() {
   }
   return signals;
 }
-
-class TerminalSignalsHeld {
- public:
-  TerminalSignalsHeld() {
-    const sigset_t signals = terminalSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &before_);
-  }
-  ~TerminalSignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  TerminalSignalsHeld(const TerminalSignalsHeld&) = delete;
-  TerminalSignalsHeld& operator=(const TerminalSignalsHeld&) = delete;
-
- private:
-  sigset_t before_;
-};
 
 sigset_t only(int signal) {
   sigset_t signals;
@@ -412,7 +399,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   ended_ = nullptr;
   std::cout.flush();
 
-  const TerminalSignalsHeld held;
+  const BlockedSignals blocked(terminalSignals());
   beginEditing();  // before the prompt, so that what is typed on seeing it is not echoed twice
   screen_.begin(size().rows, size().columns);
   int length = 0;
