@@ -1,4 +1,4 @@
-// What a key shows at the prompt while a command line is edited.
+// What F2 and F3 show while a command line is edited.
 
 #pragma once
 

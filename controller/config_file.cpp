@@ -35,9 +35,9 @@ int withConfigFile(const std::string& path, int flags, Work work) {
   return descriptor.isOpen() ? withTransports(descriptor, work) : CONFIG_FILE_NOT_OPENED;
 }
 
-/// Reads what there is of the file, unless a signal is why it cannot be read. Returns whether that
-/// is all of it.
-bool readOrEnd(const std::string& path, hub_module::HeadendConfig& config) {
+/// Reads as much of the file as can be read. Returns whether that is all of it; throws
+/// EndedBySignal if a signal is the reason why not.
+bool readUnlessSignalled(const std::string& path, hub_module::HeadendConfig& config) {
   const bool whole = readConfigFile(path, config) == CONFIG_FILE_OK;
   if (!whole) {
     throwIfSignalled();
@@ -96,7 +96,7 @@ void LineupEditor::saveConfig(const std::string& path) {
 void LineupEditor::restoreConfig(const std::string& path) {
   const uint64_t commitsBefore = commits;
   hub_module::HeadendConfig other = config;  // kept if a signal cuts the reading short
-  const bool whole = readOrEnd(path, other);
+  const bool whole = readUnlessSignalled(path, other);
   std::swap(config, other);
   try {
     commitHeadendConfig();

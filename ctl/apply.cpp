@@ -87,8 +87,8 @@ HeadendConfig wantedConfig(const Arguments& arguments) {
   return wanted;
 }
 
-/// Keeps what runs, if a folder for it is given.
-void keepRunning(const Arguments& arguments, const HeadendConfig& running) {
+/// Keeps a copy of what runs, if a folder for it is given.
+void backUpRunning(const Arguments& arguments, const HeadendConfig& running) {
   if (!arguments.has("backup")) {
     return;
   }
@@ -97,7 +97,8 @@ void keepRunning(const Arguments& arguments, const HeadendConfig& running) {
   print("kept what ran in " + (added.empty() ? folder : added) + "\n");
 }
 
-/// That something else runs has to be said by the status, whatever becomes of the output.
+/// Prints `text`. An output error is one line on standard error and does not change the status,
+/// which has to say that something else runs.
 void printIfPossible(const std::string& text) {
   try {
     print(text);
@@ -129,7 +130,8 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
   }
 }
 
-/// The same, and compares. A signal waits until that is done, and until it is said how it ended.
+/// Likewise, and compares what then runs with `wanted`. Signals are blocked until the outcome has
+/// been printed.
 void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
   const HeldSignals uninterrupted;
   try {
@@ -182,7 +184,7 @@ Status apply(const Arguments& arguments) {
   if (arguments.has("dry-run")) {
     return kDiffers;
   }
-  keepRunning(arguments, running);
+  backUpRunning(arguments, running);
   sendAndCompare(wanted, file);
   return kDone;
 }

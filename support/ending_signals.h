@@ -40,9 +40,9 @@ struct EndedBySignal {
 
 /// Catches, from now on, every signal that would end the program, except those that a fault in it
 /// raises (SIGSEGV and the like), which end it at once, and SIGKILL. SIGHUP, SIGINT and SIGQUIT
-/// stay ignored if the program was started to ignore them, as nohup and shells do; whatever else
-/// was ignored or held back by whoever started it is so no more. Takes SIGALRM and the timer of
-/// setitimer(ITIMER_REAL).
+/// stay ignored if the program was started to ignore them, as nohup and shells do; all other
+/// signals that the program inherited as ignored or blocked are caught, too. Takes SIGALRM and the
+/// timer of setitimer(ITIMER_REAL).
 ///
 /// A write beyond the limit on the size of a file fails with EFBIG from now on, as on a full disk,
 /// instead of ending the program by SIGXFSZ.
@@ -65,11 +65,11 @@ void throwIfHungUp(int terminal);
 /// Forgets a SIGINT that has been caught, where it means something else than the program's end.
 void forgetInterrupt();
 
-/// While it lives, SIGINT is to end what is being done and not the program: it is thrown all the
-/// same, and what throws it on is to see isInterrupted() and forget it.
+/// For its lifetime, SIGINT ends the command that runs and not the program: EndedBySignal is thrown
+/// as ever, and whoever catches it asks isInterrupted() and calls forgetInterrupt().
 class InterruptibleCommand {
  public:
-  /// Without `interruptible`, or during another one, nothing changes.
+  /// Without `interruptible`, or within the lifetime of another one, nothing changes.
   explicit InterruptibleCommand(bool interruptible);
   ~InterruptibleCommand();
   InterruptibleCommand(const InterruptibleCommand&) = delete;
@@ -82,7 +82,7 @@ class InterruptibleCommand {
 /// Whether what was caught is a SIGINT that ends an InterruptibleCommand alone.
 bool isInterrupted();
 
-/// Throws EndedBySignal in that case only: to be called where nothing else ends what is printed.
+/// Throws EndedBySignal in that case only: to be called where a long output has no other end.
 void throwIfInterrupted();
 
 /// While it lives, the terminal's keys that send SIGINT and SIGQUIT to all that run on it are meant
@@ -106,20 +106,19 @@ void waitForInput(int descriptor);
 /// The same for at most `timeout`; returns whether there is anything.
 bool waitForInput(std::span<pollfd> inputs, std::chrono::milliseconds timeout);
 
-/// The program now ends by `signal`: what is left to do is over, or broken off, three seconds from
-/// here.
+/// Begins the end of the program by `signal`: what is left to do has three seconds.
 void beginEnding(int signal);
 
-/// Has `work` called when the program ends although something blocks, in a child process that is a
-/// copy of it, wherever it was: what `work` does may fail. It has a second, and its end is waited
-/// for. Null for none.
+/// Has `work` called when the end of the program is forced because something blocks. It runs in a
+/// child process, forked in a signal handler wherever the program was, so it may fail. It has a
+/// second, and its end is waited for. Null for none.
 void whenEndIsForced(void (*work)());
 
-/// Ends the program as `signal` does when nobody catches it.
+/// Ends the program by `signal` with its default action.
 [[noreturn]] void endBySignal(int signal);
 
-/// While it lives, a call to the controller is under way, which a signal does not break off before
-/// its time-outs have passed. Throws EndedBySignal if one was caught before.
+/// For its lifetime, a call to the controller is under way, which a signal does not break off
+/// before its time-outs have passed. Throws EndedBySignal if one was caught before.
 class RemoteCallUnderWay {
  public:
   RemoteCallUnderWay();

@@ -9,7 +9,7 @@
 
 namespace lineup {
 
-/// What a terminal is told to do something, empty where it cannot; and how it behaves.
+/// A terminal's control sequences, empty for those that it lacks, and whether it wraps.
 struct TerminalAbilities {
   std::string up;                   ///< moves the cursor up one row
   std::string eraseToEndOfLine;     ///< from the cursor

@@ -11,7 +11,7 @@ enum LogLevel { LOG_LEVEL_ERROR = 3, LOG_LEVEL_WARNING = 4, LOG_LEVEL_DEBUG = 7 
 void log_setup(int level, int targets);
 
 /// Writes one record of `level`, printf-style. `module` names the part of the program that speaks
-/// and stands before the message; it may be null and holds no conversion of its own. Never waits:
+/// and stands before the message; it may be null and is not a format itself. Never waits:
 /// what the log, or standard error, does not take at once is dropped.
 void log_function(int level, const char* module, const char* format, ...)
     __attribute__((format(printf, 3, 4)));

@@ -30,8 +30,8 @@ const char* pagerCommand() {
   return wanted == nullptr || *wanted == '\0' ? kUsualPager : wanted;
 }
 
-/// Whether the key that stops stops `command`, too. The usual pager ignores it, as it may start no
-/// other program, and would read on beside the shell.
+/// Whether Ctrl-Z stops `command`, too. The usual pager ignores it, as it may start no other
+/// program, and would read on beside the shell.
 bool canBeStopped(const char* command) {
   return command != kUsualPager;
 }
@@ -51,8 +51,7 @@ Descriptor fileWith(std::string_view text) {
   return file;
 }
 
-/// While it lives, the terminal's keys are not for this program, except that it stops. `held` are
-/// the signals that are held back.
+/// For its lifetime, the interrupt and quit keys are the pager's, and `held` is the signal mask.
 class TerminalLeft {
  public:
   explicit TerminalLeft(const sigset_t& held) { pthread_sigmask(SIG_SETMASK, &held, &mask_); }
@@ -90,7 +89,7 @@ sigset_t awaitedWhile(const char* command) {
   // GCOVR_EXCL_STOP
 }
 
-/// Takes SIGCHLD away; returns whether SIGTSTP is held back.
+/// Takes a pending SIGCHLD; returns whether SIGTSTP is pending.
 bool isToStop() {
   sigset_t child;
   sigemptyset(&child);

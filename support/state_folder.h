@@ -12,14 +12,14 @@ namespace lineup {
 
 /// A folder that is held open, so that its files are reached whatever becomes of its name.
 struct Folder {
-  std::string path;  ///< from the root
+  std::string path;  ///< absolute
   Descriptor descriptor;
 };
 
 enum class IfMissing { Leave, Create };
 
-/// The user's own folder: $XDG_STATE_HOME/lineup-console or, where that variable is not set to a
-/// path from the root, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user
+/// The user's own folder: $XDG_STATE_HOME/lineup-console or, where that variable is not set to an
+/// absolute path, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user
 /// and is closed to others: made so if need be. Nothing if it cannot be had.
 std::optional<Folder> openStateFolder(IfMissing ifMissing);
 

@@ -30,7 +30,7 @@ class TerminalMode {
   bool kept_ = false;
 };
 
-/// While it lives, the changed terminal is in the mode that was kept, for another program. Whatever
+/// For its lifetime, the terminal is in the mode that was kept, for another program. Whatever
 /// that makes of it is undone.
 class TerminalLent {
  public:
