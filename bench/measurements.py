@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures the console side by side with its peers and prints the table of docs/performance.md.
 
-Run by scripts/bench, inside a headend's sandbox. Whatever is compared is run in turns, several
+Run by bench/run, inside a headend's sandbox. Whatever is compared is run in turns, several
 rounds, so that a machine whose speed changes changes it for all of them. Times are medians.
 """
 
