@@ -55,7 +55,7 @@ std::optional<Parts> partsOf(const std::string& text) {
 }  // namespace
 
 Fault parseFault(const std::string& option, FaultKind kind, const std::string& text) {
-  const bool delays = kind == FaultKind::DELAY;
+  const bool delays = kind == FaultKind::Delay;
   const std::optional<Parts> parts = partsOf(text);
   if (!parts || parts->seconds.empty() == delays) {
     throw std::invalid_argument(option + " needs CALL[:N]" + (delays ? "=SECONDS" : "") +
@@ -84,8 +84,8 @@ Faults::Verdict Faults::begin(const std::string& call) {
     const auto number = numbers.find(fault.call);
     if (number == numbers.end() || (fault.number != 0 && fault.number != number->second)) continue;
     delay += fault.delay;
-    verdict.refused |= fault.kind == FaultKind::REFUSE;
-    verdict.broken |= fault.kind == FaultKind::BREAK;
+    verdict.refused |= fault.kind == FaultKind::Refuse;
+    verdict.broken |= fault.kind == FaultKind::Break;
   }
   ended_.wait_for(lock, delay, [this] { return delaysEnded_; });
   return verdict;

@@ -12,7 +12,7 @@
 
 namespace lineup::simulator {
 
-enum class FaultKind { DELAY, REFUSE, BREAK };
+enum class FaultKind { Delay, Refuse, Break };
 
 struct Fault {
   FaultKind kind;

@@ -138,9 +138,9 @@ const OptionRow kRows[] = {
      [](const Given& /*given*/, Options& options) {
        options.keepsState = options.keepsCatalogue = true;
      }},
-    {"delay", required_argument, addFault<FaultKind::DELAY>},
-    {"refuse", required_argument, addFault<FaultKind::REFUSE>},
-    {"break", required_argument, addFault<FaultKind::BREAK>},
+    {"delay", required_argument, addFault<FaultKind::Delay>},
+    {"refuse", required_argument, addFault<FaultKind::Refuse>},
+    {"break", required_argument, addFault<FaultKind::Break>},
     {"timestamps", no_argument, setFlag<&Options::stamps>},
     {"help", no_argument, setFlag<&Options::help>},
     {"version", no_argument, setFlag<&Options::version>},
