@@ -8,8 +8,7 @@ namespace lineup {
 inline constexpr const char* kControllerAddress = "127.0.0.1";
 inline constexpr int kControllerPort = 9190;
 
-/// ControllerTask's folder, and the catalogue in it, a SQLite file.
-inline constexpr const char* kCatalogueFolder = "/etc/korvel/conf/ControllerTask";
+/// The catalogue, a SQLite file in ControllerTask's folder.
 inline constexpr const char* kCataloguePath =
     "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
 

@@ -2,12 +2,16 @@
 
 #pragma once
 
+#include <filesystem>
+#include <string>
+
 #include "model/headend_places.h"
 
 namespace lineup::test {
 
-using lineup::kCatalogueFolder;
 using lineup::kCataloguePath;
+
+inline const std::string kCatalogueFolder = std::filesystem::path(kCataloguePath).parent_path();
 
 /// Starts this program anew in a sandbox, with the arguments `argv` of main(); returns in one that
 /// is already inside. There the port is free, and the folder exists, is empty and can be written

@@ -242,7 +242,7 @@ TEST_F(OwnUsers, AreDoneWithoutByRootWhereForbidden) {
       "for kind in user mnt net; do echo 0 >/proc/sys/user/max_${kind}_namespaces; done\n"
       "test $(readlink /proc/self/ns/net) = $($SANDBOX readlink /proc/self/ns/net) && echo same\n"
       "$SANDBOX ls -d $FOLDER; ls -A /etc/korvel'"));
-  EXPECT_EQ(outcome.out, "same\n" + std::string(kCatalogueFolder) + "\n");
+  EXPECT_EQ(outcome.out, "same\n" + kCatalogueFolder + "\n");
   EXPECT_EQ(outcome.err, "");
 }
 
@@ -273,7 +273,7 @@ TEST_F(MachinesOwn, FolderThatWasThereStays) {
                   "export HEADEND_SANDBOX=shared\n"
                   "$SANDBOX touch $CATALOGUE $CATALOGUE-journal\n"
                   "find /etc/korvel -mindepth 1"));
-  EXPECT_EQ(outcome.out, "/etc/korvel/conf\n" + std::string(kCatalogueFolder) + "\n");
+  EXPECT_EQ(outcome.out, "/etc/korvel/conf\n" + kCatalogueFolder + "\n");
   EXPECT_EQ(outcome.err, "");
 }
 
@@ -283,7 +283,7 @@ TEST_F(MachinesOwn, FilesAreNotOverwritten) {
                   "HEADEND_SANDBOX=shared $SANDBOX echo ran\n"
                   "echo $?; cat $CATALOGUE; ls -A /etc/korvel"));
   EXPECT_EQ(outcome.out, "125\ndata\nconf\n");
-  EXPECT_EQ(outcome.err, "headend-sandbox: " + std::string(kCatalogueFolder) +
+  EXPECT_EQ(outcome.err, "headend-sandbox: " + kCatalogueFolder +
                              " holds files, which are not overwritten: move them away\n");
 }
 
