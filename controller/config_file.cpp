@@ -6,7 +6,6 @@
 
 #include <iostream>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "controller/config_file_protocol.h"
@@ -28,11 +27,18 @@ auto withTransports(Descriptor& descriptor, Work work) {
 }
 
 /// Opens `path` and lets `work` use the stack of transports and protocol over it, which is released
-/// in any case. Returns the result of `work`.
+/// in any case. Returns the file operations' result.
 template <class Work>
 int withConfigFile(const std::string& path, int flags, Work work) {
   Descriptor descriptor(open(path.c_str(), flags, S_IRUSR | S_IWUSR));
-  return descriptor.isOpen() ? withTransports(descriptor, work) : CONFIG_FILE_NOT_OPENED;
+  if (!descriptor.isOpen()) {
+    return CONFIG_FILE_NOT_OPENED;
+  }
+  try {
+    return withTransports(descriptor, work);
+  } catch (...) {
+    return CONFIG_FILE_FAILED;
+  }
 }
 
 /// Reads as much of the file as can be read. Returns whether that is all of it; throws
@@ -48,17 +54,13 @@ bool readUnlessSignalled(const std::string& path, hub_module::HeadendConfig& con
 }  // namespace
 
 int writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config) {
-  try {
-    return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
-      config.write(&protocol);
-      const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
-      file.close();  // writes out the rest of the buffer, which the last sync covers
-      sync();
-      return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
-    });
-  } catch (...) {
-    return CONFIG_FILE_FAILED;
-  }
+  return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
+    config.write(&protocol);
+    const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
+    file.close();  // writes out the rest of the buffer, which the last sync covers
+    sync();
+    return synced ? CONFIG_FILE_OK : CONFIG_FILE_FAILED;
+  });
 }
 
 void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
@@ -70,17 +72,11 @@ void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
 }
 
 int readConfigFile(const std::string& path, hub_module::HeadendConfig& config) {
-  try {
-    return withConfigFile(path, O_RDONLY, [&](auto& file, auto& protocol) {
-      config.read(&protocol);
-      file.close();
-      return CONFIG_FILE_OK;
-    });
-  } catch (const std::bad_alloc&) {
-    throw;  // the file is in order, and a part of it must not pass for its content
-  } catch (...) {
-    return CONFIG_FILE_FAILED;
-  }
+  return withConfigFile(path, O_RDONLY, [&](auto& file, auto& protocol) {
+    config.read(&protocol);
+    file.close();
+    return CONFIG_FILE_OK;
+  });
 }
 
 void LineupEditor::saveConfig(const std::string& path) {

@@ -8,7 +8,7 @@
 
 namespace lineup {
 
-/// What the file operations return. They print nothing, and throw nothing but what is said below.
+/// What the file operations return. They print nothing and throw nothing.
 enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_FILE_FAILED = -2 };
 
 /// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing
@@ -24,8 +24,7 @@ void writeConfig(int descriptor, const korvel::thrift::hub_module::HeadendConfig
 
 /// Reads `path` over `config`, whose fields keep their values where the file has none. Returns 0,
 /// -1 if the file could not be opened, -2 if anything failed after that: `config` then holds what
-/// had been read. Throws std::bad_alloc if memory runs out: what had been read is then no damaged
-/// file's content, and is not to be sent.
+/// had been read.
 int readConfigFile(const std::string& path, korvel::thrift::hub_module::HeadendConfig& config);
 
 }  // namespace lineup

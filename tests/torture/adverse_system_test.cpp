@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <string>
 
-#include "controller/config_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
@@ -29,7 +27,7 @@ class AdverseSystem : public testing::Test {
  protected:
   long calls() const { return FaultCounts(count).calls; }
 
-  FakeController controller;
+  const FakeController controller;
   const TemporaryFolder folder;
   const std::string count = folder.file("count");
 };
@@ -86,39 +84,6 @@ TEST_F(AdverseSystem, ATerminalThatFailsOnceLeavesTheConsoleToReadLines) {
     SCOPED_TRACE("call " + std::to_string(place));
     session(place);
   }
-}
-
-// Operators and functions both: which of them a build's own are differs.
-TEST_F(AdverseSystem, ARestoreWithoutMemorySendsNothingOrAll) {
-  korvel::thrift::hub_module::HeadendConfig config;
-  for (int32_t entry = 0; entry < 20; ++entry) {
-    config.lineupConfig.ipEntries.emplace_back().name = "a name that needs memory of its own";
-  }
-  const std::string file = folder.file("config.json");
-  ASSERT_EQ(writeConfigFile(file, config), CONFIG_FILE_OK);
-  Start start;
-  start.arguments = {"-r", file};
-  int ended = 0;
-  for (const char* const kind : {"new", "malloc"}) {
-    injectFault(start, {kind, 0}, count);
-    run(start);
-    for (const long place : placesAmong(calls(), 40)) {
-      SCOPED_TRACE(kind + std::to_string(place));
-      const std::size_t callsBefore = controller.calls().size();
-      injectFault(start, {kind, place}, count);
-      const Outcome outcome = run(start);
-      if (controller.calls().size() > callsBefore) {
-        EXPECT_EQ(controller.calls().back().config, config);
-      }
-      if (outcome.signal != 0) {
-        EXPECT_EQ(outcome.signal, SIGABRT);
-        EXPECT_NE(outcome.err.find("std::bad_alloc"), std::string::npos) << outcome.err;
-        EXPECT_EQ(outcome.out, "");
-        ++ended;
-      }
-    }
-  }
-  EXPECT_GT(ended, 0);
 }
 
 }  // namespace
