@@ -52,9 +52,4 @@ function(add_thrift_library target)
   add_library(${target} STATIC ${sources})
   target_include_directories(${target} SYSTEM PUBLIC "${directory}")
   target_link_libraries(${target} PUBLIC Thrift::thrift)
-  if(LINEUP_SANITIZE)
-    # The checks of every pointer take a third of the time that all generated code takes to compile;
-    # AddressSanitizer sees what they would.
-    target_compile_options(${target} PRIVATE -fno-sanitize=null,alignment,object-size,vptr)
-  endif()
 endfunction()
