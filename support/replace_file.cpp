@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "support/descriptor.h"
+
 namespace lineup {
 
 namespace {
@@ -66,17 +68,23 @@ class NewFile {
   int file_ = -1;
 };
 
-/// What a renaming has changed is on the disk when its folder is.
-void syncFolder(const fs::path& folder) {
-  const int file = checked(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const int result = fsync(file);
-  const int reason = errno;
-  ::close(file);
-  // Some file systems have nothing to sync there.
-  if (result < 0 && reason != EINVAL && reason != EROFS) {
-    throw std::runtime_error(std::strerror(reason));
+/// A folder whose names are to be on the disk. Opened before any is changed, as that may be
+/// refused.
+class SyncedFolder {
+ public:
+  explicit SyncedFolder(const fs::path& path)
+      : folder_(checked(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))) {}
+
+  void sync() const {
+    // Some file systems have nothing to sync there.
+    if (fsync(folder_.number()) < 0 && errno != EINVAL && errno != EROFS) {
+      checked(-1);
+    }
   }
-}
+
+ private:
+  const Descriptor folder_;
+};
 
 /// The file that `path` names when links are followed, whether it is there or not. A pipe or a
 /// device, which /dev/stdout may lead to, has no place that a file can take.
@@ -104,11 +112,12 @@ fs::path folderOf(const fs::path& path) {
 
 void replaceFile(const std::string& path, std::string_view content) {
   const fs::path target = targetOf(path);
-  const fs::path folder = folderOf(target);
-  NewFile file(folder);
+  const fs::path place = folderOf(target);
+  const SyncedFolder folder(place);
+  NewFile file(place);
   file.write(content);
   file.renameTo(target);
-  syncFolder(folder);
+  folder.sync();
 }
 
 }  // namespace lineup

@@ -331,7 +331,7 @@ class Changes {
 /// Ten thousand pairs of records, a thousand with sanitizers, in parts that run side by side.
 class ConfigDifferenceProperty : public testing::TestWithParam<uint32_t> {
  protected:
-#ifdef __SANITIZE_ADDRESS__  // ten times as slow
+#ifdef SANITIZED  // ten times as slow
   static constexpr uint32_t kPairs = 125;
 #else
   static constexpr uint32_t kPairs = 1'250;

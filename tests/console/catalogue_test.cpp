@@ -308,7 +308,7 @@ TEST_F(CatalogueCommands, ACompletionLeavesOutWhatTakesTooLong) {
   EXPECT_NO_THROW(console.readUntil("17  Télé Uno (TDT)"));
 }
 
-#ifndef __SANITIZE_ADDRESS__  // which needs memory of its own
+#ifndef SANITIZED  // which needs memory of its own
 
 TEST_F(CatalogueCommands, TheConsolesMemoryIsLimited) {
   ConsoleProcess console{Start{}};

@@ -193,7 +193,7 @@ TEST_F(History, OfEightGigabytesLeavesTheConsoleToStartWithItsLastLines) {
   expectRecalled(start(), {"last"});
 }
 
-#ifndef __SANITIZE_ADDRESS__  // which needs memory of its own
+#ifndef SANITIZED  // which needs memory of its own
 
 TEST_F(History, ThatMemoryIsTooSmallForIsNone) {
   makeFolder();

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(SANITIZED)
 #define LINEUP_COUNTS_MEMORY
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)

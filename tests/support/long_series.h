@@ -4,7 +4,7 @@ namespace lineup::test {
 
 /// The distance between the cases of a long series that are tried: each one as released, every
 /// seventh with sanitizers, where they take ten times as long.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 inline constexpr int kCaseStep = 7;
 #else
 inline constexpr int kCaseStep = 1;

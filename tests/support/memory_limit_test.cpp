@@ -17,7 +17,7 @@ rlim_t limitOfData() {
   return limit.rlim_cur;
 }
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 
 TEST(MemoryLimit, IsNotSetUnderASanitizer) {
   const rlim_t before = limitOfData();

@@ -35,7 +35,7 @@ int64_t peakMemory(Work work) {
   std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts over
   const int64_t before = memoryFigure("VmRSS:");
   work();
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
   return 0 * before;
 #else
   return memoryFigure("VmHWM:") - before;

@@ -71,6 +71,22 @@ TEST_F(ReplaceFile, FollowsLinksAlsoToAFileThatIsNotThere) {
   }
 }
 
+TEST_F(ReplaceFile, LeavesTheOldOneInAFolderThatCannotBeSynced) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "root alone may be somebody else, who may not do everything";
+  }
+  constexpr uid_t kNobody = 65534;
+  replaceFile(file_, "old");
+  ASSERT_EQ(chown(folder_.path().c_str(), kNobody, kNobody), 0);
+  fs::permissions(folder_.path(), fs::perms::owner_write | fs::perms::owner_exec);
+  fs::current_path(folder_.path());  // nobody may be kept from the folders above
+  ASSERT_EQ(seteuid(kNobody), 0);
+  EXPECT_THROW(replaceFile("file", "new"), std::runtime_error);
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_EQ(names().size(), 1U);
+}
+
 TEST_F(ReplaceFile, RefusesWhatIsNoFile) {
   ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
   expectRefused(file_, "is no regular file");

@@ -384,12 +384,12 @@ class Torture {
   }
 
   /// Copies that could not be written in the session's folder, or not removed, are in /tmp. The end
-  /// that is forced is that of a child process, and only the message has its name.
+  /// that is forced is that of a child process, and only its message has its name.
   static void removeRescued(const Result& result) {
     const std::string before = std::string(kRescued) + " are in ";
     const std::string& errors = result.outcome.err;
-    const std::size_t found = errors.find(before);
-    if (found != std::string::npos) {
+    for (std::size_t found = errors.find(before); found != std::string::npos;
+         found = errors.find(before, found + 1)) {
       const std::size_t begin = found + before.size();
       fs::remove(errors.substr(begin, errors.find(": ", begin) - begin));
     }
