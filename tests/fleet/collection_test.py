@@ -81,6 +81,16 @@ class Collection(unittest.TestCase):
         self.assertEqual(said, [])
         self.assertEqual(len(done.stdout.splitlines()), 2)  # one for each module: it looked at both
 
+    def test_has_settings_in_its_guide_that_ansible_takes(self):
+        with open(os.path.join(PROJECT, "docs/fleet.md"), encoding="utf-8") as guide:
+            settings = re.search("^```ini\n(.*?)^```", guide.read(), re.DOTALL | re.MULTILINE).group(1)
+        with open(os.path.join(self.home, "ansible.cfg"), "w", encoding="utf-8") as file:
+            file.write(settings)
+        dump = self.run_well("env", "ANSIBLE_CONFIG=" + file.name, "ansible-config", "dump", "--type", "all",
+                             "--only-changed")
+        for name, value in (("DEFAULT_FORKS", "25"), ("pipelining", "True"), ("reconnection_retries", "2")):
+            self.assertIn(f"\n{name}({file.name}) = {value}\n", dump)
+
     def test_passes_ansible_lint(self):
         if shutil.which("ansible-lint") is None:
             self.skipTest("ansible-lint is not installed")
