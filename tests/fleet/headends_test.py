@@ -116,6 +116,11 @@ class Headends(unittest.TestCase):
         again = run(*command)
         self.assertRegex(again.stdout, r"headend5 .* changed=0 .* failed=0 ")
 
+    def test_have_no_timer_if_the_command_line_says_so(self):
+        # There a value is a text; without systemd the task would fail.
+        status, said, recap = play("--limit", "headend1", "-e", "lineup_backup_timer=false")
+        self.assertEqual((status, recap[1]["skipped"]), (0, 2), said)
+
     def test_show_a_drift_and_nothing_else(self):
         drift(3, "id 9", "rfnum 4")
         status, said, recap = play("--check", "--diff")
