@@ -143,6 +143,24 @@ class LineupConfig(OnAHeadend):
         kill("headend-simulator")
         self.expect_failure(module("lineup_config", apply(4)), "controller", 4, "Connection refused")
 
+    def test_says_what_was_kept_and_sent_before_it_failed(self):
+        # By the call that breaks off: a configuration that is only read is not changed, one that may have
+        # been taken over is not known to be, and one that cannot be read back is.
+        for call, changed, kept, said in (("getHeadendConfig:1", False, [], "No more data to read"),
+                                          ("setHeadendConfig", False, [7], "is not known"),
+                                          ("getHeadendConfig:2", True, [7], "but could not be read back")):
+            self.restart()
+            self.start_from(7)
+            headend(1, "sh", "-c", f"rm -f {BACKUPS}/*")
+            self.restart("--break", call)
+            result = module("lineup_config", apply(8, ("backup", True)))
+            self.expect_failure(result, "controller", 4)
+            self.assertEqual((result["changed"], said in result["msg"]), (changed, True), result)
+            paths = headend(1, "sh", "-c", f"ls {BACKUPS}/* 2>/dev/null || true").split()
+            self.assertEqual([result[key] for key in result if key == "backup_file"], paths)
+            held = [json.loads(headend(1, "lineupctl", "show", "--format", "json", path)) for path in paths]
+            self.assertEqual([record["headendGlobalConfig"]["headendId"] for record in held], kept)
+
     def test_says_that_something_else_runs_than_was_sent(self):
         # Reading back takes long enough for somebody else.
         self.restart("--delay", "getHeadendConfig:2=10")

@@ -8,6 +8,8 @@ from __future__ import absolute_import, division, print_function
 
 __metaclass__ = type
 
+import re
+
 # The statuses of lineupctl(1): a word for playbooks, and what it means.
 REASONS = {
     1: ("expect", "the headend runs something else than was expected, and nothing was sent"),
@@ -16,6 +18,10 @@ REASONS = {
     4: ("controller", "the headend's controller cannot be reached, refuses or breaks off"),
     5: ("other", "the headend runs something else than was sent"),
 }
+
+# How its lines end that say that the configuration was sent and taken over, whatever came then.
+SENT = re.compile(r": was sent, (and runs|but something else runs)$|"
+                  r" was sent, but could not be read back$|: was sent and taken over; a signal ends this", re.MULTILINE)
 
 
 def run(module, words):
@@ -31,15 +37,17 @@ def output(module, words):
     return out
 
 
-def fail(module, status, out, err):
-    """Ends the module with what a status of lineupctl means."""
+def fail(module, status, out, err, **result):
+    """Ends the module with what a status of lineupctl means, and what else is in the result."""
+    sent = bool(SENT.search(err))
     if status < 0:
         reason = "signal"
-        meaning = "signal %d ended lineupctl; whether it has sent anything is not known" % -status
+        meaning = "signal %d ended lineupctl" % -status
+        meaning += "" if sent else "; whether it has sent anything is not known"
     else:
         reason, meaning = REASONS.get(status, ("unknown", "lineupctl ended with status %d" % status))
     said = err.strip()
     if said.startswith("lineupctl: "):
         said = said[len("lineupctl: "):]
     module.fail_json(msg=meaning + (": " + said if said else ""), reason=reason, rc=status,
-                     changed=status == 5, stdout=out, stderr=err)
+                     changed=sent, stdout=out, stderr=err, **result)

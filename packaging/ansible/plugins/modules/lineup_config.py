@@ -110,6 +110,14 @@ EXAMPLES = r"""
 """
 
 RETURN = r"""
+changed:
+  description:
+    - Whether a configuration was sent and taken over, or would be in check mode.
+    - In a failure this is true if that is known, also where what runs then could not be read back. If the
+      controller or C(lineupctl) breaks off while it is sent, this is not known, and false.
+  returned: always
+  type: bool
+  sample: true
 difference:
   description: What differs between what ran and what is to run, a line each; empty if nothing does.
   returned: success
@@ -118,7 +126,7 @@ difference:
   sample: ["id: 1 -> 7"]
 backup_file:
   description: The file on the headend that holds what ran.
-  returned: if I(backup) is true and something was sent
+  returned: if I(backup) is true and something was to be sent, in a failure as well if what ran was kept before it
   type: str
   sample: /var/lib/lineup-console/lineup-20260617T120000.000Z.json
 reason:
@@ -194,18 +202,26 @@ def kept_copy(place):
     return place
 
 
+def parts(out):
+    """The lines of the difference that lineupctl printed, and the path of the backup or None."""
+    lines = out.splitlines()
+    for number, line in enumerate(lines):
+        # No line of a difference begins like this. After it comes what else runs, if something does.
+        if line.startswith(KEPT):
+            return lines[:number], kept_copy(line[len(KEPT):])
+    return lines, None
+
+
 def apply(module):
     """Returns the difference, line by line, and the path of the backup or None."""
     patch = patch_file(module) if module.params["patch"] else ""
     status, out, err = lineupctl.run(module, words_for_apply(module, patch))
     # An expectation that does not hold has the same status, and no output.
     differs = module.check_mode and status == 1 and out
+    difference, backup = parts(out)
     if status != 0 and not differs:
-        lineupctl.fail(module, status, out, err.replace(patch, "the patch") if patch else err)
-    difference = out.splitlines()
-    backup = None
-    if module.params["backup"] and difference and difference[-1].startswith(KEPT):
-        backup = kept_copy(difference.pop()[len(KEPT):])
+        lineupctl.fail(module, status, out, err.replace(patch, "the patch") if patch else err,
+                       **({"backup_file": backup} if backup else {}))
     return difference, backup
 
 
