@@ -136,13 +136,13 @@ std::vector<Candidate> completeFile(const std::string& typed) {
 std::vector<Candidate> completeName(std::string_view kind, const std::string& typed) {
   std::set<std::string> beginning;
   std::set<std::string> containing;
-  for (const auto& [number, service] : readAvailableServiceNames()) {
+  visitAvailableServiceNames(kind, [&](const AvailableServiceName& service) {
     const std::string word = asPattern(service.name);
     const char* const place = strcasestr(word.c_str(), typed.c_str());
-    if (place != nullptr && !word.empty() && (kind.empty() || kind == service.kind)) {
+    if (place != nullptr && !word.empty()) {
       (place == word.c_str() ? beginning : containing).insert(word);
     }
-  }
+  });
   std::vector<Candidate> candidates;
   for (const std::string& word : beginning.empty() ? containing : beginning) {
     candidates.push_back({word, ""});
@@ -152,9 +152,8 @@ std::vector<Candidate> completeName(std::string_view kind, const std::string& ty
 
 std::vector<Candidate> completeServiceType(const std::string& typed) {
   std::set<int32_t> types;
-  for (const auto& [number, service] : readAvailableServiceNames()) {
-    types.insert(service.type);
-  }
+  visitAvailableServiceNames(
+      "", [&types](const AvailableServiceName& service) { types.insert(service.type); });
   std::vector<Candidate> candidates;
   for (const int32_t type : types) {
     offerNumber(type, "", typed, candidates);

@@ -44,22 +44,15 @@ void find(const tTable& table, const std::string& name) {
   }
 }
 
-/// Adds the services whose id no table before has. An id is one that can be asked for: a number
-/// written as the look-up writes it.
-void addNames(sqlite3* catalogue, const tTable& table,
-              std::map<int32_t, AvailableServiceName>& names) {
+void visitNames(sqlite3* catalogue, const tTable& table,
+                const std::function<void(const AvailableServiceName&)>& visit) {
   const std::string select = std::string("SELECT service_id, service_name, * FROM ") + table.name;
   sqlite3_stmt* compiled = nullptr;
   sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr);
   const tStatement rows(compiled);
   while (sqlite3_step(rows.get()) == SQLITE_ROW) {
-    const std::string id = textOf(rows, 0);
-    const int32_t number = readNumber(id);
-    if (id == std::to_string(number)) {
-      const auto type = static_cast<int>(2 + table.serviceType);
-      names.emplace(number, AvailableServiceName{textOf(rows, 1), table.kind,
-                                                 sqlite3_column_int(rows.get(), type)});
-    }
+    const auto type = static_cast<int>(2 + table.serviceType);
+    visit({textOf(rows, 0), textOf(rows, 1), table.kind, sqlite3_column_int(rows.get(), type)});
   }
 }
 
@@ -88,17 +81,29 @@ void LineupEditor::findServices(const std::string& name) const {
   findIPServices(name);
 }
 
-std::map<int32_t, AvailableServiceName> readAvailableServiceNames() {
-  std::map<int32_t, AvailableServiceName> names;
+void visitAvailableServiceNames(std::string_view kind,
+                                const std::function<void(const AvailableServiceName&)>& visit) {
   std::error_code unknown;  // a folder that may not be searched
   if (!std::filesystem::exists(kCataloguePath, unknown)) {
-    return names;  // opening would create it
+    return;  // opening would create it
   }
   const tSqlite3db catalogue(kCataloguePath);
   const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
   for (const tTable* table : korveldb::kTables) {
-    addNames(catalogue.getHandle(), *table, names);
+    if (kind.empty() || kind == table->kind) {
+      visitNames(catalogue.getHandle(), *table, visit);
+    }
   }
+}
+
+std::map<int32_t, AvailableServiceName> readAvailableServiceNames() {
+  std::map<int32_t, AvailableServiceName> names;
+  visitAvailableServiceNames("", [&names](const AvailableServiceName& service) {
+    const int32_t number = readNumber(service.id);
+    if (service.id == std::to_string(number)) {  // as the look-up writes it
+      names.emplace(number, service);            // unless a table before has the id
+    }
+  });
   return names;
 }
 

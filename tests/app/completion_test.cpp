@@ -197,12 +197,36 @@ TEST_F(ServiceCompletion, OffersNamesAsFindTakesThem) {
   EXPECT_EQ(wordsFor("findip l"), Words{});
 }
 
+TEST_F(ServiceCompletion, OffersTheNamesOfEveryTableThatFindSearchesWhateverTheirIds) {
+  catalogue.insert(kSat, {{15, "1"}, {16, "Sat One"}});
+  catalogue.insert(kSat, {{15, "1"}, {16, "Sat Two"}});
+  catalogue.insert(kSat, {{16, "Sat without id"}});
+  catalogue.insert(kTdt, {{10, "1"}, {11, "Tdt One"}});
+  catalogue.insert(kCable, {{10, "1"}, {11, "Cable One"}});
+  catalogue.insert(kIP, {{6, "1"}, {7, "IP One"}});
+  EXPECT_EQ(wordsFor("findsat "), (Words{"Sat_One", "Sat_Two", "Sat_without_id"}));
+  EXPECT_EQ(wordsFor("findtdt "), Words{"Tdt_One"});
+  EXPECT_EQ(wordsFor("findcable "), Words{"Cable_One"});
+  EXPECT_EQ(wordsFor("findip "), Words{"IP_One"});
+  EXPECT_EQ(wordsFor("find "),
+            (Words{"Cable_One", "IP_One", "Sat_One", "Sat_Two", "Sat_without_id", "Tdt_One"}));
+  EXPECT_EQ(wordsFor("find one"), (Words{"Cable_One", "IP_One", "Sat_One", "Tdt_One"}));
+  EXPECT_EQ(servicesFor("adddvb "), Words({"1:Sat One (SAT)"}));
+}
+
 TEST_F(ServiceCompletion, OffersTheServiceTypesThatThereAre) {
   catalogue.insert(kSat, {{15, "1"}, {19, "25"}});
   catalogue.insert(kTdt, {{10, "2"}, {14, "1"}});
   catalogue.insert(kTdt, {{10, "3"}, {14, "1"}});
   EXPECT_EQ(wordsFor("rfaddempty "), (Words{"1", "25"}));
   EXPECT_EQ(wordsFor("rfaddempty 2"), Words{"25"});
+}
+
+TEST_F(ServiceCompletion, OffersTheServiceTypesOfEveryTableWhateverTheIds) {
+  catalogue.insert(kSat, {{15, "1"}, {19, "25"}});
+  catalogue.insert(kTdt, {{10, "1"}, {14, "1"}});
+  catalogue.insert(kTdt, {{10, "1"}, {14, "2"}});
+  EXPECT_EQ(wordsFor("rfaddempty "), (Words{"1", "2", "25"}));
 }
 
 TEST_F(ServiceCompletion, OffersOfSeveralServicesWithOneIdTheOneThatIsAdded) {
