@@ -10,6 +10,10 @@ namespace {
 
 constexpr unsigned short kMost = 1000;
 
+bool isSame(const termios& a, const termios& b) {
+  return a.c_iflag == b.c_iflag && a.c_oflag == b.c_oflag && a.c_lflag == b.c_lflag;
+}
+
 }  // namespace
 
 void TerminalMode::keep() {
@@ -17,17 +21,20 @@ void TerminalMode::keep() {
 }
 
 void TerminalMode::change() {
-  keep();
-  setForEditing();
+  termios now{};
+  if (!kept_ || tcgetattr(STDIN_FILENO, &now) != 0 || !isSame(now, forEditing())) {
+    keep();
+  }
+  set(forEditing());
 }
 
-void TerminalMode::setForEditing() const {
+termios TerminalMode::forEditing() const {
   termios editing = mode_;
   editing.c_iflag &= ~static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | ISTRIP);
   editing.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHONL | IEXTEN);
   editing.c_cc[VMIN] = 1;
   editing.c_cc[VTIME] = 0;
-  set(editing);
+  return editing;
 }
 
 void TerminalMode::restore() {
@@ -47,7 +54,7 @@ TerminalLent::TerminalLent(const TerminalMode& mode) : mode_(mode) {
 }
 
 TerminalLent::~TerminalLent() {
-  mode_.setForEditing();
+  mode_.set(mode_.forEditing());
 }
 
 TerminalSize terminalSize(const TerminalSize& otherwise) {

@@ -14,8 +14,9 @@ class TerminalMode {
  public:
   void keep();
 
-  /// Keeps the mode, and changes it to one in which keys arrive as they are typed, Return and line
-  /// feed apart, and are not shown. Signals are still sent by their keys.
+  /// Keeps the mode, unless it is still the one that this has set, and changes it to one in which
+  /// keys arrive as they are typed, Return and line feed apart, and are not shown. Signals are
+  /// still sent by their keys.
   void change();
 
   /// Goes back to the mode that was kept. Nothing that was typed is discarded.
@@ -23,7 +24,7 @@ class TerminalMode {
 
  private:
   friend class TerminalLent;
-  void setForEditing() const;
+  termios forEditing() const;
   void set(const termios& mode) const;
 
   termios mode_{};

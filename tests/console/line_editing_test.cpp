@@ -784,6 +784,29 @@ TEST_F(OnATerminal, CtrlZStopsAndFgGoesOn) {
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
 }
 
+TEST_F(OnATerminal, StopsLeaveTheModeThatItRestores) {
+  Start start = onTerminal();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "stty -a >before; set -m; " + std::string(kConsoleProgram) +
+                               "; stty -a >first; fg >/dev/null; stty -a >second; fg >/dev/null; "
+                               "stty -a >after"};
+  start.folder = folder.path();
+  Session session(start);
+  session.expect("> |");
+  session.type("id 3");
+  for (const char* const stop : {"first", "second"}) {
+    session.expect("> id 3|");
+    session.type(kCtrlZ);
+    session.console.readWhile([&] { return contentOf(folder.file(stop)).empty(); });
+    EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file(stop)));
+    session.console.readWhile([&] { return session.console.echoes(); });
+  }
+  session.expect("> id 3|");
+  session.type("\nreset\nquit\n");
+  session.console.finish();
+  expectModeRestored();
+}
+
 /// Stops the console, which `command` runs, and lets it go on by one "fg", again and again.
 void expectThatOneFgIsEnough(const std::string& command) {
   constexpr int kStops = 12;
