@@ -153,6 +153,22 @@ class Headends(unittest.TestCase):
         self.assertEqual(self.heal(), [1, 2, 3])
         self.assertEqual(changed(play()[2]), [])
 
+    def test_do_what_the_guide_says_of_them(self):
+        with open(os.path.join(PROJECT, "docs/fleet.md"), encoding="utf-8") as guide:
+            commands = re.search("## Trying it.*?^```sh\n(.*?)^```", guide.read(), re.DOTALL | re.MULTILINE).group(1)
+        for number in ALL:
+            drift(number, "rfnum 4")
+        said = [run("bash", "-c", command).stdout for command in commands.splitlines()]
+        plays = [text for text in said if "PLAY RECAP" in text]
+        for text, found in zip(plays, (list(ALL), [], [3, 5], [3])):
+            self.assertEqual([number for number in ALL if re.search(rf"(?m)^changed: \[headend{number}\]", text)],
+                             found, text)
+        self.assertIn("\nid: 9 -> 4\nchanged: [headend3]\n", plays[2])
+        self.assertIn("\nid: 9 -> 6\nchanged: [headend5]\n", plays[2])
+        self.expect_failed(plays[3], 4, "UNREACHABLE!", "ssh")
+        self.expect_failed(plays[3], 5, '"reason": "controller"', "refused")
+        self.assertEqual(name(3), "Site 3")
+
     def test_have_the_old_or_the_new_configuration_when_a_run_is_killed(self):
         drift(1, "rfnum 4", "country italy")
         with open("other.json", "w", encoding="utf-8") as other:
