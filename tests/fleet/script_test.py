@@ -6,9 +6,11 @@ Usage: script_test.py PROJECT
 import os
 import pty
 import select
+import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -105,6 +107,27 @@ class Fleet(unittest.TestCase):
             done = subprocess.run([FLEET, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                   stderr=subprocess.PIPE, timeout=PATIENCE, check=False)
             self.assertEqual((done.returncode, done.stdout), (1, b""), words)
+
+    def test_installs_no_server_where_systemd_would_start_it(self):
+        with tempfile.TemporaryDirectory() as project:
+            os.mkdir(os.path.join(project, "scripts"))
+            fleet = shutil.copy(FLEET, os.path.join(project, "scripts/fleet"))
+            installer = os.path.join(project, "scripts/install-packages")
+            with open(installer, "w", encoding="utf-8") as script:
+                script.write('#!/bin/sh\necho "installs $*"; exit 3\n')
+            os.chmod(installer, 0o755)
+            # A machine without sshd, as this process and its children see it.
+            hide = "mount --bind /dev/null /usr/sbin/sshd && mount -t tmpfs none /run && "
+            for prepare, result in (
+                    ("", (3, "installs openssh-server\n")),
+                    ("mkdir -p /run/systemd/system && ",
+                     (CANNOT, "scripts/fleet: no fleet on this machine: openssh-server is not installed, "
+                              "and would begin to serve this machine if it were\n"))):
+                done = subprocess.run(
+                    ["env", "-u", "FLEET_PROGRAMS", "unshare", "--mount", "--propagation", "private",
+                     "sh", "-c", hide + prepare + 'exec "$0" 1 true', fleet],
+                    stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=PATIENCE, check=False)
+                self.assertEqual((done.returncode, done.stdout), result)
 
     def test_says_where_it_cannot_be(self):
         forbidden = subprocess.run(
