@@ -109,6 +109,15 @@ class LineupConfig(OnAHeadend):
             self.expect_failure(result, "expect", 1, "nothing was sent: lineup.json: is not what runs")
         self.assertEqual(calls(1)[before:], ["getHeadendConfig"] * 2)
 
+    def test_expects_what_ran_before_and_so_works_once(self):
+        self.start_from(3)
+        headend(1, "lineupctl", "save", "/root/saved.json")
+        task = {"src": "/root/saved.json", "remote_src": True, "expect": "/root/saved.json", "patch": own(ID, 8)}
+        self.assertTrue(module("lineup_config", task)["changed"])
+        self.expect_failure(module("lineup_config", task), "expect", 1, "nothing was sent")
+        self.assertEqual(running_id(), 8)
+        headend(1, "rm", "/root/saved.json")
+
     def test_says_what_is_wrong_with_a_file(self):
         before = calls(1)
         with open("half.json", "w", encoding="utf-8") as half, open(LINEUP, encoding="utf-8") as whole:

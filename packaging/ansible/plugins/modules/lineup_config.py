@@ -46,6 +46,8 @@ options:
     description:
       - A file with the configuration that the headend has to run before. If it runs another, the module
         fails and nothing is sent.
+      - A task with it is not idempotent. When it has changed the headend, the next run fails, as the headend
+        then runs I(src).
     type: path
   backup:
     description:
@@ -102,6 +104,7 @@ EXAMPLES = r"""
     src: lineup.json
     patch: "{{ [{'op': 'replace', 'path': '/headendGlobalConfig/headendId', 'value': headend_id}] }}"
 
+# This works once: then the headend no longer runs what is expected.
 - name: Undo, but only if nobody else has changed anything since
   lineup.console.lineup_config:
     src: "{{ changed.backup_file }}"
