@@ -219,7 +219,17 @@ class LineupFacts(OnAHeadend):
         self.expect_failure(module("lineup_facts"), "controller", 4, "Connection refused")
 
 
-class Documentation(unittest.TestCase):
+class Documentation(OnAHeadend):
+    def test_names_all_that_a_failure_returns(self):
+        kill("headend-simulator")
+        for name, arguments in (("lineup_config", apply(4)), ("lineup_facts", {})):
+            documented = json.loads(run("ansible-doc", "--json", "lineup.console." + name).stdout)
+            result = module(name, arguments)
+            self.assertEqual(result["reason"], "controller")
+            # Ansible's own, and those of this test.
+            others = {"changed", "msg", "stdout_lines", "stderr_lines", "failed", "printed"}
+            self.assertLessEqual(set(result) - others, set(documented["lineup.console." + name]["return"]))
+
     def test_is_shown_by_ansible_doc(self):
         for name in ("lineup_config", "lineup_facts"):
             shown = run("ansible-doc", "lineup.console." + name).stdout

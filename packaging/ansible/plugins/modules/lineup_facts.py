@@ -72,6 +72,11 @@ rc:
   returned: failure of C(lineupctl)
   type: int
   sample: 4
+stdout:
+  description: What C(lineupctl) printed before it failed.
+  returned: failure of C(lineupctl)
+  type: str
+  sample: ""
 stderr:
   description: What C(lineupctl) said.
   returned: failure of C(lineupctl)
