@@ -81,6 +81,18 @@ class Collection(unittest.TestCase):
         self.assertEqual(said, [])
         self.assertEqual(len(done.stdout.splitlines()), 2)  # one for each module: it looked at both
 
+    def test_has_an_inventory_and_a_playbook_in_its_readme_that_bring_the_package(self):
+        with open(os.path.join(SOURCE, "README.md"), encoding="utf-8") as readme:
+            files = re.findall(r"^```yaml\n# (\S+)\n(.*?)^```", readme.read(), re.DOTALL | re.MULTILINE)
+        for name, content in files:
+            with open(os.path.join(self.home, name), "w", encoding="utf-8") as file:
+                file.write(content)
+        self.assertIn("lineup_package_file: ", dict(files)["site.yml"])
+        inventory, playbook = (os.path.join(self.home, name) for name in ("inventory.yml", "site.yml"))
+        listed = self.run_well("ansible-playbook", "-i", inventory, playbook, "--list-tasks", "--list-hosts")
+        self.assertIn("bellevue.example", listed)
+        self.assertIn("Install the package", listed)
+
     def test_has_settings_in_its_guide_that_ansible_takes(self):
         with open(os.path.join(PROJECT, "docs/fleet.md"), encoding="utf-8") as guide:
             settings = re.search("^```ini\n(.*?)^```", guide.read(), re.DOTALL | re.MULTILINE).group(1)

@@ -99,6 +99,11 @@ class Headends(unittest.TestCase):
             self.skipTest("packaging/package has made no package")
         headend(5, "umount", "/usr/local/bin/lineupctl")
         headend(5, "rm", "/usr/local/bin/lineupctl")
+        # As the guide has it before the first check.
+        installed = run("ansible", "headend5", "-m", "include_role", "-a",
+                        "name=lineup.console.headend tasks_from=package", "-e", "lineup_package_file=" + package)
+        self.assertEqual(installed.returncode, 0, installed.stdout)
+        self.assertIn("install ok installed", headend(5, "dpkg", "--status", "lineup-console"))
         # Where systemd does not run, the timer is enabled for its next start.
         with open("role.yml", "w", encoding="utf-8") as playbook:
             playbook.write("""
@@ -109,9 +114,9 @@ class Headends(unittest.TestCase):
 """)
         command = ["ansible-playbook", "-e", "lineup_backup_timer=true", "-e", "lineup_package_file=" + package,
                    "role.yml"]
-        first = run(*command)
-        self.assertEqual(first.returncode, 0, first.stdout)
-        self.assertIn("install ok installed", headend(5, "dpkg", "--status", "lineup-console"))
+        for mode in (["--check"], []):
+            first = run(*command, *mode)
+            self.assertEqual(first.returncode, 0, first.stdout)
         headend(5, "test", "-L", "/etc/systemd/system/timers.target.wants/lineup-backup.timer")
         again = run(*command)
         self.assertRegex(again.stdout, r"headend5 .* changed=0 .* failed=0 ")
