@@ -38,7 +38,8 @@ options:
       - The paths are those of C(lineupctl show --format json), and C(lineupctl diff --format json)
         prints such a patch.
       - Values have to have the type of their field. C("{{ number }}") as the whole of a value is a text
-        unless Jinja's native types are turned on; see the examples for what keeps a number.
+        before Ansible 2.19, unless Jinja's native types are turned on; see the examples for what keeps a
+        number.
     type: list
     elements: dict
     default: []
