@@ -1,5 +1,7 @@
 #include "compare/difference_lines.h"
 
+#include <set>
+
 #include "compare/json_difference.h"
 #include "compare/named_json_writer.h"
 #include "compare/printed_text.h"
@@ -29,11 +31,25 @@ std::string fieldDifferences(const std::string& where, const TBase& from, const 
 }
 
 std::string otherFields(const TBase& expected, const TBase& record) {
+  return otherFields(expected, nullptr, record);
+}
+
+std::string otherFields(const TBase& expected, const TBase* before, const TBase& record) {
+  std::set<std::string> said;  // paths
   std::string text;
-  compareJson(namedJson(expected), namedJson(record),
-              [&](const std::string& path, const json* /*before*/, const json* now) {
-                text += ", " + path + " " + printedValue(*now);
-              });
+  const json now = namedJson(record);
+  const auto compareWith = [&](const TBase& other) {
+    compareJson(namedJson(other), now,
+                [&](const std::string& path, const json* /*before*/, const json* value) {
+                  if (said.insert(path).second) {
+                    text += ", " + path + " " + printedValue(*value);
+                  }
+                });
+  };
+  compareWith(expected);
+  if (before != nullptr) {
+    compareWith(*before);
+  }
   return text;
 }
 

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "compare/described_service.h"
 #include "compare/difference_lines.h"
 #include "compare/lineup_services.h"
 #include "compare/printed_text.h"
@@ -108,11 +109,33 @@ struct Named {
   auto operator<=>(const Named&) const = default;  // NOLINT(modernize-use-nullptr): no pointer
 };
 
-std::string described(const ServiceWords& words, const std::string& name) {
-  std::string text = inQuotes(name) + ", " + words.kind;
-  text += words.source.empty() ? "" : " " + printable(words.source);
-  text += words.sid.empty() ? "" : ", SID " + words.sid;
-  return text + (words.serviceType.empty() ? "" : ", type " + words.serviceType);
+const char* kindWord(int32_t kind) {
+  return kind == LineupEntryKind::DVB ? "DVB" : kind == LineupEntryKind::ENC ? "ENC" : "EMPTY";
+}
+
+/// The keys of the services that are the same as another one of their configuration.
+template <class Service>
+std::set<int32_t> servicesWithALike(const std::map<int32_t, Service>& services) {
+  std::map<std::string, int32_t> firstByIdentity;
+  std::set<int32_t> alike;
+  for (const auto& [key, service] : services) {
+    const auto [first, isNew] = firstByIdentity.emplace(identityOf(service), key);
+    if (!isNew) {
+      alike.insert({first->second, key});
+    }
+  }
+  return alike;
+}
+
+/// How many muxes of the IP inputs have each URL.
+std::map<std::string, std::size_t> muxesByUrl(const HeadendConfig& config) {
+  std::map<std::string, std::size_t> counts;
+  for (const auto& [key, input] : config.ipInputs) {
+    for (const auto& [uuid, mux] : input.muxes) {
+      ++counts[mux.url];
+    }
+  }
+  return counts;
 }
 
 /// Compares two configurations; the text grows with each difference.
@@ -124,19 +147,21 @@ class LineupComparison {
         dvb_(matchServices(from.lineupConfig.dvbInputServices, to.lineupConfig.dvbInputServices)),
         enc_(matchServices(from.lineupConfig.encInputServices, to.lineupConfig.encInputServices)),
         empty_(matchServices(from.lineupConfig.emptyInputServices,
-                             to.lineupConfig.emptyInputServices)) {}
+                             to.lineupConfig.emptyInputServices)),
+        alike_{{LineupEntryKind::DVB, servicesWithALike(to.lineupConfig.dvbInputServices)},
+               {LineupEntryKind::ENC, servicesWithALike(to.lineupConfig.encInputServices)},
+               {LineupEntryKind::EMPTY, servicesWithALike(to.lineupConfig.emptyInputServices)}},
+        muxesByUrl_(muxesByUrl(to)) {}
 
   std::string text() {
     const hub_module::LineupConfig& before = from_.lineupConfig;
     const hub_module::LineupConfig& now = to_.lineupConfig;
     compareEntries("RF lineup: ", before.rfEntries, now.rfEntries);
     compareEntries("IP lineup: ", before.ipEntries, now.ipEntries);
-    compareServices("DVB", LineupEntryKind::DVB, before.dvbInputServices, now.dvbInputServices,
-                    dvb_);
-    compareServices("ENC", LineupEntryKind::ENC, before.encInputServices, now.encInputServices,
-                    enc_);
-    compareServices("EMPTY", LineupEntryKind::EMPTY, before.emptyInputServices,
-                    now.emptyInputServices, empty_);
+    compareServices(LineupEntryKind::DVB, before.dvbInputServices, now.dvbInputServices, dvb_);
+    compareServices(LineupEntryKind::ENC, before.encInputServices, now.encInputServices, enc_);
+    compareServices(LineupEntryKind::EMPTY, before.emptyInputServices, now.emptyInputServices,
+                    empty_);
     return std::move(text_);
   }
 
@@ -171,7 +196,8 @@ class LineupComparison {
     }
     for (std::size_t index = 0; index < to.size(); ++index) {
       if (isNew[index]) {
-        say(lineup, "added at " + std::to_string(index + 1), to_, to[index], moreOf(to[index]));
+        const bool replaces = index < from.size() && !places[index];
+        sayNew(lineup, index, to[index], replaces ? &from[index] : nullptr);
       }
     }
   }
@@ -183,14 +209,38 @@ class LineupComparison {
     text_ += lineup + what + ": " + described(words, entry.name) + more + "\n";
   }
 
-  /// The fields of a new entry that are not as the record has them by default.
+  /// Says a new entry, of which `replaced` is the removed one that had its place.
   template <class Entry>
-  static std::string moreOf(Entry entry) {
-    Entry expected;
-    expected.name = entry.name;
-    entry.serviceKey = expected.serviceKey;
-    entry.serviceKind = expected.serviceKind;
-    return entry == expected ? "" : otherFields(expected, entry);
+  void sayNew(const char* lineup, std::size_t place, const Entry& entry, const Entry* replaced) {
+    const std::pair<int32_t, int32_t> service(entry.serviceKind, entry.serviceKey);
+    const auto alike = alike_.find(service.first);
+    const bool hasALike = alike != alike_.end() && alike->second.contains(service.second);
+    const auto& dvb = to_.lineupConfig.dvbInputServices;
+    const auto named = dvb.find(entry.serviceKey);
+    if (service.first == LineupEntryKind::DVB && named != dvb.end() &&
+        serviceName(named->second) == entry.name) {
+      saysName_.insert(service);
+    }
+    say(lineup, "added at " + std::to_string(place + 1), to_, entry,
+        (hasALike ? ", " + numbered(service.first, service.second) : "") + moreOf(entry, replaced));
+  }
+
+  /// The fields of a new entry that are not as the record has them by default, or as `replaced`
+  /// has them.
+  template <class Entry>
+  static std::string moreOf(const Entry& entry, const Entry* replaced) {
+    const auto withService = [&](Entry other) {
+      other.name = entry.name;
+      other.serviceKey = entry.serviceKey;
+      other.serviceKind = entry.serviceKind;
+      return other;
+    };
+    const Entry expected = withService(Entry());
+    if (replaced == nullptr) {
+      return entry == expected ? "" : otherFields(expected, entry);
+    }
+    const Entry before = withService(*replaced);
+    return entry == expected && entry == before ? "" : otherFields(expected, &before, entry);
   }
 
   /// What differs besides the service.
@@ -300,40 +350,83 @@ class LineupComparison {
   // ---- services
 
   template <class Service>
-  void compareServices(const char* kind, int32_t kindNumber, const std::map<int32_t, Service>& from,
+  void compareServices(int32_t kind, const std::map<int32_t, Service>& from,
                        const std::map<int32_t, Service>& to, const SameServices& same) {
     for (const auto& [key, before] : from) {
       const auto found = same.nowByBefore.find(key);
       if (found != same.nowByBefore.end()) {
         compareService(kind, key, before, found->second, to.at(found->second));
-      } else if (!namedBefore_.contains({kindNumber, key})) {
+      } else if (!namedBefore_.contains({kind, key})) {
         sayService(kind, key, "removed, was in no lineup", before, from_);
       }
     }
     for (const auto& [key, now] : to) {
-      if (!same.beforeByNow.contains(key) && !namedNow_.contains({kindNumber, key})) {
-        sayService(kind, key, "added, in no lineup", now, to_);
+      if (!same.beforeByNow.contains(key)) {
+        const auto before = from.find(key);
+        const bool replaces = before != from.end() && !same.nowByBefore.contains(key);
+        sayNewService(kind, key, now, replaces ? &before->second : nullptr);
       }
     }
   }
 
-  static std::string numbered(const char* kind, int32_t key) {
-    return std::string(kind) + " service " + std::to_string(key);
+  static std::string numbered(int32_t kind, int32_t key) {
+    return std::string(kindWord(kind)) + " service " + std::to_string(key);
   }
 
   template <class Service>
-  void sayService(const char* kind, int32_t key, const char* what, const Service& service,
-                  const HeadendConfig& config) {
+  static std::string placeOf(int32_t kind, int32_t key, const Service& service) {
+    return numbered(kind, key) + ", " + inQuotes(serviceName(service)) + ": ";
+  }
+
+  template <class Service>
+  void sayService(int32_t kind, int32_t key, const char* what, const Service& service,
+                  const HeadendConfig& config, const std::string& more = "") {
     text_ += numbered(kind, key) + " " + what + ": " +
-             described(wordsOf(service, config), serviceName(service)) + "\n";
+             described(wordsOf(service, config), serviceName(service)) + more + "\n";
+  }
+
+  /// Says of a service what the entries that name it do not. `replaced` is the removed one that had
+  /// its number.
+  template <class Service>
+  void sayNewService(int32_t kind, int32_t key, const Service& service, const Service* replaced) {
+    const bool isNamed = namedNow_.contains({kind, key});
+    const AlsoDescribed also{!isNamed || saysName_.contains({kind, key}), urlTellsMux(service)};
+    const std::string more = replaced == nullptr ? notDescribed(service, also) : "";
+    const std::string where = placeOf(kind, key, service);
+    if (!isNamed) {
+      sayService(kind, key, "added, in no lineup", service, to_, more);
+    } else if (!more.empty()) {
+      text_ += where + "added" + more + "\n";
+    }
+    if (replaced != nullptr) {
+      Service before = *replaced;
+      takeDescribed(before, service, also);
+      text_ += fieldDifferences(where, before, service);
+    }
+  }
+
+  /// Whether the words for a service tell its IP mux from all others.
+  bool urlTellsMux(const hub_module::DVBInputServiceConfig& service) const {
+    const std::string& uuid = service.service.ipMuxUUID;
+    const std::string url = muxUrl(to_, uuid);
+    const auto found = muxesByUrl_.find(url);
+    return found == muxesByUrl_.end() || (url != uuid && found->second == 1);
+  }
+  template <class Service>
+  static bool urlTellsMux(const Service& /*service*/) {
+    return true;
   }
 
   template <class Service>
-  void compareService(const char* kind, int32_t keyBefore, const Service& before, int32_t keyNow,
+  void compareService(int32_t kind, int32_t keyBefore, const Service& before, int32_t keyNow,
                       const Service& now) {
-    const std::string where = numbered(kind, keyNow) + ", " + inQuotes(serviceName(now)) + ": ";
+    const std::string where = placeOf(kind, keyNow, now);
     if (keyBefore != keyNow) {
       text_ += where + "its number was " + std::to_string(keyBefore) + "\n";
+    }
+    const bool wasNamed = namedBefore_.contains({kind, keyBefore});
+    if (wasNamed != namedNow_.contains({kind, keyNow})) {
+      text_ += where + (wasNamed ? "is in no lineup any more\n" : "was in no lineup\n");
     }
     if (before != now) {
       text_ += fieldDifferences(where, before, now);
@@ -345,8 +438,11 @@ class LineupComparison {
   const SameServices dvb_;
   const SameServices enc_;
   const SameServices empty_;
+  const std::map<int32_t, std::set<int32_t>> alike_;  // by kind, in the newer configuration
+  const std::map<std::string, std::size_t> muxesByUrl_;
   std::set<std::pair<int32_t, int32_t>> namedBefore_;  // kind and key
   std::set<std::pair<int32_t, int32_t>> namedNow_;
+  std::set<std::pair<int32_t, int32_t>> saysName_;  // where a new entry has the service's name
   std::string text_;
 };
 

@@ -17,17 +17,6 @@ std::string inputKind(int32_t inputType) {
   return isKnown ? kNames[inputType] : "unknown (" + std::to_string(inputType) + ")";
 }
 
-/// The URL of the mux, or its UUID if no IP input has it.
-std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
-  for (const auto& [name, input] : config.ipInputs) {
-    const auto mux = input.muxes.find(uuid);
-    if (mux != input.muxes.end()) {
-      return mux->second.url;
-    }
-  }
-  return uuid;
-}
-
 /// Where it is received from. A service has one such place, but a record can name several.
 std::string sourceOf(const hub_module::DVBInputService& service, const HeadendConfig& config) {
   std::string source;
@@ -62,6 +51,16 @@ ServiceWords wordsUnder(const Services& services, int32_t key, const char* kind,
 }
 
 }  // namespace
+
+std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
+  for (const auto& [name, input] : config.ipInputs) {
+    const auto mux = input.muxes.find(uuid);
+    if (mux != input.muxes.end()) {
+      return mux->second.url;
+    }
+  }
+  return uuid;
+}
 
 ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
                      const HeadendConfig& config) {

@@ -29,4 +29,8 @@ ServiceWords wordsOf(const korvel::thrift::hub_module::EmptyInputServiceConfig& 
 ServiceWords entryWords(const korvel::thrift::hub_module::HeadendConfig& config,
                         korvel::thrift::hub_module::LineupEntryKind::type kind, int32_t key);
 
+/// The URL of the IP mux, or its UUID if no IP input has it.
+std::string muxUrl(const korvel::thrift::hub_module::HeadendConfig& config,
+                   const std::string& uuid);
+
 }  // namespace lineup
