@@ -59,7 +59,7 @@ class ReadmeScript(unittest.TestCase):
         done = subprocess.run(["sh", "-c", script().replace(BACKUPS, self.backups)], cwd=self.folder,
                               env=ENVIRONMENT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                               check=False)
-        return done.stdout, done.stderr
+        return done.returncode, done.stdout, done.stderr
 
     def running_id(self):
         return json.loads(self.ctl("show", "--format=json"))["headendGlobalConfig"]["headendId"]
@@ -72,7 +72,8 @@ class ReadmeScript(unittest.TestCase):
         self.start_simulator()
         self.make_site()
         before = self.running_id()
-        out, err = self.run_script()
+        status, out, err = self.run_script()
+        self.assertEqual(status, 0)
         self.assertIn(f"id: {before} -> 7\n", out)
         self.assertTrue(out.endswith("the headend runs site.json\n"), out)
         self.assertEqual(err, "")
@@ -81,13 +82,14 @@ class ReadmeScript(unittest.TestCase):
         self.assertIn(f"id: 7 -> {before}\n", subprocess.run(
             ["lineupctl", "diff", os.path.join(self.backups, kept)], env=ENVIRONMENT, check=False,
             stdout=subprocess.PIPE, text=True).stdout)
-        self.assertEqual(self.run_script(), ("the headend runs site.json\n", ""))
+        self.assertEqual(self.run_script(), (0, "the headend runs site.json\n", ""))
 
     def test_says_that_the_controller_refused(self):
         self.start_simulator("--refuse", "setHeadendConfig")
         self.make_site()
         before = self.running_id()
-        out, err = self.run_script()
+        status, out, err = self.run_script()
+        self.assertEqual(status, 4)
         self.assertNotIn("runs site.json", out)
         self.assertTrue(err.endswith("the controller failed: whether it runs site.json has to be looked at\n"), err)
         self.assertEqual(self.running_id(), before)
@@ -95,7 +97,8 @@ class ReadmeScript(unittest.TestCase):
     def test_says_that_a_file_was_not_applied(self):
         self.start_simulator()
         before = self.running_id()
-        out, err = self.run_script()
+        status, out, err = self.run_script()
+        self.assertEqual(status, 3)
         self.assertEqual(out, "")
         self.assertTrue(err.endswith("site.json was not applied\n"), err)
         self.assertEqual(self.running_id(), before)
