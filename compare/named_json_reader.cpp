@@ -185,6 +185,8 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
       const auto result = std::from_chars(key.data(), key.data() + key.size(), value);
       require(result.ec == std::errc() && result.ptr == key.data() + key.size(),
               "is named by no number");
+      // "002" beside "2" would be the same member of the map.
+      require(std::to_string(value) == key, "is not named as the number is written");
       return 0;
     }
     const json& read = *take().read;

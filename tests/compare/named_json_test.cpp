@@ -119,6 +119,13 @@ TEST(ConfigFromJson, RefusesWhatIsMissingUnknownOrOfAnotherType) {
   value = good;
   value["lineupConfig"]["rfConfig"]["carrierFrequencies"] = {{"x", 1}};
   expectRefused(value, "/lineupConfig/rfConfig/carrierFrequencies/x is named by no number");
+  for (const char* const key : {"002", "-0", "00", "-01"}) {
+    value["lineupConfig"]["rfConfig"]["carrierFrequencies"] = {{"2", 1}, {key, 1}};
+    expectRefused(value, std::string("/lineupConfig/rfConfig/carrierFrequencies/") + key +
+                             " is not named as the number is written");
+  }
+  value["lineupConfig"]["rfConfig"]["carrierFrequencies"] = {{"0", 1}, {"-2147483648", 1}};
+  EXPECT_EQ(namedJson(configFromJson(value)), value);
   value = good;
   value["ipInputs"] = json::array();
   expectRefused(value, "/ipInputs is no object");
