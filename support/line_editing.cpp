@@ -370,6 +370,9 @@ bool LineEditor::edits() const {
   el_set(
       lib_, EL_GETCFN, +[](EditLine* /*lib*/, wchar_t* key) {
         static const wchar_t* next = L"\x01\n";  // to the beginning, Return
+        if (*next == L'\0') {
+          return 0;
+        }
         *key = *next++;
         return 1;
       });

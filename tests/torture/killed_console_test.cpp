@@ -174,17 +174,17 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
 TEST(KilledConsole, WhoseTerminalTakesNoOutputHasACopyOfTheEditsBeforeIt) {
   Session session(kSlowDisk);
   session.begin();
-  std::string lines = "id 7\nid 8\n";
+  std::string lines = "id 7\nid 8\nid 9\n";  // while 7 is written, 9 takes the place of 8
   for (int n = 0; n < 16; ++n) {
     lines += "show\n";
   }
   session.type(lines);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (session.copiedId() != 8 && std::chrono::steady_clock::now() < deadline) {
+  while (session.copiedId() != 9 && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   session.kill();
-  EXPECT_EQ(session.copiedId(), 8);
+  EXPECT_EQ(session.copiedId(), 9);
   session.expectNextToRestore(session.copy());
 }
 
