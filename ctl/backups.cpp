@@ -1,13 +1,13 @@
 #include "ctl/backups.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <sstream>
 #include <system_error>
 #include <vector>
@@ -21,13 +21,32 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Whether `name` is one that nameFor() makes.
-bool isCopy(const std::string& name) {
-  std::string pattern;
-  for (const char character : std::string("lineup-00000000T000000.000Z.json")) {
-    pattern += character == '0' ? "[0-9]" : std::string(1, character);
+/// What a name says, which is as exact as the time of a copy.
+using Time = std::chrono::sys_time<std::chrono::milliseconds>;
+
+std::string nameFor(Time time) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+  const std::time_t count = seconds.time_since_epoch().count();
+  std::tm parts{};
+  gmtime_r(&count, &parts);
+  char text[32];
+  const std::size_t length = std::strftime(text, sizeof(text), "lineup-%Y%m%dT%H%M%S", &parts);
+  const std::string fraction = std::to_string(1000 + (time - seconds).count());
+  return std::string(text, length) + "." + fraction.substr(1) + "Z.json";
+}
+
+/// The time that `name` says; none if it is no name that nameFor() makes.
+std::optional<Time> timeOf(const std::string& name) {
+  std::tm parts{};
+  const char* const fraction = strptime(name.c_str(), "lineup-%Y%m%dT%H%M%S.", &parts);
+  if (fraction == nullptr) {
+    return std::nullopt;
   }
-  return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+  int milliseconds = 0;
+  std::from_chars(fraction, fraction + std::strlen(fraction), milliseconds);
+  const Time time =
+      Time(std::chrono::seconds(timegm(&parts))) + std::chrono::milliseconds(milliseconds);
+  return nameFor(time) == name ? std::optional(time) : std::nullopt;
 }
 
 /// The names of the copies in `folder`, oldest first: they sort by their time.
@@ -36,7 +55,7 @@ std::vector<std::string> copiesIn(const std::string& folder) {
   try {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
       const std::string name = entry.path().filename();
-      if (isCopy(name)) {
+      if (timeOf(name)) {
         names.push_back(name);
       }
     }
@@ -47,23 +66,13 @@ std::vector<std::string> copiesIn(const std::string& folder) {
   return names;
 }
 
-std::string nameFor(std::chrono::system_clock::time_point time) {
+/// A name behind those of the copies, also where the clock has been set back: what is newest, and
+/// what --keep removes first, goes by the names.
+std::string nextName(const std::vector<std::string>& copies) {
   using std::chrono::milliseconds;
-  const auto sinceEpoch = std::chrono::duration_cast<milliseconds>(time.time_since_epoch());
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  char text[32];
-  const std::size_t length = std::strftime(text, sizeof(text), "lineup-%Y%m%dT%H%M%S", &parts);
-  const std::string fraction = std::to_string(1000 + sinceEpoch.count() % 1000);
-  return std::string(text, length) + "." + fraction.substr(1) + "Z.json";
-}
-
-/// A name that no copy has yet.
-std::string freeName(const std::vector<std::string>& taken) {
-  auto time = std::chrono::system_clock::now();
-  while (std::binary_search(taken.begin(), taken.end(), nameFor(time))) {
-    time += std::chrono::milliseconds(1);
+  Time time = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+  if (!copies.empty()) {
+    time = std::max(time, *timeOf(copies.back()) + milliseconds(1));
   }
   return nameFor(time);
 }
@@ -80,11 +89,9 @@ std::string keepCopy(const std::string& folder, const std::string& content, std:
   std::vector<std::string> names = copiesIn(folder);
   std::string added;
   if (names.empty() || !holds(fs::path(folder) / names.back(), content)) {
-    const std::string name = freeName(names);
-    added = fs::path(folder) / name;
+    names.push_back(nextName(names));
+    added = fs::path(folder) / names.back();
     writeFile(added, content);
-    // The new copy is the last to go, also where the clock has been set back.
-    names.push_back(name);
   }
   for (std::size_t index = 0; keep > 0 && index + keep < names.size(); ++index) {
     std::error_code failed;

@@ -11,6 +11,7 @@
 #include "compare/config_tables.h"
 #include "compare/json_difference.h"
 #include "compare/named_json_writer.h"
+#include "compare/printed_text.h"
 #include "controller/whole_config_file.h"
 #include "ctl/apply.h"
 #include "ctl/arguments.h"
@@ -124,14 +125,38 @@ Status show(const Arguments& arguments) {
 
 // ---- diff
 
-/// The patch as text. A text that is no UTF-8 would not be the same in JSON.
-std::string patchText(const HeadendConfig& from, const HeadendConfig& to) {
+bool isInUtf8(const json& value) {
   try {
-    const json patch = patchBetween(namedJson(from), namedJson(to));
-    return patch.empty() ? "" : patch.dump(2) + "\n";
+    value.dump();
+    return true;
   } catch (const json::type_error&) {
-    throw Failure(kFile, "diff: a text that is not in UTF-8 cannot be said in JSON");
+    return false;
   }
+}
+
+/// The path of a text that is not in UTF-8 in the value that `operation` sets, or of the operation
+/// if it has none.
+std::string pathNotInUtf8(const json& operation) {
+  const std::string path = operation["path"];
+  const json leaves = operation.value("value", json()).flatten();
+  for (const auto& [leaf, value] : leaves.items()) {
+    if (!isInUtf8(leaf) || !isInUtf8(value)) {
+      return path + leaf;
+    }
+  }
+  return path;
+}
+
+/// The patch as text. A text that is not in UTF-8 would not be the same in JSON.
+std::string patchText(const HeadendConfig& from, const HeadendConfig& to) {
+  const json patch = patchBetween(namedJson(from), namedJson(to));
+  for (const json& operation : patch) {
+    if (!isInUtf8(operation)) {
+      throw Failure(kFile, "diff: " + printable(pathNotInUtf8(operation)) +
+                               ": is not in UTF-8 and cannot be said in JSON");
+    }
+  }
+  return patch.empty() ? "" : patch.dump(2) + "\n";
 }
 
 Status diff(const Arguments& arguments) {

@@ -185,12 +185,26 @@ TEST_F(CtlWithController, SaysWhatDiffersAndInItsStatusWhetherAnythingDoes) {
 }
 
 TEST_F(Ctl, SaysNoPatchThatWouldNotBeTrue) {
+  const std::string why = ": is not in UTF-8 and cannot be said in JSON";
+  const std::string before = fileWith(HeadendConfig(), "a");
   HeadendConfig config;
   config.installerInfo.name = "\xe9";
-  expectCtl({"diff", "--format=json", fileWith(HeadendConfig(), "a"), fileWith(config, "b")}, 3, "",
-            "diff: a text that is not in UTF-8 cannot be said in JSON");
-  expectCtl({"diff", folder_.file("a"), folder_.file("b")}, 1,
-            "/installerInfo/name: \"\" -> \"\\xe9\"\n");
+  expectCtl({"diff", "--format=json", before, fileWith(config, "b")}, 3, "",
+            "diff: /installerInfo/name" + why);
+  expectCtl({"diff", before, folder_.file("b")}, 1, "/installerInfo/name: \"\" -> \"\\xe9\"\n");
+  // What is left out is said, whatever it was.
+  EXPECT_EQ(runCtl({"diff", "--format=json", folder_.file("b"), before}).status, 1);
+  // Within a value that is put in as a whole, and as the key of a map.
+  config = HeadendConfig();
+  config.lineupConfig.dvbInputServices[7].service.providerName = "\xe9";
+  expectCtl({"diff", "--format=json", before, fileWith(config, "b")}, 3, "",
+            "diff: /lineupConfig/dvbInputServices/7/service/providerName" + why);
+  config = HeadendConfig();
+  config.ipInputs["\xe9"];
+  expectCtl({"diff", "--format=json", before, fileWith(config, "b")}, 3, "",
+            "diff: /ipInputs/\\xe9" + why);
+  expectCtl({"diff", "--format=json", folder_.file("b"), before}, 3, "",
+            "diff: /ipInputs/\\xe9" + why);
 }
 
 // ---- save
@@ -411,12 +425,34 @@ TEST_F(CtlWithController, RemovesTheOldestCopiesAndNothingElse) {
   EXPECT_EQ(names[2], "notes");
 }
 
-TEST_F(CtlWithController, KeepsTheNewCopyWhereTheClockWasSetBack) {
-  fill(folder_.file("lineup-29990101T000000.000Z.json"), "1");
+// A clock that was ahead when copies were made, or has not been set yet, as after a cold start.
+TEST_F(CtlWithController, NamesCopiesInTheOrderInWhichTheyAreMadeWhateverTheClockSays) {
+  fill(folder_.file("lineup-29981231T235959.998Z.json"), "1");
+  fill(folder_.file("lineup-29981231T235959.999Z.json"), "2");
+  const Words made = {"lineup-29990101T000000.000Z.json", "lineup-29990101T000000.001Z.json",
+                      "lineup-29990101T000000.002Z.json"};
+  for (const std::string& name : made) {
+    controller_.setConfig(withId(controller_.config().headendGlobalConfig.headendId + 1));
+    const std::string path = folder_.file(name);
+    expectCtl({"backup", "--keep", "2", folder_.path()}, 0, path + "\n");
+    EXPECT_EQ(contentOf(path), toJson(controller_.config()));
+    expectCtl({"backup", "--keep", "2", folder_.path()}, 0, "");  // nothing has changed
+  }
+  EXPECT_EQ(namesIn(folder_.path()), Words(made.begin() + 1, made.end()));
+}
+
+TEST_F(CtlWithController, LeavesFilesAloneWhoseNamesAreNoTimes) {
+  const Words others = {"lineup-20260000T000000.000Z.json",  "lineup-20260102T000000.000Z.json~",
+                        "lineup-20260102T000000.00Z.json",   "lineup-20261399T999999.000Z.json",
+                        "lineup-20260102T000000.0000Z.json", "lineup-20260102T000000.-01Z.json"};
+  for (const std::string& name : others) {
+    fill(folder_.file(name), "mine");
+  }
   EXPECT_EQ(runCtl({"backup", "--keep", "1", folder_.path()}).status, 0);
-  const Words names = namesIn(folder_.path());
-  ASSERT_EQ(names.size(), 1U);
-  EXPECT_EQ(contentOf(folder_.file(names[0])), toJson(HeadendConfig()));
+  EXPECT_EQ(namesIn(folder_.path()).size(), others.size() + 1);
+  for (const std::string& name : others) {
+    EXPECT_EQ(contentOf(folder_.file(name)), "mine") << name;
+  }
 }
 
 TEST_F(Ctl, SaysThatACopyCannotBeMade) {
