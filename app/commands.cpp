@@ -9,7 +9,7 @@
 
 #include "app/completion.h"
 #include "app/help.h"
-#include "app/settings.h"
+#include "app/setting_commands.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
 
@@ -43,7 +43,7 @@ struct Command {
   /// Completes the word behind it; null if there is nothing to offer.
   std::vector<Candidate> (*complete)(const std::string& typed) = nullptr;
   /// The setting that the command shows or changes; checks and completes the second word.
-  const Setting* setting = nullptr;
+  const SettingCommand* setting = nullptr;
   /// The table in which the second word is looked up.
   std::span<const Command> subcommands{};
   /// Completes the words behind it where `complete` does not: the last of `words`, the first of
@@ -101,7 +101,7 @@ std::vector<Candidate> complete(std::span<const Command> commands,
     return complete(command->subcommands, words.subspan(1), config);
   }
   if (words.size() == 2 && command->setting != nullptr) {
-    return completeChoice(*command->setting, words[1]);
+    return completeChoice(command->setting->setting, words[1]);
   }
   if (command->completeWords != nullptr) {
     return command->completeWords(words.subspan(1), config);

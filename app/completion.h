@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/settings.h"
 #include "model/lineup_editor.h"
+#include "model/settings.h"
 #include "support/line_input.h"
 
 namespace lineup {

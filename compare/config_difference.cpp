@@ -1,8 +1,6 @@
 #include "compare/config_difference.h"
 
-#include <set>
 #include <utility>
-#include <vector>
 
 #include "compare/difference_lines.h"
 #include "compare/input_difference.h"
@@ -23,9 +21,13 @@ bool listsPlsItems(const HeadendConfig& config) {
   return scan.__isset.plsItemList && !scan.plsItemList.empty();
 }
 
-/// The named JSON of everything but the lineups and their services, the IP muxes and, if `hasItems`
-/// says that one of the two configurations has such a list, the PLS items.
+/// The named JSON of everything but the settings, which are made the same in every configuration,
+/// the lineups and their services, the IP muxes and, if `hasItems` says that one of the two
+/// configurations has such a list, the PLS items.
 json withoutWorded(HeadendConfig config, bool hasItems) {
+  for (const Setting& setting : kSettings) {
+    setting.store(config, setting.choices[0].value);
+  }
   if (hasItems) {
     config.rfInputsScanConfig.__isset.plsItemList = false;
   }
@@ -42,27 +44,15 @@ json withoutWorded(HeadendConfig config, bool hasItems) {
 
 std::string settingDifferences(const HeadendConfig& from, const HeadendConfig& to) {
   std::string text;
-  for (const WordedSetting& setting : wordedSettings()) {
-    const std::string before = setting.word(from);
-    const std::string now = setting.word(to);
+  for (const Setting& setting : kSettings) {
+    const std::string before = settingWord(setting, from);
+    const std::string now = settingWord(setting, to);
     if (before != now) {
       text.append(setting.command).append(": ").append(before).append(" -> ").append(now);
       text += '\n';
     }
   }
   return text;
-}
-
-/// Whether the settings say what differs at `path`.
-bool isWorded(const std::string& path) {
-  static const std::set<std::string> kFields = [] {
-    std::set<std::string> fields;
-    for (const WordedSetting& setting : wordedSettings()) {
-      fields.insert(setting.fields.begin(), setting.fields.end());
-    }
-    return fields;
-  }();
-  return kFields.contains(path);
 }
 
 }  // namespace
@@ -76,9 +66,7 @@ std::string configDifference(const HeadendConfig& from, const HeadendConfig& to)
   const bool hasItems = listsPlsItems(from) || listsPlsItems(to);
   compareJson(withoutWorded(from, hasItems), withoutWorded(to, hasItems),
               [&](const std::string& path, const json* before, const json* now) {
-                if (!isWorded(path)) {
-                  text += differenceLine(path, before, now);
-                }
+                text += differenceLine(path, before, now);
               });
   return text;
 }

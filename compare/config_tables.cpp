@@ -11,8 +11,6 @@
 
 namespace lineup {
 
-namespace general = korvel::thrift::general;
-namespace hub_module = korvel::thrift::hub_module;
 using hub_module::HeadendConfig;
 
 namespace {
@@ -53,8 +51,8 @@ void addInputs(TextTable& table, const Inputs& inputs) {
 
 TextTable settingsTable(const HeadendConfig& config) {
   TextTable table{{"setting", "value"}};
-  for (const WordedSetting& setting : wordedSettings()) {
-    table.rows.push_back({setting.command, setting.word(config)});
+  for (const Setting& setting : kSettings) {
+    table.rows.push_back({std::string(setting.command), settingWord(setting, config)});
   }
   return table;
 }

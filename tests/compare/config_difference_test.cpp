@@ -86,6 +86,17 @@ TEST(ConfigDifference, SaysSettingsInTheWordsOfTheCommands) {
       "vlan: 2 -> 1\ntdtscan cofdm: disabled -> enabled\ntdtscan qams: disabled -> enabled\n");
 }
 
+TEST(ConfigDifference, SaysThatBothDrmSystemsAreEnabledAndTheFlagForIt) {
+  HeadendConfig to;
+  auto& drm = to.lineupConfig.globalConfig.drmConfig;
+  drm.lynkConfig.enabled = true;
+  drm.vsecureConfig.enabled = true;
+  drm.combinedFlag = true;
+  EXPECT_EQ(configDifference({}, to),
+            "drm: off -> lynk and vsecure\n"
+            "/lineupConfig/globalConfig/drmConfig/combinedFlag: false -> true\n");
+}
+
 TEST(ConfigDifference, SaysOneEntryPutInFrontInOneLineOfEachLineup) {
   HeadendConfig to = smallHeadend();
   addService(to, 4, "Kids", 4104);

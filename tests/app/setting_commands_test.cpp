@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "app/setting_commands.h"
 
 #include <gtest/gtest.h>
 
