@@ -180,6 +180,7 @@ class LineEditor {
 
   static LineEditor& of(EditLine* lib);
   void beginEditing();
+  void endEditing();
   bool wasInterrupted() const;
   Edited endWithoutLine();
 
@@ -199,7 +200,8 @@ class LineEditor {
   void keepForUndo(wchar_t key);
   void undo();
 
-  void showOverview(const std::function<std::string()>& overview);
+  class AsForACommand;
+  void showOverview(const std::function<std::string()>& overview, bool mayWait);
   void show(const std::string& text);
 
   void completeWord();
@@ -418,8 +420,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
     draw();
     put("^D");
   }
-  leftBehind_ = bytesToBeRead();
-  mode_.restore();
+  endEditing();
   return result != nullptr ? Edited::Line : endWithoutLine();
 }
 
@@ -437,11 +438,17 @@ void LineEditor::beginEditing() {
   }
 }
 
+void LineEditor::endEditing() {
+  leftBehind_ = bytesToBeRead();
+  mode_.restore();
+}
+
+/// Whether the line was, and not the program.
 bool LineEditor::wasInterrupted() const {
   try {
     std::rethrow_exception(ended_);
-  } catch (const EndedBySignal& end) {
-    return end.signal == SIGINT;
+  } catch (const EndedBySignal&) {
+    return isInterrupted();
   } catch (...) {  // GCOVR_EXCL_LINE: only without memory
     return false;  // GCOVR_EXCL_LINE
   }
@@ -506,10 +513,10 @@ bool LineEditor::handle(wchar_t key) {
       completeWord();
       return true;
     case key::kF2:
-      showOverview(aids_->f2);
+      showOverview(aids_->f2, true);
       return true;
     case key::kF3:
-      showOverview(aids_->f3);
+      showOverview(aids_->f3, false);
       return true;
     case key::kClearScreen:
       put(screen_.clear());
@@ -726,8 +733,29 @@ void LineEditor::undo() {
 
 // ---- looking
 
+/// For its lifetime, the terminal is as it is while a command runs: its keys interrupt and stop the
+/// program, and it shows what is typed ahead.
+class LineEditor::AsForACommand {
+ public:
+  explicit AsForACommand(LineEditor& editor) : editor_(editor) {
+    editor_.endEditing();
+    const sigset_t signals = terminalSignals();
+    pthread_sigmask(SIG_UNBLOCK, &signals, &blocked_);
+  }
+  ~AsForACommand() {
+    pthread_sigmask(SIG_SETMASK, &blocked_, nullptr);
+    editor_.beginEditing();
+  }
+  AsForACommand(const AsForACommand&) = delete;
+  AsForACommand& operator=(const AsForACommand&) = delete;
+
+ private:
+  LineEditor& editor_;
+  sigset_t blocked_{};
+};
+
 /// Shows what `overview` returns below the line, and the line below it.
-void LineEditor::showOverview(const std::function<std::string()>& overview) {
+void LineEditor::showOverview(const std::function<std::string()>& overview, bool mayWait) {
   if (overview == nullptr) {
     put("\a");
     return;
@@ -735,8 +763,16 @@ void LineEditor::showOverview(const std::function<std::string()>& overview) {
   draw();
   put(screen_.leave());
   try {
-    const InterruptibleCommand interruptible(true);
-    show(overview());
+    std::string text;
+    {
+      std::optional<AsForACommand> whileItWaits;
+      if (mayWait) {
+        whileItWaits.emplace(*this);
+      }
+      text = overview();
+      throwIfSignalled();
+    }
+    show(text);
   } catch (const EndedBySignal&) {
     if (!isInterrupted()) {
       throw;

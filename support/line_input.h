@@ -25,7 +25,8 @@ using Completer = std::function<std::vector<Candidate>(const std::string& begun)
 /// What helps a person who edits a command line.
 struct LineAids {
   Completer complete;
-  /// What F2 and F3 show below the line, which is then edited on. An interrupt ends them alone.
+  /// What F2 and F3 show below the line, which is then edited on. An interrupt ends them alone. F2
+  /// may wait: the terminal is in the mode in which it was found then, as while a command runs.
   std::function<std::string()> f2;
   std::function<std::string()> f3;
 };

@@ -73,6 +73,13 @@ class Overview : public testing::Test {
     return table + "\nIP lineup: none\n";
   }
 
+  /// Types Ctrl-C during a fetch, and waits until the console has been interrupted.
+  static void interrupt(Session& session) {
+    session.type(kCtrlC);
+    session.console.readUntil("^C");  // the terminal shows it once the signal is sent
+    session.console.waitUntilTaken(SIGINT);
+  }
+
   TemporaryFolder folder;
   FakeController controller;
 };
@@ -116,12 +123,51 @@ TEST_F(Overview, CtrlCEndsAFetchOfF2AndLeavesTheLine) {
   controller.answerNext(stalled(false));
   session.type(std::string("hel") + kF2);
   controller.waitForCalls(2);
-  session.type(kCtrlC);
-  session.console.waitUntilTaken(SIGINT);
+  interrupt(session);
   controller.release();
   session.expect("> hel|");
   session.type(std::string("p") + kF2);
   session.expect("Nothing to commit: the headend runs this configuration\n> help|");
+}
+
+TEST_F(Overview, CtrlCTwiceDuringAFetchOfF2EndsTheConsoleAndRescuesTheEdits) {
+  Session session(start());
+  session.expect("> |");
+  session.type("id 7\n");
+  session.expect(kPendingOnScreen);
+  controller.answerNext(stalled(false));
+  session.type(std::string("hel") + kF2);
+  controller.waitForCalls(2);
+  interrupt(session);
+  interrupt(session);
+  controller.release();
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.signal, SIGINT);
+  EXPECT_NE(outcome.out.find("The uncommitted changes are in " + folder.path()), std::string::npos);
+}
+
+TEST_F(Overview, CtrlZDuringAFetchOfF2StopsTheConsoleAndFgGoesOn) {
+  Start start = this->start();
+  start.program = "/bin/sh";
+  start.arguments = {"-c", "set -m; stty -a >before; " + std::string(kConsoleProgram) +
+                               "; stty -a >after; echo stopped; read go; fg >/dev/null"};
+  start.folder = folder.path();
+  Session session(start);
+  session.expect("> |");
+  controller.answerNext(stalled(true));
+  session.type(std::string("hel") + kF2);
+  controller.waitForCalls(2);
+  session.type(kCtrlZ);
+  session.console.readUntil("stopped\r\n");
+  EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
+  session.type("\n");
+  session.console.readUntil("\n");
+  controller.release();
+  session.console.readUntil("Nothing to commit: the headend runs this configuration\r\n");
+  session.screen.show("\r\n");
+  session.expect("> hel|");
+  session.type("p!\n");
+  session.expect("> help!\nInvalid command. Try 'help'.\n> |");
 }
 
 TEST_F(Overview, F3ShowsTheLineups) {
