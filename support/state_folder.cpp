@@ -7,9 +7,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "support/utf8.h"
 #include "support/words.h"
 
 namespace lineup {
@@ -58,22 +60,14 @@ bool isPrivate(int folder) {
   return (status.st_mode & ALLPERMS) == S_IRWXU || fchmod(folder, S_IRWXU) == 0;
 }
 
-/// Whether `text` is UTF-8 without control characters beyond ASCII (U+0080 to U+009F).
-bool isPlainUtf8(const std::string& text) {
-  const auto byteAt = [&](std::size_t place) { return static_cast<unsigned char>(text[place]); };
-  for (std::size_t begin = 0; begin < text.size();) {
-    const unsigned char lead = byteAt(begin);
-    const std::size_t size = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
-    const bool isLead = lead < 0x80 || (lead >= 0xc2 && lead < 0xf5);
-    if (!isLead || size > text.size() - begin || (lead == 0xc2 && byteAt(begin + 1) < 0xa0)) {
+/// Whether `text` is UTF-8 without control characters.
+bool isPlainUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = characterLength(text);
+    if (length == 0 || isControl(text.substr(0, length))) {
       return false;
     }
-    for (std::size_t place = begin + 1; place < begin + size; ++place) {
-      if ((byteAt(place) & 0xc0U) != 0x80) {
-        return false;
-      }
-    }
-    begin += size;
+    text.remove_prefix(length);
   }
   return true;
 }

@@ -1,0 +1,17 @@
+// The characters of a text in UTF-8, in any locale.
+
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace lineup {
+
+/// How many bytes the character that `text` begins with has; 0 if it is none of UTF-8.
+std::size_t characterLength(std::string_view text);
+
+/// Whether a character would do something to a terminal: the control characters of ASCII and those
+/// beyond it (U+0080 to U+009F).
+bool isControl(std::string_view character);
+
+}  // namespace lineup
