@@ -4,7 +4,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace lineup::ctl {
 
@@ -30,10 +29,6 @@ class Failure : public std::runtime_error {
  private:
   Status status_;
 };
-
-/// Writes all of `text`; an output that takes no more for now is waited for, a non-blocking one as
-/// well. Returns false, with the reason in errno, if it cannot be written.
-bool writeAll(int descriptor, std::string_view text);
 
 /// Writes the line of a failure on standard error, in one go.
 void complain(const std::string& message);

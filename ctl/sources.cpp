@@ -9,6 +9,7 @@
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
 #include "model/headend_places.h"
+#include "support/descriptor.h"
 #include "support/held_signals.h"
 #include "support/replace_file.h"
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 namespace lineup::simulator {
 namespace {
@@ -28,38 +27,11 @@ const mode_t kCreationMask = [] {
   return mask;
 }();
 
-FileDescriptor openFolder(const std::string& path) {
-  return FileDescriptor(checked(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
-}
-
-void writeAll(int file, const std::string& contents) {
-  size_t done = 0;
-  while (done < contents.size()) {
-    const ssize_t count = write(file, contents.data() + done, contents.size() - done);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw std::system_error(errno, std::generic_category());
-    done += static_cast<size_t>(count);
-  }
+Descriptor openFolder(const std::string& path) {
+  return Descriptor(checked(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
 }
 
 }  // namespace
-
-FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
-  if (this != &other) {
-    reset();
-    number_ = other.release();
-  }
-  return *this;
-}
-
-void FileDescriptor::reset() {
-  if (number_ >= 0) close(number_);
-  number_ = -1;
-}
-
-int FileDescriptor::release() {
-  return std::exchange(number_, -1);
-}
 
 bool fileExists(const std::string& path) {
   std::error_code unknown;
@@ -71,17 +43,17 @@ bool fileExists(const std::string& path) {
   return true;
 }
 
-FileDescriptor replaceFile(const std::string& path, const std::string& contents) {
+Descriptor replaceFile(const std::string& path, const std::string& contents) {
   std::string temporary = path + ".XXXXXX";
   bool made = false;
   try {
     const std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
     std::filesystem::create_directories(folder);
-    FileDescriptor file(checked(mkostemp(temporary.data(), O_CLOEXEC)));
+    Descriptor file(checked(mkostemp(temporary.data(), O_CLOEXEC)));
     made = true;
     checked(fchmod(file.number(), 0666 & ~kCreationMask));
     checked(flock(file.number(), LOCK_EX | LOCK_NB));
-    writeAll(file.number(), contents);
+    checked(writeAll(file.number(), contents) ? 0 : -1);
     checked(fsync(file.number()));
     checked(rename(temporary.c_str(), path.c_str()));
     checked(fsync(openFolder(folder.string()).number()));

@@ -61,7 +61,7 @@ StateStore::StateStore(std::string path) : path_(std::move(path)) {
 StateStore::StateStore() : state_(initialState()) {}
 
 void StateStore::load() {
-  file_ = FileDescriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+  file_ = Descriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
   if (file_.number() < 0) {
     throw std::runtime_error("cannot open " + path_ + ": " +
                              std::generic_category().message(errno));

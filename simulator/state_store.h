@@ -30,7 +30,7 @@ class StateStore {
   void load();
 
   std::string path_;
-  FileDescriptor file_;  // holds the flock()
+  Descriptor file_;  // holds the flock()
   HeadendState state_;
 };
 

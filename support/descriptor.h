@@ -1,9 +1,10 @@
-// An open descriptor that is closed in any case.
+// File descriptors: closed in any case, and written to as a whole.
 
 #pragma once
 
 #include <unistd.h>
 
+#include <string_view>
 #include <utility>
 
 namespace lineup {
@@ -32,5 +33,13 @@ class Descriptor {
  private:
   int number_ = -1;
 };
+
+/// Writes some of `text`. Where `descriptor` takes no more for now, a non-blocking one as well,
+/// waits until it does. Returns how much was written; 0 to try again; negative, with the reason in
+/// errno, if it cannot be written.
+ssize_t writeSome(int descriptor, std::string_view text);
+
+/// Writes all of `text` so. Returns false, with the reason in errno, if it cannot be written.
+bool writeAll(int descriptor, std::string_view text);
 
 }  // namespace lineup

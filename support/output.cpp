@@ -1,13 +1,12 @@
 #include "support/output.h"
 
-#include <poll.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <ext/stdio_sync_filebuf.h>
 #include <iostream>
 
+#include "support/descriptor.h"
 #include "support/ending_signals.h"
 
 namespace lineup {
@@ -19,28 +18,14 @@ struct Destination {
   bool givenUp = false;
 };
 
-/// Writes some of the text. Returns how much; 0 to try again, negative if there is no use.
-ssize_t writeSome(int descriptor, const char* text, size_t size) {
-  const ssize_t count = write(descriptor, text, size);
-  if (count >= 0 || errno == EINTR) {
-    return count < 0 ? 0 : count;
-  }
-  if (errno == EAGAIN) {
-    pollfd output{descriptor, POLLOUT, 0};
-    poll(&output, 1, -1);
-    return 0;
-  }
-  return -1;
-}
-
 /// Always claims success: stdio and the streams would remember a failure. An interrupt ends what is
 /// being written; what is said of it later is written all the same.
-ssize_t writeAll(void* cookie, const char* text, size_t size) {
+ssize_t print(void* cookie, const char* text, size_t size) {
   Destination& destination = *static_cast<Destination*>(cookie);
   destination.givenUp = destination.givenUp && isEndOverdue();
   const bool known = isInterrupted();
   for (size_t done = 0; done < size && !destination.givenUp;) {
-    const ssize_t count = writeSome(destination.descriptor, text + done, size - done);
+    const ssize_t count = writeSome(destination.descriptor, {text + done, size - done});
     if (count < 0) {
       break;
     }
@@ -54,7 +39,7 @@ ssize_t writeAll(void* cookie, const char* text, size_t size) {
 }
 
 void route(std::FILE*& stream, std::ostream& also, Destination& destination, int buffering) {
-  const cookie_io_functions_t functions{nullptr, writeAll, nullptr, nullptr};
+  const cookie_io_functions_t functions{nullptr, print, nullptr, nullptr};
   std::FILE* const patient = fopencookie(&destination, "w", functions);
   if (patient == nullptr) {
     return;  // GCOVR_EXCL_LINE: only without memory

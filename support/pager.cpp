@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -40,12 +39,8 @@ bool canBeStopped(const char* command) {
 /// reader, and may be read in part.
 Descriptor fileWith(std::string_view text) {
   Descriptor file(memfd_create("text", MFD_CLOEXEC));
-  while (file.isOpen() && !text.empty()) {
-    const ssize_t count = write(file.number(), text.data(), text.size());
-    if (count < 0 && errno != EINTR) {
-      return {};
-    }
-    text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+  if (!writeAll(file.number(), text)) {
+    return {};
   }
   lseek(file.number(), 0, SEEK_SET);
   return file;

@@ -26,36 +26,24 @@ int checked(int result) {
   return result;
 }
 
-/// An open file that is closed, and if it has a name still removed, by the destructor.
+/// An open file that the destructor removes if it has its name still.
 class NewFile {
  public:
   explicit NewFile(const fs::path& folder) : name_(folder / ".lineup-XXXXXX") {
-    file_ = checked(mkostemp(name_.data(), O_CLOEXEC));
+    file_ = Descriptor(checked(mkostemp(name_.data(), O_CLOEXEC)));
   }
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   ~NewFile() {
-    if (file_ >= 0) {
-      ::close(file_);
-    }
     if (!name_.empty()) {
       unlink(name_.c_str());
     }
   }
 
   void write(std::string_view content) {
-    while (!content.empty()) {
-      const ssize_t written = ::write(file_, content.data(), content.size());
-      if (written < 0 && errno == EINTR) {
-        continue;
-      }
-      checked(written < 0 ? -1 : 0);
-      content.remove_prefix(static_cast<size_t>(written));
-    }
-    checked(fsync(file_));
-    const int file = file_;
-    file_ = -1;
-    checked(::close(file));
+    checked(writeAll(file_.number(), content) ? 0 : -1);
+    checked(fsync(file_.number()));
+    checked(close(file_.release()));
   }
 
   void renameTo(const fs::path& path) {
@@ -65,7 +53,7 @@ class NewFile {
 
  private:
   std::string name_;
-  int file_ = -1;
+  Descriptor file_;
 };
 
 /// A folder whose names are to be on the disk. Opened before any is changed, as that may be
