@@ -35,6 +35,7 @@
 #include "support/pager.h"
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
+#include "support/typed_ahead.h"
 
 namespace lineup {
 
@@ -189,7 +190,7 @@ class LineEditor {
   bool readByte(char& byte);
   static bool moreFollows();
   static int bytesToBeRead();
-  void waitForByte();
+  bool waitForByte();
   void handleTerminalSignals();
   void letStop(int signal);
   void startAgain();
@@ -231,10 +232,11 @@ class LineEditor {
   KeyReader keys_{[this](char& byte) { return readByte(byte); }};
   LineHistory history_{};
   bool atEnd_ = false;
-  bool lineFeedMayFollow_ = false;  ///< after a Return behind which something was waiting
-  int leftBehind_ = 0;              ///< the bytes still to be read that the last line left
-  int mayBeEnds_ = 0;               ///< the bytes still to be read in which a zero is Ctrl-D
-  bool isTranslated_ = false;       ///< whether a Return, if that was read last, is a line feed
+  TypedAhead typedAhead_{};
+  LineEnds lineEnds_{};
+  int mayBeEnds_ = 0;             ///< the bytes still to be read in which a zero is Ctrl-D
+  bool cameInUsualMode_ = false;  ///< the byte that was read last
+  bool cameAtOnce_ = false;       ///< likewise
 
   // The line being edited.
   std::wstring prompt_{};
@@ -245,8 +247,6 @@ class LineEditor {
   std::vector<std::wstring> before_{};
   bool typing_ = false;         ///< whether the last key was a letter
   bool endTyped_ = false;       ///< whether a key has ended the input
-  bool started_ = false;        ///< whether a byte of it has been waited for
-  int typedAhead_ = 0;          ///< the bytes still to be read that were typed before it began
   std::exception_ptr ended_{};  ///< what ended it
 };
 
@@ -400,7 +400,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   aids_ = &aids;
   recalled_ = history_.size();
   before_.clear();
-  typing_ = endTyped_ = started_ = false;
+  typing_ = endTyped_ = false;
   ended_ = nullptr;
   std::cout.flush();
 
@@ -433,13 +433,14 @@ void LineEditor::beginEditing() {
   const int inLines = bytesToBeRead();
   mode_.change();
   const int all = bytesToBeRead();
-  if (lineEnds && all > leftBehind_ && all > inLines) {
+  if (lineEnds && all > typedAhead_.count() && all > inLines) {
     mayBeEnds_ = all;
   }
+  typedAhead_.thereAre(all, true);
 }
 
 void LineEditor::endEditing() {
-  leftBehind_ = bytesToBeRead();
+  typedAhead_.thereAre(bytesToBeRead(), false);
   mode_.restore();
 }
 
@@ -523,7 +524,7 @@ bool LineEditor::handle(wchar_t key) {
       return true;
     case key::kReturn:
     case key::kLineFeed:
-      lineFeedMayFollow_ = (key == key::kReturn || isTranslated_) && moreFollows();
+      lineEnds_.ended({static_cast<char>(key), cameInUsualMode_, cameAtOnce_, moreFollows()});
       return false;
     default:
       return false;
@@ -531,13 +532,8 @@ bool LineEditor::handle(wchar_t key) {
 }
 
 bool LineEditor::readByte(char& byte) {
-  const bool first = !started_;
-  if (first) {
-    started_ = true;
-    typedAhead_ = bytesToBeRead();
-  }
   while (true) {
-    waitForByte();
+    const bool atOnce = waitForByte();
     const ssize_t count = read(STDIN_FILENO, &byte, 1);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
       continue;
@@ -549,18 +545,17 @@ bool LineEditor::readByte(char& byte) {
       byte = static_cast<char>(key::kEndOfInput);
     }
     --mayBeEnds_;
-    isTranslated_ = typedAhead_ > 0 && leftBehind_ <= 0;
-    --typedAhead_;
-    --leftBehind_;
-    if (first && lineFeedMayFollow_ && byte == '\n') {
-      continue;
+    const bool usualMode = typedAhead_.take();
+    // The line feed is left until here: behind the last line it may be for another program.
+    if (!lineEnds_.areCompletedBy(byte, usualMode, moreFollows)) {
+      cameInUsualMode_ = usualMode;
+      cameAtOnce_ = atOnce;
+      return true;
     }
-    return true;
   }
 }
 
-/// Where lines end with Return and line feed, as in a paste, the two are one. The line feed is left
-/// where it is: it may be for another program. One typed later is not there yet.
+/// Whether something is there to be read, or comes at once as the rest of a paste does.
 bool LineEditor::moreFollows() {
   constexpr int kBetweenBytesOfAPaste = 10;  // ms, on a slow line
   pollfd input{STDIN_FILENO, POLLIN, 0};
@@ -573,16 +568,18 @@ int LineEditor::bytesToBeRead() {
   return count;
 }
 
-void LineEditor::waitForByte() {
+/// Returns whether it was there at once.
+bool LineEditor::waitForByte() {
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  if (poll(&input, 1, 0) != 1) {
+  const bool atOnce = poll(&input, 1, 0) == 1;
+  if (!atOnce) {
     draw();  // not before: a paste is shown at once
   }
   while (true) {
     std::array<pollfd, 2> inputs{{{STDIN_FILENO, POLLIN, 0}, {signals_, POLLIN, 0}}};
     waitForTyping(inputs);
     if (inputs[1].revents == 0) {
-      return;
+      return atOnce;
     }
     handleTerminalSignals();
   }
@@ -605,7 +602,7 @@ void LineEditor::handleTerminalSignals() {
 
 /// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
 void LineEditor::letStop(int signal) {
-  mode_.restore();
+  endEditing();
   letThrough(signal);
   throwIfSignalled();
   startAgain();
@@ -613,7 +610,7 @@ void LineEditor::letStop(int signal) {
 
 /// Edits on after the program was stopped: whoever had the terminal meanwhile may have changed it.
 void LineEditor::startAgain() {
-  mode_.change();
+  beginEditing();
   screen_.begin(size().rows, size().columns);
   put("\r");
   draw();

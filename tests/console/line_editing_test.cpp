@@ -200,7 +200,11 @@ TEST_P(Editing, ReturnAndLineFeedPastedAreOne) {
       "(changes to commit) > |");
   session.type("id 5\r");
   session.expect(" changed to: 5. Please remember to commit the changes.\n(changes to commit) > |");
-  session.type("\n");  // typed later, it is a line
+  session.type("\nid 6\r");  // of a paste on a slow line
+  session.expect(
+      " changed to: 5. Please remember to commit the changes.\n(changes to commit) > id 6\n"
+      "Headend id changed to: 6. Please remember to commit the changes.\n(changes to commit) > |");
+  session.type("\r");  // typed later, it is a line
   session.console.readUntil("headendGlobalConfig");
 }
 
@@ -879,6 +883,79 @@ TEST_F(OnATerminal, NothingPastedIsLost) {
   for (std::size_t i = 0; i < items.size(); ++i) {
     EXPECT_EQ(items[i].plsCode, static_cast<int32_t>(i));
   }
+}
+
+/// Has a "commit" begin of what `session` has pasted or typed, the answer to which then waits.
+void beginCommit(Session& session, FakeController& controller, const std::string& keys) {
+  const std::size_t calls = controller.calls().size();
+  controller.answerNext(stalled(true));
+  session.type(keys);
+  controller.waitForCalls(calls + 1);
+}
+
+constexpr char kConfigPrinted[] = "headendGlobalConfig";
+
+TEST_F(OnATerminal, ReturnAndLineFeedAreOneInAPasteThatComesWhileCommandsRun) {
+  Session session(onTerminal());
+  session.expect("> |");
+  beginCommit(session, controller, "id 2\r\ncommit\r");
+  session.type("\nid 3\r\nid 4\r\nid 5\r");
+  session.console.readUntil("id 5\r\n");
+  controller.release();
+  session.console.readUntil("changed to: 5.");
+  session.console.readUntil("(changes to commit) > ");
+  session.type("\nid 6\r\n");
+  const std::string rest = session.console.readUntil("changed to: 6.");
+  EXPECT_EQ(rest.find(kConfigPrinted), std::string::npos) << rest;
+  session.type("quit\r\n");
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.out.find(kConfigPrinted), std::string::npos) << outcome.out;
+  for (int id = 2; id <= 6; ++id) {
+    EXPECT_NE(outcome.out.find("changed to: " + std::to_string(id)), std::string::npos);
+  }
+}
+
+TEST_F(OnATerminal, ReturnAndLineFeedAreOneInAPasteLargerThanTheTerminalsBuffer) {
+  constexpr int kLines = 200;
+  const std::string ignored(60, 'x');
+  std::string paste;
+  for (int i = 0; i < kLines; ++i) {
+    paste += i % 20 == 0 ? "commit\r\n" : "";
+    paste += "id " + std::to_string(2 - i % 2) + " " + ignored + "\r\n";
+  }
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type(paste + "quit\r\n");
+  const std::string text = session.console.finish().out;
+  EXPECT_EQ(text.find(kConfigPrinted), std::string::npos);
+  int lines = 0;
+  for (std::size_t at = 0; (at = text.find("Headend id ", at)) != std::string::npos; ++at) {
+    ++lines;
+  }
+  EXPECT_EQ(lines, kLines) << text;
+}
+
+TEST_F(OnATerminal, AReturnTypedWhileACommandRunsIsALine) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("commit");
+  session.expect("> commit|");
+  beginCommit(session, controller, "\r");
+  session.type("\r");
+  session.console.readUntil("\r\n\r\n");
+  controller.release();
+  session.console.readUntil(kConfigPrinted);
+}
+
+TEST_F(OnATerminal, LineFeedsPastedAloneEndALineEachWhileACommandRuns) {
+  Session session(onTerminal());
+  session.expect("> |");
+  beginCommit(session, controller, "commit\n");
+  session.type("addpls\n\nid 3\n");
+  session.console.readUntil("id 3\r\n");
+  controller.release();
+  session.console.readUntil("Please enter all the parameters\r\n");
+  session.console.readUntil("changed to: 3.");
 }
 
 TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
