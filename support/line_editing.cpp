@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <clocale>
 #include <csignal>
@@ -188,6 +189,7 @@ class LineEditor {
   int readCharacter(wchar_t& character);
   bool handle(wchar_t key);
   bool readByte(char& byte);
+  static bool comesWithin(std::chrono::milliseconds time);
   static bool moreFollows();
   static int bytesToBeRead();
   bool waitForByte();
@@ -229,7 +231,7 @@ class LineEditor {
   TerminalSize usualSize_{24, 80};
   bool sparesLastColumn_ = false;
   LineScreen screen_{{}};
-  KeyReader keys_{[this](char& byte) { return readByte(byte); }};
+  KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
   LineHistory history_{};
   bool atEnd_ = false;
   TypedAhead typedAhead_{};
@@ -555,11 +557,16 @@ bool LineEditor::readByte(char& byte) {
   }
 }
 
-/// Whether something is there to be read, or comes at once as the rest of a paste does.
-bool LineEditor::moreFollows() {
-  constexpr int kBetweenBytesOfAPaste = 10;  // ms, on a slow line
+/// Whether something is there to be read, or comes within `time`.
+bool LineEditor::comesWithin(std::chrono::milliseconds time) {
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  return poll(&input, 1, kBetweenBytesOfAPaste) == 1;
+  return poll(&input, 1, static_cast<int>(time.count())) == 1;
+}
+
+/// Whether something comes at once, as the rest of a paste does.
+bool LineEditor::moreFollows() {
+  constexpr std::chrono::milliseconds kBetweenBytesOfAPaste(10);  // on a slow line
+  return comesWithin(kBetweenBytesOfAPaste);
 }
 
 int LineEditor::bytesToBeRead() {
@@ -664,7 +671,7 @@ bool LineEditor::search(wchar_t& key) {
   std::wstring part;
   std::optional<LineHistory::Place> place;
   note_ = L"bck:";
-  while (keys_.read(key)) {
+  while (keys_.read(key, true)) {
     std::size_t before = place ? place->line + 1 : history_.size();
     if (key::isLetter(key)) {
       part += key;

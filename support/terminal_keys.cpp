@@ -10,6 +10,8 @@ namespace lineup {
 
 namespace {
 
+using std::chrono::milliseconds;
+
 /// What the terminals send behind the escape character.
 struct Sequence {
   std::wstring_view bytes;
@@ -52,15 +54,33 @@ constexpr Sequence kSequences[] = {
     {L"\b", key::kEraseWordBefore},
 };
 
+using key::kFirstLetterBeyondAscii;
+
+// Control characters of the second set, each of which stands for an escape character and one more.
+constexpr wchar_t kToOneByte = 0x40;           // from that second character
+constexpr wchar_t kSequenceInOneByte = 0x9b;   // CSI, for "ESC ["
+constexpr wchar_t kStringEndInOneByte = 0x9c;  // ST
+
+// Keys that one presses follow each other more slowly, what a terminal sends more quickly.
+constexpr milliseconds kSequenceGoesOn(500);
+constexpr milliseconds kStringBegins(50);
+
+/// Keys with Shift end with what goes on in other sequences.
+bool isOfRxvtWithShift(const std::wstring& sequence) {
+  const std::size_t numberEnd = sequence.find_first_not_of(L"0123456789", 1);
+  return sequence[0] == L'[' && numberEnd > 1 && numberEnd + 1 == sequence.size() &&
+         sequence.back() == L'$';
+}
+
 }  // namespace
 
 bool key::isLetter(wchar_t code) {
   return (code >= L' ' && code < kRubout) || code >= kFirstLetterBeyondAscii;
 }
 
-bool KeyReader::read(wchar_t& key) {
+bool KeyReader::read(wchar_t& key, bool escapeAlone) {
   while (!ended_) {
-    const std::optional<wchar_t> read = readKey();
+    const std::optional<wchar_t> read = readKey(escapeAlone);
     if (read) {
       key = *read;
       return true;
@@ -70,29 +90,34 @@ bool KeyReader::read(wchar_t& key) {
 }
 
 /// Nothing where the sequence that was read is no key.
-std::optional<wchar_t> KeyReader::readKey() {
+std::optional<wchar_t> KeyReader::readKey(bool escapeAlone) {
   wchar_t character = 0;
   if (!readCharacter(character)) {
     return {};
   }
-  if (character == key::kEscape) {
-    std::wstring sequence;
-    if (!readSequence(sequence)) {
-      return {};
-    }
-    const auto* const known =
-        std::find_if(std::begin(kSequences), std::end(kSequences),
-                     [&](const Sequence& candidate) { return candidate.bytes == sequence; });
-    return known == std::end(kSequences) ? std::nullopt : std::optional(known->key);
+  const bool isOneByteSequence = character > key::kRubout && character < kFirstLetterBeyondAscii;
+  if (character != key::kEscape && !isOneByteSequence) {
+    return character;
   }
-  const bool ours = character >= key::kRubout + 1 && character < key::kFirstLetterBeyondAscii;
-  return ours ? std::nullopt : std::optional(character);
+  if (escapeAlone && character == key::kEscape && !follows(kSequenceGoesOn)) {
+    return key::kEscape;
+  }
+  std::wstring sequence;
+  const bool isWhole =
+      isOneByteSequence ? readSequence(character - kToOneByte, sequence) : readSequence(sequence);
+  if (!isWhole) {
+    return {};
+  }
+  const auto* const known =
+      std::find_if(std::begin(kSequences), std::end(kSequences),
+                   [&](const Sequence& candidate) { return candidate.bytes == sequence; });
+  return known == std::end(kSequences) ? std::nullopt : std::optional(known->key);
 }
 
 bool KeyReader::readCharacter(wchar_t& character) {
-  if (next_) {
-    character = *next_;
-    next_.reset();
+  if (!next_.empty()) {
+    character = next_.front();
+    next_.erase(0, 1);
     return true;
   }
   std::mbstate_t state{};
@@ -106,6 +131,10 @@ bool KeyReader::readCharacter(wchar_t& character) {
     }
     if (result == static_cast<std::size_t>(-1)) {
       state = {};
+      if (static_cast<unsigned char>(byte) == kSequenceInOneByte) {
+        character = kSequenceInOneByte;
+        return true;
+      }
     } else if (result != static_cast<std::size_t>(-2)) {
       return true;
     }
@@ -126,12 +155,23 @@ bool KeyReader::readSequence(std::wstring& sequence) {
     next_ = character;
     return false;
   }
-  sequence = character;
-  switch (character) {
+  return readSequence(character, sequence);
+}
+
+/// Reads the rest of the sequence that begins with `first`.
+bool KeyReader::readSequence(wchar_t first, std::wstring& sequence) {
+  sequence = first;
+  switch (first) {
     case L'[':
       return readRest(L' ', L'?', sequence);  // parameters, and the letter that ends them
     case L'O':
       return readRest(L'0', L';', sequence);
+    case L']':  // OSC, DCS, SOS, PM and APC, unless it is a key with Alt
+    case L'P':
+    case L'X':
+    case L'^':
+    case L'_':
+      return !follows(kStringBegins) || readString();
     default:
       return true;
   }
@@ -152,8 +192,37 @@ bool KeyReader::readRest(wchar_t first, wchar_t last, std::wstring& sequence) {
     if (sequence.size() < kLongest) {
       sequence += character;
     }
-  } while ((character >= first && character <= last) || sequence == L"[[");
+  } while (((character >= first && character <= last) || sequence == L"[[") &&
+           !isOfRxvtWithShift(sequence));
   return true;
+}
+
+/// Reads up to the end of a control string, which is BEL or ST. Any other control character, or
+/// sequence, cuts it short.
+bool KeyReader::readString() {
+  constexpr wchar_t kBell = 0x07;
+  wchar_t character = 0;
+  do {
+    if (!readCharacter(character)) {
+      return false;
+    }
+    if (character == kBell || character == kStringEndInOneByte) {
+      return true;
+    }
+  } while (character >= L' ');
+  wchar_t second = 0;
+  if (character == key::kEscape && readCharacter(second)) {
+    if (second == L'\\') {
+      return true;
+    }
+    next_ = second;
+  }
+  next_.insert(next_.begin(), character);
+  return false;
+}
+
+bool KeyReader::follows(milliseconds time) const {
+  return !next_.empty() || follows_(time);
 }
 
 }  // namespace lineup

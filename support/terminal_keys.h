@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -55,23 +56,32 @@ bool isLetter(wchar_t code);
 }  // namespace key
 
 /// Reads keys from bytes, letters in the encoding of the locale. Bytes that make no letter are left
-/// out. An escape sequence that stands for none of the keys above is left out, whole.
+/// out. An escape sequence that stands for none of the keys above is left out, whole, and so is
+/// what a terminal sends as an answer.
 class KeyReader {
  public:
-  /// `readByte` waits for the next byte, and returns false at the end; it may throw.
-  explicit KeyReader(std::function<bool(char&)> readByte) : readByte_(std::move(readByte)) {}
+  /// `readByte` waits for the next byte, and returns false at the end; it may throw. `follows` says
+  /// whether one comes within that time.
+  KeyReader(std::function<bool(char&)> readByte,
+            std::function<bool(std::chrono::milliseconds)> follows)
+      : readByte_(std::move(readByte)), follows_(std::move(follows)) {}
 
-  /// Waits for the next key; false at the end.
-  bool read(wchar_t& key);
+  /// Waits for the next key; false at the end. The escape key is one if `escapeAlone`, when nothing
+  /// has followed it for half a second; else it waits for what belongs to it.
+  bool read(wchar_t& key, bool escapeAlone = false);
 
  private:
-  std::optional<wchar_t> readKey();
+  std::optional<wchar_t> readKey(bool escapeAlone);
   bool readCharacter(wchar_t& character);
   bool readSequence(std::wstring& sequence);
+  bool readSequence(wchar_t first, std::wstring& sequence);
   bool readRest(wchar_t first, wchar_t last, std::wstring& sequence);
+  bool readString();
+  bool follows(std::chrono::milliseconds time) const;
 
   std::function<bool(char&)> readByte_;
-  std::optional<wchar_t> next_{};  ///< what cut a sequence short
+  std::function<bool(std::chrono::milliseconds)> follows_;
+  std::wstring next_{};  ///< what cut a sequence short
   bool ended_ = false;
 };
 

@@ -125,8 +125,10 @@ TEST_P(Editing, KeysWithoutAMeaningLeaveTheLineAsItIs) {
 
 TEST_P(Editing, SequencesOfKeysWithoutAMeaningAreSwallowedWhole) {
   constexpr const char* kKeys[] = {
-      "\x1b[15~", "\x1b[24~",    "\x1b[3;5~", "\x1b[1;2D",       "\x1b[[A",    "\x1bOP",
-      "\x1bO5P",  "\x1b\x1b[5~", "\x1bq",     "\x1b[200;1$ 99q", "\x1b[?1;2c", "\x1bé",
+      "\x1b[15~",         "\x1b[24~", "\x1b[3;5~",   "\x1b[1;2D",   "\x1b[[A",
+      "\x1bOP",           "\x1bO5P",  "\x1b\x1b[5~", "\x1bq",       "\x1b[200;1$ 99q",
+      "\x1b[?1;2c",       "\x1bé",    "\x1b[3$",     "\x9b\x31;2P", "\x1b]11;rgb:0000/0000/0000\a",
+      "\x1bP1$r0m\x1b\\",
   };
   session.expect("> |");
   session.type("x");
@@ -369,6 +371,18 @@ TEST_P(Editing, CtrlRSearchesEarlierLines) {
       "(changes to commit) > |");
   session.type(std::string(kCtrlR) + "id" + kCtrlG);
   session.expect("\n(changes to commit) > |");
+}
+
+TEST_P(Editing, EscapeEndsASearchAndKeepsWhatItFound) {
+  session.expect("> |");
+  session.type("eit xyz\n");
+  session.expect("\n> |");
+  session.type(std::string(kCtrlR) + "it");
+  session.expect("\n> e|it xyz\nbck:it");
+  session.type("\x1b");
+  session.expect("\n> e|it xyz");
+  session.type("d");
+  session.expect("\n> ed|it xyz");
 }
 
 TEST_P(Editing, CtrlRTakesTheTextLiterally) {

@@ -2,22 +2,26 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <clocale>
 #include <string>
 
 namespace lineup::test {
 namespace {
 
-/// The keys that `bytes` stand for.
-std::wstring keysIn(const std::string& bytes) {
+/// The keys that `bytes` stand for, which come at once, except that there is a pause at each '|'.
+std::wstring keysIn(const std::string& bytes, bool escapeAlone = false) {
   std::setlocale(LC_CTYPE, "C.UTF-8");
   std::size_t next = 0;
-  KeyReader reader([&](char& byte) {
-    byte = next < bytes.size() ? bytes[next] : '\0';
-    return next++ < bytes.size();
-  });
+  KeyReader reader(
+      [&](char& byte) {
+        next += next < bytes.size() && bytes[next] == '|' ? 1 : 0;
+        byte = next < bytes.size() ? bytes[next] : '\0';
+        return next++ < bytes.size();
+      },
+      [&](std::chrono::milliseconds) { return next < bytes.size() && bytes[next] != '|'; });
   std::wstring keys;
-  for (wchar_t key = 0; reader.read(key);) {
+  for (wchar_t key = 0; reader.read(key, escapeAlone);) {
     keys += key;
   }
   EXPECT_GE(next, bytes.size()) << bytes;
@@ -55,6 +59,47 @@ TEST(TerminalKeys, OtherSequencesAreLeftOutWhole) {
         "\x1bq", "\x1b\x1b[5~", "\x1b[?1;2c", "\x1b[200;1;300;400;500$ 99q", "\x1bé"}) {
     EXPECT_EQ(keysIn(std::string("a") + sequence + "b"), L"ab") << sequence + 1;
   }
+}
+
+TEST(TerminalKeys, ThoseOfRxvtWithShiftAreLeftOutWhole) {
+  EXPECT_EQ(keysIn("a\x1b[3$b\x1b[23$c\x1b[3^d\x1b[3@e"), L"abcde");
+}
+
+TEST(TerminalKeys, AnswersOfATerminalAreLeftOutWhole) {
+  for (const char* answer :
+       {"\x1b]11;rgb:0000/0000/0000\a", "\x1b]11;rgb:ffff/ffff/ffff\x1b\\", "\x1b]2;Título\xc2\x9c",
+        "\x1bP>|XTerm(379)\x1b\\", "\x1b_Gi=1;OK\x1b\\", "\x1b[?2026;2$y", "\x1b[12;2$y",
+        "\xc2\x9d"
+        "11;?\a"}) {
+    EXPECT_EQ(keysIn(std::string("a") + answer + "b"), L"ab") << answer + 1;
+  }
+}
+
+TEST(TerminalKeys, WhatCutsAnAnswerShortCounts) {
+  EXPECT_EQ(keysIn("\x1b]11;rgb\x1b[Ax\x1bP1\ny\x1bP1\x1b"),
+            (std::wstring{key::kUp, L'x', L'\n', L'y'}));
+}
+
+TEST(TerminalKeys, AKeyWithAltBeginsNoAnswer) {
+  EXPECT_EQ(keysIn("a\x1b]|b\x1bP|c\x1b_|d"), L"abcd");
+}
+
+TEST(TerminalKeys, SequencesMayBeginWithOneCharacter) {
+  EXPECT_EQ(keysIn("\x9b"
+                   "A\xc2\x9b"
+                   "D\xc2\x8fQ\x9b"
+                   "3$a"),
+            (std::wstring{key::kUp, key::kLeft, key::kF2, L'a'}));
+  EXPECT_EQ(keysIn("\xe6\x9b"
+                   "A"),
+            L"A")
+      << "a letter that broke off";
+}
+
+TEST(TerminalKeys, TheEscapeKeyAloneIsAKeyWhereItIsAskedFor) {
+  EXPECT_EQ(keysIn("a\x1b|b\x1b[A\x1b", true),
+            (std::wstring{L'a', key::kEscape, L'b', key::kUp, key::kEscape}));
+  EXPECT_EQ(keysIn("a\x1b|b", false), (std::wstring{L'a', key::kWordLeft}));
 }
 
 TEST(TerminalKeys, AControlCharacterCutsASequenceShort) {
