@@ -16,19 +16,22 @@ namespace {
 using korvel::thrift::hub_module::HeadendConfig;
 using nlohmann::json;
 
-bool listsPlsItems(const HeadendConfig& config) {
-  const auto& scan = config.rfInputsScanConfig;
-  return scan.__isset.plsItemList && !scan.plsItemList.empty();
+/// Whether there is a PLS list in `to` only because it holds items, which are said.
+bool bringsPlsList(const HeadendConfig& from, const HeadendConfig& to) {
+  const auto& scan = to.rfInputsScanConfig;
+  return !from.rfInputsScanConfig.__isset.plsItemList && scan.__isset.plsItemList &&
+         !scan.plsItemList.empty();
 }
 
 /// The named JSON of everything but the settings, which are made the same in every configuration,
-/// the lineups and their services, the IP muxes and, if `hasItems` says that one of the two
-/// configurations has such a list, the PLS items.
-json withoutWorded(HeadendConfig config, bool hasItems) {
+/// the lineups and their services, the IP muxes and the PLS items; of the PLS list itself as well
+/// unless it is to be `withPlsList`.
+json withoutWorded(HeadendConfig config, bool withPlsList) {
   for (const Setting& setting : kSettings) {
     setting.store(config, setting.choices[0].value);
   }
-  if (hasItems) {
+  config.rfInputsScanConfig.plsItemList.clear();
+  if (!withPlsList) {
     config.rfInputsScanConfig.__isset.plsItemList = false;
   }
   for (auto& [key, input] : config.ipInputs) {
@@ -63,8 +66,7 @@ std::string configDifference(const HeadendConfig& from, const HeadendConfig& to)
   }
   std::string text =
       settingDifferences(from, to) + lineupDifferences(from, to) + inputDifferences(from, to);
-  const bool hasItems = listsPlsItems(from) || listsPlsItems(to);
-  compareJson(withoutWorded(from, hasItems), withoutWorded(to, hasItems),
+  compareJson(withoutWorded(from, true), withoutWorded(to, !bringsPlsList(from, to)),
               [&](const std::string& path, const json* before, const json* now) {
                 text += differenceLine(path, before, now);
               });

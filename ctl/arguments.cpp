@@ -21,6 +21,7 @@ std::vector<option> longOptions(std::span<const Option> options) {
   for (const Option& named : options) {
     result.push_back({named.name, named.hasValue ? required_argument : no_argument, nullptr, 0});
   }
+  result.push_back({"help", no_argument, nullptr, 0});
   result.push_back({nullptr, 0, nullptr, 0});
   return result;
 }
@@ -61,6 +62,9 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
     }
     options_[known[static_cast<std::size_t>(index)].name].emplace_back(optarg == nullptr ? ""
                                                                                          : optarg);
+  }
+  if (has("help")) {
+    return;
   }
   for (auto next = static_cast<std::size_t>(optind); next < words.size(); ++next) {
     operands_.emplace_back(pointers[next]);

@@ -229,10 +229,9 @@ constexpr Command kCommands[] = {
     {"catalogue", kCatalogueOptions, 0, kAny, showCatalogue},
 };
 
-/// Whether "--help" is among the options, of a command or without one.
-bool asksForHelp(const std::vector<std::string>& words) {
-  const auto end = std::find(words.begin(), words.end(), "--");
-  return std::find(words.begin(), end, "--help") != end;
+Status printDone(const char* text) {
+  print(text);
+  return kDone;
 }
 
 }  // namespace
@@ -241,18 +240,17 @@ Status runCommand(const std::vector<std::string>& words) {
   if (words.empty()) {
     throw Failure(kUsage, "a command is missing; \"lineupctl --help\" lists them");
   }
-  if (asksForHelp(words)) {
-    print(kUsageText);
-    return kDone;
+  if (words[0] == "--help") {
+    return printDone(kUsageText);
   }
   if (words[0] == "--version") {
-    print(kVersionText);
-    return kDone;
+    return printDone(kVersionText);
   }
   for (const Command& command : kCommands) {
     if (command.word == words[0]) {
-      return command.run(
-          Arguments(words, command.options, command.leastOperands, command.mostOperands));
+      const Arguments arguments(words, command.options, command.leastOperands,
+                                command.mostOperands);
+      return arguments.has("help") ? printDone(kUsageText) : command.run(arguments);
     }
   }
   throw Failure(kUsage,

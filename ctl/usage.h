@@ -15,7 +15,7 @@ inline constexpr char kUsageText[] =
     "      Show what differs between two sources; FROM is running unless it is given.\n"
     "  save FILE\n"
     "      Save the running configuration.\n"
-    "  apply [--dry-run] [--backup DIR [--keep N]] [--expect SOURCE] [--patch FILE]... FILE\n"
+    "  apply [--dry-run] [--backup DIR [--keep N]] [--expect SOURCE] [--patch PATCH]... FILE\n"
     "      Send a configuration, and check that it runs.\n"
     "  backup [--keep N] DIR\n"
     "      Keep the running configuration, if it differs from the newest kept.\n"

@@ -390,8 +390,13 @@ TEST(ConfigDifference, SaysThePlsItemsInTheWordsOfAddpls) {
   EXPECT_EQ(configDifference(headendWith({}), headendWith({{0, 3}})), "PLS item 1: added Auto 3\n");
   EXPECT_EQ(configDifference(headendWith({{1, 5}, {2, 6}}), headendWith({{2, 5}})),
             "PLS item 1: Gold 5 -> Root 5\nPLS item 2: removed Root 6\n");
-  EXPECT_EQ(configDifference(headendWith({{1, 5}}), HeadendConfig()),
+  // An empty list, as "rmpls" leaves it, is not the same as none.
+  EXPECT_EQ(configDifference(headendWith({{1, 5}}), headendWith({})),
             "PLS item 1: removed Gold 5\n");
+  EXPECT_EQ(configDifference(headendWith({{1, 5}}), HeadendConfig()),
+            "PLS item 1: removed Gold 5\n/rfInputsScanConfig/plsItemList: removed []\n");
+  EXPECT_EQ(configDifference(headendWith({}), HeadendConfig()),
+            "/rfInputsScanConfig/plsItemList: removed []\n");
 }
 
 TEST(ConfigDifference, GrowsWithTheLineupAndNoFaster) {

@@ -103,6 +103,11 @@ TEST_F(Ctl, SaysWhatItCanDo) {
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(help.out.substr(0, 55), "usage: lineupctl COMMAND [OPTION]... [OPERAND]...\n\n  sh");
   expectCtl({"apply", "--help"}, 0, help.out);
+  expectCtl({"apply", "a", "b", "--help"}, 0, help.out);
+  expectCtl({"apply", "--patch", "--help", "none"}, 3, "", "none: No such file or directory");
+  expectCtl({"apply", "--patch", "--help"}, 2, "", "apply: an operand is missing");
+  expectCtl({"frob", "--help"}, 2, "",
+            "there is no command \"frob\"; \"lineupctl --help\" lists them");
   expectCtl({"catalogue", "--", "--help"}, 3, "",
             "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite: unable to open database file");
   EXPECT_EQ(runCtl({"--version"}).out.substr(0, 10), "lineupctl ");

@@ -37,6 +37,15 @@ def options_of(program):
     return set(re.findall(r"--([a-z-]+)", output_of(f"{folder}/{program}", "--help")))
 
 
+def usages():
+    """What the help says of each command of lineupctl: the words behind it."""
+    return dict(re.findall(r"^  ([a-z]+)(.*)", output_of(f"{PROGRAMS}/lineupctl", "--help"), re.MULTILINE))
+
+
+def options_in(usage):
+    return set(re.findall(r"--([a-z-]+)", usage))
+
+
 class ManPages(unittest.TestCase):
     @unittest.skipUnless(shutil.which("mandoc"), "needs mandoc")
     def test_well_formed(self):
@@ -66,12 +75,37 @@ class ManPages(unittest.TestCase):
                 self.assertRegex(page, rf"\b{word}\b")
 
     def test_every_command_of_lineupctl_is_explained_and_completed(self):
-        commands = re.findall(r"^  ([a-z]+) ", output_of(f"{PROGRAMS}/lineupctl", "--help"),
-                              re.MULTILINE)
-        self.assertEqual(len(commands), 7)
-        for command in commands:
+        self.assertEqual(len(usages()), 7)
+        for command in usages():
             self.assertIn(f"\n.It Cm {command}\n", page_of("lineupctl"))
             self.assertIn(f" {command} ", completion_of("lineupctl"))
+
+    @unittest.skipUnless(shutil.which("mandoc"), "needs mandoc")
+    def test_each_command_of_lineupctl_has_the_synopsis_that_the_help_has(self):
+        page = subprocess.run(["mandoc", "-Tascii", "-O", "width=200", f"{SOURCES}/docs/man/lineupctl.1"],
+                              check=True, stdout=subprocess.PIPE, text=True).stdout
+        page = re.sub(".\b", "", page).replace(" | ", "|")  # without the bold and underlined letters
+        for command, usage in usages().items():
+            # Which words are the user's own, the page shows by underlining them, and the help by capitals.
+            usage = re.sub(r"\b[A-Z]+\b", lambda word: word[0].lower(), command + usage)
+            self.assertIn(f"\n     lineupctl {usage}\n", page)
+
+    def test_each_command_of_lineupctl_takes_the_options_of_its_synopsis_and_no_others(self):
+        every = set().union(*map(options_in, usages().values()))
+        self.assertIn("patch", every)
+        for command, usage in usages().items():
+            # None of them is run: an option lacks its value, or --dry-run the operand.
+            script = f"for option do {PROGRAMS}/lineupctl {command} --$option 2>&1; done; true"
+            said = output_of("sh", "-c", script, "sh", *sorted(every))
+            self.assertEqual(len(said.splitlines()), len(every), said)
+            refused = set(re.findall(r"there is no option --([a-z-]+)", said))
+            self.assertEqual(refused, every - options_in(usage))
+
+    def test_each_command_of_lineupctl_is_completed_with_its_options(self):
+        for command, usage in usages().items():
+            words = re.search(rf"^ *(?:[a-z |]* )?{command}(?: \|[a-z |]*)?\) words='([^']*)' ;;$",
+                              completion_of("lineupctl"), re.MULTILINE)
+            self.assertEqual(options_in(words[1] if words else ""), options_in(usage), command)
 
     def test_every_option_is_explained(self):
         for program in EVERY_PROGRAM:
