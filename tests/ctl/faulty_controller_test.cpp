@@ -81,6 +81,18 @@ class CtlWithFaultyController : public testing::Test {
       }
     }
     expectNothingWritten();
+    expectWaitToGoOn(faultFor(kGetConfig));
+  }
+
+  /// "wait" does not take the fault for an answer: it asks again, until its time has run out.
+  static void expectWaitToGoOn(const Answer& fault) {
+    FakeController controller;
+    controller.answerNext(fault);
+    controller.answerNext(fault);
+    expectCtl({"wait"}, 0, "");
+    EXPECT_EQ(controller.calls().size(), 3U);
+    controller.answerAll(fault);
+    expectCtl({"wait", "--timeout", "0.3"}, 1, "", "127.0.0.1:9190: no answer within 0.3 s");
   }
 
   static void expectFailure(const Outcome& outcome, const std::string& out) {
@@ -104,6 +116,7 @@ TEST_F(CtlWithFaultyController, ThatIsAway) {
     expectFailure(runCtl(command.words), "");
   }
   expectNothingWritten();
+  expectCtl({"wait", "--timeout", "0.3"}, 1, "", "127.0.0.1:9190: no answer within 0.3 s");
 }
 
 TEST_F(CtlWithFaultyController, ThatIsNotReady) {
@@ -288,6 +301,7 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
   for (const Command& command : commands()) {
     early.emplace_back(ctl(command.words));
   }
+  expectCtl({"wait", "--timeout", "1"}, 1, "", "127.0.0.1:9190: no answer within 1 s");
   for (ConsoleProcess& process : early) {
     expectFailure(process.finish(), "");
   }

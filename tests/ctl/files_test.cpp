@@ -67,6 +67,19 @@ class CtlFiles : public testing::Test {
     return shortest;
   }
 
+  /// Runs the program with the content in the file, which it refuses without asking the controller.
+  void expectRefusedByTheProgram(const std::string& content, const FakeController& controller,
+                                 std::size_t at) const {
+    fill(file_, content);
+    const Outcome outcome = runCtl({"apply", file_});
+    EXPECT_EQ(outcome.status, 3) << at;
+    EXPECT_EQ(outcome.out, "") << at;
+    EXPECT_EQ(outcome.err.find("lineupctl: " + file_ + ": is no complete configuration: "), 0U)
+        << outcome.err;
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
+    EXPECT_EQ(controller.connections(), 0U) << at;
+  }
+
   const int memory_ = memfd_create("config", MFD_CLOEXEC);
   TemporaryFolder folder_;
   const std::string file_ = folder_.file("config.json");
@@ -193,6 +206,36 @@ TEST_F(CtlFiles, WithATokenLeftOutOrOfAnotherKindAreRefused) {
       std::string other = before;
       other.append(token).append(behind);
       ASSERT_FALSE(isTaken(other)) << begin << " " << token;
+    }
+  }
+}
+
+/// How many of a long series the program is run for.
+constexpr std::size_t kRuns = 40;
+
+TEST_F(CtlFiles, ThatAreCutAreRefusedByTheProgramBeforeAConnectionIsMade) {
+  const FakeController controller;
+  const std::string good = shortContent();
+  for (std::size_t run = 0; run <= kRuns; ++run) {
+    const std::size_t size = run * (good.size() - 1) / kRuns;  // from none to all but one
+    expectRefusedByTheProgram(good.substr(0, size), controller, size);
+  }
+  EXPECT_EQ(runCtl({"apply", "--dry-run", "-"}, good).status, 1);  // the listener does count
+  EXPECT_EQ(controller.connections(), 1U);
+}
+
+TEST_F(CtlFiles, WithAnotherTokenAreRefusedByTheProgramBeforeAConnectionIsMade) {
+  const FakeController controller;
+  const std::string good = shortContent();
+  const auto tokens = tokensOf(good);
+  const std::vector<std::string> others = {"", "{", "]", ",", ":", "x"};
+  for (std::size_t run = 0; run <= kRuns; ++run) {
+    const auto& [begin, end] = tokens[run * (tokens.size() - 1) / kRuns];
+    const std::string& other = others[run % others.size()];
+    std::string content = good;
+    if (content.substr(begin, end - begin) != other) {
+      content.replace(begin, end - begin, other);
+      expectRefusedByTheProgram(content, controller, begin);
     }
   }
 }

@@ -7,9 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -109,11 +111,44 @@ class CtlKilled : public testing::Test {
     }
   }
 
+  /// Puts the copies of three earlier nights there, and nothing else.
+  void makeOldCopies() {
+    removeCopies();
+    for (const std::string& name : kOldCopies) {
+      fill(copies_ + "/" + name, name);
+    }
+  }
+
+  /// Of the old copies and the new one, if it was made, the newest two are there as they were, and
+  /// of the others the oldest went first; exactly two where the program was not killed.
+  void expectTheNewestTwoCopies(bool killed) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(copies_)) {
+      if (entry.path().filename().string().front() != '.') {
+        names.insert(entry.path().filename());
+      }
+    }
+    const bool hasNew = !names.empty() && !kOldCopies.contains(*names.rbegin());
+    EXPECT_GE(names.size(), 2U);
+    EXPECT_TRUE(killed || (hasNew && names.size() == 2));
+    std::set<std::string> all = kOldCopies;
+    all.insert(names.begin(), names.end());
+    EXPECT_LE(all.size(), kOldCopies.size() + 1);
+    EXPECT_TRUE(std::equal(names.rbegin(), names.rend(), all.rbegin()));
+    for (const std::string& name : names) {
+      EXPECT_EQ(contentOf(copies_ + "/" + name),
+                kOldCopies.contains(name) ? name : toJson(running_));
+    }
+  }
+
   void removeCopies() {
     fs::remove_all(copies_);
     fs::create_directory(copies_);
   }
 
+  const std::set<std::string> kOldCopies = {"lineup-20260101T000000.000Z.json",
+                                            "lineup-20260102T000000.000Z.json",
+                                            "lineup-20260103T000000.000Z.json"};
   TemporaryFolder folder_;
   const std::string copies_ = folder_.file("copies");
   const std::string file_ = folder_.file("wanted.json");
@@ -137,6 +172,25 @@ TEST_F(CtlKilled, WhileItKeepsACopyLeavesAWholeOneOrNone) {
       [&](FakeController&, bool killed) {
         expectWholeCopies();
         EXPECT_TRUE(killed || !fs::is_empty(copies_));
+      });
+}
+
+TEST_F(CtlKilled, WhileItRemovesOldCopiesLeavesTheNewest) {
+  killEverywhere(
+      {"backup", "--keep", "2", copies_}, [&] { makeOldCopies(); },
+      [&](FakeController&, bool killed) { expectTheNewestTwoCopies(killed); });
+}
+
+TEST_F(CtlKilled, WhileItAppliesAndRemovesOldCopiesHasSentAllOrNothing) {
+  killEverywhere(
+      {"apply", "--backup", copies_, "--keep", "2", file_}, [&] { makeOldCopies(); },
+      [&](FakeController& controller, bool killed) {
+        expectTheNewestTwoCopies(killed);
+        const HeadendConfig now = controller.config();
+        EXPECT_TRUE(now == wanted_ || (killed && now == running_));
+        if (now == wanted_) {
+          expectTheNewestTwoCopies(false);  // what ran is kept before anything is sent
+        }
       });
 }
 
