@@ -127,9 +127,29 @@ class LineupConfig(OnAHeadend):
         self.expect_failure(module("lineup_config", apply("3")), "file", 3,
                             ": the patch: leaves no complete configuration: " + ID)
         result = module("lineup_config", {"src": "none.json"})
-        self.assertTrue(result["failed"])
+        self.assertEqual((result["failed"], result["reason"]), (True, "file"))
         self.assertIn("none.json", result["msg"])
         self.assertEqual(calls(1), before)
+
+    def test_says_that_there_is_no_room_for_its_files(self):
+        folder = "/root/.ansible/tmp"
+        before = calls(1)
+        headend(1, "mkdir", "-p", folder)
+        headend(1, "mount", "-t", "tmpfs", "-o", "size=4k,mode=700", "tmpfs", folder)
+        try:
+            headend(1, "sh", "-c", f"head -c 4096 /dev/zero >{folder}/full")
+            result = module("lineup_config", apply(4))
+        finally:
+            headend(1, "umount", folder)
+        self.assertEqual((result["failed"], result["changed"], result["reason"]), (True, False, "file"))
+        self.assertIn("No space left on device", result["msg"])
+        self.assertEqual(calls(1), before)
+
+    def test_leaves_it_to_ansible_to_say_that_the_headend_is_away(self):
+        headend(1, "off")
+        said = run(*module_command("lineup_config", apply(4)))
+        self.assertEqual(said.returncode, 4)
+        self.assertIn("headend1 | UNREACHABLE! => {", said.stdout)
 
     def test_sends_nothing_if_what_ran_cannot_be_kept(self):
         result = module("lineup_config", apply(4, ("backup", True), ("backup_dir", "/nowhere")))

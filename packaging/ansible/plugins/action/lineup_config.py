@@ -8,7 +8,7 @@ from __future__ import absolute_import, division, print_function
 
 __metaclass__ = type
 
-from ansible.errors import AnsibleError
+from ansible.errors import AnsibleConnectionFailure, AnsibleError
 from ansible.module_utils.parsing.convert_bool import boolean
 from ansible.plugins.action import ActionBase
 
@@ -25,6 +25,10 @@ def renamed(value, places):
     return value
 
 
+class FileNotTransferred(Exception):
+    """A file that is not there, or for which the headend has no room."""
+
+
 class ActionModule(ActionBase):
 
     TRANSFERS_FILES = True
@@ -39,15 +43,23 @@ class ActionModule(ActionBase):
             done = self._execute_module(module_name="lineup.console.lineup_config", module_args=arguments,
                                         task_vars=task_vars)
             result.update(renamed(done, places))
-        except AnsibleError as error:
-            result.update(failed=True, msg=str(error))
+        except FileNotTransferred as error:
+            result.update(failed=True, reason="file", msg=str(error))
         finally:
             self._remove_tmp_path(self._connection._shell.tmpdir)
         return result
 
     def _transfer(self, arguments):
         """Takes the files to the headend, puts their places there in the arguments, and returns which
-        file each place stands for."""
+        file each place stands for. That the headend cannot be reached is left to Ansible."""
+        try:
+            return self._transfer_files(arguments)
+        except AnsibleConnectionFailure:
+            raise
+        except AnsibleError as error:
+            raise FileNotTransferred(str(error))
+
+    def _transfer_files(self, arguments):
         places = {}
         for name in ("src", "expect"):
             if arguments.get(name):

@@ -136,10 +136,10 @@ backup_file:
 reason:
   description:
     - The kind of failure. C(expect) is that the headend does not run I(expect); C(file) is a file that
-      cannot be read or written or holds no complete configuration; C(controller) that it cannot be
+      cannot be read, written or brought to the headend, or holds no complete configuration; C(controller) that it cannot be
       reached, refuses or breaks off; C(other) that the headend runs something else than was sent;
       C(signal) that C(lineupctl) was ended by one; C(usage) that it does not know what the module asks.
-  returned: failure of C(lineupctl)
+  returned: failure of C(lineupctl), or of a file that it is to take
   type: str
   sample: controller
 rc:
@@ -173,9 +173,9 @@ COPY = re.compile(r"lineup-[0-9]{8}T[0-9]{6}\.[0-9]{3}Z\.json$")
 
 def patch_file(module):
     """A file with the patch, which goes with the module's folder for temporary files."""
-    number, path = tempfile.mkstemp(suffix=".patch", dir=module.tmpdir)
-    module.add_cleanup_file(path)
     try:
+        number, path = tempfile.mkstemp(suffix=".patch", dir=module.tmpdir)
+        module.add_cleanup_file(path)
         with os.fdopen(number, "w") as patch:
             json.dump(module.params["patch"], patch)
     except OSError as error:
