@@ -68,7 +68,7 @@ class ManPages(unittest.TestCase):
     def test_every_accepted_word_is_explained(self):
         page = re.sub(r"^\.\\\".*|[ ,]+", " ", page_of("lineup-console"))
         with open(f"{SOURCES}/model/settings.h", encoding="utf-8") as file:
-            words = re.findall(r'\{"([a-z0-9]+)", ', file.read())
+            words = re.findall(r'\{"([a-z0-9]+)", ', re.sub(r"kSwitch\[\].*", "", file.read()))  # only shown
         self.assertIn("newzealand", words)
         for word in words:
             if not word.isdigit():
