@@ -98,8 +98,8 @@ class EditsCopy {
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to
-/// bring them back. Removes those announced for the first time more than 30 days ago, and what is
-/// left, as old, of copies that were not finished.
+/// bring them back. Removes those announced for the first time more than 30 days ago, and
+/// unfinished copies as old.
 void announceLeftEdits() noexcept;
 
 }  // namespace lineup

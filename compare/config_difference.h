@@ -12,14 +12,15 @@ namespace lineup {
 ///  - Settings by the words of the prompt's commands: "rfmod: cofdm -> qam".
 ///  - Entries of the lineups, matched by the service that they name, so that one entry put in front
 ///    is one line: "RF lineup: added at 1: "News", SAT 11778 MHz, SID 4101, type 1", and likewise
-///    "removed from", "moved from 5 to 2", "changed at". Adding or removing an entry says that its
-///    service came or went with it, unless a line says that the service is, or was, in no lineup. A
+///    "removed from", "moved from 5 to 2", "changed at". Such a line implies that the service is
+///    new, or gone, unless another line says that it is, or was, in no lineup. A
 ///    new entry's line ends with what it has besides the defaults, or besides what a removed one in
 ///    its place had, and names its service by number where another service is the same.
 ///  - Services: those in no lineup, and what differs in one. A service is the same one if it is
 ///    received from the same place with the same SID (DVB), or has the same address (ENC). Of a new
-///    one, what the entries do not say and is no default; of one that has become another under its
-///    number, what else differs. The numbers of other services that come or go are not said.
+///    one, the fields that its entries do not show and that have not their default values; of one
+///    that has become another under its number, what else differs. The numbers of other services
+///    that are added or removed are left out.
 ///  - Muxes of the IP inputs, as "addipmux" names them: "IP input 4/0: added mux "udp://...", UUID
 ///    ...", and items of the PLS list, as "addpls" takes them: "PLS item 2: Gold 5 -> Root 5".
 ///  - Everything else by its path in the named JSON: "/installerInfo/name: "a" -> "b"".

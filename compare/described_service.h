@@ -1,4 +1,4 @@
-// What a line on a lineup says of a service, so that other lines need not.
+// The words for a service in a line about a lineup, and the fields that they cover.
 
 #pragma once
 
@@ -12,13 +12,14 @@ namespace lineup {
 /// The words for a service: ""News", SAT 11778 MHz, SID 4101, type 1".
 std::string described(const ServiceWords& words, const std::string& name);
 
-/// Which fields the words say that they do not always say.
+/// Which of the fields that the words cover only in some lines they cover in this one.
 struct AlsoDescribed {
   bool name;     ///< not if the entry has another name than the service
   bool muxUuid;  ///< not if several muxes have the URL that stands for it
 };
 
-/// Gives `other` the values of `service` that its words say. What then differs is left to be said.
+/// Copies to `other` the fields of `service` that its words cover. What then differs needs words of
+/// its own.
 void takeDescribed(korvel::thrift::hub_module::DVBInputServiceConfig& other,
                    const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                    const AlsoDescribed& also);
@@ -29,8 +30,8 @@ void takeDescribed(korvel::thrift::hub_module::EmptyInputServiceConfig& other,
                    const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
                    const AlsoDescribed& also);
 
-/// ", /filteredPids/0 100" for each field of a new service that its words do not say and that is
-/// not as the record has it by default.
+/// ", /filteredPids/0 100" for each field of a new service that its words do not cover and that has
+/// not its default value.
 std::string notDescribed(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                          const AlsoDescribed& also);
 std::string notDescribed(const korvel::thrift::hub_module::ENCInputServiceConfig& service,

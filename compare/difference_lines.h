@@ -1,4 +1,4 @@
-// The lines that say a difference.
+// Differences as lines of text.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace lineup {
 
-/// The line that says what differs at `place`: "PLACE: 1 -> 2", "PLACE: added 2" or
+/// The line for a difference at `place`: "PLACE: 1 -> 2", "PLACE: added 2" or
 /// "PLACE: removed 1". Null stands for nothing.
 std::string differenceLine(const std::string& place, const nlohmann::json* before,
                            const nlohmann::json* now);

@@ -24,7 +24,7 @@ ServiceWords wordsOf(const korvel::thrift::hub_module::ENCInputServiceConfig& se
 ServiceWords wordsOf(const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
                      const korvel::thrift::hub_module::HeadendConfig& config);
 
-/// The service of `config` that an entry of this kind and key names. If there is none, its source
+/// The service of `config` that an entry of this kind and key names. If there is none, `source`
 /// says so.
 ServiceWords entryWords(const korvel::thrift::hub_module::HeadendConfig& config,
                         korvel::thrift::hub_module::LineupEntryKind::type kind, int32_t key);

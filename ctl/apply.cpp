@@ -13,7 +13,7 @@
 #include "controller/whole_config_file.h"
 #include "ctl/backups.h"
 #include "ctl/sources.h"
-#include "support/held_signals.h"
+#include "support/blocked_signals.h"
 
 namespace lineup::ctl {
 
@@ -117,7 +117,7 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
     throw Failure(failure.status(),
                   failure.what() + ("; whether " + file + " was taken over is not known"));
   }
-  if (HeldSignals::hasArrived()) {
+  if (BlockedEndingSignals::isAnyPending()) {
     throw Failure(kController, file +
                                    ": was sent and taken over; a signal ends this before it was "
                                    "read back");
@@ -133,18 +133,18 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
 /// Likewise, and compares what then runs with `wanted`. Signals are blocked until the outcome has
 /// been printed.
 void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
-  const HeldSignals uninterrupted;
+  const BlockedEndingSignals uninterrupted;
   try {
     const std::string otherwise = configDifference(wanted, sendAndReadBack(wanted, file));
     if (!otherwise.empty()) {
       printIfPossible(otherwise);
       throw Failure(kOtherConfig, file + ": was sent, but something else runs");
     }
-    if (HeldSignals::hasArrived()) {
+    if (BlockedEndingSignals::isAnyPending()) {
       complain(file + ": was sent, and runs");
     }
   } catch (const Failure& failure) {
-    if (HeldSignals::hasArrived()) {
+    if (BlockedEndingSignals::isAnyPending()) {
       complain(failure.what());
     }
     throw;

@@ -9,8 +9,8 @@
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
 #include "model/headend_places.h"
+#include "support/blocked_signals.h"
 #include "support/descriptor.h"
-#include "support/held_signals.h"
 #include "support/replace_file.h"
 
 namespace lineup::ctl {
@@ -90,7 +90,7 @@ hub_module::HeadendConfig configIn(const std::string& source) {
 }
 
 void writeFile(const std::string& path, const std::string& content) {
-  const HeldSignals uninterrupted;
+  const BlockedEndingSignals uninterrupted;
   try {
     replaceFile(path, content);
   } catch (const std::runtime_error& error) {

@@ -40,7 +40,7 @@ bool isRunning(const std::string& source);
 /// The configuration in a SOURCE: "running", a file, or "-" for standard input.
 korvel::thrift::hub_module::HeadendConfig configIn(const std::string& source);
 
-/// Puts a file at `path`, in place of the one that is there, and holds signals back meanwhile.
+/// Puts a file at `path`, in place of the one that is there, with the ending signals blocked.
 void writeFile(const std::string& path, const std::string& content);
 
 /// Writes all of `text` on standard output.

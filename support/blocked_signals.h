@@ -24,4 +24,41 @@ class BlockedSignals {
   sigset_t maskBefore_;
 };
 
+/// Blocks, for its lifetime, the signals by which people and systems end programs, unless they are
+/// ignored: what is done meanwhile is done whole.
+class BlockedEndingSignals {
+ public:
+  BlockedEndingSignals() : blocked_(signalsNotIgnored()) {}
+
+  /// Whether one is pending.
+  static bool isAnyPending() {
+    sigset_t pending;
+    sigpending(&pending);
+    for (const int signal : kSignals) {
+      if (sigismember(&pending, signal) == 1) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  static constexpr int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
+
+  static sigset_t signalsNotIgnored() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kSignals) {
+      struct sigaction action {};
+      sigaction(signal, nullptr, &action);
+      if (action.sa_handler != SIG_IGN) {
+        sigaddset(&signals, signal);
+      }
+    }
+    return signals;
+  }
+
+  const BlockedSignals blocked_;
+};
+
 }  // namespace lineup

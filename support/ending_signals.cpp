@@ -58,7 +58,7 @@ sigset_t endingSignals() {
 }
 
 // The handlers and what they share. They do not interrupt each other, and elsewhere the signals are
-// held back where it is changed.
+// blocked where it is changed.
 
 // The first signal caught, except that an interrupt, which may be forgotten, gives way to the
 // others; 0 for none.
@@ -131,7 +131,7 @@ void catchSignal(int signal, siginfo_t* info, void* /*context*/) {
   errno = error;
 }
 
-void letThrough(int signal) {
+void deliver(int signal) {
   sigset_t one;
   sigemptyset(&one);
   sigaddset(&one, signal);
@@ -147,7 +147,7 @@ void forceTheEnd() {
   if (child == 0) {
     // GCOVR_EXCL_START: the counts of this process get lost
     std::signal(SIGALRM, SIG_DFL);
-    letThrough(SIGALRM);
+    deliver(SIGALRM);
     alarm(1);
     forcedWork();
     _exit(EXIT_SUCCESS);
@@ -226,7 +226,7 @@ int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
     throwIfSignalled();
     result = ppoll(descriptors, count, timeout, &blocked.maskBefore());
   }
-  throwIfSignalled();  // also for one that came together with input, which ppoll() has held back
+  throwIfSignalled();  // also for one that came together with input, and stayed pending
   return result;
 }
 
@@ -355,7 +355,7 @@ void whenEndIsForced(void (*work)()) {
 
 void endBySignal(int signal) {
   std::signal(signal, SIG_DFL);
-  letThrough(signal);
+  deliver(signal);
   std::raise(signal);
   // GCOVR_EXCL_START: only the first process of a container survives its own signal
   constexpr int kStatusOfSignals = 128;

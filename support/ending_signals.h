@@ -85,8 +85,8 @@ bool isInterrupted();
 /// Throws EndedBySignal in that case only: to be called where a long output has no other end.
 void throwIfInterrupted();
 
-/// While it lives, the terminal's keys that send SIGINT and SIGQUIT to all that run on it are meant
-/// for another program: only such signals that a process sends are caught.
+/// For its lifetime, the terminal's keys that send SIGINT and SIGQUIT to all that run on it are
+/// meant for another program: only such signals that a process sends are caught.
 class TerminalKeysLeft {
  public:
   TerminalKeysLeft();

@@ -68,7 +68,7 @@ constexpr KeyBinding kBindings[] = {
     {key::kEraseWordBefore, L"ed-delete-prev-word"},
 };
 
-/// The signals that concern the terminal and not the program's end. They are held back while a line
+/// The signals that concern the terminal and not the program's end. They are blocked while a line
 /// is edited, so that none is acted on while libedit works.
 sigset_t terminalSignals() {
   sigset_t signals;
@@ -86,22 +86,22 @@ sigset_t only(int signal) {
   return signals;
 }
 
-bool isHeldBack(int signal) {
+bool isPending(int signal) {
   sigset_t pending;
   sigpending(&pending);
   return sigismember(&pending, signal) == 1;
 }
 
-/// Takes `signal` away if it is held back; returns whether it was.
-bool takeHeldBack(int signal) {
+/// Accepts `signal` if it is pending; returns whether it was.
+bool acceptPending(int signal) {
   const sigset_t one = only(signal);
   const timespec atOnce{};
   return sigtimedwait(&one, nullptr, &atOnce) == signal;
 }
 
-/// Lets `signal`, which is held back, do what it does: the program stops here, and goes on when it
-/// is continued, or ends. If it has been continued already, the system has taken the stop back.
-void letThrough(int signal) {
+/// Has `signal`, which is pending, delivered: the program stops here, and goes on when it is
+/// continued, or ends. If it has been continued already, the system has discarded the stop.
+void deliver(int signal) {
   const sigset_t one = only(signal);
   sigset_t before;
   pthread_sigmask(SIG_UNBLOCK, &one, &before);
@@ -593,15 +593,15 @@ bool LineEditor::waitForByte() {
 }
 
 void LineEditor::handleTerminalSignals() {
-  if (takeHeldBack(SIGWINCH)) {
+  if (acceptPending(SIGWINCH)) {
     put(screen_.resize(size().rows, size().columns));
     draw();
   }
-  if (takeHeldBack(SIGCONT)) {
+  if (acceptPending(SIGCONT)) {
     startAgain();
   }
   for (const int signal : {SIGTSTP, SIGQUIT}) {
-    if (isHeldBack(signal)) {
+    if (isPending(signal)) {
       letStop(signal);
     }
   }
@@ -610,7 +610,7 @@ void LineEditor::handleTerminalSignals() {
 /// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
 void LineEditor::letStop(int signal) {
   endEditing();
-  letThrough(signal);
+  deliver(signal);
   throwIfSignalled();
   startAgain();
 }

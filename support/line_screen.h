@@ -18,10 +18,10 @@ struct TerminalAbilities {
   bool wraps = true;                ///< what is written behind the last column goes to the next row
 };
 
-/// The part of a terminal's screen on which a line is shown. Knows what is there, and tells the
-/// terminal only what differs. A line longer than the screen is shown as far as it has room, around
-/// the cursor. Letters take the columns that wcwidth() gives them, and those without a column stand
-/// in that of the letter before them.
+/// The part of a terminal's screen on which a line is shown. Keeps what it shows, and returns
+/// output only for what differs. A line longer than the screen is shown as far as it has room,
+/// around the cursor. Letters take the columns that wcwidth() gives them, and those without a
+/// column stand in that of the letter before them.
 class LineScreen {
  public:
   explicit LineScreen(TerminalAbilities abilities) : abilities_(std::move(abilities)) {}

@@ -46,17 +46,17 @@ Descriptor fileWith(std::string_view text) {
   return file;
 }
 
-/// For its lifetime, the interrupt and quit keys are the pager's, and `held` is the signal mask.
+/// For its lifetime, the interrupt and quit keys are the pager's, and `mask` is the signal mask.
 class TerminalLeft {
  public:
-  explicit TerminalLeft(const sigset_t& held) { pthread_sigmask(SIG_SETMASK, &held, &mask_); }
-  ~TerminalLeft() { pthread_sigmask(SIG_SETMASK, &mask_, nullptr); }
+  explicit TerminalLeft(const sigset_t& mask) { pthread_sigmask(SIG_SETMASK, &mask, &before_); }
+  ~TerminalLeft() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
   TerminalLeft(const TerminalLeft&) = delete;
   TerminalLeft& operator=(const TerminalLeft&) = delete;
 
  private:
   const TerminalKeysLeft keys_{};
-  sigset_t mask_{};
+  sigset_t before_{};
 };
 
 /// The signals that are waited for while `command` runs. All others do what they do.
@@ -97,8 +97,8 @@ bool isToStop() {
 }
 
 /// Waits for the end of `child`, and ends it if a signal is to end this program, or to stop it and
-/// is held back. Returns its status. `signals` can be read when one that is awaited has come: a
-/// stop stays held back, so that a SIGCONT still undoes it.
+/// is pending. Returns its status. `signals` can be read when one that is awaited is pending; a
+/// stop stays so, and a SIGCONT still discards it.
 int statusOf(pid_t child, const Descriptor& signals) {
   int status = 0;
   while (true) {

@@ -19,12 +19,12 @@ struct Folder {
 enum class IfMissing { Leave, Create };
 
 /// The user's own folder: $XDG_STATE_HOME/lineup-console or, where that variable is not set to an
-/// absolute path, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user
-/// and is closed to others: made so if need be. Nothing if it cannot be had.
+/// absolute path, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user and
+/// has mode 0700, to which it is set if need be. Returns nothing if there is no such folder.
 std::optional<Folder> openStateFolder(IfMissing ifMissing);
 
 /// The folders in which a file can be left for later, the best first: the state folder, $TMPDIR and
-/// /tmp, as far as they can be had and a command can name them: no blank, no control character,
+/// /tmp, as far as they can be opened and a command can name them: no blank, no control character,
 /// and UTF-8. The last two are shared with others.
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing);
 

@@ -31,8 +31,8 @@ class TerminalMode {
   bool kept_ = false;
 };
 
-/// For its lifetime, the terminal is in the mode that was kept, for another program. Whatever
-/// that makes of it is undone.
+/// For its lifetime, the terminal is in the mode that was kept, for another program. The
+/// mode that the other program leaves is not kept.
 class TerminalLent {
  public:
   explicit TerminalLent(const TerminalMode& mode);

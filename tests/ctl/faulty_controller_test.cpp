@@ -320,7 +320,7 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
   expectNothingWritten();
 }
 
-// Each byte begins the time-out anew, whether a signal is held back or not.
+// Each byte begins the time-out anew, whether a signal is pending or not.
 TEST_F(CtlWithFaultyController, ThatAnswersSlowlyIsHeardToTheEndAlsoAfterASignal) {
   FakeController controller;
   Answer slow;

@@ -361,7 +361,7 @@ void ConsoleProcess::waitUntilBlocked() {
 void ConsoleProcess::waitUntilHeldBack(int signal) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (((pendingSignals(pid_) >> (signal - 1)) & 1) == 0) {
-    waitALittle(deadline, "the signal to be held back");
+    waitALittle(deadline, "the signal to be pending");
   }
 }
 

@@ -84,7 +84,7 @@ class ConsoleProcess {
   /// waits for input.
   void waitUntilBlocked();
 
-  /// Waits until `signal`, which was sent to it, is held back by the program.
+  /// Waits until `signal`, which was sent to it, is pending.
   void waitUntilHeldBack(int signal);
   /// Waits until the program has taken `signal`, which was sent to it.
   void waitUntilTaken(int signal);
