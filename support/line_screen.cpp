@@ -72,11 +72,13 @@ LineScreen::Picture LineScreen::layOut(const std::wstring& text, std::size_t cur
     }
   }
   if (cursor >= text.size()) {
-    if (picture.rows.back().size() == columns) {
-      picture.rows.emplace_back();
+    const bool isFull = picture.rows.back().size() == columns;
+    if (isFull) {
+      picture.rows.push_back(
+          {" "});  // written, so that the terminal keeps the two rows as one line
     }
     picture.cursorRow = picture.rows.size() - 1;
-    picture.cursorColumn = picture.rows.back().size();
+    picture.cursorColumn = isFull ? 0 : picture.rows.back().size();
   }
   return picture;
 }
@@ -219,11 +221,15 @@ std::string LineScreen::clear() {
 }
 
 std::string LineScreen::resize(std::size_t rows, std::size_t columns) {
-  const std::size_t cursorRow = layOut(text_, cursor_, columns).cursorRow;
+  const Picture picture = layOut(text_, cursor_, columns);
+  const std::size_t cursorRow = picture.cursorRow;
   const std::size_t hidden = std::min(top_, cursorRow);
   const std::size_t up = std::min(cursorRow - hidden, rows - 1);
+  // Behind a row that is full, the cursor may still wait in its last column: a blank moves it.
+  const bool isBehindFullRow =
+      cursor_ >= text_.size() && cursorRow > 0 && picture.cursorColumn == 0;
   begin(rows, columns);
-  output_ = '\r';
+  output_ = isBehindFullRow ? " \r" : "\r";
   for (std::size_t row = 0; row < up; ++row) {
     output_ += abilities_.up;
   }

@@ -114,6 +114,23 @@ TEST_F(LineScreenTest, ANewSizeLeavesNothingStale) {
   }
 }
 
+TEST_F(LineScreenTest, ANewSizeThatALineFillsLeavesTheRowAbove) {
+  for (const bool cursorWaits : {false, true}) {
+    use(30, 20);
+    terminal.show("above\r\n");
+    see(L"> 3456789|");
+    terminal.resize(30, 9, cursorWaits);
+    terminal.show(screen.resize(30, 9));
+    EXPECT_EQ(see(L"> 3456789|"), "above\n> 3456789\n|") << cursorWaits;
+  }
+}
+
+TEST_F(LineScreenTest, ARowThatIsEmptiedStaysOfTheLine) {
+  use(5, 10);
+  see(L"> 34567890a|");
+  EXPECT_EQ(screen.show(L"> 34567890", 10), "\r \r");
+}
+
 TEST_F(LineScreenTest, IsAlwaysThatOfALineShownAtOnce) {
   std::mt19937 random(1);
   for (const auto& [rows, columns] :

@@ -204,7 +204,7 @@ void Screen::eraseInLine(std::size_t what) {
   row.continued = row.continued && what == 1;
 }
 
-void Screen::resize(std::size_t rows, std::size_t columns) {
+void Screen::resize(std::size_t rows, std::size_t columns, bool cursorWaits) {
   const std::vector<Row> before = std::move(rows_);
   const std::size_t cursorRow = row_;
   const std::size_t cursorColumn = column_;
@@ -223,6 +223,12 @@ void Screen::resize(std::size_t rows, std::size_t columns) {
     }
     while (!line.empty() && line.back() == " ") {
       line.pop_back();
+    }
+    const bool isFull = !line.empty() && line.size() % columns == 0;
+    const bool isBehind = i >= cursorRow && column_ == 0 && row_ == begin + line.size() / columns;
+    if (cursorWaits && isFull && isBehind) {
+      --row_;
+      column_ = columns;
     }
     do {
       Row row = blankRow();

@@ -19,8 +19,9 @@ class Screen {
   /// std::runtime_error for a sequence that it does not know.
   void show(std::string_view output);
 
-  /// Takes a new size, with lines wrapped anew for it.
-  void resize(std::size_t rows, std::size_t columns);
+  /// Takes a new size, with lines wrapped anew for it. Where the cursor is behind a line that then
+  /// fills its rows, it comes to the next row, or waits in the last column, as in tmux.
+  void resize(std::size_t rows, std::size_t columns, bool cursorWaits = false);
 
   /// The rows down to the last with text or cursor, without blanks at their ends, joined by line
   /// feeds. '|' stands before the letter at the cursor.
