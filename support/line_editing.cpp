@@ -49,10 +49,8 @@ struct KeyBinding {
 };
 constexpr KeyBinding kBindings[] = {
     {key::kBeginning, L"ed-move-to-beg"},
-    {key::kLeft, L"ed-prev-char"},
     {key::kEndOfInput, L"em-delete-or-list"},
     {key::kEnd, L"ed-move-to-end"},
-    {key::kRight, L"ed-next-char"},
     {key::kBackspace, L"ed-delete-prev-char"},
     {key::kLineFeed, L"ed-newline"},
     {key::kEraseToEnd, L"ed-kill-line"},
@@ -199,6 +197,7 @@ class LineEditor {
 
   void recall(std::size_t line);
   bool search(wchar_t& key);
+  void moveByLetter(int step);
   void eraseToBlank();
   void keepForUndo(wchar_t key);
   void undo();
@@ -503,6 +502,12 @@ bool LineEditor::handle(wchar_t key) {
   }
   keepForUndo(key);
   switch (key) {
+    case key::kLeft:
+      moveByLetter(-1);
+      return true;
+    case key::kRight:
+      moveByLetter(1);
+      return true;
     case key::kUp:
       recall(recalled_ - std::min<std::size_t>(recalled_, 1));
       return true;
@@ -699,7 +704,19 @@ bool LineEditor::search(wchar_t& key) {
   return false;
 }
 
-// ---- erasing
+// ---- moving and erasing
+
+/// Moves the cursor one letter back or on, with what stands in the letter's column.
+void LineEditor::moveByLetter(int step) {
+  const std::wstring line = text();
+  const auto end = static_cast<int>(line.size());
+  const auto begin = static_cast<int>(cursor());
+  int place = std::clamp(begin + step, 0, end);
+  while (place > 0 && place < end && wcwidth(line[static_cast<std::size_t>(place)]) == 0) {
+    place += step;
+  }
+  el_cursor(lib_, place - begin);
+}
 
 /// Erases the word before the cursor, whatever it is made of, and the blanks behind it.
 void LineEditor::eraseToBlank() {

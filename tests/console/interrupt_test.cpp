@@ -131,6 +131,33 @@ TEST_F(CtrlC, EndsAListing) {
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
+TEST_F(CtrlC, EndsAListingOfTheCatalogue) {
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.execute(
+      "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
+      "INSERT INTO availableSatService(service_id, service_name) SELECT i, 'Channel ' || i FROM n");
+  Session session(start());
+  session.expect("> |");
+  session.type("find\n");
+  session.console.readUntil("Channel 1 ");
+  session.console.waitUntilBlocked();  // as a terminal that is slow
+  session.type(kCtrlC);
+  const std::string rest = session.console.readUntil("\r\n> ");
+  EXPECT_LT(rest.size(), 100'000U);
+  session.screen.show("\r> ");
+  expectUnchanged(session);
+}
+
+TEST_F(CtrlC, DuringTheFetchAtTheStartEndsTheConsole) {
+  controller.answerNext(stalled(false));
+  Session session(start());
+  controller.waitForCalls(1);
+  interruptCall(session);
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.signal, SIGINT);
+  EXPECT_EQ(outcome.out.find("> "), std::string::npos) << "defaults might be committed";
+}
+
 TEST_F(CtrlC, RightBehindReturnEndsNoMoreThanTheCommand) {
   Session session(start());
   session.expect("> |");

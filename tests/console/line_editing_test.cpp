@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/console/keys.h"
@@ -232,6 +233,26 @@ TEST_P(Editing, OneBackspaceDeletesOneLetterOfAnyLength) {
       "save /é/"
       "\n");
   session.expect("> save /é/\nSaved config to: /é/\n> |");
+}
+
+TEST_P(Editing, LettersOfNoColumnOrTwoAreDrawnAndPassedAsOne) {
+  session.expect("> |");
+  session.type("find 漢e\u0301x");
+  session.expect("\n> find 漢e\u0301x|");
+  for (const char* line : {"漢e\u0301|x", "漢|e\u0301x", "|漢e\u0301x"}) {
+    session.type(kLeft);
+    session.expect(std::string("\n> find ") + line);
+  }
+  for (const char* line : {"漢|e\u0301x", "漢e\u0301|x"}) {
+    session.type(kRight);
+    session.expect(std::string("\n> find ") + line);
+  }
+  session.type("y");
+  session.expect("\n> find 漢e\u0301y|x");
+  session.type(std::string(kBackspace) + kBackspace + kBackspace + kBackspace + "z");
+  session.expect("\n> find z|x");
+  session.type(std::string(kEnd) + kRight + "é" + kHome + kLeft + "#");
+  session.expect("\n> #|find zxé");
 }
 
 TEST_P(Editing, BytesThatMakeNoLetterAreLeftOut) {
@@ -651,6 +672,66 @@ TEST_F(Completing, ServicesAreListedWithTheirNames) {
       "> ipadddvb CANAL|");
   session.type(std::string(kCtrlU) + "adddvb c\t");
   session.expect("\n> adddvb c\n1017  Canal Uno (SAT)  1018  Canal Dos (TDT)\n> adddvb c|");
+}
+
+TEST_F(Completing, OfANumberThatSeveralServicesHaveTheOneThatIsAddedIsListed) {
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kTdt, {{10, "17"}, {11, "Canal Dos"}});
+  catalogue.insert(kSat, {{15, "17"}, {16, "Canal Uno"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("adddvb 17\t");
+  session.expect(std::string(kGreeting) + "> adddvb 17\n17  Canal Uno (SAT)\n> adddvb 17 |");
+  session.type("\ncommit\n");
+  session.expect("> commit\n> |");
+  EXPECT_EQ(controller.config().lineupConfig.dvbInputServices.at(1).service.name, "Canal Uno");
+}
+
+TEST_F(Completing, ServiceTypesOfTheCatalogueForSlotsToReserve) {
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "1"}, {19, "25"}});
+  catalogue.insert(kTdt, {{10, "2"}, {14, "1"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("rfaddempty \t");
+  session.expect("\n> rfaddempty\n1   25\n> rfaddempty |");
+  session.type("2\t");
+  session.expect("\n> rfaddempty 25 |");
+}
+
+TEST_F(Completing, SlotsAndInputsOfEncoders) {
+  for (const std::string command : {"addenc", "rfaddenc", "ipaddenc"}) {
+    Session session(onTerminal());
+    session.expect("> |");
+    session.type(command + " \t");
+    session.expect("\n> " + command + "\n3   4   5   6   7   8   9   10  11  12\n> " + command +
+                   " |");
+    session.type("1\t");
+    session.expect("\n10  11  12\n> " + command + " 1|");
+    session.type("2\t\t");
+    session.expect("\n0  1  2  3\n> " + command + " 12 |");
+  }
+}
+
+TEST_F(Completing, SlotsAndInterfacesOfTheIPInputs) {
+  auto config = controller.config();
+  for (const auto& [slot, interface, address] :
+       {std::tuple{1, 1, "10.0.0.1"}, {1, 2, "10.0.0.2"}, {4, 1, "10.0.0.3"}}) {
+    korvel::thrift::hub_module::IPInput input;
+    input.__set_slot(slot);
+    input.__set_interfaceId(interface);
+    input.address = address;
+    config.ipInputs[address] = input;
+  }
+  controller.setConfig(config);
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("addipmux \t");
+  session.expect("\n> addipmux\n1  4\n> addipmux |");
+  session.type("1\t\t");
+  session.expect("\n> addipmux 1\n1  10.0.0.1  2  10.0.0.2\n> addipmux 1 |");
+  session.type("2\t");
+  session.expect("\n2  10.0.0.2\n> addipmux 1 2 |");
 }
 
 TEST_F(Completing, NamesCannotDisturbTheTerminal) {

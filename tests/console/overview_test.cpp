@@ -213,6 +213,20 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
   EXPECT_EQ(shown(), "1 -FRX\n");
 }
 
+TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughMoreWhereThereIsNoLess) {
+  const std::string table = fillLineup(100);
+  program("more", "echo \"$LESSSECURE $@\" > " + folder.file("options") + "; /bin/cat > " +
+                      folder.file("shown"));
+  Start start = this->start();
+  start.environment["PATH"] = folder.path();
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.expect("> x\n> x|");
+  EXPECT_EQ(shown(), table);
+  EXPECT_EQ(contentOf(folder.file("options")), "1 \n");
+}
+
 // "less" ignores the stop, as it may start no other program, and would read what is typed then.
 TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
   fillLineup(100);

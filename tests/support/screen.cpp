@@ -1,7 +1,9 @@
 #include "tests/support/screen.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cstdlib>
+#include <cwchar>
 #include <stdexcept>
 
 namespace lineup::test {
@@ -19,14 +21,22 @@ std::size_t letterSize(char first) {
   return byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
 }
 
+std::size_t columnsOf(std::string_view letter) {
+  wchar_t character = 0;
+  std::mbstate_t state{};
+  const std::size_t size = std::mbrtowc(&character, letter.data(), letter.size(), &state);
+  return size == letter.size() ? static_cast<std::size_t>(std::max(wcwidth(character), 0)) : 1;
+}
+
 [[noreturn]] void failAt(std::string_view output) {
   throw std::runtime_error("unknown on this screen: ESC" + std::string(output.substr(1, 10)));
 }
 
 }  // namespace
 
-Screen::Screen(std::size_t rows, std::size_t columns)
-    : columns_(columns), rows_(rows, blankRow()) {}
+Screen::Screen(std::size_t rows, std::size_t columns) : columns_(columns), rows_(rows, blankRow()) {
+  std::setlocale(LC_CTYPE, "C.UTF-8");
+}
 
 Screen::Row Screen::blankRow() const {
   return {Letters(columns_, " ")};
@@ -163,7 +173,16 @@ bool Screen::editLine(char final, std::size_t count) {
 }
 
 void Screen::put(std::string_view letter) {
-  if (column_ == columns_) {
+  const std::size_t width = columnsOf(letter);
+  if (width == 0) {
+    std::size_t last = column_ - 1;
+    while (rows_[row_].letters[last].empty()) {
+      --last;
+    }
+    rows_[row_].letters[last] += letter;
+    return;
+  }
+  if (column_ + width > columns_) {
     rows_[row_].continued = true;
     column_ = 0;
     lineFeed();
@@ -175,6 +194,10 @@ void Screen::put(std::string_view letter) {
   }
   letters[column_] = letter;
   ++column_;
+  if (width == 2) {
+    letters[column_] = "";
+    ++column_;
+  }
 }
 
 void Screen::lineFeed() {
