@@ -1,4 +1,4 @@
-"""The README's script, as it stands there but for the folder of the backups.
+"""The README's script, as it stands there but for the folder of the backups and, once, the time-out.
 
 Usage: readme_script_test.py PROJECT PROGRAM-FOLDER, in a headend's place of its own.
 """
@@ -55,10 +55,10 @@ class ReadmeScript(unittest.TestCase):
         with open(site, "w", encoding="utf-8") as file:
             json.dump(config, file)
 
-    def run_script(self):
-        done = subprocess.run(["sh", "-c", script().replace(BACKUPS, self.backups)], cwd=self.folder,
-                              env=ENVIRONMENT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                              check=False)
+    def run_script(self, timeout="--timeout 60"):
+        text = script().replace(BACKUPS, self.backups).replace("--timeout 60", timeout)
+        done = subprocess.run(["sh", "-c", text], cwd=self.folder, env=ENVIRONMENT, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True, check=False)
         return done.returncode, done.stdout, done.stderr
 
     def running_id(self):
@@ -93,6 +93,11 @@ class ReadmeScript(unittest.TestCase):
         self.assertNotIn("runs site.json", out)
         self.assertTrue(err.endswith("the controller failed: whether it runs site.json has to be looked at\n"), err)
         self.assertEqual(self.running_id(), before)
+
+    def test_ends_with_the_status_of_a_wait_that_ran_out(self):
+        status, out, err = self.run_script("--timeout 0.2")
+        self.assertEqual((status, out), (1, ""))
+        self.assertEqual(err, "lineupctl: 127.0.0.1:9190: no answer within 0.2 s\n")
 
     def test_says_that_a_file_was_not_applied(self):
         self.start_simulator()
