@@ -1,5 +1,3 @@
-#include "ctl/apply.h"
-
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -12,6 +10,7 @@
 #include "compare/named_json_writer.h"
 #include "controller/whole_config_file.h"
 #include "ctl/backups.h"
+#include "ctl/commands.h"
 #include "ctl/sources.h"
 #include "support/blocked_signals.h"
 

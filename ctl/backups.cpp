@@ -12,7 +12,8 @@
 #include <system_error>
 #include <vector>
 
-#include "ctl/failure.h"
+#include "controller/whole_config_file.h"
+#include "ctl/commands.h"
 #include "ctl/sources.h"
 
 namespace lineup::ctl {
@@ -101,6 +102,14 @@ std::string keepCopy(const std::string& folder, const std::string& content, std:
     }
   }
   return added;
+}
+
+Status backup(const Arguments& arguments) {
+  const std::size_t keep = arguments.count("keep");
+  const std::string added =
+      keepCopy(arguments.operands()[0], configFileContent(runningConfig()), keep);
+  print(added.empty() ? "" : added + "\n");
+  return kDone;
 }
 
 }  // namespace lineup::ctl

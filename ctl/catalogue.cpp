@@ -1,9 +1,8 @@
-#include "ctl/show_catalogue.h"
-
 #include <nlohmann/json.hpp>
 
 #include "catalogue/word_search.h"
 #include "compare/text_table.h"
+#include "ctl/commands.h"
 #include "ctl/sources.h"
 
 namespace lineup::ctl {
@@ -44,7 +43,7 @@ std::string jsonOf(const std::vector<FoundService>& services) {
 
 }  // namespace
 
-Status showCatalogue(const Arguments& arguments) {
+Status catalogue(const Arguments& arguments) {
   static constexpr const char* kFormats[] = {"text", "json", "csv"};
   const std::string format = arguments.choice("format", kFormats);
   const std::vector<FoundService> services = find(arguments.operands());

@@ -1,5 +1,3 @@
-#include "ctl/wait.h"
-
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -10,6 +8,7 @@
 #include <cstring>
 #include <thread>
 
+#include "ctl/commands.h"
 #include "ctl/sources.h"
 
 namespace lineup::ctl {

@@ -1,0 +1,12 @@
+#include "controller/whole_config_file.h"
+#include "ctl/commands.h"
+#include "ctl/sources.h"
+
+namespace lineup::ctl {
+
+Status save(const Arguments& arguments) {
+  writeFile(arguments.operands()[0], configFileContent(runningConfig()));
+  return kDone;
+}
+
+}  // namespace lineup::ctl
