@@ -56,7 +56,7 @@ class Collection(unittest.TestCase):
         place = os.path.join(self.home, "installed")
         self.run_well("ansible-galaxy", "collection", "install", "--force", "-p", place, archive)
         installed = os.path.join(place, "ansible_collections/lineup/console")
-        for name in ("LICENSE", "plugins/modules/lineup_config.py", "roles/headend/tasks/main.yml"):
+        for name in ("LICENSE", "plugins/modules/lineup_config.py", "roles/lineup/tasks/main.yml"):
             with open(os.path.join(installed, name), encoding="utf-8") as file, \
                     open(os.path.join(SOURCE, name), encoding="utf-8") as source:
                 self.assertEqual(file.read(), source.read())
@@ -106,7 +106,8 @@ class Collection(unittest.TestCase):
     def test_passes_ansible_lint(self):
         if shutil.which("ansible-lint") is None:
             self.skipTest("ansible-lint is not installed")
-        self.run_well("ansible-lint", "--offline", "--strict", "-p")
+        # What Debian 12 has, 2.14, is too old for the lint of Debian 13.
+        self.run_well("ansible-lint", "--offline", "--strict", "-p", "-x", "meta-runtime[unsupported-version]")
 
 
 if __name__ == "__main__":

@@ -101,7 +101,7 @@ class Headends(unittest.TestCase):
         headend(5, "rm", "/usr/local/bin/lineupctl")
         # As the guide has it before the first check.
         installed = run("ansible", "headend5", "-m", "include_role", "-a",
-                        "name=lineup.console.headend tasks_from=package", "-e", "lineup_package_file=" + package)
+                        "name=lineup.console.lineup tasks_from=package", "-e", "lineup_package_file=" + package)
         self.assertEqual(installed.returncode, 0, installed.stdout)
         self.assertIn("install ok installed", headend(5, "dpkg", "--status", "lineup-console"))
         # Where systemd does not run, the timer is enabled for its next start.
@@ -110,7 +110,7 @@ class Headends(unittest.TestCase):
 - hosts: headend5
   gather_facts: false
   environment: {SYSTEMD_OFFLINE: "1"}
-  roles: [lineup.console.headend]
+  roles: [lineup.console.lineup]
 """)
         command = ["ansible-playbook", "-e", "lineup_backup_timer=true", "-e", "lineup_package_file=" + package,
                    "role.yml"]
