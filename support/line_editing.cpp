@@ -410,6 +410,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   screen_.begin(size().rows, size().columns);
   int length = 0;
   const char* const result = el_gets(lib_, &length);
+  note_.clear();  // of a search that it has ended
   if (result != nullptr) {
     line.assign(result, std::string_view(result).find('\n'));
     leave();

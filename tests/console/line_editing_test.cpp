@@ -406,6 +406,18 @@ TEST_P(Editing, EscapeEndsASearchAndKeepsWhatItFound) {
   session.expect("\n> ed|it xyz");
 }
 
+TEST_P(Editing, CtrlCEndsASearchAndDropsTheLine) {
+  session.expect("> |");
+  session.type("eit xyz\n");
+  session.expect("\n> |");
+  session.type(std::string(kCtrlR) + "it");
+  session.expect("\n> e|it xyz\nbck:it");
+  session.type(kCtrlC);
+  session.expect("\n> e^C xyz\n> |");
+  session.type("x");
+  session.expect("\n> x|");
+}
+
 TEST_P(Editing, CtrlRTakesTheTextLiterally) {
   session.expect("> |");
   session.type("look (a*)*b.c\nlook aaaa\n");
@@ -704,8 +716,7 @@ TEST_F(Completing, SlotsAndInputsOfEncoders) {
     Session session(onTerminal());
     session.expect("> |");
     session.type(command + " \t");
-    session.expect("\n> " + command + "\n3   4   5   6   7   8   9   10  11  12\n> " + command +
-                   " |");
+    session.expect("\n3   4   5   6   7   8   9   10  11  12\n> " + command + " |");
     session.type("1\t");
     session.expect("\n10  11  12\n> " + command + " 1|");
     session.type("2\t\t");

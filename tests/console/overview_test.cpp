@@ -178,7 +178,8 @@ TEST_F(Overview, F3ShowsTheLineups) {
   for (const char* key : {kF3, "\x1b[13~", "\x1b[[C"}) {
     line += "x";
     session.type(std::string("x") + key);
-    session.expect("> " + line + "\n" + table + "> " + line + "|");
+    const std::string shown = "> " + line;
+    session.expect(shown + "\n" + table + shown + "|");
   }
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }

@@ -69,8 +69,7 @@ TEST(TerminalKeys, AnswersOfATerminalAreLeftOutWhole) {
   for (const char* answer :
        {"\x1b]11;rgb:0000/0000/0000\a", "\x1b]11;rgb:ffff/ffff/ffff\x1b\\", "\x1b]2;Título\xc2\x9c",
         "\x1bP>|XTerm(379)\x1b\\", "\x1b_Gi=1;OK\x1b\\", "\x1b[?2026;2$y", "\x1b[12;2$y",
-        "\xc2\x9d"
-        "11;?\a"}) {
+        "\xc2\x9d?11\a"}) {
     EXPECT_EQ(keysIn(std::string("a") + answer + "b"), L"ab") << answer + 1;
   }
 }
