@@ -92,7 +92,7 @@ struct Setting {
   /// for no value.
   std::optional<int32_t> (*value)(const hub_module::HeadendConfig&);
   void (*store)(hub_module::HeadendConfig&, int32_t value);
-  std::string_view withoutValue = "";  ///< what people read where `value` returns nothing
+  std::string_view withoutValue{};  ///< what people read where `value` returns nothing
 };
 
 /// A setting that is one field. `field` returns a reference to it, given a configuration.
