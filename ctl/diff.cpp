@@ -26,7 +26,7 @@ bool isInUtf8(const json& value) {
 /// The path of a text that is not in UTF-8 in the value that `operation` sets, or of the operation
 /// if it has none.
 std::string pathNotInUtf8(const json& operation) {
-  const std::string path = operation["path"];
+  std::string path = operation["path"];
   const json leaves = operation.value("value", json()).flatten();
   for (const auto& [leaf, value] : leaves.items()) {
     if (!isInUtf8(leaf) || !isInUtf8(value)) {
