@@ -34,12 +34,14 @@ class ReadmeScript(unittest.TestCase):
         reading, writing = os.pipe()
         simulator = subprocess.Popen(
             ["headend-simulator", "--in-memory", "--no-catalogue", "--ready-fd", str(writing), *options],
-            pass_fds=[writing], stdout=subprocess.DEVNULL, env=ENVIRONMENT)
+            pass_fds=[writing], stdout=subprocess.PIPE, text=True, env=ENVIRONMENT)
+        self.addCleanup(simulator.stdout.close)
         self.addCleanup(simulator.wait)
         self.addCleanup(simulator.terminate)
         os.close(writing)
         with os.fdopen(reading) as ready:
             self.assertEqual(ready.read(), "9190\n")
+        return simulator
 
     def ctl(self, *words):
         return subprocess.run(["lineupctl", *words], cwd=self.folder, env=ENVIRONMENT, check=True,
@@ -55,11 +57,15 @@ class ReadmeScript(unittest.TestCase):
         with open(site, "w", encoding="utf-8") as file:
             json.dump(config, file)
 
-    def run_script(self, timeout="--timeout 60"):
+    def start_script(self, timeout="--timeout 60"):
         text = script().replace(BACKUPS, self.backups).replace("--timeout 60", timeout)
-        done = subprocess.run(["sh", "-c", text], cwd=self.folder, env=ENVIRONMENT, stdout=subprocess.PIPE,
-                              stderr=subprocess.PIPE, text=True, check=False)
-        return done.returncode, done.stdout, done.stderr
+        return subprocess.Popen(["sh", "-c", text], cwd=self.folder, env=ENVIRONMENT, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True)
+
+    def run_script(self, *timeout):
+        script_run = self.start_script(*timeout)
+        out, err = script_run.communicate()
+        return script_run.returncode, out, err
 
     def running_id(self):
         return json.loads(self.ctl("show", "--format=json"))["headendGlobalConfig"]["headendId"]
@@ -98,6 +104,23 @@ class ReadmeScript(unittest.TestCase):
         status, out, err = self.run_script("--timeout 0.2")
         self.assertEqual((status, out), (1, ""))
         self.assertEqual(err, "lineupctl: 127.0.0.1:9190: no answer within 0.2 s\n")
+
+    def test_says_that_somebody_else_has_changed_it_meanwhile(self):
+        # Of the calls, two make the file here; the script waits, looks and reads back, which takes long
+        # enough for somebody else.
+        simulator = self.start_simulator("--delay", "getHeadendConfig:5=10")
+        other = os.path.join(self.folder, "other.json")
+        self.ctl("save", other)
+        self.make_site()
+        script_run = self.start_script()
+        while "setHeadendConfig" not in simulator.stdout.readline():
+            pass
+        subprocess.run(["lineup-console", "--restore", other], env=ENVIRONMENT, check=True,
+                       stdout=subprocess.DEVNULL)
+        out, err = script_run.communicate()
+        self.assertEqual(script_run.returncode, 5, err)
+        self.assertIn("id: 7 -> ", out)
+        self.assertTrue(err.endswith("somebody else has changed it meanwhile\n"), err)
 
     def test_says_that_a_file_was_not_applied(self):
         self.start_simulator()
