@@ -245,7 +245,11 @@ class LineEditor {
   const LineAids* aids_ = nullptr;
   std::size_t recalled_ = 0;  ///< its place in the history
   std::wstring typed_{};      ///< what was typed in the last place
-  std::vector<std::wstring> before_{};
+  struct Step {
+    std::wstring text;
+    std::size_t cursor;
+  };
+  std::vector<Step> before_{};  ///< what undo goes back to
   bool typing_ = false;         ///< whether the last key was a letter
   bool endTyped_ = false;       ///< whether a key has ended the input
   std::exception_ptr ended_{};  ///< what ended it
@@ -727,15 +731,19 @@ void LineEditor::eraseToBlank() {
   el_deletestr(lib_, static_cast<int>(before.size() - begin));
 }
 
-/// Keeps the line as it is before `key`; letters typed in a row are one step.
+/// Keeps the line and its cursor as they are before `key`; letters typed in a row are one step.
 void LineEditor::keepForUndo(wchar_t key) {
   constexpr std::size_t kSteps = 100;
   const bool goesOn = typing_ && key::isLetter(key);
   typing_ = key::isLetter(key);
-  if (goesOn || (!before_.empty() && before_.back() == text())) {
+  if (goesOn) {
     return;
   }
-  before_.push_back(text());
+  if (!before_.empty() && before_.back().text == text()) {
+    before_.back().cursor = cursor();
+    return;
+  }
+  before_.push_back({text(), cursor()});
   if (before_.size() > kSteps) {
     before_.erase(before_.begin());
   }
@@ -743,14 +751,14 @@ void LineEditor::keepForUndo(wchar_t key) {
 
 void LineEditor::undo() {
   typing_ = false;
-  while (!before_.empty() && before_.back() == text()) {
+  while (!before_.empty() && before_.back().text == text()) {
     before_.pop_back();
   }
   if (before_.empty()) {
     put("\a");
     return;
   }
-  replaceLine(before_.back(), before_.back().size());
+  replaceLine(before_.back().text, before_.back().cursor);
 }
 
 // ---- looking

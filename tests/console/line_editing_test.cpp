@@ -191,6 +191,10 @@ TEST_P(Editing, CtrlUnderscoreUndoes) {
     session.type("\x1f");
     session.expect(std::string("\n") + line);
   }
+  session.type("id 3 5" + std::string(kLeft) + kLeft + kCtrlW);
+  session.expect("\n> id | 5");
+  session.type("\x1f");
+  session.expect("\n> id 3| 5");
 }
 
 TEST_P(Editing, ReturnAndLineFeedPastedAreOne) {
