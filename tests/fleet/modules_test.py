@@ -91,6 +91,14 @@ class LineupConfig(OnAHeadend):
         self.assertEqual(again["backup_file"], kept)
         self.assertEqual(headend(1, "ls", BACKUPS), os.path.basename(kept) + "\n")
 
+    def test_names_the_newest_backup_also_where_the_clock_was_ahead(self):
+        headend(1, "touch", BACKUPS + "/lineup-29990101T000000.000Z.json")
+        self.start_from(3)
+        for number in (4, 5):  # 3 is kept before the first, and is there already before the second
+            result = module("lineup_config", apply(number, ("backup", True), ("backup_keep", 2)))
+            self.assertEqual(result["backup_file"], BACKUPS + "/lineup-29990101T000000.001Z.json")
+            self.start_from(3)
+
     def test_takes_files_on_the_headend(self):
         headend(1, "lineupctl", "save", "/root/saved.json")
         result = module("lineup_config", {"src": "/root/saved.json", "remote_src": True,
