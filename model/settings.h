@@ -95,7 +95,38 @@ struct Setting {
   std::string_view withoutValue{};  ///< what people read where `value` returns nothing
 };
 
-/// A setting that is one field. `field` returns a reference to it, given a configuration.
+// The fields of settings that are one: each a function that returns a reference to it, given a
+// configuration.
+
+inline constexpr auto kHeadendTypeField = [](auto& config) -> auto& {
+  return config.headendGlobalConfig.headendType;
+};
+inline constexpr auto kHeadendIdField = [](auto& config) -> auto& {
+  return config.headendGlobalConfig.headendId;
+};
+inline constexpr auto kModulationField = [](auto& config) -> auto& {
+  return config.lineupConfig.rfConfig.modulation;
+};
+inline constexpr auto kCarriersPerModuleField = [](auto& config) -> auto& {
+  return config.lineupConfig.rfConfig.carriersPerModule;
+};
+inline constexpr auto kEitModeField = [](auto& config) -> auto& {
+  return config.lineupConfig.globalConfig.eitMode;
+};
+inline constexpr auto kDecryptPolicyField = [](auto& config) -> auto& {
+  return config.lineupConfig.globalConfig.decryptPolicy;
+};
+inline constexpr auto kOutputVlanField = [](auto& config) -> auto& {
+  return config.lineupConfig.ipConfig.outputVlan;
+};
+inline constexpr auto kCofdmScanEnabledField = [](auto& config) -> auto& {
+  return config.lineupConfig.globalConfig.cofdmScanEnabled;
+};
+inline constexpr auto kQamsScanEnabledField = [](auto& config) -> auto& {
+  return config.lineupConfig.globalConfig.qamsScanEnabled;
+};
+
+/// A setting that is one field, one of those above.
 template <auto field>
 constexpr Setting fieldSetting(std::string_view command, std::span<const Choice> choices) {
   return {command, choices,
@@ -142,35 +173,18 @@ constexpr Setting drmSetting() {
 
 /// Every setting, in the order in which they are shown.
 inline constexpr Setting kSettings[] = {
-    fieldSetting < [](auto& config) -> auto& {return config.headendGlobalConfig.headendType;
-}  // namespace lineup
-> ("type", kHeadendTypes), fieldSetting < [](auto& config) -> auto& {
-  return config.headendGlobalConfig.headendId;
-}
-> ("id", kHeadendIds), countrySetting(), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.rfConfig.modulation;
-}
-> ("rfmod", kModulations), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.rfConfig.carriersPerModule;
-}
-> ("rfnum", kCarrierCounts), drmSetting(), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.globalConfig.eitMode;
-}
-> ("eit", kEitModes), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.globalConfig.decryptPolicy;
-}
-> ("stdp", kDecryptPolicies), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.ipConfig.outputVlan;
-}
-> ("vlan", kOutputVlans), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.globalConfig.cofdmScanEnabled;
-}
-> ("tdtscan cofdm", kSwitch), fieldSetting < [](auto& config) -> auto& {
-  return config.lineupConfig.globalConfig.qamsScanEnabled;
-}
-> ("tdtscan qams", kSwitch),
-}
-;
+    fieldSetting<kHeadendTypeField>("type", kHeadendTypes),
+    fieldSetting<kHeadendIdField>("id", kHeadendIds),
+    countrySetting(),
+    fieldSetting<kModulationField>("rfmod", kModulations),
+    fieldSetting<kCarriersPerModuleField>("rfnum", kCarrierCounts),
+    drmSetting(),
+    fieldSetting<kEitModeField>("eit", kEitModes),
+    fieldSetting<kDecryptPolicyField>("stdp", kDecryptPolicies),
+    fieldSetting<kOutputVlanField>("vlan", kOutputVlans),
+    fieldSetting<kCofdmScanEnabledField>("tdtscan cofdm", kSwitch),
+    fieldSetting<kQamsScanEnabledField>("tdtscan qams", kSwitch),
+};
 
 /// The setting that `command` changes, found by the compiler.
 consteval const Setting& settingOf(std::string_view command) {
