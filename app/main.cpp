@@ -87,9 +87,9 @@ int run(const CommandLineOptions& options) {
       copy.update();
     }
   } catch (const std::runtime_error& error) {
-    // GCOVR_EXCL_START: each of the modes catches its own
+    // COVERAGE_EXCL_START: each of the modes catches its own
     std::cout << "Error: " << error.what() << std::endl;
-    // GCOVR_EXCL_STOP
+    // COVERAGE_EXCL_STOP
   } catch (const EndedBySignal& end) {
     leaveEdits(copy, end.signal);
     endBySignal(end.signal);

@@ -7,7 +7,10 @@ function(warnings_are_errors target)
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}")
   if(LINEUP_COVERAGE)
-    target_compile_options(${target} PRIVATE --coverage)
+    # In "continuous mode" the counters stand in a file that is mapped into memory: they are there
+    # however the process ends.
+    target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping
+      "SHELL:-mllvm -runtime-counter-relocation")
   endif()
 endfunction()
 
@@ -23,7 +26,6 @@ function(add_console_program target)
   add_executable(${target} ${ARGN})
   warnings_are_errors(${target})
   if(LINEUP_COVERAGE)
-    target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/counts_at_end.cpp")
-    target_link_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PRIVATE -fprofile-instr-generate)
   endif()
 endfunction()

@@ -58,9 +58,8 @@ std::shared_ptr<TFDTransport> takeOver(Descriptor& descriptor) {
 
 }  // namespace
 
-// gcov counts the first initialization with the second.
 ConfigFileTransport::ConfigFileTransport(Descriptor& descriptor)
-    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, noSizeLimits()),  // GCOVR_EXCL_LINE
+    : TBufferedTransport(nullptr, kBufferSize, kBufferSize, noSizeLimits()),
       descriptor_(descriptor.number()),
       blocks_((fcntl(descriptor.number(), F_GETFL) & O_NONBLOCK) == 0) {
   transport_ = takeOver(descriptor);

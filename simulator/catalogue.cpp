@@ -26,7 +26,7 @@ Database openDatabase(const std::string& path, int flags) {
 
 void execute(sqlite3* database, const std::string& sql) {
   if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-    throw std::runtime_error(sqlite3_errmsg(database));  // GCOVR_EXCL_LINE: only without memory
+    throw std::runtime_error(sqlite3_errmsg(database));  // COVERAGE_EXCL_LINE: only without memory
   }
 }
 

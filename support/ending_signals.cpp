@@ -145,13 +145,11 @@ void (*forcedWork)() = nullptr;
 void forceTheEnd() {
   const pid_t child = forcedWork == nullptr ? -1 : _Fork();
   if (child == 0) {
-    // GCOVR_EXCL_START: the counts of this process get lost
     std::signal(SIGALRM, SIG_DFL);
     deliver(SIGALRM);
     alarm(1);
     forcedWork();
     _exit(EXIT_SUCCESS);
-    // GCOVR_EXCL_STOP
   }
   constexpr timespec kStep{0, 10'000'000};
   for (int step = 0; child > 0 && step < 100 && waitpid(child, nullptr, WNOHANG) == 0; ++step) {
@@ -357,10 +355,10 @@ void endBySignal(int signal) {
   std::signal(signal, SIG_DFL);
   deliver(signal);
   std::raise(signal);
-  // GCOVR_EXCL_START: only the first process of a container survives its own signal
+  // COVERAGE_EXCL_START: only the first process of a container survives its own signal
   constexpr int kStatusOfSignals = 128;
   _exit(kStatusOfSignals + signal);
-  // GCOVR_EXCL_STOP
+  // COVERAGE_EXCL_STOP
 }
 
 RemoteCallUnderWay::RemoteCallUnderWay() {

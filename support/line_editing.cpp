@@ -456,8 +456,8 @@ bool LineEditor::wasInterrupted() const {
     std::rethrow_exception(ended_);
   } catch (const EndedBySignal&) {
     return isInterrupted();
-  } catch (...) {  // GCOVR_EXCL_LINE: only without memory
-    return false;  // GCOVR_EXCL_LINE
+  } catch (...) {  // COVERAGE_EXCL_LINE: only without memory
+    return false;  // COVERAGE_EXCL_LINE
   }
 }
 

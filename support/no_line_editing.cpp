@@ -8,13 +8,13 @@ bool canEditLines() {
   return false;
 }
 
-// GCOVR_EXCL_START: never called then
+// COVERAGE_EXCL_START: never called then
 Edited editLine(const std::string& /*prompt*/, const LineAids& /*aids*/, std::string& line) {
   line.clear();
   return Edited::End;
 }
 
 void rememberLine(const std::string& /*line*/) {}
-// GCOVR_EXCL_STOP
+// COVERAGE_EXCL_STOP
 
 }  // namespace lineup

@@ -42,7 +42,7 @@ void route(std::FILE*& stream, std::ostream& also, Destination& destination, int
   const cookie_io_functions_t functions{nullptr, print, nullptr, nullptr};
   std::FILE* const patient = fopencookie(&destination, "w", functions);
   if (patient == nullptr) {
-    return;  // GCOVR_EXCL_LINE: only without memory
+    return;  // COVERAGE_EXCL_LINE: only without memory
   }
   std::setvbuf(patient, nullptr, buffering, BUFSIZ);
   stream = patient;

@@ -229,9 +229,6 @@ void ConsoleProcess::startOnTerminal(const Start& start) {
 }
 
 ConsoleProcess::~ConsoleProcess() {
-  if (COVERAGE && !ended_ && pid_ > 0) {
-    tryToEndInOrder();
-  }
   if (!ended_ && pid_ > 0) {
     kill(-pid_, SIGKILL);
     kill(pid_, SIGKILL);
@@ -407,19 +404,6 @@ void ConsoleProcess::reap(Deadline deadline) {
     waitALittle(deadline, "the end");
   }
   ended_ = true;
-}
-
-/// A program that is killed does not leave its counts of what was run.
-void ConsoleProcess::tryToEndInOrder() {
-  for (const int number : {SIGTERM, SIGCONT}) {
-    kill(-pid_, number);
-    kill(pid_, number);
-  }
-  try {
-    reap(std::chrono::steady_clock::now() + std::chrono::seconds(2));
-  } catch (const std::runtime_error&) {
-    // Killed next.
-  }
 }
 
 Outcome ConsoleProcess::finish() {

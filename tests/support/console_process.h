@@ -125,7 +125,6 @@ class ConsoleProcess {
             std::chrono::milliseconds atMost = std::chrono::hours(1));
   void waitALittle(Deadline deadline, const std::string& awaited);
   void reap(Deadline deadline);
-  void tryToEndInOrder();
   [[noreturn]] void fail(const std::string& reason);
 
   const TemporaryFolder stateHome_;

@@ -491,9 +491,7 @@ int fcntl64(int descriptor, int command, ...) {
 }
 
 // Allocations by the C library's names: those of SQLite, of the line editing and of the Thrift
-// library's buffers. Unless a sanitizer is in the program, those by operators, too. Where counts of
-// what was run are written at the end, that needs memory: there these are left alone.
-#ifndef FAULTS_LEAVE_MALLOC
+// library's buffers. Unless a sanitizer is in the program, those by operators, too.
 void* malloc(size_t size) {
   static auto* const real = next<void*(size_t)>("malloc");
   return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : real(size);
@@ -508,7 +506,6 @@ void* realloc(void* block, size_t size) {
   static auto* const real = next<void*(void*, size_t)>("realloc");
   return fails("malloc") ? failWith<void*>(ENOMEM, nullptr) : real(block, size);
 }
-#endif
 
 }  // extern "C"
 

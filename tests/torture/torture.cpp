@@ -98,11 +98,11 @@ constexpr Kind kKinds[] = {
 };
 
 /// Whether calls of the kind fail in the session. The libraries that edit lines crash without
-/// memory; there the console's own allocations fail, as they do where malloc is left alone.
+/// memory; there the console's own allocations fail.
 /// Elsewhere they come with malloc, unless a sanitizer has operators of its own.
 bool applies(const Kind& kind, const Session& session) {
   const std::string name = kind.name;
-  const bool mallocFails = MALLOC_FAILS && !session.terminal;
+  const bool mallocFails = !session.terminal;
   return name == "malloc" ? mallocFails : name != "new" || !mallocFails || !NEW_USES_MALLOC;
 }
 
