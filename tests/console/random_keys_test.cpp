@@ -109,8 +109,8 @@ constexpr const char* kKeys[] = {"\x01",
                                  "\x1b[1;5D",
                                  "\x1bx",
                                  "\x1b\x7f",
-                                 "\x1b"
-                                 "d",
+                                 ("\x1b"
+                                  "d"),
                                  "\x1b[15~",
                                  "\x1b[[A",
                                  "\x1bOQ",
