@@ -17,10 +17,6 @@ std::string named(int32_t value, const std::array<const char*, count>& names) {
   return value >= 0 && index < count ? names[index] : std::to_string(value);
 }
 
-std::string onOff(bool on) {
-  return on ? "on" : "off";
-}
-
 std::string counted(size_t count, const char* singular, const char* plural) {
   return std::to_string(count) + (count == 1 ? singular : plural);
 }
@@ -112,6 +108,10 @@ const SettingRow kSettings[] = {
 };
 
 }  // namespace
+
+std::string onOff(bool on) {
+  return on ? "on" : "off";
+}
 
 std::string summary(const HeadendConfig& config) {
   const hub_module::LineupConfig& lineup = config.lineupConfig;

@@ -8,6 +8,9 @@
 
 namespace lineup::simulator {
 
+/// "on" or "off".
+std::string onOff(bool on);
+
 /// For example "3 RF entries, 2 IP entries, modulation QAM".
 std::string summary(const korvel::thrift::hub_module::HeadendConfig& config);
 

@@ -24,10 +24,6 @@ std::string inputName(general::RFInputId::type id) {
   return name != general::_RFInputId_VALUES_TO_NAMES.end() ? name->second : std::to_string(id);
 }
 
-std::string onOff(bool on) {
-  return on ? " on" : " off";
-}
-
 template <class Entry>
 bool hasService(const hub_module::LineupConfig& lineup, const Entry& entry) {
   switch (entry.serviceKind) {
@@ -103,7 +99,7 @@ void HeadendService::setTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt
       continue;
     }
     next.tdtRFInputs[id].config = config;
-    told += inputName(id) + onOff(config.enabled);
+    told += inputName(id) + ' ' + onOff(config.enabled);
   }
   replaceState("setTDTRFInputConfig", std::move(next));
   report("setTDTRFInputConfig", told);
@@ -120,7 +116,7 @@ void HeadendService::setSATRFInputConfig(RFInputId::type id,
   }
   input->second.config = config;
   replaceState("setSATRFInputConfig", std::move(next));
-  report("setSATRFInputConfig", inputName(id) + onOff(config.enabled));
+  report("setSATRFInputConfig", inputName(id) + ' ' + onOff(config.enabled));
 }
 
 void HeadendService::setLineupConfig(HeadendStatus& result,

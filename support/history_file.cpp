@@ -20,7 +20,7 @@ namespace lineup {
 
 namespace {
 
-constexpr char kName[] = "history";
+constexpr char kFileName[] = "history";
 constexpr char kNewName[] = "history.new";
 constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
 
@@ -33,7 +33,7 @@ std::optional<Folder> openFolder(IfMissing ifMissing) {
 /// Opens the file if it is the user's own, and closes it to others.
 Descriptor openFile(const Folder& folder, int flags) {
   constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  Descriptor file(openat(folder.descriptor.number(), kName, flags | kFlags, kOwnerAlone));
+  Descriptor file(openat(folder.descriptor.number(), kFileName, flags | kFlags, kOwnerAlone));
   struct stat status {};
   const bool isOwn = file.isOpen() && fstat(file.number(), &status) == 0 &&
                      S_ISREG(status.st_mode) && status.st_uid == geteuid();
@@ -110,7 +110,7 @@ void replace(const Folder& folder, std::string_view content) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const Descriptor file(openat(place, kNewName, kFlags, kOwnerAlone));
   if (file.isOpen() && append(file.number(), content)) {
-    renameat(place, kNewName, place, kName);
+    renameat(place, kNewName, place, kFileName);
   } else {
     unlinkat(place, kNewName, 0);
   }

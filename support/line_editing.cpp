@@ -99,7 +99,7 @@ bool acceptPending(int signal) {
 
 /// Has `signal`, which is pending, delivered: the program stops here, and goes on when it is
 /// continued, or ends. If it has been continued already, the system has discarded the stop.
-void deliver(int signal) {
+void deliverPending(int signal) {
   const sigset_t one = only(signal);
   sigset_t before;
   pthread_sigmask(SIG_UNBLOCK, &one, &before);
@@ -620,7 +620,7 @@ void LineEditor::handleTerminalSignals() {
 /// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
 void LineEditor::letStop(int signal) {
   endEditing();
-  deliver(signal);
+  deliverPending(signal);
   throwIfSignalled();
   startAgain();
 }

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kName[] = "lineup-console";
+constexpr char kFolderName[] = "lineup-console";
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 std::string variable(const char* name) {
@@ -92,17 +92,17 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing) {
     return std::nullopt;
   }
   if (ifMissing == IfMissing::Create) {
-    createFolders(home / kName);
+    createFolders(home / kFolderName);
   }
   const Descriptor parent(open(home.c_str(), kFolder));
   if (!parent.isOpen()) {
     return std::nullopt;
   }
-  Descriptor folder(openat(parent.number(), kName, kFolder | O_NOFOLLOW));
+  Descriptor folder(openat(parent.number(), kFolderName, kFolder | O_NOFOLLOW));
   if (!folder.isOpen() || !isPrivate(folder.number())) {
     return std::nullopt;
   }
-  return Folder{home / kName, std::move(folder)};
+  return Folder{home / kFolderName, std::move(folder)};
 }
 
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
