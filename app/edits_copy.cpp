@@ -145,15 +145,14 @@ bool isOld(const LeftCopy& copy) {
   return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
 }
 
-/// Notes when it was announced first: its access time is set, and then it is made read-only. Where
-/// that fails it is announced for the first time once more.
-void noteAnnounced(const LeftCopy& copy) {
+/// Notes when it was announced first: its access time is set, and then it is made read-only.
+/// Returns whether that could be done; if not, it is announced for the first time once more.
+bool noteAnnounced(const LeftCopy& copy) {
   const int folder = copy.folder->descriptor.number();
   const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  if (!wasAnnounced(copy) &&
-      utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0) {
-    fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
-  }
+  return wasAnnounced(copy) ||
+         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
+          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
 }
 
 void announce(const LeftCopy& copy) {
