@@ -107,7 +107,8 @@ void printIfPossible(const std::string& text) {
 }
 
 /// Sends `wanted`, which came from `file`, and reads back what then runs.
-HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& file) {
+HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& file,
+                              const BlockedEndingSignals& uninterrupted) {
   try {
     send(wanted);
   } catch (const Refused& refused) {
@@ -116,7 +117,7 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
     throw Failure(failure.status(),
                   failure.what() + ("; whether " + file + " was taken over is not known"));
   }
-  if (BlockedEndingSignals::isAnyPending()) {
+  if (uninterrupted.isAnyPending()) {
     throw Failure(kController, file +
                                    ": was sent and taken over; a signal ends this before it was "
                                    "read back");
@@ -134,16 +135,17 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
 void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
   const BlockedEndingSignals uninterrupted;
   try {
-    const std::string otherwise = configDifference(wanted, sendAndReadBack(wanted, file));
+    const std::string otherwise =
+        configDifference(wanted, sendAndReadBack(wanted, file, uninterrupted));
     if (!otherwise.empty()) {
       printIfPossible(otherwise);
       throw Failure(kOtherConfig, file + ": was sent, but something else runs");
     }
-    if (BlockedEndingSignals::isAnyPending()) {
+    if (uninterrupted.isAnyPending()) {
       complain(file + ": was sent, and runs");
     }
   } catch (const Failure& failure) {
-    if (BlockedEndingSignals::isAnyPending()) {
+    if (uninterrupted.isAnyPending()) {
       complain(failure.what());
     }
     throw;

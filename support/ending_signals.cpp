@@ -20,12 +20,6 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-// The signals that do not end a program by default, or must not be caught: a fault that is caught
-// returns into itself.
-constexpr int kOthers[] = {SIGKILL, SIGSTOP, SIGCHLD,  SIGCONT, SIGTSTP, SIGTTIN,
-                           SIGTTOU, SIGURG,  SIGWINCH, SIGSEGV, SIGBUS,  SIGILL,
-                           SIGFPE,  SIGTRAP, SIGABRT,  SIGSYS,  SIGXFSZ};
-
 /// What whoever starts a program makes it ignore so that it goes on without him.
 constexpr int kMayStayIgnored[] = {SIGHUP, SIGINT, SIGQUIT};
 
@@ -37,17 +31,6 @@ constexpr microseconds kUntilTheEndOfACall =
 
 bool isOneOf(std::span<const int> signals, int signal) {
   return std::find(signals.begin(), signals.end(), signal) != signals.end();
-}
-
-/// Calls `work` for each signal that ends the program.
-template <class Work>
-void forEachEndingSignal(Work work) {
-  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-    const bool isOfTheLibrary = signal > SIGSYS && signal < SIGRTMIN;
-    if (!isOfTheLibrary && !isOneOf(kOthers, signal)) {
-      work(signal);
-    }
-  }
 }
 
 sigset_t endingSignals() {
