@@ -24,6 +24,17 @@ void runOut(int /*signal*/) {
   _exit(kDiffers);
 }
 
+/// Has SIGALRM end the program by runOut(), also where it was started with the signal blocked or
+/// pending.
+void listenForAlarm() {
+  std::signal(SIGALRM, SIG_IGN);  // which discards a pending one
+  std::signal(SIGALRM, runOut);
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
+}
+
 /// Starts the clock for `text`, a number of seconds greater than 0.
 void limitTime(const std::string& text) {
   double seconds = 0;
@@ -35,7 +46,7 @@ void limitTime(const std::string& text) {
   }
   std::snprintf(runOutLine, sizeof(runOutLine), "lineupctl: %s: no answer within %.40s s\n",
                 controllerPlace().c_str(), text.c_str());
-  std::signal(SIGALRM, runOut);
+  listenForAlarm();
   const auto whole = static_cast<time_t>(seconds);
   const auto rest = static_cast<suseconds_t>((seconds - static_cast<double>(whole)) * 1e6);
   const itimerval timer{{0, 0}, {whole, whole == 0 && rest == 0 ? 1 : rest}};

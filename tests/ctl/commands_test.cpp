@@ -492,6 +492,17 @@ TEST_F(Ctl, WaitsNoLongerThanItIsTold) {
   expectCtl({"wait", "--timeout", "0.2"}, 1, "", "127.0.0.1:9190: no answer within 0.2 s");
 }
 
+// As a service manager or "env --block-signal" may have it.
+TEST_F(Ctl, WaitsNoLongerThanItIsToldWhateverBecameOfTheAlarmBefore) {
+  for (const std::string option : {"--block-signal=ALRM", "--ignore-signal=ALRM"}) {
+    const Start start{.program = "env",
+                      .arguments = {option, kCtlProgram, "wait", "--timeout", "0.2"}};
+    const Outcome outcome = run(start);
+    EXPECT_EQ(outcome.status, 1) << option;
+    EXPECT_EQ(outcome.err, "lineupctl: 127.0.0.1:9190: no answer within 0.2 s\n");
+  }
+}
+
 // ---- output and signals
 
 /// How to start lineupctl by the shell, with its streams as `redirection` says.
