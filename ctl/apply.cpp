@@ -91,9 +91,9 @@ void backUpRunning(const Arguments& arguments, const HeadendConfig& running) {
   if (!arguments.has("backup")) {
     return;
   }
-  const std::string folder = arguments.value("backup", "");
-  const std::string added = keepCopy(folder, configFileContent(running), arguments.count("keep"));
-  print("kept what ran in " + (added.empty() ? folder : added) + "\n");
+  const KeptCopy kept =
+      keepCopy(arguments.value("backup", ""), configFileContent(running), arguments.count("keep"));
+  print("kept what ran in " + kept.path + "\n");
 }
 
 /// Prints `text`. An output error is one line on standard error and does not change the status,

@@ -56,7 +56,7 @@ std::vector<std::string> copiesIn(const std::string& folder) {
   try {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
       const std::string name = entry.path().filename();
-      if (timeOf(name)) {
+      if (timeOf(name) && entry.symlink_status().type() == fs::file_type::regular) {
         names.push_back(name);
       }
     }
@@ -86,13 +86,12 @@ bool holds(const fs::path& path, const std::string& content) {
 
 }  // namespace
 
-std::string keepCopy(const std::string& folder, const std::string& content, std::size_t keep) {
+KeptCopy keepCopy(const std::string& folder, const std::string& content, std::size_t keep) {
   std::vector<std::string> names = copiesIn(folder);
-  std::string added;
-  if (names.empty() || !holds(fs::path(folder) / names.back(), content)) {
+  const bool isNew = names.empty() || !holds(fs::path(folder) / names.back(), content);
+  if (isNew) {
     names.push_back(nextName(names));
-    added = fs::path(folder) / names.back();
-    writeFile(added, content);
+    writeFile(fs::path(folder) / names.back(), content);
   }
   for (std::size_t index = 0; keep > 0 && index + keep < names.size(); ++index) {
     std::error_code failed;
@@ -101,14 +100,13 @@ std::string keepCopy(const std::string& folder, const std::string& content, std:
       throw Failure(kFile, (fs::path(folder) / names[index]).string() + ": " + failed.message());
     }
   }
-  return added;
+  return {fs::path(folder) / names.back(), isNew};
 }
 
 Status backup(const Arguments& arguments) {
   const std::size_t keep = arguments.count("keep");
-  const std::string added =
-      keepCopy(arguments.operands()[0], configFileContent(runningConfig()), keep);
-  print(added.empty() ? "" : added + "\n");
+  const KeptCopy kept = keepCopy(arguments.operands()[0], configFileContent(runningConfig()), keep);
+  print(kept.isNew ? kept.path + "\n" : "");
   return kDone;
 }
 

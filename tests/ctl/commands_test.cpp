@@ -303,6 +303,20 @@ TEST_F(CtlWithController, KeepsWhatRanBeforeItSends) {
   EXPECT_EQ(contentOf(copy), toJson(withId(1)));
 }
 
+TEST_F(CtlWithController, NamesTheCopyOfWhatRanAlsoIfItIsThereAlready) {
+  const std::string copies = folder_.file("copies");
+  fs::create_directory(copies);
+  EXPECT_EQ(runCtl({"backup", copies}).status, 0);
+  ASSERT_EQ(namesIn(copies).size(), 1U);
+  const std::string copy = copies + "/" + namesIn(copies)[0];
+  expectCtl({"apply", "--backup", copies, fileWith(withId(7))}, 0,
+            "id: 1 -> 7\nkept what ran in " + copy + "\n");
+  EXPECT_EQ(namesIn(copies).size(), 1U);
+  // Which undoes it, also when a copy of what runs now has been made meanwhile.
+  EXPECT_EQ(runCtl({"backup", copies}).status, 0);
+  expectCtl({"apply", copy}, 0, "id: 7 -> 1\n");
+}
+
 TEST_F(CtlWithController, SendsNothingIfWhatRanCannotBeKept) {
   const std::string nowhere = folder_.file("nowhere");
   expectCtl({"apply", "--backup", nowhere, fileWith(withId(7))}, 3, "id: 1 -> 7\n",
@@ -444,6 +458,25 @@ TEST_F(CtlWithController, NamesCopiesInTheOrderInWhichTheyAreMadeWhateverTheCloc
     expectCtl({"backup", "--keep", "2", folder_.path()}, 0, "");  // nothing has changed
   }
   EXPECT_EQ(namesIn(folder_.path()), Words(made.begin() + 1, made.end()));
+}
+
+TEST_F(CtlWithController, TakesRegularFilesAloneForCopies) {
+  const std::string folder = folder_.file("lineup-20260101T000000.000Z.json");
+  const std::string link = folder_.file("lineup-29990101T000000.000Z.json");
+  const std::string fifo = folder_.file("lineup-29990102T000000.000Z.json");
+  fs::create_directory(folder);
+  fill(folder + "/notes", "mine");
+  fs::create_symlink(folder + "/notes", link);
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const int32_t id : {2, 3}) {
+    controller_.setConfig(withId(id));
+    EXPECT_EQ(runCtl({"backup", "--keep", "1", folder_.path()}).status, 0);
+  }
+  const Words names = namesIn(folder_.path());
+  ASSERT_EQ(names.size(), 4U);
+  EXPECT_EQ(contentOf(folder_.file(names[1])), toJson(withId(3)));
+  EXPECT_EQ(contentOf(link), "mine");
+  EXPECT_TRUE(fs::is_fifo(fifo));
 }
 
 TEST_F(CtlWithController, LeavesFilesAloneWhoseNamesAreNoTimes) {
