@@ -1,4 +1,7 @@
+#include <charconv>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "catalogue/word_search.h"
 #include "compare/text_table.h"
@@ -28,14 +31,21 @@ TextTable tableOf(const std::vector<FoundService>& services) {
   return table;
 }
 
+/// A number where the cell is a whole one, as its text says it; otherwise the text.
+json numberOrText(const std::string& cell) {
+  int64_t number = 0;
+  std::from_chars(cell.data(), cell.data() + cell.size(), number);
+  return std::to_string(number) == cell ? json(number) : json(cell);
+}
+
 std::string jsonOf(const std::vector<FoundService>& services) {
   json list = json::array();
   for (const FoundService& service : services) {
-    list.push_back({{"number", service.number},
+    list.push_back({{"number", numberOrText(service.number)},
                     {"name", service.name},
                     {"kind", service.kind},
                     {"source", service.source},
-                    {"sid", service.sid},
+                    {"sid", numberOrText(service.sid)},
                     {"adddvb", service.takenFrom}});
   }
   return list.dump(2, ' ', false, json::error_handler_t::replace) + "\n";

@@ -93,13 +93,27 @@ TEST_F(CtlCatalogue, ListsEverythingWithoutAWord) {
   EXPECT_EQ(outcome.status, 0);
   const auto list = nlohmann::json::parse(outcome.out);
   ASSERT_EQ(list.size(), 6U);
-  EXPECT_EQ(list[2], nlohmann::json({{"number", "17"},
+  EXPECT_EQ(list[2], nlohmann::json({{"number", 17},
                                      {"name", "News Local"},
                                      {"kind", "TDT"},
                                      {"source", "474000 kHz"},
-                                     {"sid", "201"},
+                                     {"sid", 201},
                                      {"adddvb", "SAT"}}));
   EXPECT_EQ(list[5]["name"], "");
+  EXPECT_EQ(list[5]["number"], 41);
+  EXPECT_EQ(list[5]["sid"], "");  // there is none
+}
+
+TEST_F(CtlCatalogue, SaysCellsThatAreNoWholeNumbersAsTexts) {
+  CatalogueFile catalogue(kFile);
+  for (const std::string number : {"1.5", "12 a", "-3"}) {
+    addSat(catalogue, number, "News");
+  }
+  nlohmann::json numbers;
+  for (const auto& service : nlohmann::json::parse(runCtl({"catalogue", "--format=json"}).out)) {
+    numbers.push_back(service["number"]);
+  }
+  EXPECT_EQ(numbers, nlohmann::json({"1.5", "12 a", -3}));
 }
 
 TEST_F(CtlCatalogue, SaysWhyItCannotBeRead) {
