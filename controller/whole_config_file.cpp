@@ -5,13 +5,17 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <set>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "controller/config_file_protocol.h"
@@ -25,13 +29,129 @@ namespace {
 
 using korvel::thrift::hub_module::HeadendConfig;
 
+/// What no complete configuration is, and why.
+std::runtime_error incomplete(const std::string& reason) {
+  return std::runtime_error("is no complete configuration: " + reason);
+}
+
+/// Whether a text is a number as JSON spells it: the library takes "+1" and "01" as well.
+bool isJsonNumber(std::string_view text) {
+  const auto skipDigits = [&text] {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789"), text.size());
+    text.remove_prefix(end);
+    return end;
+  };
+  const auto skip = [&text](std::string_view characters) {
+    const bool found = !text.empty() && characters.find(text[0]) != std::string_view::npos;
+    text.remove_prefix(found ? 1 : 0);
+    return found;
+  };
+  skip("-");
+  const bool isWhole = skip("0") || skipDigits() > 0;
+  if (!isWhole || (skip(".") && skipDigits() == 0)) {
+    return false;
+  }
+  if (skip("eE")) {
+    skip("+-");
+    return skipDigits() > 0 && text.empty();
+  }
+  return text.empty();
+}
+
+/// Looks at the tokens that are read, for what the library does not insist on. Throws
+/// std::runtime_error for a number that JSON spells otherwise.
+class TokenTransport : public ConfigFileTransport {
+ public:
+  explicit TokenTransport(Descriptor& descriptor) : ConfigFileTransport(descriptor) {}
+
+  uint32_t readAll_virt(uint8_t* buffer, uint32_t length) override {
+    ConfigFileTransport::readAll_virt(buffer, length);
+    for (uint32_t index = 0; index < length; ++index) {
+      follow(static_cast<char>(buffer[index]));
+    }
+    return length;
+  }
+
+  /// The last text that was read to its end, and the one before it. Of a long one its beginning.
+  const std::string& lastText() const { return lastText_; }
+  const std::string& lastTextButOne() const { return lastTextButOne_; }
+
+ private:
+  void follow(char character) {
+    if (inText_) {
+      followText(character);
+    } else if (std::string_view("{}[],:\"").find(character) == std::string_view::npos) {
+      token_ += character;
+    } else {
+      endNumber();
+      inText_ = character == '"';
+    }
+  }
+
+  void followText(char character) {
+    constexpr std::size_t kLongEnough = 64;
+    if (character == '"' && !escaped_) {
+      inText_ = false;
+      lastTextButOne_.swap(lastText_);
+      lastText_.swap(token_);
+      token_.clear();
+    } else if (token_.size() < kLongEnough) {
+      token_ += character;
+    }
+    escaped_ = character == '\\' && !escaped_;
+  }
+
+  void endNumber() {
+    if (!token_.empty() && !isJsonNumber(token_)) {
+      throw incomplete("has a number that is none of JSON, " + token_);
+    }
+    token_.clear();
+  }
+
+  bool inText_ = false;
+  bool escaped_ = false;
+  std::string token_;  // that is being read
+  std::string lastText_;
+  std::string lastTextButOne_;
+};
+
+/// The name of a type in the protocol. The library looks at a letter or two of it.
+std::string_view typeName(apache::thrift::protocol::TType type) {
+  switch (type) {
+    case apache::thrift::protocol::T_BOOL:
+      return "tf";
+    case apache::thrift::protocol::T_BYTE:
+      return "i8";
+    case apache::thrift::protocol::T_I16:
+      return "i16";
+    case apache::thrift::protocol::T_I32:
+      return "i32";
+    case apache::thrift::protocol::T_I64:
+      return "i64";
+    case apache::thrift::protocol::T_DOUBLE:
+      return "dbl";
+    case apache::thrift::protocol::T_STRING:
+      return "str";
+    case apache::thrift::protocol::T_STRUCT:
+      return "rec";
+    case apache::thrift::protocol::T_MAP:
+      return "map";
+    case apache::thrift::protocol::T_LIST:
+      return "lst";
+    case apache::thrift::protocol::T_SET:
+      return "set";
+    default:
+      return "";
+  }
+}
+
 /// Follows the reading of a record in its shape and throws std::runtime_error for a field that is
 /// missing, unknown, given twice or of another type, a key that a map has twice, and a number that
 /// the field cannot hold: the library would keep one value of the two, and the nearest number.
 class WholeConfigProtocol : public ConfigFileProtocol {
  public:
-  explicit WholeConfigProtocol(const std::shared_ptr<ConfigFileTransport>& file)
-      : ConfigFileProtocol(file), next_(&headendConfigShape()) {}
+  explicit WholeConfigProtocol(const std::shared_ptr<TokenTransport>& file)
+      : ConfigFileProtocol(file), file_(*file), next_(&headendConfigShape()) {}
 
   uint32_t readStructBegin_virt(std::string& name) override {
     open_.push_back({next_});
@@ -55,6 +175,9 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     if (type == apache::thrift::protocol::T_STOP) {
       return read;
     }
+    require(file_.lastTextButOne() == std::to_string(id),
+            "has the field id \"" + file_.lastTextButOne() + "\"");
+    requireType(type, file_.lastText());
     const auto field = record.shape->fields.find(id);
     require(field != record.shape->fields.end(), "has an unknown field " + std::to_string(id));
     record.field = &field->second;
@@ -66,6 +189,8 @@ class WholeConfigProtocol : public ConfigFileProtocol {
 
   uint32_t readMapBegin_virt(TType& key, TType& value, uint32_t& size) override {
     const uint32_t read = ConfigFileProtocol::readMapBegin_virt(key, value, size);
+    requireType(key, file_.lastTextButOne());
+    requireType(value, file_.lastText());
     require(size == 0 || key == next_->keyType, "has keys of another type");
     openContainer(value, size);
     open_.back().keyIsNext = true;
@@ -77,6 +202,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
   }
   uint32_t readListBegin_virt(TType& element, uint32_t& size) override {
     const uint32_t read = ConfigFileProtocol::readListBegin_virt(element, size);
+    requireType(element, file_.lastText());
     openContainer(element, size);
     return read;
   }
@@ -117,6 +243,8 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     using Limits = std::numeric_limits<Number>;
     require(wide >= int64_t{Limits::min()} && wide <= int64_t{Limits::max()},
             "has a number that is out of range");
+    require(!open_.back().keyIsNext || file_.lastText() == std::to_string(wide),
+            "has the key \"" + file_.lastText() + "\"");
     value = static_cast<Number>(wide);
     finishScalar(std::to_string(wide));
     return read;
@@ -149,8 +277,12 @@ class WholeConfigProtocol : public ConfigFileProtocol {
 
   void require(bool holds, const std::string& otherwise) const {
     if (!holds) {
-      throw std::runtime_error("is no complete configuration: " + path() + otherwise);
+      throw incomplete(path() + otherwise);
     }
+  }
+
+  void requireType(TType type, const std::string& name) const {
+    require(typeName(type) == name, "has the unknown type \"" + name + "\"");
   }
 
   std::string path() const {
@@ -161,6 +293,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     return path.empty() ? path : path + " ";
   }
 
+  const TokenTransport& file_;
   std::vector<Open> open_;
   const ValueShape* next_;  // of the value that is read next
 };
@@ -177,10 +310,15 @@ void requireEnd(ConfigFileTransport& file) {
     }
     throw;
   }
-  throw std::runtime_error("is no complete configuration: something follows it");
+  throw incomplete("something follows it");
 }
 
 }  // namespace
+
+int openToRead(const std::string& path) {
+  return path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                     : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
 
 std::string configFileContent(const HeadendConfig& config) {
   const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
@@ -190,19 +328,18 @@ std::string configFileContent(const HeadendConfig& config) {
 }
 
 HeadendConfig readWholeConfigFile(const std::string& path) {
-  Descriptor descriptor(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                    : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  Descriptor descriptor(openToRead(path));
   if (!descriptor.isOpen()) {
     throw std::runtime_error(std::strerror(errno));
   }
-  const auto file = std::make_shared<ConfigFileTransport>(descriptor);
+  const auto file = std::make_shared<TokenTransport>(descriptor);
   HeadendConfig config;
   try {
     WholeConfigProtocol protocol(file);
     config.read(&protocol);
     requireEnd(*file);
   } catch (const apache::thrift::TException& error) {
-    throw std::runtime_error(std::string("is no complete configuration: ") + error.what());
+    throw incomplete(error.what());
   }
   return config;
 }

@@ -8,6 +8,10 @@
 
 namespace lineup {
 
+/// A descriptor to read the file `path`, "-" for standard input; negative, with the reason in
+/// errno, if it cannot be opened.
+int openToRead(const std::string& path);
+
 /// What a file with `config` holds.
 std::string configFileContent(const korvel::thrift::hub_module::HeadendConfig& config);
 

@@ -145,6 +145,41 @@ TEST_F(CtlFiles, WithANumberThatAFieldCannotHoldAreRefused) {
   EXPECT_NE(why.find(" has a number that is out of range"), std::string::npos) << why;
 }
 
+TEST_F(CtlFiles, WithANumberThatJsonSpellsOtherwiseAreRefused) {
+  const auto withPort = [](const std::string& number) {
+    return changed(R"("6":{"i32":1234})", R"("6":{"i32":)" + number + "}");
+  };
+  for (const std::string number : {"+101", "00101", "00", "-01", "1.", ".5", "1e", "1e+", "--1"}) {
+    expectRefused(withPort(number), "has a number that is none of JSON, " + number);
+  }
+  for (const std::string number : {"0", "-0", "-1", "101", "1000"}) {
+    EXPECT_TRUE(isTaken(withPort(number))) << number;
+  }
+  expectRefused(changed("[\"rec\",0]", "[\"rec\",00]"), "has a number that is none of JSON, 00");
+  expectRefused(changed("[\"rec\",0]", "[\"rec\",+0]"), "has a number that is none of JSON, +0");
+}
+
+TEST_F(CtlFiles, WithAFieldIdOrATypeThatIsNoneAreRefused) {
+  for (const std::string field : {"06", "+6", "6 ", "00006"}) {
+    std::string why;
+    EXPECT_FALSE(isTaken(changed(R"("6":{"i32":1234})", '"' + field + R"(":{"i32":1234})"), &why));
+    EXPECT_NE(why.find("is no complete configuration: "), std::string::npos) << why;
+  }
+  for (const std::string type : {"i3 2", "i320", "i3", "i"}) {
+    std::string why;
+    EXPECT_FALSE(isTaken(changed(R"("6":{"i32":1234})", R"("6":{")" + type + R"(":1234})"), &why))
+        << type;
+    EXPECT_NE(why.find("is no complete configuration: "), std::string::npos) << why;
+  }
+  expectRefused(changed(R"("6":{"i32":1234})", R"("6":{"i3 2":1234})"),
+                "/lineupConfig/ipConfig has the unknown type \"i3 2\"");
+  std::string why;
+  EXPECT_FALSE(isTaken(changed("[\"rec\",0]", "[\"reco\",0]"), &why));
+  EXPECT_NE(why.find("has the unknown type \"reco\""), std::string::npos) << why;
+  EXPECT_FALSE(isTaken(changed("[\"str\",\"rec\",0,", "[\"strg\",\"rec\",0,"), &why));
+  EXPECT_NE(why.find("has the unknown type \"strg\""), std::string::npos) << why;
+}
+
 TEST_F(CtlFiles, WithAKeyTwiceInAMapAreRefused) {
   HeadendConfig config;
   config.lineupConfig.emptyInputServices[1];
@@ -161,6 +196,8 @@ TEST_F(CtlFiles, WithAKeyTwiceInAMapAreRefused) {
   };
   expectRefused(with("},\"2\":{\"1\":{\"rec\"", "},\"1\":{\"1\":{\"rec\""),
                 "/lineupConfig/emptyInputServices has the key \"1\" twice");
+  expectRefused(with("},\"2\":{\"1\":{\"rec\"", "},\"02\":{\"1\":{\"rec\""),
+                "/lineupConfig/emptyInputServices has the key \"02\"");
   expectRefused(with("\"7/2\"", "\"7/1\""), "/ipInputs has the key \"7/1\" twice");
 }
 
@@ -198,7 +235,7 @@ TEST_F(CtlFiles, WithATokenLeftOutOrOfAnotherKindAreRefused) {
     const std::string before = good.substr(0, begin);
     const std::string behind = good.substr(end);
     ASSERT_FALSE(isTaken(before + behind)) << begin;
-    for (const std::string token : {"{", "]", ",", ":", "x", "\"unknown\""}) {
+    for (const std::string token : {"{", "]", ",", ":", "x", "\"unknown\"", "+101", "00", "1."}) {
       // A text may be another one, and the key of a map, too.
       if (good.substr(begin, end - begin) == token || (token[0] == '"' && good[begin] == '"')) {
         continue;
