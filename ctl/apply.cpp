@@ -1,9 +1,10 @@
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <algorithm>
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "compare/config_difference.h"
 #include "compare/named_json_reader.h"
@@ -21,59 +22,75 @@ namespace {
 using korvel::thrift::hub_module::HeadendConfig;
 using nlohmann::json;
 
-std::string contentOf(const std::string& path) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  std::string content;
-  std::array<char, 4096> part{};
-  while (file.read(part.data(), part.size()), file.gcount() > 0) {
-    content.append(part.data(), static_cast<std::size_t>(file.gcount()));
-  }
-  if (!file.is_open() || file.bad()) {
-    throw Failure(kFile, path + ": " + std::strerror(errno == 0 ? EIO : errno));
-  }
-  return content;
+/// What the library says is wrong, without its own name for that, in brackets.
+std::string reasonOf(const json::exception& error) {
+  const std::string text = error.what();
+  const std::size_t end = text.find("] ");
+  return end == std::string::npos ? text : text.substr(end + 2);
 }
 
-/// Throws Failure if `operation`, of the patch in the file `path`, names a member of a value that
-/// has none, such as a number: the library does not tell that from a place that can be changed.
-void requirePlace(const json& record, const json& operation, const std::string& path) {
+/// The place that an operation of a patch names, if it names one.
+std::optional<std::string> pathOf(const json& operation) {
   if (!operation.is_object() || !operation.contains("path") || !operation["path"].is_string()) {
-    return;  // the library says so
+    return std::nullopt;
   }
-  const json::json_pointer place(operation["path"].get<std::string>());
+  return operation["path"].get<std::string>();
+}
+
+/// Throws std::domain_error if `operation` names a member of a value that has none, such as a
+/// number: the library does not tell that from a place that can be changed.
+void requirePlace(const json& record, const json& operation) {
+  const json::json_pointer place(pathOf(operation).value_or(""));
   if (place.empty()) {
-    return;
+    return;  // of what is wrong, the library says so
   }
   const json::json_pointer around = place.parent_pointer();
   if (record.contains(around) && !record.at(around).is_structured()) {
-    throw Failure(kFile, path + ": " + around.to_string() + " has no members");
+    throw std::domain_error(around.to_string() + " has no members");
   }
 }
 
-/// `record` with the patch of RFC 6902 in the file `path`.
-json patched(json record, const std::string& path) {
-  const json patch = json::parse(contentOf(path));
-  if (!patch.is_array()) {
-    record.patch_inplace(patch);  // which says why it is none
-  }
-  for (const json& operation : patch) {
-    requirePlace(record, operation, path);
+/// Applies one operation of a patch. Throws std::domain_error, with the reason.
+void patchOnce(json& record, const json& operation) {
+  try {
+    requirePlace(record, operation);
     record.patch_inplace(json::array({operation}));
+  } catch (const json::exception& error) {
+    throw std::domain_error(reasonOf(error));
+  }
+}
+
+/// `record` with the patch of RFC 6902 in `text`. Throws std::domain_error, with the operation and
+/// the reason.
+json patched(json record, const std::string& text) {
+  const json patch = json::parse(text);
+  if (!patch.is_array()) {
+    throw std::domain_error("is no array of operations");
+  }
+  for (std::size_t index = 0; index < patch.size(); ++index) {
+    try {
+      patchOnce(record, patch[index]);
+    } catch (const std::domain_error& error) {
+      const std::optional<std::string> path = pathOf(patch[index]);
+      throw std::domain_error("operation " + std::to_string(index + 1) +
+                              (path ? ", " + *path : "") + ": " + error.what());
+    }
   }
   return record;
 }
 
 /// `config` with the patch in the file `path`.
 HeadendConfig patched(const HeadendConfig& config, const std::string& path) {
+  const std::string text = textInFile(path);
+  const std::string name = fileName(path);
   try {
-    return configFromJson(patched(namedJson(config), path));
+    return configFromJson(patched(namedJson(config), text));
   } catch (const json::exception& error) {
-    throw Failure(kFile, path + ": " + error.what());
-  } catch (const Failure&) {
-    throw;
+    throw Failure(kFile, name + ": " + reasonOf(error));
+  } catch (const std::domain_error& error) {
+    throw Failure(kFile, name + ": " + error.what());
   } catch (const std::runtime_error& error) {
-    throw Failure(kFile, path + ": leaves no complete configuration: " + error.what());
+    throw Failure(kFile, name + ": leaves no complete configuration: " + error.what());
   }
 }
 
@@ -157,8 +174,11 @@ void requireConsistentOptions(const Arguments& arguments) {
     throw Failure(kUsage, "apply: --keep goes with --backup");
   }
   arguments.count("keep");
-  if (arguments.operands()[0] == "-" && arguments.value("expect", "") == "-") {
-    throw Failure(kUsage, "apply: only one of the two can be standard input");
+  std::vector<std::string> files = arguments.values("patch");
+  files.push_back(arguments.operands()[0]);
+  files.push_back(arguments.value("expect", ""));
+  if (std::count(files.begin(), files.end(), "-") > 1) {
+    throw Failure(kUsage, "apply: only one file can be standard input");
   }
 }
 
@@ -166,7 +186,6 @@ void requireConsistentOptions(const Arguments& arguments) {
 
 Status apply(const Arguments& arguments) {
   requireConsistentOptions(arguments);
-  const std::string file = arguments.operands()[0];
   const HeadendConfig wanted = wantedConfig(arguments);
   std::optional<HeadendConfig> expected;
   const std::string expectedSource = arguments.value("expect", "running");
@@ -175,7 +194,7 @@ Status apply(const Arguments& arguments) {
   }
   const HeadendConfig running = runningConfig();
   if (expected && !configDifference(*expected, running).empty()) {
-    throw Failure(kDiffers, expectedSource + ": is not what runs");
+    throw Failure(kDiffers, fileName(expectedSource) + ": is not what runs");
   }
   const std::string difference = configDifference(running, wanted);
   print(difference);
@@ -186,7 +205,7 @@ Status apply(const Arguments& arguments) {
     return kDiffers;
   }
   backUpRunning(arguments, running);
-  sendAndCompare(wanted, file);
+  sendAndCompare(wanted, fileName(arguments.operands()[0]));
   return kDone;
 }
 

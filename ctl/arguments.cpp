@@ -60,6 +60,9 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
     if (found == ':' || found == '?') {
       refuseOption(command, found, pointers);
     }
+    if (optarg != nullptr && *optarg == '\0') {
+      refuse(command + ": --" + known[static_cast<std::size_t>(index)].name + " needs a value");
+    }
     options_[known[static_cast<std::size_t>(index)].name].emplace_back(optarg == nullptr ? ""
                                                                                          : optarg);
   }

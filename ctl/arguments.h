@@ -20,8 +20,8 @@ struct Option {
 class Arguments {
  public:
   /// Reads `words`, of which the first is the command. Throws Failure(kUsage) for an option that is
-  /// none of `options` or lacks its value, and unless there are `least` to `most` operands. Each
-  /// command has the option "help" as well, which goes with any operands.
+  /// none of `options` or lacks its value or has an empty one, and unless there are `least` to
+  /// `most` operands. Each command has the option "help" as well, which goes with any operands.
   Arguments(std::vector<std::string> words, std::span<const Option> options, std::size_t least,
             std::size_t most);
 

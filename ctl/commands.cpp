@@ -39,6 +39,16 @@ constexpr Command kCommands[] = {
     {"catalogue", kCatalogueOptions, 0, kAny, catalogue},
 };
 
+/// Throws Failure(kUsage) for an empty operand, which names no file: most often that of a script
+/// whose variable is not set.
+void requireNames(const std::string& command, const Arguments& arguments) {
+  for (const std::string& operand : arguments.operands()) {
+    if (operand.empty()) {
+      throw Failure(kUsage, command + ": an operand is empty");
+    }
+  }
+}
+
 Status printDone(const char* text) {
   print(text);
   return kDone;
@@ -50,16 +60,19 @@ Status runCommand(const std::vector<std::string>& words) {
   if (words.empty()) {
     throw Failure(kUsage, "a command is missing; \"lineupctl --help\" lists them");
   }
-  if (words[0] == "--help") {
-    return printDone(kUsageText);
-  }
-  if (words[0] == "--version") {
-    return printDone(kVersionText);
+  if (words[0] == "--help" || words[0] == "--version") {
+    if (words.size() > 1) {
+      throw Failure(kUsage, words[0] + ": \"" + words[1] + "\" is one operand too many");
+    }
+    return printDone(words[0] == "--help" ? kUsageText : kVersionText);
   }
   for (const Command& command : kCommands) {
     if (command.word == words[0]) {
       const Arguments arguments(words, command.options, command.leastOperands,
                                 command.mostOperands);
+      if (command.run != catalogue) {
+        requireNames(words[0], arguments);
+      }
       return arguments.has("help") ? printDone(kUsageText) : command.run(arguments);
     }
   }

@@ -5,6 +5,9 @@
 namespace lineup::ctl {
 
 Status save(const Arguments& arguments) {
+  if (arguments.operands()[0] == "-") {
+    throw Failure(kUsage, "save: \"-\" is no file; one of that name is \"./-\"");
+  }
   writeFile(arguments.operands()[0], configFileContent(runningConfig()));
   return kDone;
 }

@@ -1,9 +1,12 @@
 #include "ctl/sources.h"
 
+#include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <span>
 #include <stdexcept>
 
 #include "controller/config_calls.h"
@@ -37,6 +40,17 @@ void callController(Call call) {
     }
     throw Refused(message);
   }
+}
+
+/// Reads what there is, and waits for it where the descriptor does not block. 0 at the end,
+/// negative with the reason in errno if it cannot be read.
+ssize_t readSome(int descriptor, std::span<char> buffer) {
+  ssize_t count = 0;
+  while ((count = read(descriptor, buffer.data(), buffer.size())) < 0 && errno == EAGAIN) {
+    pollfd input{descriptor, POLLIN, 0};
+    poll(&input, 1, -1);
+  }
+  return count;
 }
 
 }  // namespace
@@ -73,11 +87,29 @@ void send(const hub_module::HeadendConfig& config) {
   callController([&](ControllerClient& client) { sendConfig(client, config); });
 }
 
+std::string fileName(const std::string& path) {
+  return path == "-" ? "standard input" : path;
+}
+
+std::string textInFile(const std::string& path) {
+  const Descriptor file(openToRead(path));
+  std::string text;
+  std::array<char, 4096> part{};
+  ssize_t count = file.isOpen() ? readSome(file.number(), part) : -1;
+  for (; count > 0; count = readSome(file.number(), part)) {
+    text.append(part.data(), static_cast<std::size_t>(count));
+  }
+  if (count < 0) {
+    throw Failure(kFile, fileName(path) + ": " + std::strerror(errno));
+  }
+  return text;
+}
+
 hub_module::HeadendConfig configInFile(const std::string& path) {
   try {
     return readWholeConfigFile(path);
   } catch (const std::runtime_error& error) {
-    throw Failure(kFile, (path == "-" ? "standard input" : path) + ": " + error.what());
+    throw Failure(kFile, fileName(path) + ": " + error.what());
   }
 }
 

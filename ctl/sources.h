@@ -31,6 +31,12 @@ class Refused : public Failure {
 /// taken it.
 void send(const korvel::thrift::hub_module::HeadendConfig& config);
 
+/// What messages call a file: "standard input" for "-".
+std::string fileName(const std::string& path);
+
+/// All that a file holds, "-" for standard input.
+std::string textInFile(const std::string& path);
+
 /// The configuration in a file, "-" for standard input.
 korvel::thrift::hub_module::HeadendConfig configInFile(const std::string& path);
 

@@ -89,13 +89,35 @@ TEST_F(Ctl, RefusesAWrongCommandLine) {
   expectCtl({"save"}, 2, "", "save: an operand is missing");
   expectCtl({"apply", "--dry-run=yes", "a"}, 2, "", "apply: there is no option --dry-run=yes");
   expectCtl({"apply", "--keep", "3", "a"}, 2, "", "apply: --keep goes with --backup");
-  expectCtl({"apply", "--expect", "-", "-"}, 2, "",
-            "apply: only one of the two can be standard input");
+  for (const Words& twice : std::vector<Words>{{"apply", "--expect", "-", "-"},
+                                               {"apply", "--patch", "-", "-"},
+                                               {"apply", "--expect", "-", "--patch", "-", "a"},
+                                               {"apply", "--patch", "-", "--patch", "-", "a"}}) {
+    expectCtl(twice, 2, "", "apply: only one file can be standard input");
+  }
   expectCtl({"backup", "--keep", "0", "d"}, 2, "", "--keep: \"0\" is no whole number from 1");
   expectCtl({"backup", "--keep", "3x", "d"}, 2, "", "--keep: \"3x\" is no whole number from 1");
   expectCtl({"wait", "--timeout", "0"}, 2, "", "--timeout: \"0\" is no number of seconds");
   expectCtl({"wait", "--timeout", "soon"}, 2, "", "--timeout: \"soon\" is no number of seconds");
   expectCtl({"wait", "now"}, 2, "", "wait: \"now\" is one operand too many");
+  expectCtl({"--help", "show"}, 2, "", "--help: \"show\" is one operand too many");
+  expectCtl({"--version", ""}, 2, "", "--version: \"\" is one operand too many");
+}
+
+// As of a script's variable that is not set.
+TEST_F(Ctl, RefusesEmptyNames) {
+  for (const Words& words : std::vector<Words>{{"show", ""},
+                                               {"diff", ""},
+                                               {"diff", "", "a"},
+                                               {"diff", "a", ""},
+                                               {"save", ""},
+                                               {"apply", ""},
+                                               {"backup", ""}}) {
+    expectCtl(words, 2, "", words[0] + ": an operand is empty");
+  }
+  expectCtl({"apply", "--expect", "", "a"}, 2, "", "apply: --expect needs a value");
+  expectCtl({"apply", "--patch=", "a"}, 2, "", "apply: --patch needs a value");
+  expectCtl({"apply", "--backup=", "a"}, 2, "", "apply: --backup needs a value");
 }
 
 TEST_F(Ctl, SaysWhatItCanDo) {
@@ -242,6 +264,18 @@ TEST_F(CtlWithController, SaysWhyAFileCannotBeWritten) {
   expectCtl({"save", "/dev/null"}, 3, "", "/dev/null: is no regular file");
 }
 
+TEST_F(CtlWithController, SavesNothingInAFileOfTheNameOfStandardOutput) {
+  Start start = ctl({"save", "-"});
+  start.folder = folder_.path();
+  const Outcome outcome = run(start);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "lineupctl: save: \"-\" is no file; one of that name is \"./-\"\n");
+  EXPECT_EQ(namesIn(folder_.path()), Words{});
+  start.arguments = {"save", "./-"};
+  EXPECT_EQ(run(start).status, 0);
+  EXPECT_EQ(contentOf(folder_.file("-")), toJson(HeadendConfig()));
+}
+
 TEST_F(Ctl, LeavesTheFileAsItIsIfTheControllerIsAway) {
   const std::string file = folder_.file("saved.json");
   fill(file, "old");
@@ -262,6 +296,25 @@ TEST_F(CtlWithController, AppliesAFileSaysTheDifferenceAndReadsItBack) {
 TEST_F(CtlWithController, AppliesStandardInput) {
   expectCtl({"apply", "-"}, 0, "id: 1 -> 5\n", "", toJson(withId(5)));
   EXPECT_EQ(controller_.config(), withId(5));
+}
+
+TEST_F(CtlWithController, CallsStandardInputTheSameEverywhere) {
+  const Outcome nothing = runCtl({"show", "-"});
+  EXPECT_EQ(nothing.status, 3);
+  EXPECT_TRUE(nothing.err.starts_with("lineupctl: standard input: is no complete configuration: "))
+      << nothing.err;
+  const std::string file = fileWith(withId(7));
+  expectCtl({"apply", "--expect", "-", file}, 1, "", "standard input: is not what runs",
+            toJson(withId(2)));
+  expectCtl({"apply", "--patch", "-", file}, 3, "", "standard input: is no array of operations",
+            "{}");
+  Answer notReady;
+  notReady.kind = Answer::kNotReady;
+  controller_.answerNext(Answer());
+  controller_.answerNext(notReady);
+  const Outcome refused = runCtl({"apply", "-"}, toJson(withId(7)));
+  EXPECT_EQ(refused.status, 4);
+  EXPECT_TRUE(refused.err.ends_with("; standard input was not taken over\n")) << refused.err;
 }
 
 TEST_F(CtlWithController, SendsNothingIfNothingDiffers) {
@@ -348,6 +401,12 @@ TEST_F(CtlWithController, AppliesAPatchOfAFile) {
   EXPECT_EQ(controller_.config(), expected);
 }
 
+TEST_F(CtlWithController, TakesAPatchFromStandardInput) {
+  expectCtl({"apply", "--patch", "-", fileWith(withId(7))}, 0, "id: 1 -> 9\n", "",
+            R"([{"op": "replace", "path": "/headendGlobalConfig/headendId", "value": 9}])");
+  EXPECT_EQ(controller_.config(), withId(9));
+}
+
 TEST_F(CtlWithController, TakesTheDifferenceOfOneSiteToAnother) {
   const std::string patch = folder_.file("patch.json");
   fill(patch, runCtl({"diff", "--format=json", fileWith(withId(2), "a"),
@@ -368,19 +427,22 @@ TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
     EXPECT_EQ(outcome.err.substr(0, 11 + patch.size() + 2 + why.size()),
               "lineupctl: " + patch + ": " + why);
   };
-  expectRefused("[", "[json.exception.parse_error");
-  expectRefused(R"([{"op": "test", "path": "/headendGlobalConfig/headendId", "value": 8}])",
-                "[json.exception.other_error");
+  const std::string id = "/headendGlobalConfig/headendId";
+  const std::string okay = R"({"op": "test", "path": ")" + id + R"(", "value": 7}, )";
+  expectRefused("[", "parse error at line 1, column 2: ");
+  expectRefused("", "parse error at line 1, column 1: ");
+  expectRefused("{}", "is no array of operations\n");
+  expectRefused("[" + okay + R"({"op": "test", "path": ")" + id + R"(", "value": 8}])",
+                "operation 2, " + id + ": unsuccessful: ");
   expectRefused(R"([{"op": "remove", "path": "/installerInfo/fax"}])",
-                "[json.exception.out_of_range");
-  const std::string noMembers = "/headendGlobalConfig/headendId has no members\n";
-  expectRefused(R"([{"op": "add", "path": "/headendGlobalConfig/headendId/x", "value": 1}])",
-                noMembers);
-  expectRefused(R"([{"op": "remove", "path": "/headendGlobalConfig/headendId/x"}])", noMembers);
-  expectRefused("{}", "[json.exception.parse_error");
-  expectRefused("[{}]", "[json.exception.parse_error");
-  expectRefused("[7]", "[json.exception.parse_error");
-  expectRefused("", "[json.exception.parse_error");
+                "operation 1, /installerInfo/fax: key 'fax' not found\n");
+  const std::string noMembers = "operation 2, " + id + "/x: " + id + " has no members\n";
+  expectRefused("[" + okay + R"({"op": "add", "path": ")" + id + R"(/x", "value": 1}])", noMembers);
+  expectRefused("[" + okay + R"({"op": "remove", "path": ")" + id + R"(/x"}])", noMembers);
+  expectRefused("[{}]", "operation 1: parse error: operation must have");
+  expectRefused("[7]", "operation 1: parse error: JSON patch must be an array of objects\n");
+  expectRefused(R"([{"op": "remove", "path": "x"}])",
+                "operation 1, x: parse error at byte 1: JSON pointer must be empty or begin");
   expectRefused(R"([{"op": "remove", "path": "/installerInfo/name"}])",
                 "leaves no complete configuration: /installerInfo lacks \"name\"\n");
   expectRefused(R"([{"op": "add", "path": "/installerInfo/fax", "value": ""}])",
