@@ -231,6 +231,14 @@ class LineupConfig(OnAHeadend):
             self.assertIn('Failed to find required executable "lineupctl"', result["msg"])
 
 
+class Power(OnAHeadend):
+    def test_is_not_given_with_options_to_a_headend_that_has_it(self):
+        again = run("headend", "1", "on", "--refuse", "setHeadendConfig")
+        self.assertEqual((again.returncode, again.stdout), (1, "headend 1 is on already\n"))
+        self.assertEqual(headend(1, "on"), "")
+        self.start_from(3)  # it does not refuse
+
+
 class LineupFacts(OnAHeadend):
     def test_are_what_the_headend_runs(self):
         facts = module("lineup_facts")["ansible_facts"]
