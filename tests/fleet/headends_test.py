@@ -86,7 +86,10 @@ class Headends(unittest.TestCase):
             record = config(number)
             self.assertEqual(record["headendGlobalConfig"]["headendId"], number + 1)
             self.assertEqual(len(record["lineupConfig"]["rfEntries"]), 3)
-            self.assertEqual(len(headend(number, "ls", BACKUPS).split()), 1)
+            # What the timer keeps is another matter.
+            headend(number, "lineupctl", "backup", "--keep", "1", BACKUPS)
+            self.assertEqual(len(headend(number, "ls", BACKUPS + "/before-changes").split()), 1)
+            self.assertEqual(len(headend(number, "sh", "-c", f"ls {BACKUPS}/lineup-*").split()), 1)
         before = [len(calls(number)) for number in ALL]
         status, said, recap = play()
         self.assertEqual((status, changed(recap)), (0, []), said)
@@ -141,8 +144,10 @@ class Headends(unittest.TestCase):
         headend(1, "off")
         headend(2, "off")
         headend(2, "on", "--refuse", "setHeadendConfig")
-        headend(3, "mount", "-t", "tmpfs", "-o", "size=4k,mode=700", "tmpfs", BACKUPS)
-        headend(3, "sh", "-c", f"head -c 4096 /dev/zero >{BACKUPS}/full")
+        folder = BACKUPS + "/before-changes"
+        headend(3, "mkdir", "-p", folder)
+        headend(3, "mount", "-t", "tmpfs", "-o", "size=4k,mode=700", "tmpfs", folder)
+        headend(3, "sh", "-c", f"head -c 4096 /dev/zero >{folder}/full")
         status, said, recap = play()
         self.assertNotEqual(status, 0)
         self.expect_failed(said, 1, "UNREACHABLE!", "ssh")
@@ -154,7 +159,7 @@ class Headends(unittest.TestCase):
         headend(1, "on")
         headend(2, "off")
         headend(2, "on")
-        headend(3, "umount", BACKUPS)
+        headend(3, "umount", folder)
         self.assertEqual(self.heal(), [1, 2, 3])
         self.assertEqual(changed(play()[2]), [])
 
