@@ -103,6 +103,29 @@ class Collection(unittest.TestCase):
         for name, value in (("DEFAULT_FORKS", "25"), ("pipelining", "True"), ("reconnection_retries", "2")):
             self.assertIn(f"\n{name}({file.name}) = {value}\n", dump)
 
+    def test_says_that_there_is_no_room_even_for_a_folder_on_the_headend(self):
+        src = os.path.join(self.home, "any.json")
+        with open(src, "w", encoding="utf-8") as file:
+            file.write("{}")
+        place = os.path.join(self.home, "full")
+        os.mkdir(place)
+        arguments = f"src={src}"
+        ansible = ["ansible", "localhost", "-i", "localhost,", "-c", "local", "-m", "lineup.console.lineup_config"]
+        alone = ["unshare", "--mount", "--propagation", "private"]
+        if subprocess.run([*alone, "mount", "-t", "tmpfs", "none", place], stderr=subprocess.DEVNULL,
+                          check=False).returncode != 0:
+            self.skipTest("namespaces are forbidden")
+        for more in ("", " remote_src=true"):
+            done = subprocess.run(
+                [*alone, "sh", "-c", 'mount -t tmpfs -o nr_inodes=1 none "$0" && exec "$@"', place, *ansible, "-a",
+                 arguments + more], cwd=self.home, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                env=dict(self.environment, ANSIBLE_REMOTE_TMP=place, ANSIBLE_LOCAL_TEMP=self.home), timeout=240,
+                check=False)
+            self.assertEqual(done.returncode, 2, done.stdout)
+            self.assertIn("localhost | FAILED! => {", done.stdout)
+            self.assertIn('"reason": "file"', done.stdout)
+            self.assertIn("No space left on device", done.stdout)
+
     def test_passes_ansible_lint(self):
         if shutil.which("ansible-lint") is None:
             self.skipTest("ansible-lint is not installed")

@@ -99,6 +99,21 @@ class LineupConfig(OnAHeadend):
             self.assertEqual(result["backup_file"], BACKUPS + "/lineup-29990101T000000.001Z.json")
             self.start_from(3)
 
+    def test_takes_words_of_lineupctl_for_files(self):
+        # Their folder is the one that ssh comes to, /root.
+        headend(1, "mkdir", "-p", "/root/copies")
+        for name in ("running", "-"):
+            self.start_from(3)
+            headend(1, "lineupctl", "save", "/root/" + name)
+            self.start_from(4)
+            result = module("lineup_config", {"src": name, "remote_src": True, "backup": True, "backup_dir": "copies"})
+            self.assertEqual((result["failed"], result.get("difference")), (False, ["id: 4 -> 3"]), result)
+            self.assertTrue(result["backup_file"].startswith("./copies/lineup-"), result)
+            unexpected = module("lineup_config", {"src": name, "remote_src": True, "expect": name, "patch": own(ID, 9)})
+            self.assertEqual((unexpected["failed"], running_id()), (False, 9), unexpected)
+            headend(1, "rm", "/root/" + name)
+        headend(1, "rm", "-r", "/root/copies")
+
     def test_takes_files_on_the_headend(self):
         headend(1, "lineupctl", "save", "/root/saved.json")
         result = module("lineup_config", {"src": "/root/saved.json", "remote_src": True,
@@ -143,14 +158,16 @@ class LineupConfig(OnAHeadend):
         folder = "/root/.ansible/tmp"
         before = calls(1)
         headend(1, "mkdir", "-p", folder)
-        headend(1, "mount", "-t", "tmpfs", "-o", "size=4k,mode=700", "tmpfs", folder)
-        try:
-            headend(1, "sh", "-c", f"head -c 4096 /dev/zero >{folder}/full")
-            result = module("lineup_config", apply(4))
-        finally:
-            headend(1, "umount", folder)
-        self.assertEqual((result["failed"], result["changed"], result["reason"]), (True, False, "file"))
-        self.assertIn("No space left on device", result["msg"])
+        # No room in a folder, nor for one.
+        for options, fill in (("size=4k", f"head -c 4096 /dev/zero >{folder}/full"), ("nr_inodes=1", ":")):
+            headend(1, "mount", "-t", "tmpfs", "-o", options + ",mode=700", "tmpfs", folder)
+            try:
+                headend(1, "sh", "-c", fill)
+                result = module("lineup_config", apply(4))
+            finally:
+                headend(1, "umount", folder)
+            self.assertEqual((result["failed"], result["changed"], result["reason"]), (True, False, "file"))
+            self.assertIn("No space left on device", result["msg"])
         self.assertEqual(calls(1), before)
 
     def test_leaves_it_to_ansible_to_say_that_the_headend_is_away(self):

@@ -12,6 +12,8 @@ from ansible.errors import AnsibleConnectionFailure, AnsibleError
 from ansible.module_utils.parsing.convert_bool import boolean
 from ansible.plugins.action import ActionBase
 
+NO_ROOM = "No space left on device"
+
 
 def renamed(value, places):
     """A result of the module, with the files' names on the control node."""
@@ -34,10 +36,11 @@ class ActionModule(ActionBase):
     TRANSFERS_FILES = True
 
     def run(self, tmp=None, task_vars=None):
-        result = super(ActionModule, self).run(tmp, task_vars)
+        result = {}
         arguments = dict(self._task.args)
         places = {}
         try:
+            result = super(ActionModule, self).run(tmp, task_vars)
             if not boolean(arguments.get("remote_src", False), strict=False):
                 places = self._transfer(arguments)
             done = self._execute_module(module_name="lineup.console.lineup_config", module_args=arguments,
@@ -45,6 +48,11 @@ class ActionModule(ActionBase):
             result.update(renamed(done, places))
         except FileNotTransferred as error:
             result.update(failed=True, reason="file", msg=str(error))
+        except AnsibleConnectionFailure as error:
+            # Where there is no room for a folder either, Ansible takes that for a connection that failed.
+            if NO_ROOM not in str(error):
+                raise
+            result.update(failed=True, reason="file", msg=str(error).strip())
         finally:
             self._remove_tmp_path(self._connection._shell.tmpdir)
         return result

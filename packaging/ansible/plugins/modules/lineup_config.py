@@ -47,6 +47,7 @@ options:
     description:
       - A file with the configuration that the headend has to run before. If it runs another, the module
         fails and nothing is sent.
+      - It is compared as it is; I(patch) is not applied to it.
       - A task with it is not idempotent. When it has changed the headend, the next run fails, as the headend
         then runs I(src).
     type: path
@@ -63,6 +64,8 @@ options:
   backup_keep:
     description:
       - How many backups stay, the newest ones. All of them unless it is given.
+      - In /var/lib/lineup-console C(lineup-backup.timer) keeps thirty; where more are to stay, give another
+        I(backup_dir).
     type: int
   state:
     description:
@@ -129,8 +132,10 @@ difference:
   elements: str
   sample: ["id: 1 -> 7"]
 backup_file:
-  description: The file on the headend that holds what ran.
-  returned: if I(backup) is true and something was to be sent, in a failure as well if what ran was kept before it
+  description: The file on the headend that holds what ran, a new one unless the newest there held it already.
+  returned: >-
+    if I(backup) is true and something was to be sent, but not in check mode; in a failure as well if what
+    ran was kept before it
   type: str
   sample: /var/lib/lineup-console/lineup-20260617T120000.000Z.json
 reason:
@@ -138,7 +143,8 @@ reason:
     - The kind of failure. C(expect) is that the headend does not run I(expect); C(file) is a file that
       cannot be read, written or brought to the headend, or holds no complete configuration; C(controller) that it cannot be
       reached, refuses or breaks off; C(other) that the headend runs something else than was sent;
-      C(signal) that C(lineupctl) was ended by one; C(usage) that it does not know what the module asks.
+      C(signal) that C(lineupctl) was ended by one; C(usage) that it does not know what the module asks;
+      C(unknown) that it ended with a status that this module does not know.
   returned: failure of C(lineupctl), or of a file that it is to take
   type: str
   sample: controller
@@ -161,14 +167,12 @@ stderr:
 
 import json
 import os
-import re
 import tempfile
 
 from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.lineup.console.plugins.module_utils import lineupctl
 
 KEPT = "kept what ran in "
-COPY = re.compile(r"lineup-[0-9]{8}T[0-9]{6}\.[0-9]{3}Z\.json$")
 
 
 def patch_file(module):
@@ -183,27 +187,25 @@ def patch_file(module):
     return path
 
 
+def as_file(path):
+    """The path as a word that means that file: "running" and "-" mean other things to lineupctl."""
+    return path if os.path.isabs(path) else os.path.join(".", path)
+
+
 def words_for_apply(module, patch):
     params = module.params
     words = ["apply"]
     if params["expect"] is not None:
-        words += ["--expect", params["expect"]]
+        words += ["--expect", as_file(params["expect"])]
     if patch:
         words += ["--patch", patch]
     if module.check_mode:
         words += ["--dry-run"]
     elif params["backup"]:
-        words += ["--backup", params["backup_dir"]]
+        words += ["--backup", as_file(params["backup_dir"])]
         if params["backup_keep"] is not None:
             words += ["--keep", str(params["backup_keep"])]
-    return words + ["--", params["src"]]
-
-
-def kept_copy(place):
-    """The backup, where lineupctl names it, or the folder in which the newest one held the same."""
-    if os.path.isdir(place):
-        return os.path.join(place, max(filter(COPY.match, os.listdir(place))))
-    return place
+    return words + ["--", as_file(params["src"])]
 
 
 def parts(out):
@@ -212,7 +214,7 @@ def parts(out):
     for number, line in enumerate(lines):
         # No line of a difference begins like this. After it comes what else runs, if something does.
         if line.startswith(KEPT):
-            return lines[:number], kept_copy(line[len(KEPT):])
+            return lines[:number], line[len(KEPT):]
     return lines, None
 
 
