@@ -182,13 +182,16 @@ class LineEditor {
   void beginEditing();
   void endEditing();
   bool wasInterrupted() const;
+  bool isAnswer() const { return aids_->complete == nullptr; }
   Edited endWithoutLine();
 
   int readCharacter(wchar_t& character);
   bool handle(wchar_t key);
+  void readTypedAheadLine();
   bool readByte(char& byte);
+  bool readNext(char& byte);
   static bool comesWithin(std::chrono::milliseconds time);
-  static bool moreFollows();
+  bool moreFollows() const;
   static int bytesToBeRead();
   bool waitForByte();
   void handleTerminalSignals();
@@ -235,7 +238,7 @@ class LineEditor {
   bool atEnd_ = false;
   TypedAhead typedAhead_{};
   LineEnds lineEnds_{};
-  int mayBeEnds_ = 0;             ///< the bytes still to be read in which a zero is Ctrl-D
+  std::string typedAheadLine_{};  ///< read in canonical mode
   bool cameInUsualMode_ = false;  ///< the byte that was read last
   bool cameAtOnce_ = false;       ///< likewise
 
@@ -430,19 +433,28 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
   return result != nullptr ? Edited::Line : endWithoutLine();
 }
 
-/// Changes the mode, and sees whether Ctrl-D was typed while a command ran, in canonical mode. The
-/// kernel keeps it as a zero that makes the input readable, as a line feed does, and that FIONREAD
-/// counts only once the mode is another. A zero typed as such does neither.
+/// Changes the mode. A line that was typed ahead while a command ran, in canonical mode, is read
+/// before: there Ctrl-D on an empty line is an end of file, and in the other mode a zero like one
+/// that was typed as such. Further lines are left, as they may be for another program.
 void LineEditor::beginEditing() {
-  pollfd input{STDIN_FILENO, POLLIN, 0};
-  const bool lineEnds = poll(&input, 1, 0) == 1;
-  const int inLines = bytesToBeRead();
-  mode_.change();
-  const int all = bytesToBeRead();
-  if (lineEnds && all > typedAhead_.count() && all > inLines) {
-    mayBeEnds_ = all;
+  if (typedAhead_.count() == 0 && comesWithin(std::chrono::milliseconds(0))) {
+    readTypedAheadLine();
+    if (comesWithin(std::chrono::milliseconds(0)) && bytesToBeRead() == 0) {
+      readTypedAheadLine();  // nothing but an end of file
+    }
   }
-  typedAhead_.thereAre(all, true);
+  mode_.change();
+  typedAhead_.thereAre(bytesToBeRead(), true);
+}
+
+void LineEditor::readTypedAheadLine() {
+  std::array<char, 4096> line{};  // the longest that Linux has
+  const ssize_t count = read(STDIN_FILENO, line.data(), line.size());
+  if (count == 0) {
+    typedAheadLine_ += static_cast<char>(key::kEndOfInput);
+  } else if (count > 0) {
+    typedAheadLine_.append(line.data(), static_cast<std::size_t>(count));
+  }
 }
 
 void LineEditor::endEditing() {
@@ -499,8 +511,12 @@ int LineEditor::readCharacter(wchar_t& character) {
   }
 }
 
-/// Does what libedit does not; returns whether `key` was of that kind.
+/// Does what libedit does not; returns whether `key` was of that kind. A zero would have libedit
+/// take the next key literally.
 bool LineEditor::handle(wchar_t key) {
+  if (key == L'\0') {
+    return true;
+  }
   if (key == key::kUndo) {
     undo();
     return true;
@@ -545,25 +561,37 @@ bool LineEditor::handle(wchar_t key) {
 
 bool LineEditor::readByte(char& byte) {
   while (true) {
-    const bool atOnce = waitForByte();
-    const ssize_t count = read(STDIN_FILENO, &byte, 1);
-    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
-      continue;
-    }
-    if (count <= 0) {
+    const bool isAhead = !typedAheadLine_.empty();
+    const bool atOnce = isAhead || waitForByte();
+    if (!readNext(byte)) {
       return false;
     }
-    if (mayBeEnds_ > 0 && byte == '\0') {
-      byte = static_cast<char>(key::kEndOfInput);
+    const bool usualMode = isAhead || typedAhead_.take();
+    if (usualMode && isAnswer()) {
+      lineEnds_.forget();  // an answer is not to be guessed
     }
-    --mayBeEnds_;
-    const bool usualMode = typedAhead_.take();
     // The line feed is left until here: behind the last line it may be for another program.
-    if (!lineEnds_.areCompletedBy(byte, usualMode, moreFollows)) {
+    if (!lineEnds_.areCompletedBy(byte, usualMode, [this] { return moreFollows(); })) {
       cameInUsualMode_ = usualMode;
       cameAtOnce_ = atOnce;
       return true;
     }
+  }
+}
+
+/// Reads the byte that is there.
+bool LineEditor::readNext(char& byte) {
+  if (!typedAheadLine_.empty()) {
+    byte = typedAheadLine_.front();
+    typedAheadLine_.erase(0, 1);
+    return true;
+  }
+  while (true) {
+    const ssize_t count = read(STDIN_FILENO, &byte, 1);
+    if (count >= 0 || (errno != EINTR && errno != EAGAIN)) {
+      return count > 0;
+    }
+    waitForByte();
   }
 }
 
@@ -574,9 +602,9 @@ bool LineEditor::comesWithin(std::chrono::milliseconds time) {
 }
 
 /// Whether something comes at once, as the rest of a paste does.
-bool LineEditor::moreFollows() {
+bool LineEditor::moreFollows() const {
   constexpr std::chrono::milliseconds kBetweenBytesOfAPaste(10);  // on a slow line
-  return comesWithin(kBetweenBytesOfAPaste);
+  return !typedAheadLine_.empty() || comesWithin(kBetweenBytesOfAPaste);
 }
 
 int LineEditor::bytesToBeRead() {

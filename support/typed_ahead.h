@@ -50,6 +50,9 @@ class LineEnds {
   /// A line has ended so.
   void ended(const End& end);
 
+  /// No line feed belongs to that end any more.
+  void forget() { isOpen_ = false; }
+
   /// Whether `byte`, the next one, is the line feed of that end. `moreFollows` says whether
   /// something comes at once behind it.
   bool areCompletedBy(char byte, bool usualMode, const std::function<bool()>& moreFollows);

@@ -1082,6 +1082,50 @@ TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
+TEST_F(OnATerminal, AZeroDoesNothingToTheNextKey) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("id 3" + std::string(1, '\0') + "\r");
+  session.expect("(changes to commit) > |");
+  session.type("id 4" + std::string(1, '\0') + kBackspace + "5\r");
+  session.expect(
+      "Headend id changed to: 5. Please remember to commit the changes.\n(changes to commit) > |");
+}
+
+TEST_F(OnATerminal, AZeroTypedAheadBehindALineIsNoEndOfInput) {
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("id 3\n");
+  session.expect("(changes to commit) > |");
+  for (const std::string& rest : {std::string(1, '\0'), std::string("\0x", 2)}) {
+    const std::size_t calls = controller.calls().size();
+    controller.answerNext(stalled(false));
+    session.type("rfinput status\n");
+    controller.waitForCalls(calls + 1);
+    session.type("eit off\n" + rest);
+    controller.release();
+    session.expect("(changes to commit) > " + rest.substr(1) + "|");
+    session.type(std::string(kCtrlU));
+  }
+  session.type("id 4\n");
+  session.expect(
+      "Headend id changed to: 4. Please remember to commit the changes.\n(changes to commit) > |");
+}
+
+TEST_F(OnATerminal, AReturnTypedAheadIsTheAnswerThatIsAskedFor) {
+  Session session(onTerminal());
+  session.expect("> |");
+  const std::size_t calls = controller.calls().size();
+  controller.answerNext(stalled(false));
+  session.type("rfinput status\r");
+  controller.waitForCalls(calls + 1);
+  session.type("addpls\r\rid 4\r");
+  controller.release();
+  session.expect(
+      "Headend id changed to: 4. Please remember to commit the changes.\n(changes to commit) > |");
+  EXPECT_NE(session.screen.text().find("Please enter all the parameters"), std::string::npos);
+}
+
 TEST_F(OnATerminal, AZeroTypedAheadDoesNothing) {
   Session session(onTerminal());
   session.expect("> |");
