@@ -37,7 +37,7 @@ int main(int argc, char* argv[]) {
   std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit fails, as on a full disk
   lineup::limitMemory();
   keepFreedMemory();
-  log_setup(kLogLevel, kLogToSyslog);
+  log_setup(kLogLevel, kLogToSyslog, "lineupctl");
   lineup::routeThriftOutputToLog();
   try {
     return lineup::ctl::runCommand(std::vector<std::string>(argv + 1, argv + argc));

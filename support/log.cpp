@@ -25,6 +25,7 @@ constexpr char kSocket[] = "/dev/log";
 
 int highestLevel = LOG_DEBUG;
 bool onConsole = false;
+const char* programName = "lineup-console";
 
 /// The connection to the system's log. syslog(3) itself would wait for a log that nobody reads.
 class SystemLog {
@@ -116,7 +117,8 @@ std::string timeStamp() {
 
 }  // namespace
 
-void log_setup(int level, int targets) {
+void log_setup(int level, int targets, const char* program) {
+  programName = program;
   highestLevel = level;
   onConsole = (targets & kConsoleTarget) != 0;
 }
@@ -125,7 +127,7 @@ void log_function(int level, const char* module, const char* format, ...) {
   if (level > highestLevel) {
     return;
   }
-  std::string record = "lineup-console[" + std::to_string(getpid()) + "]: ";
+  std::string record = std::string(programName) + "[" + std::to_string(getpid()) + "]: ";
   if (module != nullptr) {
     record.append("[").append(module).append("] ");
   }

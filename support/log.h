@@ -1,5 +1,4 @@
-// Log records: a stand-in for the logging of the board's module-software support library, on
-// the system's log, to which it writes as syslog(3) does.
+// Log records, which go to the system's log as those of syslog(3) do.
 
 #pragma once
 
@@ -7,8 +6,9 @@
 enum LogLevel { LOG_LEVEL_ERROR = 3, LOG_LEVEL_WARNING = 4, LOG_LEVEL_DEBUG = 7 };
 
 /// Sets up logging; call it once, before the first record. Records above `level` (3 to 7) are
-/// dropped. `targets` is 1 for syslog alone and 3 for syslog and standard error.
-void log_setup(int level, int targets);
+/// dropped. `targets` is 1 for syslog alone and 3 for syslog and standard error. Records begin with
+/// `program`, which has to outlive logging.
+void log_setup(int level, int targets, const char* program = "lineup-console");
 
 /// Writes one record of `level`, printf-style. `module` names the part of the program that speaks
 /// and stands before the message; it may be null and is not a format itself. Never waits:

@@ -29,6 +29,15 @@ TEST(Log, ConsoleTargetWritesARecordToStandardError) {
   EXPECT_TRUE(endsWith(text, "]: [db] code 5\n")) << text;
 }
 
+TEST(Log, ARecordBeginsWithTheProgramThatIsGiven) {
+  testing::internal::CaptureStderr();
+  log_setup(7, 3, "lineupctl");
+  log_function(3, "db", "late");
+  log_setup(7, 3);
+  const std::string text = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(text.compare(0, 10, "lineupctl["), 0) << text;
+}
+
 TEST(Log, ModuleMayBeNull) {
   const std::string text = logged(7, 3, [] { log_function(7, nullptr, "%s: late", "operation"); });
   EXPECT_TRUE(endsWith(text, "]: operation: late\n")) << text;
