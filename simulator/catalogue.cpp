@@ -6,7 +6,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "simulator/replace_file.h"
+#include "simulator/locked_file.h"
 
 namespace lineup::simulator {
 namespace {
@@ -20,7 +20,9 @@ Database openDatabase(const std::string& path, int flags) {
   sqlite3* handle = nullptr;
   const int result = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
   Database database(handle, &sqlite3_close);
-  if (result != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(result));
+  if (result != SQLITE_OK) {
+    throw std::runtime_error(sqlite3_errstr(result));
+  }
   return database;
 }
 
@@ -53,7 +55,9 @@ std::string catalogueBytes() {
   sqlite3_int64 size = 0;
   const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> bytes(
       sqlite3_serialize(database.get(), "main", &size, 0), &sqlite3_free);
-  if (bytes == nullptr) throw std::runtime_error("out of memory");
+  if (bytes == nullptr) {
+    throw std::runtime_error("out of memory");
+  }
   return {bytes.get(), bytes.get() + size};
 }
 
@@ -65,7 +69,7 @@ void writeCatalogue(const std::string& path, bool replaceForeign) {
                              " was not written by this program; --replace-catalogue replaces it");
   }
   try {
-    replaceFile(path, catalogueBytes());
+    replaceLocked(path, catalogueBytes());
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(std::string(error.what()) + "; --no-catalogue does without it");
   }

@@ -26,14 +26,18 @@ std::string plain(const std::string& text) {
   constexpr size_t kLongest = 60;
   std::string result = text.substr(0, kLongest);
   for (char& character : result) {
-    if (static_cast<unsigned char>(character) < ' ') character = '?';
+    if (static_cast<unsigned char>(character) < ' ') {
+      character = '?';
+    }
   }
   return result;
 }
 
 std::string country(const HeadendConfig& config) {
   const hub_module::HeadendGlobalConfig& global = config.headendGlobalConfig;
-  if (!global.__isset.countryCode) return "not set";
+  if (!global.__isset.countryCode) {
+    return "not set";
+  }
   const auto name = general::_CountryCode_VALUES_TO_NAMES.find(global.countryCode);
   return name != general::_CountryCode_VALUES_TO_NAMES.end() ? name->second
                                                              : std::to_string(global.countryCode);
@@ -46,7 +50,9 @@ std::string drm(const HeadendConfig& config) {
 
 std::string ipMuxCount(const HeadendConfig& config) {
   size_t count = 0;
-  for (const auto& [key, input] : config.ipInputs) count += input.muxes.size();
+  for (const auto& [key, input] : config.ipInputs) {
+    count += input.muxes.size();
+  }
   return std::to_string(count);
 }
 
@@ -121,14 +127,20 @@ std::string summary(const HeadendConfig& config) {
 }
 
 std::string summaryOfChange(const HeadendConfig& previous, const HeadendConfig& next) {
-  if (next == previous) return summary(next) + "; no change";
+  if (next == previous) {
+    return summary(next) + "; no change";
+  }
   std::string changes;
   for (const SettingRow& row : kSettings) {
     const std::string value = row.value(next);
-    if (value == row.value(previous)) continue;
+    if (value == row.value(previous)) {
+      continue;
+    }
     changes += (changes.empty() ? "; " : ", ") + std::string(row.label) + " " + value;
   }
-  if (changes.empty() && summary(next) == summary(previous)) changes = "; other changes";
+  if (changes.empty() && summary(next) == summary(previous)) {
+    changes = "; other changes";
+  }
   return summary(next) + changes;
 }
 

@@ -82,7 +82,9 @@ Faults::Verdict Faults::begin(const std::string& call) {
   std::chrono::milliseconds delay{0};
   for (const Fault& fault : faults_) {
     const auto number = numbers.find(fault.call);
-    if (number == numbers.end() || (fault.number != 0 && fault.number != number->second)) continue;
+    if (number == numbers.end() || (fault.number != 0 && fault.number != number->second)) {
+      continue;
+    }
     delay += fault.delay;
     verdict.refused |= fault.kind == FaultKind::Refuse;
     verdict.broken |= fault.kind == FaultKind::Break;

@@ -41,10 +41,14 @@ bool hasService(const hub_module::LineupConfig& lineup, const Entry& entry) {
 std::string findFault(const hub_module::HeadendConfig& config) {
   const hub_module::LineupConfig& lineup = config.lineupConfig;
   for (const hub_module::LineupRFEntryConfig& entry : lineup.rfEntries) {
-    if (!hasService(lineup, entry)) return "an RF entry without a service";
+    if (!hasService(lineup, entry)) {
+      return "an RF entry without a service";
+    }
   }
   for (const hub_module::LineupIPEntryConfig& entry : lineup.ipEntries) {
-    if (!hasService(lineup, entry)) return "an IP entry without a service";
+    if (!hasService(lineup, entry)) {
+      return "an IP entry without a service";
+    }
   }
   const int32_t id = config.headendGlobalConfig.headendId;
   return id < 1 || id > 10 ? "headend id " + std::to_string(id) : "";
@@ -93,7 +97,9 @@ void HeadendService::setTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt
   std::string told;
   for (const auto& [id, config] :
        {std::pair(general::RFInputId::TDT1, tdt1), std::pair(general::RFInputId::TDT2, tdt2)}) {
-    if (!told.empty()) told += ", ";
+    if (!told.empty()) {
+      told += ", ";
+    }
     if (absentInputs_.contains(id)) {
       told += inputName(id) + " is not present";
       continue;

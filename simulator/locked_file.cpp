@@ -1,4 +1,4 @@
-#include "simulator/replace_file.h"
+#include "simulator/locked_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -16,7 +16,9 @@ namespace {
 
 /// `result` unless it is negative: then throws errno.
 int checked(int result) {
-  if (result < 0) throw std::system_error(errno, std::generic_category());
+  if (result < 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
   return result;
 }
 
@@ -36,14 +38,16 @@ Descriptor openFolder(const std::string& path) {
 bool fileExists(const std::string& path) {
   std::error_code unknown;
   const std::filesystem::file_status file = std::filesystem::status(path, unknown);
-  if (!std::filesystem::exists(file)) return false;
+  if (!std::filesystem::exists(file)) {
+    return false;
+  }
   if (!std::filesystem::is_regular_file(file)) {
     throw std::runtime_error("cannot use " + path + ": it is no regular file");
   }
   return true;
 }
 
-Descriptor replaceFile(const std::string& path, const std::string& contents) {
+Descriptor replaceLocked(const std::string& path, const std::string& contents) {
   std::string temporary = path + ".XXXXXX";
   bool made = false;
   try {
@@ -59,7 +63,9 @@ Descriptor replaceFile(const std::string& path, const std::string& contents) {
     checked(fsync(openFolder(folder.string()).number()));
     return file;
   } catch (const std::system_error& error) {
-    if (made) unlink(temporary.c_str());
+    if (made) {
+      unlink(temporary.c_str());
+    }
     throw std::runtime_error("cannot write " + path + ": " + error.code().message());
   }
 }

@@ -1,4 +1,5 @@
-// Files that are replaced whole, so that a crash leaves the old one or the new one.
+// Files that are replaced whole, so that a crash leaves the old one or the new one, and are locked
+// while they are used.
 
 #pragma once
 
@@ -16,6 +17,6 @@ bool fileExists(const std::string& path);
 /// beside it. It is on disk when the call returns. Returns the file, still open and with an
 /// exclusive flock() taken before it had its name. Throws std::runtime_error naming the path;
 /// an existing file is then unchanged.
-Descriptor replaceFile(const std::string& path, const std::string& contents);
+Descriptor replaceLocked(const std::string& path, const std::string& contents);
 
 }  // namespace lineup::simulator

@@ -77,7 +77,9 @@ int openDescriptor(const Given& given) {
 }
 
 std::string path(const Given& given) {
-  if (given.argument.empty()) throw std::invalid_argument(given.option + " needs a file name");
+  if (given.argument.empty()) {
+    throw std::invalid_argument(given.option + " needs a file name");
+  }
   return given.argument;
 }
 

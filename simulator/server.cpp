@@ -45,7 +45,9 @@ class ListeningSocket : public TServerSocket {
 
   /// Called again when the server starts to serve; the socket listens already then.
   void listen() override {
-    if (!isOpen()) TServerSocket::listen();
+    if (!isOpen()) {
+      TServerSocket::listen();
+    }
   }
 
  protected:
@@ -63,7 +65,9 @@ class ListeningSocket : public TServerSocket {
   /// this thread opens sockets.
   void makeRoom() {
     std::erase_if(connections_, [](const auto& connection) { return connection.expired(); });
-    if (connections_.size() < kMostConnections) return;
+    if (connections_.size() < kMostConnections) {
+      return;
+    }
     if (const auto oldest = connections_.front().lock()) {
       shutdown(oldest->getSocketFD(), SHUT_RDWR);
     }
@@ -132,7 +136,9 @@ bool Server::serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::
   std::thread waiter(stopOnSignal);
   server.serve();
   const bool asked = told;
-  if (!asked) kill(getpid(), SIGTERM);
+  if (!asked) {
+    kill(getpid(), SIGTERM);
+  }
   waiter.join();
   return asked;
 }

@@ -59,7 +59,9 @@ class Tidier {
   ~Tidier() {
     // A folder in which somebody else has put something stays.
     std::error_code ignored;
-    for (const std::filesystem::path& part : parts_) std::filesystem::remove(part, ignored);
+    for (const std::filesystem::path& part : parts_) {
+      std::filesystem::remove(part, ignored);
+    }
   }
 
   /// All parts of the file's path that are not there yet.
@@ -84,18 +86,26 @@ void run(const Options& options) {
   // The port first: where another simulator is serving, none of its files is touched.
   Server server(options.port);
   Tidier tidier;
-  if (!options.keepsState && !options.inMemory) tidier.removeWhatIsMissingOf(options.stateFile);
+  if (!options.keepsState && !options.inMemory) {
+    tidier.removeWhatIsMissingOf(options.stateFile);
+  }
   StateStore store = options.inMemory ? StateStore() : StateStore(options.stateFile);
   if (options.writeCatalogue) {
-    if (!options.keepsCatalogue) tidier.removeWhatIsMissingOf(options.catalogueFile);
+    if (!options.keepsCatalogue) {
+      tidier.removeWhatIsMissingOf(options.catalogueFile);
+    }
     writeCatalogue(options.catalogueFile, options.replaceCatalogue);
   }
   Faults faults(options.faults);
   const auto service =
       std::make_shared<HeadendService>(store, faults, options.absentInputs, options.startupTime);
-  if (options.stamps) stampLines();
+  if (options.stamps) {
+    stampLines();
+  }
   say("headend-simulator: ready on 127.0.0.1:" + std::to_string(server.port()));
-  if (options.readyDescriptor >= 0) announce(options.readyDescriptor, server.port());
+  if (options.readyDescriptor >= 0) {
+    announce(options.readyDescriptor, server.port());
+  }
   if (!server.serveUntilSignal(service, [&faults] { faults.endDelays(); })) {
     throw std::runtime_error("the port broke");
   }

@@ -37,14 +37,18 @@ HeadendState fromJson(std::string text) {
   TJSONProtocol protocol(buffer);
   HeadendState state;
   state.read(&protocol);
-  if (buffer->available_read() != 0) throw std::runtime_error("there is more after its end");
+  if (buffer->available_read() != 0) {
+    throw std::runtime_error("there is more after its end");
+  }
   return state;
 }
 
 std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) throw std::runtime_error("it cannot be read");
+  if (!file) {
+    throw std::runtime_error("it cannot be read");
+  }
   return text;
 }
 
@@ -78,7 +82,9 @@ void StateStore::load() {
 }
 
 void StateStore::replace(HeadendState next) {
-  if (!path_.empty()) file_ = replaceFile(path_, toJson(next));
+  if (!path_.empty()) {
+    file_ = replaceLocked(path_, toJson(next));
+  }
   state_ = std::move(next);
 }
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "simulator/replace_file.h"
+#include "simulator/locked_file.h"
 #include "state_types.h"
 
 namespace lineup::simulator {

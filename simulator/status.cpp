@@ -36,7 +36,9 @@ template <class Inputs>
 Inputs presentInputs(const Inputs& inputs, const std::set<general::RFInputId::type>& absent) {
   Inputs present;
   for (const auto& [id, input] : inputs) {
-    if (absent.count(id) != 0) continue;
+    if (absent.count(id) != 0) {
+      continue;
+    }
     auto& copy = present[id];
     copy = input;
     copy.locked = input.config.enabled && input.carrierToNoise > 0;
@@ -47,7 +49,9 @@ Inputs presentInputs(const Inputs& inputs, const std::set<general::RFInputId::ty
 template <class Inputs>
 int32_t lockedCount(const Inputs& inputs) {
   int32_t count = 0;
-  for (const auto& [id, input] : inputs) count += input.locked ? 1 : 0;
+  for (const auto& [id, input] : inputs) {
+    count += input.locked ? 1 : 0;
+  }
   return count;
 }
 
@@ -119,7 +123,9 @@ hub_module::HeadendStatus statusOf(const HeadendState& state,
   status.baseStatus.temperature = 40;
   status.baseStatus.uptime = uptime.count();
   status.baseStatus.fans.resize(2);
-  for (hub_module::FanStatus& fan : status.baseStatus.fans) fan.rpm = 2400;
+  for (hub_module::FanStatus& fan : status.baseStatus.fans) {
+    fan.rpm = 2400;
+  }
   status.tvOutStatus.tv1LinkUp = true;
   status.tvOutStatus.tv2LinkUp = true;
   status.headendGlobalConfig = config.headendGlobalConfig;

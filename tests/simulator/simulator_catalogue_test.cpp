@@ -159,7 +159,9 @@ TEST_F(SimulatorCatalogue, SomeIdsAreInSeveralTablesAndSomeOnlyInTheIPTable) {
   writeOnce();
   std::map<std::string, std::set<const Table*>> tablesById;
   for (const Table* table : kTables) {
-    for (const Row& row : rows(*table)) tablesById[*row[table->serviceId]].insert(table);
+    for (const Row& row : rows(*table)) {
+      tablesById[*row[table->serviceId]].insert(table);
+    }
   }
   EXPECT_EQ(tablesById.at("17"), (std::set<const Table*>{&kSat, &kTdt, &kIP}));
   EXPECT_EQ(tablesById.at("31"), (std::set<const Table*>{&kSat, &kCable}));

@@ -235,7 +235,9 @@ TEST(SimulatorClients, ThatStallBlockNobody) {
   const RawConnection silent(simulator.port());
   const RawConnection halfway(simulator.port());
   halfway.send(std::string("\0\0\1\0half a frame", 16));
-  for (int call = 0; call < 20; ++call) EXPECT_EQ(headendName(simulator), "Simulated headend");
+  for (int call = 0; call < 20; ++call) {
+    EXPECT_EQ(headendName(simulator), "Simulated headend");
+  }
 }
 
 TEST(SimulatorClients, ThatSayNothingHoweverManyLockNobodyOut) {
@@ -244,7 +246,9 @@ TEST(SimulatorClients, ThatSayNothingHoweverManyLockNobodyOut) {
   std::vector<std::unique_ptr<RawConnection>> clients;
   for (int client = 0; client < 600; ++client) {
     clients.push_back(std::make_unique<RawConnection>(simulator.port()));
-    if (client % 2 == 0) clients.back()->send(std::string("\0\0\1\0half a frame", 16));
+    if (client % 2 == 0) {
+      clients.back()->send(std::string("\0\0\1\0half a frame", 16));
+    }
   }
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(headendName(simulator), "Simulated headend");
@@ -585,7 +589,9 @@ TEST(SimulatorState, HoldsTheLastChangeOrTheOneBeforeWhenKilled) {
         // Killed.
       }
     });
-    while (answered < 3 + round) std::this_thread::yield();
+    while (answered < 3 + round) {
+      std::this_thread::yield();
+    }
     simulator.signal(SIGKILL);
     changes.join();
     EXPECT_EQ(simulator.finish().signal, SIGKILL);

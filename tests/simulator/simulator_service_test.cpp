@@ -114,8 +114,12 @@ TEST_F(SimulatorService, StatusShowsAllInputsAndRepeatsTheConfiguration) {
   commit(edited);
   const HeadendStatus shown = status();
   std::vector<RFInputId::type> ids;
-  for (const auto& [id, input] : shown.tdtRFInputs) ids.push_back(id);
-  for (const auto& [id, input] : shown.satRFInputs) ids.push_back(id);
+  for (const auto& [id, input] : shown.tdtRFInputs) {
+    ids.push_back(id);
+  }
+  for (const auto& [id, input] : shown.satRFInputs) {
+    ids.push_back(id);
+  }
   EXPECT_EQ(ids, (std::vector<RFInputId::type>{RFInputId::TDT1, RFInputId::TDT2, RFInputId::SAT1,
                                                RFInputId::SAT2, RFInputId::SAT3, RFInputId::SAT4,
                                                RFInputId::SAT5, RFInputId::SAT6, RFInputId::SAT7,
