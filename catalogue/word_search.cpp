@@ -36,14 +36,14 @@ using Connection = std::unique_ptr<sqlite3, Close>;
 /// Opens the catalogue without creating it. Read-write, since only then SQLite can roll back the
 /// hot journal of a writer that was killed; nothing here writes.
 Connection openCatalogue() {
-  constexpr int kPatienceMs = 6000;
+  constexpr int kBusyTimeoutMs = 6000;
   sqlite3* opened = nullptr;
   const int result = sqlite3_open_v2(kCataloguePath, &opened, SQLITE_OPEN_READWRITE, nullptr);
   Connection catalogue(opened);
   if (result != SQLITE_OK) {
     fail(opened);
   }
-  sqlite3_busy_timeout(opened, kPatienceMs);
+  sqlite3_busy_timeout(opened, kBusyTimeoutMs);
   return catalogue;
 }
 

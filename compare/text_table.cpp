@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "compare/printed_text.h"
+#include "support/words.h"
 
 namespace lineup {
 
@@ -18,11 +19,7 @@ using Row = TextTable::Row;
 constexpr std::size_t kWidestColumn = 256;
 
 std::string headingOf(std::string name) {
-  for (char& letter : name) {
-    if (letter >= 'a' && letter <= 'z') {
-      letter = static_cast<char>(letter - 'a' + 'A');
-    }
-  }
+  upperCase(name);
   return name;
 }
 

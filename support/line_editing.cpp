@@ -158,16 +158,16 @@ std::string bytesOf(const std::wstring& letters) {
   return text;
 }
 
-class LineEditor {
+class TerminalLineEditor {
  public:
   /// Null if there is no terminal to edit on.
-  static LineEditor* start();
+  static TerminalLineEditor* start();
 
   Edited edit(const std::string& prompt, const LineAids& aids, std::string& line);
   void remember(const std::string& line);
 
  private:
-  LineEditor() = default;
+  TerminalLineEditor() = default;
   bool prepare(const char* terminal);
   bool startLibedit(const char* terminal, std::FILE* nowhere);
   bool learnAbilities(bool known);
@@ -178,7 +178,7 @@ class LineEditor {
   bool edits() const;
   void bringBackEarlierLines();
 
-  static LineEditor& of(EditLine* lib);
+  static TerminalLineEditor& of(EditLine* lib);
   void beginEditing();
   void endEditing();
   bool wasInterrupted() const;
@@ -261,7 +261,7 @@ class LineEditor {
 // ---- starting
 
 // Never ended: that would discard what was typed ahead for the program that comes next.
-LineEditor* LineEditor::start() {
+TerminalLineEditor* TerminalLineEditor::start() {
   const char* const value = std::getenv("TERM");
   const std::string_view terminal = value == nullptr ? "" : value;
   // libedit does not edit in emacs.
@@ -269,11 +269,11 @@ LineEditor* LineEditor::start() {
       isatty(STDOUT_FILENO) != 1) {
     return nullptr;
   }
-  static LineEditor editor;
+  static TerminalLineEditor editor;
   return editor.prepare(value) ? &editor : nullptr;
 }
 
-bool LineEditor::prepare(const char* terminal) {
+bool TerminalLineEditor::prepare(const char* terminal) {
   std::setlocale(LC_CTYPE, "");
   if (std::string_view(std::setlocale(LC_CTYPE, nullptr)) == "C") {
     std::setlocale(LC_CTYPE, "C.UTF-8");  // no language is set, as on a board; letters are letters
@@ -304,7 +304,7 @@ bool LineEditor::prepare(const char* terminal) {
 
 /// Starts libedit on the terminal, learns from it what the terminal can do, and takes the terminal
 /// away from it: libedit takes it to be in its mode from now on, and sees no size of it.
-bool LineEditor::startLibedit(const char* terminal, std::FILE* nowhere) {
+bool TerminalLineEditor::startLibedit(const char* terminal, std::FILE* nowhere) {
   const TerminalSizeBounded bounded;
   mode_.keep();
   lib_ = el_init_fd("lineup-console", stdin, nowhere, nowhere, STDIN_FILENO, STDOUT_FILENO,
@@ -320,7 +320,7 @@ bool LineEditor::startLibedit(const char* terminal, std::FILE* nowhere) {
 
 /// Returns whether lines can be edited. A terminal that is not known is taken for an xterm, as
 /// nearly all are.
-bool LineEditor::learnAbilities(bool known) {
+bool TerminalLineEditor::learnAbilities(bool known) {
   if (!known) {
     screen_ = LineScreen({"\x1b[A", "\x1b[K", "\x1b[J", "\x1b[H\x1b[2J", true});
     return true;
@@ -335,7 +335,7 @@ bool LineEditor::learnAbilities(bool known) {
 
 /// The string for the terminal's ability of this termcap name, without the pauses ("$<5>") that
 /// hardware terminals needed.
-std::string LineEditor::ability(const char* name) const {
+std::string TerminalLineEditor::ability(const char* name) const {
   char* value = nullptr;
   if (el_get(lib_, EL_GETTC, name, &value) != 0 || value == nullptr) {
     return "";
@@ -348,17 +348,17 @@ std::string LineEditor::ability(const char* name) const {
   return text;
 }
 
-bool LineEditor::can(const char* name) const {
+bool TerminalLineEditor::can(const char* name) const {
   return ability(name) == "yes";
 }
 
-std::size_t LineEditor::number(const char* name) const {
+std::size_t TerminalLineEditor::number(const char* name) const {
   int value = 0;
   el_get(lib_, EL_GETTC, name, &value);
   return static_cast<std::size_t>(std::max(value, 1));
 }
 
-void LineEditor::bindKeys() {
+void TerminalLineEditor::bindKeys() {
   el_wset(lib_, EL_EDITOR, L"emacs");
   for (wchar_t key = 1; key < key::kFirstLetterBeyondAscii; ++key) {
     const wchar_t keys[] = {L'\\', static_cast<wchar_t>(L'0' + key / 64),
@@ -376,7 +376,7 @@ void LineEditor::bindKeys() {
 
 /// Whether libedit edits, which it is given a line for. Where the terminal failed when libedit
 /// looked at it, libedit says so nowhere: it reads no line, or has every key for a letter.
-bool LineEditor::edits() const {
+bool TerminalLineEditor::edits() const {
   el_set(
       lib_, EL_GETCFN, +[](EditLine* /*lib*/, wchar_t* key) {
         static const wchar_t* next = L"\x01\n";  // to the beginning, Return
@@ -391,15 +391,16 @@ bool LineEditor::edits() const {
   return line != nullptr && *line == '\n';
 }
 
-LineEditor& LineEditor::of(EditLine* lib) {
+TerminalLineEditor& TerminalLineEditor::of(EditLine* lib) {
   void* editor = nullptr;
   el_get(lib, EL_CLIENTDATA, &editor);
-  return *static_cast<LineEditor*>(editor);
+  return *static_cast<TerminalLineEditor*>(editor);
 }
 
 // ---- a line
 
-Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::string& line) {
+Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
+                                std::string& line) {
   line.clear();
   if (atEnd_) {
     return Edited::End;
@@ -436,7 +437,7 @@ Edited LineEditor::edit(const std::string& prompt, const LineAids& aids, std::st
 /// Changes the mode. A line that was typed ahead while a command ran, in canonical mode, is read
 /// before: there Ctrl-D on an empty line is an end of file, and in the other mode a zero like one
 /// that was typed as such. Further lines are left, as they may be for another program.
-void LineEditor::beginEditing() {
+void TerminalLineEditor::beginEditing() {
   if (typedAhead_.count() == 0 && comesWithin(std::chrono::milliseconds(0))) {
     readTypedAheadLine();
     if (comesWithin(std::chrono::milliseconds(0)) && bytesToBeRead() == 0) {
@@ -447,7 +448,7 @@ void LineEditor::beginEditing() {
   typedAhead_.thereAre(bytesToBeRead(), true);
 }
 
-void LineEditor::readTypedAheadLine() {
+void TerminalLineEditor::readTypedAheadLine() {
   std::array<char, 4096> line{};  // the longest that Linux has
   const ssize_t count = read(STDIN_FILENO, line.data(), line.size());
   if (count == 0) {
@@ -457,13 +458,13 @@ void LineEditor::readTypedAheadLine() {
   }
 }
 
-void LineEditor::endEditing() {
+void TerminalLineEditor::endEditing() {
   typedAhead_.thereAre(bytesToBeRead(), false);
   mode_.restore();
 }
 
 /// Whether the line was, and not the program.
-bool LineEditor::wasInterrupted() const {
+bool TerminalLineEditor::wasInterrupted() const {
   try {
     std::rethrow_exception(ended_);
   } catch (const EndedBySignal&) {
@@ -473,7 +474,7 @@ bool LineEditor::wasInterrupted() const {
   }
 }
 
-Edited LineEditor::endWithoutLine() {
+Edited TerminalLineEditor::endWithoutLine() {
   if (ended_ != nullptr && wasInterrupted()) {
     forgetInterrupt();
     return Edited::Dropped;
@@ -491,7 +492,7 @@ Edited LineEditor::endWithoutLine() {
 
 /// Returns what libedit expects: 1 for a character, 0 at the end, or -1. Nothing may be thrown
 /// through libedit.
-int LineEditor::readCharacter(wchar_t& character) {
+int TerminalLineEditor::readCharacter(wchar_t& character) {
   try {
     while (keys_.read(character)) {
       if (character == key::kSearch && !search(character)) {
@@ -513,7 +514,7 @@ int LineEditor::readCharacter(wchar_t& character) {
 
 /// Does what libedit does not; returns whether `key` was of that kind. A zero would have libedit
 /// take the next key literally.
-bool LineEditor::handle(wchar_t key) {
+bool TerminalLineEditor::handle(wchar_t key) {
   if (key == L'\0') {
     return true;
   }
@@ -524,10 +525,8 @@ bool LineEditor::handle(wchar_t key) {
   keepForUndo(key);
   switch (key) {
     case key::kLeft:
-      moveByLetter(-1);
-      return true;
     case key::kRight:
-      moveByLetter(1);
+      moveByLetter(key == key::kLeft ? -1 : 1);
       return true;
     case key::kUp:
       recall(recalled_ - std::min<std::size_t>(recalled_, 1));
@@ -559,7 +558,7 @@ bool LineEditor::handle(wchar_t key) {
   }
 }
 
-bool LineEditor::readByte(char& byte) {
+bool TerminalLineEditor::readByte(char& byte) {
   while (true) {
     const bool isAhead = !typedAheadLine_.empty();
     const bool atOnce = isAhead || waitForByte();
@@ -580,7 +579,7 @@ bool LineEditor::readByte(char& byte) {
 }
 
 /// Reads the byte that is there.
-bool LineEditor::readNext(char& byte) {
+bool TerminalLineEditor::readNext(char& byte) {
   if (!typedAheadLine_.empty()) {
     byte = typedAheadLine_.front();
     typedAheadLine_.erase(0, 1);
@@ -596,25 +595,25 @@ bool LineEditor::readNext(char& byte) {
 }
 
 /// Whether something is there to be read, or comes within `time`.
-bool LineEditor::comesWithin(std::chrono::milliseconds time) {
+bool TerminalLineEditor::comesWithin(std::chrono::milliseconds time) {
   pollfd input{STDIN_FILENO, POLLIN, 0};
   return poll(&input, 1, static_cast<int>(time.count())) == 1;
 }
 
 /// Whether something comes at once, as the rest of a paste does.
-bool LineEditor::moreFollows() const {
+bool TerminalLineEditor::moreFollows() const {
   constexpr std::chrono::milliseconds kBetweenBytesOfAPaste(10);  // on a slow line
   return !typedAheadLine_.empty() || comesWithin(kBetweenBytesOfAPaste);
 }
 
-int LineEditor::bytesToBeRead() {
+int TerminalLineEditor::bytesToBeRead() {
   int count = 0;
   ioctl(STDIN_FILENO, FIONREAD, &count);
   return count;
 }
 
 /// Returns whether it was there at once.
-bool LineEditor::waitForByte() {
+bool TerminalLineEditor::waitForByte() {
   pollfd input{STDIN_FILENO, POLLIN, 0};
   const bool atOnce = poll(&input, 1, 0) == 1;
   if (!atOnce) {
@@ -630,7 +629,7 @@ bool LineEditor::waitForByte() {
   }
 }
 
-void LineEditor::handleTerminalSignals() {
+void TerminalLineEditor::handleTerminalSignals() {
   if (acceptPending(SIGWINCH)) {
     put(screen_.resize(size().rows, size().columns));
     draw();
@@ -646,7 +645,7 @@ void LineEditor::handleTerminalSignals() {
 }
 
 /// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
-void LineEditor::letStop(int signal) {
+void TerminalLineEditor::letStop(int signal) {
   endEditing();
   deliverPending(signal);
   throwIfSignalled();
@@ -654,7 +653,7 @@ void LineEditor::letStop(int signal) {
 }
 
 /// Edits on after the program was stopped: whoever had the terminal meanwhile may have changed it.
-void LineEditor::startAgain() {
+void TerminalLineEditor::startAgain() {
   beginEditing();
   screen_.begin(size().rows, size().columns);
   put("\r");
@@ -664,7 +663,7 @@ void LineEditor::startAgain() {
 // ---- earlier lines
 
 /// Without memory for them there are none.
-void LineEditor::bringBackEarlierLines() {
+void TerminalLineEditor::bringBackEarlierLines() {
   try {
     for (const std::string& line : readHistoryFile(LineHistory::kMost)) {
       history_.add(lettersOf(line));
@@ -674,7 +673,7 @@ void LineEditor::bringBackEarlierLines() {
   }
 }
 
-void LineEditor::remember(const std::string& line) {
+void TerminalLineEditor::remember(const std::string& line) {
   const std::wstring letters = lettersOf(line);
   if (letters.empty() || (history_.size() > 0 && history_[history_.size() - 1] == letters)) {
     return;
@@ -688,7 +687,7 @@ void LineEditor::remember(const std::string& line) {
 }
 
 /// Makes the line the one of this place in the history; behind its end it is what was typed.
-void LineEditor::recall(std::size_t line) {
+void TerminalLineEditor::recall(std::size_t line) {
   if (line == recalled_ || line > history_.size()) {
     put("\a");
     return;
@@ -703,7 +702,7 @@ void LineEditor::recall(std::size_t line) {
 
 /// Lets the person look for an earlier line by a part of it. Returns false at the end of input;
 /// else `key` is the one with which to go on.
-bool LineEditor::search(wchar_t& key) {
+bool TerminalLineEditor::search(wchar_t& key) {
   keepForUndo(key);
   const std::wstring line = text();
   std::wstring part;
@@ -740,7 +739,7 @@ bool LineEditor::search(wchar_t& key) {
 // ---- moving and erasing
 
 /// Moves the cursor one letter back or on, with what stands in the letter's column.
-void LineEditor::moveByLetter(int step) {
+void TerminalLineEditor::moveByLetter(int step) {
   const std::wstring line = text();
   const auto end = static_cast<int>(line.size());
   const auto begin = static_cast<int>(cursor());
@@ -752,7 +751,7 @@ void LineEditor::moveByLetter(int step) {
 }
 
 /// Erases the word before the cursor, whatever it is made of, and the blanks behind it.
-void LineEditor::eraseToBlank() {
+void TerminalLineEditor::eraseToBlank() {
   const std::wstring before = text().substr(0, cursor());
   const std::size_t end = before.find_last_not_of(L' ') + 1;
   const std::size_t begin = end == 0 ? 0 : before.find_last_of(L' ', end - 1) + 1;
@@ -760,7 +759,7 @@ void LineEditor::eraseToBlank() {
 }
 
 /// Keeps the line and its cursor as they are before `key`; letters typed in a row are one step.
-void LineEditor::keepForUndo(wchar_t key) {
+void TerminalLineEditor::keepForUndo(wchar_t key) {
   constexpr std::size_t kSteps = 100;
   const bool goesOn = typing_ && key::isLetter(key);
   typing_ = key::isLetter(key);
@@ -777,7 +776,7 @@ void LineEditor::keepForUndo(wchar_t key) {
   }
 }
 
-void LineEditor::undo() {
+void TerminalLineEditor::undo() {
   typing_ = false;
   while (!before_.empty() && before_.back().text == text()) {
     before_.pop_back();
@@ -793,9 +792,9 @@ void LineEditor::undo() {
 
 /// For its lifetime, the terminal is as it is while a command runs: its keys interrupt and stop the
 /// program, and it shows what is typed ahead.
-class LineEditor::AsForACommand {
+class TerminalLineEditor::AsForACommand {
  public:
-  explicit AsForACommand(LineEditor& editor) : editor_(editor) {
+  explicit AsForACommand(TerminalLineEditor& editor) : editor_(editor) {
     editor_.endEditing();
     const sigset_t signals = terminalSignals();
     pthread_sigmask(SIG_UNBLOCK, &signals, &blocked_);
@@ -808,12 +807,12 @@ class LineEditor::AsForACommand {
   AsForACommand& operator=(const AsForACommand&) = delete;
 
  private:
-  LineEditor& editor_;
+  TerminalLineEditor& editor_;
   sigset_t blocked_{};
 };
 
 /// Shows what `overview` returns below the line, and the line below it.
-void LineEditor::showOverview(const std::function<std::string()>& overview, bool mayWait) {
+void TerminalLineEditor::showOverview(const std::function<std::string()>& overview, bool mayWait) {
   if (overview == nullptr) {
     put("\a");
     return;
@@ -844,7 +843,7 @@ void LineEditor::showOverview(const std::function<std::string()>& overview, bool
 }
 
 /// Shows a text as it is, or in a pager if the screen has no room for it and the prompt.
-void LineEditor::show(const std::string& text) {
+void TerminalLineEditor::show(const std::string& text) {
   const TerminalSize screen = size();
   std::size_t rows = 1;
   for (std::size_t begin = 0; begin < text.size();) {
@@ -864,7 +863,7 @@ void LineEditor::show(const std::string& text) {
 
 // ---- completing
 
-void LineEditor::completeWord() {
+void TerminalLineEditor::completeWord() {
   const std::string begun = bytesOf(text().substr(0, cursor()));
   const bool blankFollows = cursor() < text().size() && text()[cursor()] == L' ';
   const std::string typed = begun.substr(begun.rfind(' ') + 1);
@@ -894,7 +893,7 @@ void LineEditor::completeWord() {
   replaceWord(typed, blankFollows || word.ends_with('/') ? word : word + ' ');
 }
 
-void LineEditor::replaceWord(const std::string& typed, const std::string& word) {
+void TerminalLineEditor::replaceWord(const std::string& typed, const std::string& word) {
   if (word.starts_with(typed)) {
     insert(lettersOf(word.substr(typed.size())));
     return;
@@ -904,7 +903,7 @@ void LineEditor::replaceWord(const std::string& typed, const std::string& word) 
 }
 
 /// Shows the candidates below the line, and the line below them.
-void LineEditor::list(const std::string& typed, const std::vector<Candidate>& candidates) {
+void TerminalLineEditor::list(const std::string& typed, const std::vector<Candidate>& candidates) {
   const std::size_t folder = typed.rfind('/') + 1;  // not repeated for each
   std::vector<std::string> items;
   for (const Candidate& candidate : candidates) {
@@ -922,28 +921,28 @@ void LineEditor::list(const std::string& typed, const std::vector<Candidate>& ca
 
 // ---- the line in libedit
 
-std::wstring LineEditor::text() const {
+std::wstring TerminalLineEditor::text() const {
   const LineInfoW* const line = el_wline(lib_);
   return {line->buffer, line->lastchar};
 }
 
-std::size_t LineEditor::length() const {
+std::size_t TerminalLineEditor::length() const {
   const LineInfoW* const line = el_wline(lib_);
   return static_cast<std::size_t>(line->lastchar - line->buffer);
 }
 
 /// How many letters are before the cursor.
-std::size_t LineEditor::cursor() const {
+std::size_t TerminalLineEditor::cursor() const {
   const LineInfoW* const line = el_wline(lib_);
   return static_cast<std::size_t>(line->cursor - line->buffer);
 }
 
-void LineEditor::insert(const std::wstring& text) {
+void TerminalLineEditor::insert(const std::wstring& text) {
   makeRoom(longest_ + length() + text.size());
   el_winsertstr(lib_, text.c_str());
 }
 
-void LineEditor::replaceLine(const std::wstring& text, std::size_t cursor) {
+void TerminalLineEditor::replaceLine(const std::wstring& text, std::size_t cursor) {
   makeRoom(longest_ + text.size());
   const auto all = static_cast<int>(length());
   if (text.empty()) {
@@ -957,7 +956,7 @@ void LineEditor::replaceLine(const std::wstring& text, std::size_t cursor) {
 
 /// Makes libedit's screen large enough for `letters` more than it has room for now, and what one
 /// key may add to them.
-void LineEditor::makeRoom(std::size_t letters) {
+void TerminalLineEditor::makeRoom(std::size_t letters) {
   longest_ = std::max(longest_, length());
   if (letters <= room_) {
     return;
@@ -974,18 +973,18 @@ void LineEditor::makeRoom(std::size_t letters) {
 
 // ---- the screen
 
-TerminalSize LineEditor::size() const {
+TerminalSize TerminalLineEditor::size() const {
   TerminalSize size = terminalSize(usualSize_);
   size.columns -= sparesLastColumn_ && size.columns > 1 ? 1 : 0;
   return size;
 }
 
-void LineEditor::draw() {
+void TerminalLineEditor::draw() {
   put(screen_.show(prompt_ + text(), prompt_.size() + cursor(), note_));
 }
 
 /// Shows the line as it was entered, and leaves it.
-void LineEditor::leave() {
+void TerminalLineEditor::leave() {
   std::wstring line = text();
   if (!line.empty() && line.back() == L'\n') {
     line.pop_back();
@@ -994,8 +993,8 @@ void LineEditor::leave() {
   put(screen_.leave());
 }
 
-LineEditor* lineEditor() {
-  static LineEditor* const editor = LineEditor::start();
+TerminalLineEditor* lineEditor() {
+  static TerminalLineEditor* const editor = TerminalLineEditor::start();
   return editor;
 }
 
