@@ -29,7 +29,7 @@ namespace lineup {
 
 namespace {
 
-// Behind the name of a copy that is being written, in turn: one may wait for the one at work.
+// Suffixes of a copy while it is written. Two, as a second writer may wait for the first.
 constexpr const char* kBeing[] = {".new", ".newer"};
 
 /// The name without that.
@@ -250,7 +250,7 @@ void EditsCopy::writeFile(const File& file) const {
   placeFile(file);
 }
 
-/// Takes note of what came of that. Two that fail in one folder are one failure.
+/// Records whether the file was placed. Two that fail in one folder are one failure.
 void EditsCopy::finishFile(File& file) {
   if (removeUnplaced(file)) {
     if (file.folder == &folders_[firstFolder_]) {
@@ -419,7 +419,7 @@ void EditsCopy::remove() noexcept {
   removeFile(copy_);
 }
 
-/// One that is gone has left its name to others.
+/// If the file is gone, its name may be another's: it is not unlinked.
 void EditsCopy::removeFile(File& file) noexcept {
   if (isThere(file)) {
     unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
@@ -440,7 +440,8 @@ void EditsCopy::leave() noexcept {
       say(copy_, true);
       return;
     }
-    const File unfinished = std::exchange(last_, File());  // this is the end of an end
+    const File unfinished =
+        std::exchange(last_, File());  // set if an earlier leave() was interrupted
     openFolders();
     for (const Folder& folder : folders_) {
       if (writeAtTheEnd(folder)) {

@@ -30,9 +30,9 @@ class EditsCopy {
   EditsCopy(const EditsCopy&) = delete;
   EditsCopy& operator=(const EditsCopy&) = delete;
 
-  /// Brings the copy up to date without waiting for the disk: a child process writes it. Edits that
-  /// are not pending any more have none, and the copy of an earlier console that was restored goes.
-  /// Returns whether to be called again soon, as a child is still at work or could not write it.
+  /// Brings the copy up to date without waiting for the disk: a child process writes it. Removes it
+  /// if nothing is pending, and the copy of an earlier console once its restored edits are
+  /// committed. Returns true if it is to be called again soon: a child still writes, or has failed.
   bool update() noexcept;
 
   /// Brings it up to date at once, at the end of the program, and says on standard error and in the
@@ -87,14 +87,14 @@ class EditsCopy {
   const LineupEditor& editor_;
   const When when_;
   std::vector<Folder> folders_;
-  std::size_t firstFolder_ = 0;  ///< the one to try first: where it went wrong last is no good
+  std::size_t firstFolder_ = 0;  ///< to try first: behind the one that failed last
   std::size_t failures_ = 0;     ///< in a row
   std::chrono::steady_clock::time_point nextTry_{};
   File copy_;
   std::optional<Writer> atWork_;
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
   File last_;                      ///< the one that is written at the end of the program
-  uint64_t commitsSeen_ = 0;       ///< when it was last looked for a restored copy
+  uint64_t commitsSeen_ = 0;       ///< at the last search for a restored copy
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to

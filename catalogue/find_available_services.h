@@ -22,9 +22,9 @@ struct AvailableServiceName {
 /// The time limit of each of the functions below, for which the Tab key blocks at most.
 inline constexpr std::chrono::seconds kTimeForNames{5};
 
-/// Calls `visit` for every service of `kind`, or of every kind if it is empty: first those of the
-/// table in which an id is looked up first. What cannot be read, at once or within kTimeForNames,
-/// is left out without a message. A missing catalogue stays missing.
+/// Calls `visit` for every service of `kind`, or, if that is empty, of all kinds, table by table in
+/// the order of kTables. Rows that cannot be read within kTimeForNames are left out without a
+/// message. Does not create a missing catalogue.
 void visitAvailableServiceNames(std::string_view kind,
                                 const std::function<void(const AvailableServiceName&)>& visit);
 

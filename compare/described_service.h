@@ -12,14 +12,14 @@ namespace lineup {
 /// The words for a service: ""News", SAT 11778 MHz, SID 4101, type 1".
 std::string described(const ServiceWords& words, const std::string& name);
 
-/// Which of the fields that the words cover only in some lines they cover in this one.
+/// The fields that the words cover only under a condition: whether they do here.
 struct AlsoDescribed {
   bool name;     ///< not if the entry has another name than the service
   bool muxUuid;  ///< not if several muxes have the URL that stands for it
 };
 
-/// Copies to `other` the fields of `service` that its words cover. What then differs needs words of
-/// its own.
+/// Copies the fields that the words cover from `service` to `other`, so that a comparison finds the
+/// rest.
 void takeDescribed(korvel::thrift::hub_module::DVBInputServiceConfig& other,
                    const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                    const AlsoDescribed& also);

@@ -7,7 +7,9 @@
 
 namespace lineup {
 
-// Each makes one call over `client`, which is for this call alone, and throws whatever it throws.
+// Each makes one call over `client`, which is for this call alone, and throws
+// TException: TTransportException, TProtocolException, TApplicationException or
+// ControllerTaskIsNotReady.
 
 /// Replaces `target` by the configuration that is running. If the reply breaks off, `target` holds
 /// what had been read of it; on any other failure it is as it was.
@@ -16,8 +18,8 @@ void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendCo
 /// Likewise for the status.
 void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
-/// Likewise, but of the status only the RF inputs are taken over; all else in `target` is as in an
-/// empty record. The flags of both say whether the reply had them.
+/// Sets `target` to an empty record with the RF inputs of the status; on any failure it is as it
+/// was. The flags of both say whether the reply had them.
 void fetchRFInputs(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
 /// Sends `config`; on return the controller has accepted it.

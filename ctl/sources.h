@@ -15,7 +15,7 @@ std::string controllerPlace();
 // Each throws Failure, with the file or the address in its message.
 
 /// The configuration that the controller holds. A reply without one of its parts, which every
-/// controller sends, is of something else and a failure.
+/// controller sends, is a failure.
 korvel::thrift::hub_module::HeadendConfig runningConfig();
 
 /// The controller's status, of which only the RF inputs are taken over. Likewise.

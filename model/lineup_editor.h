@@ -57,8 +57,9 @@ class LineupEditor {
   // A failure of any kind prints the operation's line, which begins "ERROR: ", and is not reported
   // to the caller. A signal that is caught meanwhile throws EndedBySignal when the call is over.
 
-  /// Replaces `config` by the controller's and clears `pendingChanges`. If the reply breaks off,
-  /// `config` holds what had been read of it; on any other failure it is as it was.
+  /// Replaces `config` by the controller's and clears `pendingChanges` and `restoredFile`. If the
+  /// reply breaks off, `config` holds what had been read of it; on any other failure all is as it
+  /// was.
   void fetchHeadendConfig();
 
   /// Replaces `status` by the controller's; a reply that breaks off leaves what had been read of
@@ -180,7 +181,9 @@ class LineupEditor {
   /// place) are scanned for.
   void setTdtScan(bool enable, std::string& type);
 
-  /// Asks for a PLS item, reads one line of standard input and appends the item.
+  /// Asks for a PLS item, reads one line of standard input and appends the item. Throws
+  /// std::runtime_error for fewer than two words, and so for the end of input. Words are taken by
+  /// readNumber(), without a range.
   void addPlsItem();
 
   /// Removes every item of the PLS list, if there is a list.

@@ -20,10 +20,10 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/// What whoever starts a program makes it ignore so that it goes on without him.
+/// The signals that nohup and shells leave ignored for a program in the background.
 constexpr int kMayStayIgnored[] = {SIGHUP, SIGINT, SIGQUIT};
 
-constexpr microseconds kPatience = seconds(1);
+constexpr microseconds kUntilOverdue = seconds(1);
 constexpr microseconds kBetweenInterrupts = milliseconds(50);
 constexpr microseconds kUntilTheEnd = seconds(3);
 constexpr microseconds kUntilTheEndOfACall =
@@ -83,7 +83,7 @@ void startTimer() {
   if (remoteCall != 0) {
     startTimer(kUntilTheEndOfACall, kUntilTheEndOfACall);
   } else {
-    startTimer(kPatience, kUntilTheEnd);
+    startTimer(kUntilOverdue, kUntilTheEnd);
   }
 }
 
@@ -327,7 +327,7 @@ void beginEnding(int signal) {
   const BlockedSignals blocked(endingSignals());
   interrupted = 0;
   caughtSignal = signal;
-  startTimer(kPatience, kUntilTheEnd);
+  startTimer(kUntilOverdue, kUntilTheEnd);
 }
 
 void whenEndIsForced(void (*work)()) {

@@ -1,4 +1,4 @@
-// Signals that end the program: a dropped line, an interrupt, a request to terminate, an output
+// Signals that end the program: a hang-up, an interrupt, a request to terminate, an output
 // that nobody reads any more. They are caught so that what is under way ends in order; the program
 // then ends by the same signal. From the first one on the end is certain, whatever blocks:
 //
@@ -15,7 +15,7 @@
 //                  are about to be saved
 //   forced         the end of the last three         is left to the work that            1 second
 //                                                    whenEndIsForced() was given, if any
-//   ended          endBySignal(), or the end of that, by the signal
+//   ended          endBySignal(), or the end of forced; the process ends by the signal
 //
 // Where the program waits by the functions below, or asks, it sees a signal at once and goes from
 // signalled to ending. An interrupt can be forgotten, which leads back to running. From interrupted

@@ -1,7 +1,7 @@
-// Line editing. libedit keeps the line and edits it, but neither reads the keys nor draws: it
-// writes beyond its picture of the screen where a line has more rows than that. So its screen is a
-// large one of its own, for which nothing is put out, LineScreen shows the line, and KeyReader
-// leaves it no key but those below.
+// Line editing. libedit holds the line and edits it. It reads no keys and draws nothing: its
+// drawing writes beyond its screen buffer when the line has more rows than the screen. It is given
+// a large screen whose output goes to /dev/null; LineScreen shows the line, and KeyReader passes
+// only the keys below.
 
 #include "support/line_editing.h"
 

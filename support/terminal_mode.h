@@ -12,6 +12,8 @@ namespace lineup {
 /// The mode in which the terminal was found.
 class TerminalMode {
  public:
+  /// Keeps the mode that the terminal has now. If standard input is no terminal, this and the
+  /// functions below do nothing.
   void keep();
 
   /// Keeps the mode, unless it is still the one that this has set, and changes it to one in which
@@ -35,6 +37,7 @@ class TerminalMode {
 /// mode that the other program leaves is not kept.
 class TerminalLent {
  public:
+  /// `mode` has to outlive it.
   explicit TerminalLent(const TerminalMode& mode);
   ~TerminalLent();
   TerminalLent(const TerminalLent&) = delete;
