@@ -82,7 +82,7 @@ inline constexpr Choice kHeadendTypes[] = {{"standard", kStandardHeadend},
 /// The numbers are inverted with respect to the words.
 inline constexpr Choice kOutputVlans[] = {{"1", 1}, {"2", 0}};
 
-inline constexpr Choice kSwitchStates[] = {{"disabled", 0}, {"enabled", 1}};
+inline constexpr Choice kSwitch[] = {{"disabled", 0}, {"enabled", 1}};
 
 /// One setting.
 struct Setting {
@@ -182,8 +182,8 @@ inline constexpr Setting kSettings[] = {
     fieldSetting<kEitModeField>("eit", kEitModes),
     fieldSetting<kDecryptPolicyField>("stdp", kDecryptPolicies),
     fieldSetting<kOutputVlanField>("vlan", kOutputVlans),
-    fieldSetting<kCofdmScanEnabledField>("tdtscan cofdm", kSwitchStates),
-    fieldSetting<kQamsScanEnabledField>("tdtscan qams", kSwitchStates),
+    fieldSetting<kCofdmScanEnabledField>("tdtscan cofdm", kSwitch),
+    fieldSetting<kQamsScanEnabledField>("tdtscan qams", kSwitch),
 };
 
 /// The setting that `command` changes, found by the compiler.

@@ -235,10 +235,10 @@ class TerminalLineEditor {
   LineScreen screen_{{}};
   KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
   LineHistory history_{};
-  bool atEnd_ = false;
   TypedAhead typedAhead_{};
   LineEnds lineEnds_{};
   std::string typedAheadLine_{};  ///< read in canonical mode
+  bool atEnd_ = false;
   bool cameInUsualMode_ = false;  ///< the byte that was read last
   bool cameAtOnce_ = false;       ///< likewise
 
@@ -438,7 +438,8 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
 /// before: there Ctrl-D on an empty line is an end of file, and in the other mode a zero like one
 /// that was typed as such. Further lines are left, as they may be for another program.
 void TerminalLineEditor::beginEditing() {
-  if (typedAhead_.count() == 0 && comesWithin(std::chrono::milliseconds(0))) {
+  if (TerminalMode::isCanonical() && typedAhead_.count() == 0 &&
+      comesWithin(std::chrono::milliseconds(0))) {
     readTypedAheadLine();
     if (comesWithin(std::chrono::milliseconds(0)) && bytesToBeRead() == 0) {
       readTypedAheadLine();  // nothing but an end of file
@@ -560,8 +561,8 @@ bool TerminalLineEditor::handle(wchar_t key) {
 
 bool TerminalLineEditor::readByte(char& byte) {
   while (true) {
+    const bool atOnce = !typedAheadLine_.empty() || waitForByte();
     const bool isAhead = !typedAheadLine_.empty();
-    const bool atOnce = isAhead || waitForByte();
     if (!readNext(byte)) {
       return false;
     }
@@ -626,6 +627,9 @@ bool TerminalLineEditor::waitForByte() {
       return atOnce;
     }
     handleTerminalSignals();
+    if (!typedAheadLine_.empty()) {
+      return false;  // typed while the program was stopped
+    }
   }
 }
 

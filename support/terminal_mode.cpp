@@ -28,6 +28,11 @@ void TerminalMode::change() {
   set(forEditing());
 }
 
+bool TerminalMode::isCanonical() {
+  termios now{};
+  return tcgetattr(STDIN_FILENO, &now) == 0 && (now.c_lflag & ICANON) != 0;
+}
+
 termios TerminalMode::forEditing() const {
   termios editing = mode_;
   editing.c_iflag &= ~static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | ISTRIP);

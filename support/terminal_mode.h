@@ -21,6 +21,9 @@ class TerminalMode {
   /// still sent by their keys.
   void change();
 
+  /// Whether the terminal's input is in lines now.
+  static bool isCanonical();
+
   /// Goes back to the mode that was kept. Nothing that was typed is discarded.
   void restore();
 
