@@ -182,7 +182,7 @@ class TerminalLineEditor {
   void beginEditing();
   void endEditing();
   bool wasInterrupted() const;
-  bool isAnswer() const { return aids_->complete == nullptr; }
+  bool isAnswer() const { return aids_->complete == nullptr; }  // only command lines have aids
   Edited endWithoutLine();
 
   int readCharacter(wchar_t& character);

@@ -21,7 +21,7 @@ class TerminalMode {
   /// still sent by their keys.
   void change();
 
-  /// Whether the terminal's input is in lines now.
+  /// Whether the terminal is in canonical mode now.
   static bool isCanonical();
 
   /// Goes back to the mode that was kept. Nothing that was typed is discarded.

@@ -995,10 +995,11 @@ TEST_F(OnATerminal, NothingPastedIsLost) {
   }
 }
 
-/// Has a "commit" begin of what `session` has pasted or typed, the answer to which then waits.
-void beginCommit(Session& session, FakeController& controller, const std::string& keys) {
+/// Types `keys`, which begin a call; its answer goes on, or breaks off, when it is released.
+void beginCall(Session& session, FakeController& controller, const std::string& keys,
+               bool goesOn = true) {
   const std::size_t calls = controller.calls().size();
-  controller.answerNext(stalled(true));
+  controller.answerNext(stalled(goesOn));
   session.type(keys);
   controller.waitForCalls(calls + 1);
 }
@@ -1008,7 +1009,7 @@ constexpr char kConfigPrinted[] = "headendGlobalConfig";
 TEST_F(OnATerminal, ReturnAndLineFeedAreOneInAPasteThatComesWhileCommandsRun) {
   Session session(onTerminal());
   session.expect("> |");
-  beginCommit(session, controller, "id 2\r\ncommit\r");
+  beginCall(session, controller, "id 2\r\ncommit\r");
   session.type("\nid 3\r\nid 4\r\nid 5\r");
   session.console.readUntil("id 5\r\n");
   controller.release();
@@ -1050,7 +1051,7 @@ TEST_F(OnATerminal, AReturnTypedWhileACommandRunsIsALine) {
   session.expect("> |");
   session.type("commit");
   session.expect("> commit|");
-  beginCommit(session, controller, "\r");
+  beginCall(session, controller, "\r");
   session.type("\r");
   session.console.readUntil("\r\n\r\n");
   controller.release();
@@ -1060,7 +1061,7 @@ TEST_F(OnATerminal, AReturnTypedWhileACommandRunsIsALine) {
 TEST_F(OnATerminal, LineFeedsPastedAloneEndALineEachWhileACommandRuns) {
   Session session(onTerminal());
   session.expect("> |");
-  beginCommit(session, controller, "commit\n");
+  beginCall(session, controller, "commit\n");
   session.type("addpls\n\nid 3\n");
   session.console.readUntil("id 3\r\n");
   controller.release();
@@ -1098,10 +1099,7 @@ TEST_F(OnATerminal, AZeroTypedAheadBehindALineIsNoEndOfInput) {
   session.type("id 3\n");
   session.expect("(changes to commit) > |");
   for (const std::string& rest : {std::string(1, '\0'), std::string("\0x", 2)}) {
-    const std::size_t calls = controller.calls().size();
-    controller.answerNext(stalled(false));
-    session.type("rfinput status\n");
-    controller.waitForCalls(calls + 1);
+    beginCall(session, controller, "rfinput status\n", false);
     session.type("eit off\n" + rest);
     controller.release();
     session.expect("(changes to commit) > " + rest.substr(1) + "|");
@@ -1115,10 +1113,7 @@ TEST_F(OnATerminal, AZeroTypedAheadBehindALineIsNoEndOfInput) {
 TEST_F(OnATerminal, AReturnTypedAheadIsTheAnswerThatIsAskedFor) {
   Session session(onTerminal());
   session.expect("> |");
-  const std::size_t calls = controller.calls().size();
-  controller.answerNext(stalled(false));
-  session.type("rfinput status\r");
-  controller.waitForCalls(calls + 1);
+  beginCall(session, controller, "rfinput status\r", false);
   session.type("addpls\r\rid 4\r");
   controller.release();
   session.expect(
@@ -1133,10 +1128,7 @@ TEST_F(OnATerminal, AZeroTypedAheadDoesNothing) {
   session.type("id 3\n" + zero);  // in one: it comes between two lines
   session.expect("(changes to commit) > |");
   for (const std::string& keys : {zero, zero + zero}) {
-    const std::size_t calls = controller.calls().size();
-    controller.answerNext(stalled(false));
-    session.type("rfinput status\n");
-    controller.waitForCalls(calls + 1);
+    beginCall(session, controller, "rfinput status\n", false);
     session.type(keys);
     controller.release();
     session.expect("\n(changes to commit) > |");
