@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -18,8 +19,6 @@ namespace lineup {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr char kFolderName[] = "lineup-console";
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
@@ -28,26 +27,33 @@ std::string variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-/// The folder that holds the state folder; empty if the user has none.
-fs::path stateHome() {
-  fs::path state = variable("XDG_STATE_HOME");
-  if (state.is_absolute()) {
-    return state;
-  }
-  const fs::path home = variable("HOME");
-  std::error_code none;
-  // A home that is not there, as that of "nobody", stays so.
-  return home.is_absolute() && fs::is_directory(home, none) ? home / ".local" / "state"
-                                                            : fs::path();
+bool isAbsolute(const std::string& path) {
+  return path.starts_with('/');
 }
 
-/// Makes `path` and what is missing above it, closed to others.
-void createFolders(const fs::path& path) {
+bool isFolder(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// The folder that holds the state folder; empty if the user has none. Without std::filesystem, as
+/// every console comes here at its start and that library takes 64 KiB of memory.
+std::string stateHome() {
+  std::string state = variable("XDG_STATE_HOME");
+  if (isAbsolute(state)) {
+    return state;
+  }
+  const std::string home = variable("HOME");
+  // A home that is not there, as that of "nobody", stays so.
+  return isAbsolute(home) && isFolder(home) ? home + "/.local/state" : "";
+}
+
+/// Makes `path`, which is absolute, and what is missing above it, closed to others.
+void createFolders(const std::string& path) {
   const mode_t before = umask(S_IRWXG | S_IRWXO);  // not one that shuts the user out
-  fs::path made;
-  for (const fs::path& part : path) {
-    made /= part;
-    mkdir(made.c_str(), S_IRWXU);
+  for (std::size_t end = 0; end != std::string::npos;) {
+    end = path.find('/', end + 1);
+    mkdir(path.substr(0, end).c_str(), S_IRWXU);
   }
   umask(before);
 }
@@ -87,12 +93,13 @@ void addFolder(const std::string& path, std::vector<Folder>& folders) {
 }  // namespace
 
 std::optional<Folder> openStateFolder(IfMissing ifMissing) {
-  const fs::path home = stateHome();
+  const std::string home = stateHome();
   if (home.empty()) {
     return std::nullopt;
   }
+  const std::string path = home + (home.ends_with('/') ? "" : "/") + kFolderName;
   if (ifMissing == IfMissing::Create) {
-    createFolders(home / kFolderName);
+    createFolders(path);
   }
   const Descriptor parent(open(home.c_str(), kFolder));
   if (!parent.isOpen()) {
@@ -102,7 +109,7 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing) {
   if (!folder.isOpen() || !isPrivate(folder.number())) {
     return std::nullopt;
   }
-  return Folder{home / kFolderName, std::move(folder)};
+  return Folder{path, std::move(folder)};
 }
 
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
@@ -112,7 +119,7 @@ std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
   }
   if (const std::string temporary = variable("TMPDIR"); !temporary.empty()) {
     std::error_code none;
-    addFolder(fs::absolute(temporary, none).string(), folders);
+    addFolder(std::filesystem::absolute(temporary, none).string(), folders);
   }
   addFolder("/tmp", folders);
   std::erase_if(folders, [](const Folder& folder) { return !canBeTyped(folder.path); });
