@@ -15,13 +15,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "controller/config_file.h"
+#include "controller/whole_config_file.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
 
@@ -153,6 +156,16 @@ bool noteAnnounced(const LeftCopy& copy) {
   return wasAnnounced(copy) ||
          (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
           fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
+}
+
+/// Whether it holds `content`, which is not empty, and nothing else.
+bool holds(const LeftCopy& copy, const std::string& content) {
+  if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
+    return false;
+  }
+  std::ifstream file(pathOf(*copy.folder, copy.name), std::ios::binary);
+  using Bytes = std::istreambuf_iterator<char>;
+  return std::equal(Bytes(file), Bytes(), content.begin(), content.end());
 }
 
 void announce(const LeftCopy& copy) {
@@ -529,15 +542,17 @@ void EditsCopy::removeRestored() {
   }
 }
 
-void announceLeftEdits() noexcept {
+void announceLeftEdits(const hub_module::HeadendConfig* running) noexcept {
   try {
     const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
     std::vector<LeftCopy> copies = leftCopiesIn(folders);
+    const bool comparable = running != nullptr && !copies.empty();
+    const std::string unedited = comparable ? configFileContent(*running) : "";
     std::sort(copies.begin(), copies.end(), [](const LeftCopy& a, const LeftCopy& b) {
       return a.status.st_mtime > b.status.st_mtime;
     });
     for (const LeftCopy& copy : copies) {
-      if (isOld(copy)) {
+      if (isOld(copy) || holds(copy, unedited)) {
         removeLeft(copy);
       } else if (!isUnfinished(copy)) {
         announce(copy);

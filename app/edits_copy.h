@@ -98,8 +98,9 @@ class EditsCopy {
 };
 
 /// Says on standard error which copies consoles have left that do not run any more, and how to
-/// bring them back. Removes those announced for the first time more than 30 days ago, and
-/// unfinished copies as old.
-void announceLeftEdits() noexcept;
+/// bring them back. Removes those announced for the first time more than 30 days ago, unfinished
+/// copies as old, and copies of `running`, which hold no edits; it is what the controller runs, or
+/// null if that is not known.
+void announceLeftEdits(const hub_module::HeadendConfig* running) noexcept;
 
 }  // namespace lineup

@@ -35,9 +35,6 @@ void runMode(LineupEditor& editor, const CommandLineOptions& options) {
   } else if (!options.restoreFile.empty()) {
     editor.restoreConfig(options.restoreFile);
   } else if (options.headendType.empty()) {
-    if (isatty(STDIN_FILENO) == 1) {
-      announceLeftEdits();
-    }
     editor.runPromptLoop();
   } else {
     editor.runTypeMode(options.headendType);

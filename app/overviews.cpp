@@ -8,9 +8,8 @@ namespace lineup {
 
 std::string changesToCommit(const hub_module::HeadendConfig& edited) {
   LineupEditor running;
-  running.pendingChanges = true;  // until it is fetched
   running.fetchHeadendConfig();
-  if (running.pendingChanges) {
+  if (running.fetches == 0) {
     return "";
   }
   const std::string difference = configDifference(running.config, edited);

@@ -1,8 +1,11 @@
+#include <unistd.h>
+
 #include <iostream>
 #include <stdexcept>
 #include <string>
 
 #include "app/commands.h"
+#include "app/edits_copy.h"
 #include "app/overviews.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
@@ -44,6 +47,9 @@ bool runInterruptibly(LineupEditor& editor, const std::string& line) {
 
 void LineupEditor::runPromptLoop() {
   fetchHeadendConfig();
+  if (isatty(STDIN_FILENO) == 1) {
+    announceLeftEdits(fetches > 0 ? &config : nullptr);
+  }
   std::cout << "Enter 'help' and press return for help" << std::endl;
   const LineAids aids{
       .complete = [this](const std::string& begun) { return completeCommandLine(begun, config); },

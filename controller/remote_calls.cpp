@@ -36,6 +36,7 @@ void LineupEditor::fetchHeadendConfig() {
       [this](ControllerClient& client) {
         fetchConfig(client, config);
         pendingChanges = false;
+        ++fetches;
         restoredFile.clear();
       },
       "ERROR: Could not get current config from ControllerTask");

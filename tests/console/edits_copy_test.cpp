@@ -20,6 +20,8 @@
 #include <thread>
 #include <vector>
 
+#include "controller/whole_config_file.h"
+#include "hub_module_types.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/copies_in_tmp.h"
@@ -31,6 +33,7 @@ namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
+using korvel::thrift::hub_module::HeadendConfig;
 
 constexpr std::time_t kDay = 24L * 60 * 60;
 
@@ -230,6 +233,36 @@ TEST_F(EditsCopy, ThatIsNotTakenStays) {
     console.finish();
   }
   EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
+  controller.setConfig(readWholeConfigFile(leave()));
+  ConsoleProcess console(start("dumb"));
+  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
+  EXPECT_TRUE(files().empty());
+}
+
+TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
+  const std::string path = leave();
+  HeadendConfig other = readWholeConfigFile(path);
+  other.headendGlobalConfig.headendId = 8;
+  controller.setConfig(other);
+  ConsoleProcess(start("dumb")).readUntil(announcement(path));
+  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+}
+
+// Without an answer the console holds the defaults.
+TEST_F(EditsCopy, OfWhatTheControllerRunsIsAnnouncedIfThatIsNotKnown) {
+  const std::string path = leave();
+  const std::string content = configFileContent(HeadendConfig());
+  std::ofstream(path) << content;
+  for (const Answer& answer : {Answer{.kind = Answer::kNotReady}, Answer{.sentBytes = 20}}) {
+    controller.answerNext(answer);
+    ConsoleProcess console(start("dumb"));
+    const std::string begin = console.readUntil("Enter 'help'");
+    EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
+  }
+  EXPECT_EQ(contentOf(path), content);
 }
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {

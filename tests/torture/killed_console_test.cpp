@@ -66,18 +66,21 @@ class Session {
     console_.waitForEnd();
   }
 
-  /// The next console announces the copy and restores it, if `path` says that there is one.
+  /// The next console announces the copy and restores it, if `path` says that there is one with
+  /// edits that the controller has not taken.
   void expectNextToRestore(const std::string& path) const {
+    const int32_t id = path.empty() ? committedId() : idIn(path);
+    const bool isCommitted = id == committedId();
     ConsoleProcess console(start({}));
-    expectAnnounced(console, path);
-    if (!path.empty()) {
-      const int32_t id = idIn(path);
+    expectAnnounced(console, isCommitted ? "" : path);
+    if (!isCommitted) {
       console.send("restore " + path + "\n");
       console.readUntil("Restored config from: " + path);
       EXPECT_EQ(committedId(), id);
     }
     console.send("quit\n");
     EXPECT_EQ(console.finish().status, 0);
+    EXPECT_EQ(copy(), "");
   }
 
   void expectNextToAnnounce(const std::string& path) const {
