@@ -10,6 +10,7 @@
 #include "app/completion.h"
 #include "app/help.h"
 #include "app/setting_commands.h"
+#include "model/input_types.h"
 #include "model/lineup_editor.h"
 #include "support/words.h"
 
@@ -188,16 +189,16 @@ constexpr Command kCommands[] = {
      [](const std::string& typed) { return completeName("", typed); }},
     {"findtdt", 1, nullptr,
      [](Invocation& line) { line.editor.findTdtServices(line.wordOrEmpty(1)); },
-     [](const std::string& typed) { return completeName("TDT", typed); }},
+     [](const std::string& typed) { return completeName(kTdtInput.name, typed); }},
     {"findsat", 1, nullptr,
      [](Invocation& line) { line.editor.findSatServices(line.wordOrEmpty(1)); },
-     [](const std::string& typed) { return completeName("SAT", typed); }},
+     [](const std::string& typed) { return completeName(kSatInput.name, typed); }},
     {"findcable", 1, nullptr,
      [](Invocation& line) { line.editor.findCableServices(line.wordOrEmpty(1)); },
-     [](const std::string& typed) { return completeName("Cable", typed); }},
+     [](const std::string& typed) { return completeName(kCableInput.name, typed); }},
     {"findip", 1, nullptr,
      [](Invocation& line) { line.editor.findIPServices(line.wordOrEmpty(1)); },
-     [](const std::string& typed) { return completeName("IP", typed); }},
+     [](const std::string& typed) { return completeName(kIPInput.name, typed); }},
     {"adddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kBothLineups); },
      completeService},
     {"rfadddvb", 2, kWhichService, [](Invocation& line) { addDvb(line, kRFLineup); },

@@ -30,7 +30,7 @@ DVBInputServiceConfig build(const tTable& table, int32_t id) {
   service.sid = row.asInt(table.sid);
   service.name = row.asText(table.serviceName);
   service.catalogueFlag = row.asInt(table.flag) != 0;
-  service.inputType = table.inputType;
+  service.inputType = table.input.number;
   service.serviceType = row.asInt(table.serviceType);
   service.intItems = parseIntegerList(row.asText(table.integerList));
   service.auxFlag = false;

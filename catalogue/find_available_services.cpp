@@ -36,7 +36,7 @@ void find(const tTable& table, const std::string& name) {
   const auto found =
       table.doSelect(catalogue.getHandle(), "WHERE service_name LIKE '%%%s%%'", name.c_str());
   if (found->rows.empty()) {
-    std::cout << "No " << table.kind << " services found." << std::endl;
+    std::cout << "No " << table.input.name << " services found." << std::endl;
   }
   for (const tRow& row : found->rows) {
     std::cout << lineOf(table, row) << std::endl;
@@ -52,7 +52,8 @@ void visitNames(sqlite3* catalogue, const tTable& table,
   const tStatement rows(compiled);
   while (sqlite3_step(rows.get()) == SQLITE_ROW) {
     const auto type = static_cast<int>(2 + table.serviceType);
-    visit({textOf(rows, 0), textOf(rows, 1), table.kind, sqlite3_column_int(rows.get(), type)});
+    visit(
+        {textOf(rows, 0), textOf(rows, 1), table.input.name, sqlite3_column_int(rows.get(), type)});
   }
 }
 
@@ -90,7 +91,7 @@ void visitAvailableServiceNames(std::string_view kind,
   const tSqlite3db catalogue(kCataloguePath);
   const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
   for (const tTable* table : korveldb::kTables) {
-    if (kind.empty() || kind == table->kind) {
+    if (kind.empty() || kind == table->input.name) {
       visitNames(catalogue.getHandle(), *table, visit);
     }
   }

@@ -6,13 +6,10 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string_view>
 
-namespace korvel::thrift::hub_module {
-class DVBInputService;
-}
+#include "model/input_types.h"
 
 namespace korveldb {
 
@@ -27,8 +24,7 @@ struct tTable {
   /// The select of the table's row class (catalogue/select.h).
   std::unique_ptr<tRowList> (*doSelect)(sqlite3* handle, const char* filter, ...);
 
-  const char* kind;   ///< as in "No SAT services found."
-  int32_t inputType;  ///< DVBInputService.inputType
+  lineup::InputType input;
 
   std::size_t id;  ///< what "adddvb" takes
   std::size_t serviceName;
@@ -41,7 +37,6 @@ struct tTable {
   std::size_t source;  ///< the frequency or the URL, printed between the two texts that follow
   const char* beforeSource;
   const char* afterSource;
-  const char* unit;  ///< of the source where it is shown alone; empty for a URL
 
   /// Sets the reference to the mux that the service is received from.
   void (*setMux)(korvel::thrift::hub_module::DVBInputService& service, const tRow& row);

@@ -122,12 +122,13 @@ void search(sqlite3* catalogue, const tTable& table, const std::vector<std::stri
   int result = SQLITE_OK;
   while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
     const std::string number = textOf(rows, table.id);
-    const auto taken = tables.emplace(number, table.kind).first;
+    const auto taken = tables.emplace(number, table.input.name).first;
     const std::string name = textOf(rows, table.serviceName);
     if (holdsAll(name, words)) {
       const std::string source = textOf(rows, table.source);
-      found.push_back({number, name, table.kind, source.empty() ? source : source + table.unit,
-                       textOf(rows, table.sid), taken->second});
+      found.push_back({number, name, table.input.name,
+                       source.empty() ? source : source + table.input.unit, textOf(rows, table.sid),
+                       taken->second});
     }
   }
   if (result != SQLITE_DONE) {

@@ -2,6 +2,7 @@
 
 #include "compare/difference_lines.h"
 #include "compare/printed_text.h"
+#include "model/input_types.h"
 
 namespace lineup {
 
@@ -12,8 +13,19 @@ namespace {
 template <class Service>
 std::string otherThanDescribed(Service expected, const Service& service,
                                const AlsoDescribed& also) {
-  takeDescribed(expected, service, also);
+  copyDescribedFields(expected, service, also);
   return expected == service ? "" : otherFields(expected, service);
+}
+
+template <class Mux>
+void copyPlace(Mux& other, const Mux& mux, const AlsoDescribed& /*also*/) {
+  other.frequency = mux.frequency;
+}
+
+void copyPlace(std::string& other, const std::string& uuid, const AlsoDescribed& also) {
+  if (also.muxUuid) {
+    other = uuid;
+  }
 }
 
 }  // namespace
@@ -25,8 +37,9 @@ std::string described(const ServiceWords& words, const std::string& name) {
   return text + (words.serviceType.empty() ? "" : ", type " + words.serviceType);
 }
 
-void takeDescribed(hub_module::DVBInputServiceConfig& other,
-                   const hub_module::DVBInputServiceConfig& service, const AlsoDescribed& also) {
+void copyDescribedFields(hub_module::DVBInputServiceConfig& other,
+                         const hub_module::DVBInputServiceConfig& service,
+                         const AlsoDescribed& also) {
   hub_module::DVBInputService& taken = other.service;
   const hub_module::DVBInputService& from = service.service;
   taken.sid = from.sid;
@@ -36,29 +49,20 @@ void takeDescribed(hub_module::DVBInputServiceConfig& other,
     taken.name = from.name;
   }
   // A mux that only one of the two has is left to be said as a whole.
-  if (from.__isset.lineupSATMux) {
-    taken.lineupSATMux.frequency = from.lineupSATMux.frequency;
-  }
-  if (from.__isset.lineupTDTMux) {
-    taken.lineupTDTMux.frequency = from.lineupTDTMux.frequency;
-  }
-  if (from.__isset.lineupCableMux) {
-    taken.lineupCableMux.frequency = from.lineupCableMux.frequency;
-  }
-  if (from.__isset.ipMuxUUID && also.muxUuid) {
-    taken.ipMuxUUID = from.ipMuxUUID;
-  }
+  visitMuxes(from, [&](const InputType& /*type*/, auto mux, auto /*setMux*/) {
+    copyPlace(taken.*mux, from.*mux, also);
+  });
 }
 
-void takeDescribed(hub_module::ENCInputServiceConfig& other,
-                   const hub_module::ENCInputServiceConfig& service,
-                   const AlsoDescribed& /*also*/) {
+void copyDescribedFields(hub_module::ENCInputServiceConfig& other,
+                         const hub_module::ENCInputServiceConfig& service,
+                         const AlsoDescribed& /*also*/) {
   other.address = service.address;
 }
 
-void takeDescribed(hub_module::EmptyInputServiceConfig& other,
-                   const hub_module::EmptyInputServiceConfig& service,
-                   const AlsoDescribed& /*also*/) {
+void copyDescribedFields(hub_module::EmptyInputServiceConfig& other,
+                         const hub_module::EmptyInputServiceConfig& service,
+                         const AlsoDescribed& /*also*/) {
   other.service.serviceType = service.service.serviceType;
 }
 
@@ -66,12 +70,11 @@ std::string notDescribed(const hub_module::DVBInputServiceConfig& service,
                          const AlsoDescribed& also) {
   // The words do not tell the muxes of two kinds of input apart, so they say that of its own.
   hub_module::DVBInputServiceConfig expected;
-  const auto& has = service.service.__isset;
-  const int32_t inputType = service.service.inputType;
-  expected.service.__isset.lineupTDTMux = has.lineupTDTMux && inputType == 1;
-  expected.service.__isset.lineupSATMux = has.lineupSATMux && inputType == 2;
-  expected.service.__isset.lineupCableMux = has.lineupCableMux && inputType == 3;
-  expected.service.__isset.ipMuxUUID = has.ipMuxUUID && inputType == 4;
+  visitMuxes(service.service, [&](const InputType& type, auto /*mux*/, auto setMux) {
+    if (type.number == service.service.inputType) {
+      (expected.service.*setMux)({});
+    }
+  });
   return otherThanDescribed(expected, service, also);
 }
 

@@ -20,15 +20,15 @@ struct AlsoDescribed {
 
 /// Copies the fields that the words cover from `service` to `other`, so that a comparison finds the
 /// rest.
-void takeDescribed(korvel::thrift::hub_module::DVBInputServiceConfig& other,
-                   const korvel::thrift::hub_module::DVBInputServiceConfig& service,
-                   const AlsoDescribed& also);
-void takeDescribed(korvel::thrift::hub_module::ENCInputServiceConfig& other,
-                   const korvel::thrift::hub_module::ENCInputServiceConfig& service,
-                   const AlsoDescribed& also);
-void takeDescribed(korvel::thrift::hub_module::EmptyInputServiceConfig& other,
-                   const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
-                   const AlsoDescribed& also);
+void copyDescribedFields(korvel::thrift::hub_module::DVBInputServiceConfig& other,
+                         const korvel::thrift::hub_module::DVBInputServiceConfig& service,
+                         const AlsoDescribed& also);
+void copyDescribedFields(korvel::thrift::hub_module::ENCInputServiceConfig& other,
+                         const korvel::thrift::hub_module::ENCInputServiceConfig& service,
+                         const AlsoDescribed& also);
+void copyDescribedFields(korvel::thrift::hub_module::EmptyInputServiceConfig& other,
+                         const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
+                         const AlsoDescribed& also);
 
 /// ", /filteredPids/0 100" for each field of a new service that its words do not cover and that has
 /// not its default value.

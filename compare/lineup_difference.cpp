@@ -14,6 +14,7 @@
 #include "compare/difference_lines.h"
 #include "compare/lineup_services.h"
 #include "compare/printed_text.h"
+#include "model/input_types.h"
 #include "model/service_name.h"
 
 namespace lineup {
@@ -28,19 +29,22 @@ namespace {
 
 // What makes a service the same one, whatever its key and its other fields.
 
+template <class Mux>
+std::string muxIdentity(const Mux& mux) {
+  return std::to_string(mux.frequency);
+}
+
+std::string muxIdentity(const std::string& uuid) {
+  return uuid;
+}
+
 std::string identityOf(const hub_module::DVBInputServiceConfig& config) {
   const hub_module::DVBInputService& service = config.service;
   std::string identity = std::to_string(service.inputType) + ' ' + std::to_string(service.sid);
-  if (service.__isset.lineupSATMux) {
-    identity += " SAT " + std::to_string(service.lineupSATMux.frequency);
-  }
-  if (service.__isset.lineupTDTMux) {
-    identity += " TDT " + std::to_string(service.lineupTDTMux.frequency);
-  }
-  if (service.__isset.lineupCableMux) {
-    identity += " cable " + std::to_string(service.lineupCableMux.frequency);
-  }
-  return service.__isset.ipMuxUUID ? identity + " IP " + service.ipMuxUUID : identity;
+  visitMuxes(service, [&](const InputType& type, auto mux, auto /*setMux*/) {
+    identity += std::string(" ") + type.name + ' ' + muxIdentity(service.*mux);
+  });
+  return identity;
 }
 
 std::string identityOf(const hub_module::ENCInputServiceConfig& config) {
@@ -400,7 +404,7 @@ class LineupComparison {
     }
     if (replaced != nullptr) {
       Service before = *replaced;
-      takeDescribed(before, service, also);
+      copyDescribedFields(before, service, also);
       text_ += fieldDifferences(where, before, service);
     }
   }

@@ -1,6 +1,8 @@
 #include "compare/lineup_services.h"
 
-#include <iterator>
+#include <string>
+
+#include "model/input_types.h"
 
 namespace lineup {
 
@@ -10,33 +12,31 @@ using hub_module::LineupEntryKind;
 
 namespace {
 
-/// DVBInputService.inputType
-std::string inputKind(int32_t inputType) {
-  static constexpr const char* kNames[] = {nullptr, "TDT", "SAT", "Cable", "IP"};
-  const bool isKnown = inputType > 0 && inputType < static_cast<int32_t>(std::size(kNames));
-  return isKnown ? kNames[inputType] : "unknown (" + std::to_string(inputType) + ")";
+std::string nameOfInputType(int32_t number) {
+  for (const InputType& type : kInputTypes) {
+    if (type.number == number) {
+      return type.name;
+    }
+  }
+  return "unknown (" + std::to_string(number) + ")";
 }
 
-/// Where it is received from. A service has one such place, but a record can name several.
+template <class Mux>
+std::string placeOf(const Mux& mux, const HeadendConfig& /*config*/) {
+  return std::to_string(mux.frequency);
+}
+
+std::string placeOf(const std::string& uuid, const HeadendConfig& config) {
+  return muxUrl(config, uuid);
+}
+
+/// Where it is received from.
 std::string sourceOf(const hub_module::DVBInputService& service, const HeadendConfig& config) {
   std::string source;
-  const auto add = [&](const std::string& place, const char* unit) {
+  visitMuxes(service, [&](const InputType& type, auto mux, auto /*setMux*/) {
     source += source.empty() ? "" : ", ";
-    source += place;
-    source += unit;
-  };
-  if (service.__isset.lineupSATMux) {
-    add(std::to_string(service.lineupSATMux.frequency), " MHz");
-  }
-  if (service.__isset.lineupTDTMux) {
-    add(std::to_string(service.lineupTDTMux.frequency), " kHz");
-  }
-  if (service.__isset.lineupCableMux) {
-    add(std::to_string(service.lineupCableMux.frequency), " kHz");
-  }
-  if (service.__isset.ipMuxUUID) {
-    add(muxUrl(config, service.ipMuxUUID), "");
-  }
+    source += placeOf(service.*mux, config) + type.unit;
+  });
   return source;
 }
 
@@ -65,7 +65,7 @@ std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
 ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
                      const HeadendConfig& config) {
   const hub_module::DVBInputService& dvb = service.service;
-  return {inputKind(dvb.inputType), sourceOf(dvb, config), std::to_string(dvb.sid),
+  return {nameOfInputType(dvb.inputType), sourceOf(dvb, config), std::to_string(dvb.sid),
           std::to_string(dvb.serviceType)};
 }
 
