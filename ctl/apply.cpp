@@ -13,7 +13,7 @@
 #include "ctl/backups.h"
 #include "ctl/commands.h"
 #include "ctl/sources.h"
-#include "support/blocked_signals.h"
+#include "support/signal_sets.h"
 
 namespace lineup::ctl {
 

@@ -12,9 +12,9 @@
 #include "controller/config_calls.h"
 #include "controller/whole_config_file.h"
 #include "model/headend_places.h"
-#include "support/blocked_signals.h"
 #include "support/descriptor.h"
 #include "support/replace_file.h"
+#include "support/signal_sets.h"
 
 namespace lineup::ctl {
 

@@ -10,6 +10,7 @@
 
 #include "ctl/commands.h"
 #include "ctl/sources.h"
+#include "support/signal_sets.h"
 
 namespace lineup::ctl {
 
@@ -29,9 +30,7 @@ void runOut(int /*signal*/) {
 void listenForAlarm() {
   std::signal(SIGALRM, SIG_IGN);  // which discards a pending one
   std::signal(SIGALRM, runOut);
-  sigset_t alarm;
-  sigemptyset(&alarm);
-  sigaddset(&alarm, SIGALRM);
+  const sigset_t alarm = signalSet({SIGALRM});
   sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
 }
 

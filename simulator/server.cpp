@@ -18,6 +18,7 @@
 
 #include "model/no_size_limits.h"
 #include "simulator/headend_service.h"
+#include "support/signal_sets.h"
 
 namespace lineup::simulator {
 
@@ -112,6 +113,10 @@ Server::Server(int port) : socket_(std::make_shared<ListeningSocket>("127.0.0.1"
   }
 }
 
+sigset_t Server::endingSignals() {
+  return signalSet({SIGTERM, SIGINT});
+}
+
 int Server::port() const {
   return socket_->getPort();
 }
@@ -123,10 +128,7 @@ bool Server::serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::
                          std::make_shared<TBinaryProtocolFactory>());
   std::atomic<bool> told = false;
   const auto stopOnSignal = [&server, &told, &atSignal] {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
+    const sigset_t signals = endingSignals();
     int signal = 0;
     sigwait(&signals, &signal);
     told = true;

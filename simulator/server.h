@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <memory>
 
@@ -24,8 +25,11 @@ class Server {
 
   int port() const;
 
-  /// Answers calls until SIGTERM or SIGINT, which every thread must have blocked; calls that have
-  /// begun are finished, `atSignal` may hurry them. Returns false if serving failed before.
+  /// SIGTERM and SIGINT.
+  static sigset_t endingSignals();
+
+  /// Answers calls until one of these signals, which every thread must have blocked; calls that
+  /// have begun are finished, `atSignal` may hurry them. Returns false if serving failed before.
   bool serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
                         const std::function<void()>& atSignal);
 

@@ -29,13 +29,10 @@ void complain(const char* message) {
   std::cerr << "headend-simulator: " << message << std::endl;
 }
 
-/// Blocks SIGTERM and SIGINT for the thread that waits for them; threads inherit the mask. Ignores
-/// SIGPIPE.
+/// Leaves the signals that end the server to the thread that waits for them; threads inherit the
+/// mask. Ignores SIGPIPE.
 void prepareSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
+  const sigset_t signals = Server::endingSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   signal(SIGPIPE, SIG_IGN);
 }

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "support/blocked_signals.h"
+#include "support/signal_sets.h"
 
 namespace lineup {
 
@@ -34,8 +34,7 @@ bool isOneOf(std::span<const int> signals, int signal) {
 }
 
 sigset_t endingSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
+  sigset_t signals = signalSet({});
   forEachEndingSignal([&](int signal) { sigaddset(&signals, signal); });
   return signals;
 }
@@ -115,9 +114,7 @@ void catchSignal(int signal, siginfo_t* info, void* /*context*/) {
 }
 
 void deliver(int signal) {
-  sigset_t one;
-  sigemptyset(&one);
-  sigaddset(&one, signal);
+  const sigset_t one = signalSet({signal});
   pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
 }
 
@@ -187,12 +184,6 @@ void letInterruptsThrough(bool through) {
   }
 }
 
-bool isIgnored(int signal) {
-  struct sigaction action {};
-  sigaction(signal, nullptr, &action);
-  return action.sa_handler == SIG_IGN;
-}
-
 timespec asTimespec(std::chrono::nanoseconds duration) {
   const auto whole = std::chrono::duration_cast<seconds>(duration);
   return {static_cast<time_t>(whole.count()), static_cast<long>((duration - whole).count())};
@@ -222,8 +213,7 @@ void catchEndingSignals() {
   });
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);
-  sigset_t none;
-  sigemptyset(&none);
+  const sigset_t none = signalSet({});
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 

@@ -27,13 +27,13 @@
 #include <optional>
 #include <string_view>
 
-#include "support/blocked_signals.h"
 #include "support/column_list.h"
 #include "support/ending_signals.h"
 #include "support/history_file.h"
 #include "support/line_history.h"
 #include "support/line_screen.h"
 #include "support/pager.h"
+#include "support/signal_sets.h"
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
 #include "support/typed_ahead.h"
@@ -69,30 +69,12 @@ constexpr KeyBinding kBindings[] = {
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
 /// is edited, so that none is acted on while libedit works.
 sigset_t terminalSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : {SIGWINCH, SIGTSTP, SIGCONT, SIGQUIT}) {
-    sigaddset(&signals, signal);
-  }
-  return signals;
-}
-
-sigset_t only(int signal) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, signal);
-  return signals;
-}
-
-bool isPending(int signal) {
-  sigset_t pending;
-  sigpending(&pending);
-  return sigismember(&pending, signal) == 1;
+  return signalSet({SIGWINCH, SIGTSTP, SIGCONT, SIGQUIT});
 }
 
 /// Accepts `signal` if it is pending; returns whether it was.
 bool acceptPending(int signal) {
-  const sigset_t one = only(signal);
+  const sigset_t one = signalSet({signal});
   const timespec atOnce{};
   return sigtimedwait(&one, nullptr, &atOnce) == signal;
 }
@@ -100,7 +82,7 @@ bool acceptPending(int signal) {
 /// Has `signal`, which is pending, delivered: the program stops here, and goes on when it is
 /// continued, or ends. If it has been continued already, the system has discarded the stop.
 void deliverPending(int signal) {
-  const sigset_t one = only(signal);
+  const sigset_t one = signalSet({signal});
   sigset_t before;
   pthread_sigmask(SIG_UNBLOCK, &one, &before);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);

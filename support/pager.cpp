@@ -13,6 +13,7 @@
 
 #include "support/descriptor.h"
 #include "support/ending_signals.h"
+#include "support/signal_sets.h"
 
 namespace lineup {
 
@@ -61,20 +62,13 @@ class TerminalLeft {
 
 /// The signals that are waited for while `command` runs. All others do what they do.
 sigset_t awaitedWhile(const char* command) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGCHLD);
-  if (!canBeStopped(command)) {
-    sigaddset(&signals, SIGTSTP);
-  }
-  return signals;
+  return canBeStopped(command) ? signalSet({SIGCHLD}) : signalSet({SIGCHLD, SIGTSTP});
 }
 
 [[noreturn]] void runPager(const char* command, int text) {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGQUIT, SIG_DFL);
-  sigset_t none;
-  sigemptyset(&none);
+  const sigset_t none = signalSet({});
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
   dup2(text, STDIN_FILENO);
   execl("/bin/sh", "sh", "-c", command, nullptr);
@@ -84,14 +78,10 @@ sigset_t awaitedWhile(const char* command) {
 
 /// Takes a pending SIGCHLD; returns whether SIGTSTP is pending.
 bool isToStop() {
-  sigset_t child;
-  sigemptyset(&child);
-  sigaddset(&child, SIGCHLD);
+  const sigset_t child = signalSet({SIGCHLD});
   const timespec atOnce{};
   sigtimedwait(&child, nullptr, &atOnce);
-  sigset_t pending;
-  sigpending(&pending);
-  return sigismember(&pending, SIGTSTP) == 1;
+  return isPending(SIGTSTP);
 }
 
 /// Waits for the end of `child`, and ends it if a signal is to end this program, or to stop it and

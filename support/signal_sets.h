@@ -1,12 +1,40 @@
-// The signals that end a program, and signals that are blocked for a while.
+// Sets of signals, those that end a program among them, and blocking them for a while.
 
 #pragma once
 
 #include <algorithm>
 #include <csignal>
+#include <initializer_list>
 #include <iterator>
 
 namespace lineup {
+
+inline sigset_t signalSet(std::initializer_list<int> signals) {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : signals) {
+    sigaddset(&set, signal);
+  }
+  return set;
+}
+
+inline sigset_t pendingSignals() {
+  sigset_t pending;
+  sigpending(&pending);
+  return pending;
+}
+
+/// Whether `signal`, which is blocked, is pending.
+inline bool isPending(int signal) {
+  const sigset_t pending = pendingSignals();
+  return sigismember(&pending, signal) == 1;
+}
+
+inline bool isIgnored(int signal) {
+  struct sigaction action {};
+  sigaction(signal, nullptr, &action);
+  return action.sa_handler == SIG_IGN;
+}
 
 /// The signals that do not end a program by default, or must be neither caught nor blocked: a fault
 /// that is caught returns into itself. SIGXFSZ is ignored, so that a write fails.
@@ -52,8 +80,7 @@ class BlockedEndingSignals {
 
   /// Whether one is pending that ends the program after the lifetime.
   bool isAnyPending() const {
-    sigset_t pending;
-    sigpending(&pending);
+    const sigset_t pending = pendingSignals();
     bool isAny = false;
     forEachEndingSignal([&](int signal) {
       isAny = isAny || (sigismember(&pending, signal) == 1 && sigismember(&signals_, signal) == 1 &&
@@ -64,12 +91,9 @@ class BlockedEndingSignals {
 
  private:
   static sigset_t signalsNotIgnored() {
-    sigset_t signals;
-    sigemptyset(&signals);
+    sigset_t signals = signalSet({});
     forEachEndingSignal([&](int signal) {
-      struct sigaction action {};
-      sigaction(signal, nullptr, &action);
-      if (action.sa_handler != SIG_IGN) {
+      if (!isIgnored(signal)) {
         sigaddset(&signals, signal);
       }
     });
