@@ -1,183 +1,31 @@
 #include "app/edits_copy.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "app/edits_copy_names.h"
+#include "app/left_edits.h"
 #include "controller/config_file.h"
-#include "controller/whole_config_file.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
 
 namespace lineup {
 
 namespace {
-
-// Suffixes of a copy while it is written. Two, as a second writer may wait for the first.
-constexpr const char* kBeing[] = {".new", ".newer"};
-
-/// The name without that.
-std::string nameInPlace(const std::string& name) {
-  for (const std::string_view being : kBeing) {
-    if (name.ends_with(being)) {
-      return name.substr(0, name.size() - being.size());
-    }
-  }
-  return name;
-}
-
-std::string timeText(const char* format, std::time_t time) {
-  std::tm local{};
-  localtime_r(&time, &local);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), format, &local);
-  return text.data();
-}
-
-std::string nameOfCopy(std::time_t time) {
-  return "lineup-console-" + timeText("%Y%m%d-%H%M%S", time) + "-" + std::to_string(getpid()) +
-         ".json";
-}
-
-/// Whether nameOfCopy() makes such names. Nothing else in a shared folder is ours to touch.
-bool isNameOfCopy(const std::string& name) {
-  int end = 0;
-  std::array<char, 9> date{};
-  std::array<char, 7> time{};
-  std::array<char, 11> process{};
-  constexpr char kPattern[] = "lineup-console-%8[0-9]-%6[0-9]-%10[0-9].json%n";
-  return std::sscanf(name.c_str(), kPattern, date.data(), time.data(), process.data(), &end) == 3 &&
-         static_cast<std::size_t>(end) == name.size();
-}
-
-std::string pathOf(const Folder& folder, const std::string& name) {
-  return folder.path + (folder.path.ends_with('/') ? "" : "/") + name;
-}
-
-std::string howToRestore(const std::string& path) {
-  return "\"restore " + path + "\"";
-}
-
-// ---- copies that others left
-
-struct LeftCopy {
-  const Folder* folder;
-  std::string name;
-  struct stat status;
-};
-
-/// Whether it is the user's own file and its console does not run any more.
-bool isLeft(int folder, const std::string& name, struct stat& status) {
-  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const Descriptor file(openat(folder, name.c_str(), kFlags));
-  return file.isOpen() && fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
-         status.st_uid == geteuid() && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
-}
-
-std::vector<LeftCopy> leftCopiesIn(const Folder& folder) {
-  std::vector<LeftCopy> copies;
-  Descriptor own(openat(folder.descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(own.number()), closedir);
-  if (!entries) {
-    return copies;
-  }
-  own.release();
-  while (const dirent* const entry = readdir(entries.get())) {
-    std::string name = entry->d_name;
-    struct stat status {};
-    if (isNameOfCopy(nameInPlace(name)) && isLeft(folder.descriptor.number(), name, status)) {
-      copies.push_back({&folder, std::move(name), status});
-    }
-  }
-  return copies;
-}
-
-std::vector<LeftCopy> leftCopiesIn(const std::vector<Folder>& folders) {
-  std::vector<LeftCopy> copies;
-  for (const Folder& folder : folders) {
-    for (LeftCopy& copy : leftCopiesIn(folder)) {
-      const bool known = std::any_of(copies.begin(), copies.end(), [&](const LeftCopy& other) {
-        return other.status.st_ino == copy.status.st_ino &&
-               other.status.st_dev == copy.status.st_dev;  // $TMPDIR may be /tmp
-      });
-      if (!known) {
-        copies.push_back(std::move(copy));
-      }
-    }
-  }
-  return copies;
-}
-
-void removeLeft(const LeftCopy& copy) {
-  unlinkat(copy.folder->descriptor.number(), copy.name.c_str(), 0);
-}
-
-bool isUnfinished(const LeftCopy& copy) {
-  return nameInPlace(copy.name) != copy.name;
-}
-
-bool wasAnnounced(const LeftCopy& copy) {
-  return (copy.status.st_mode & S_IWUSR) == 0;
-}
-
-/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
-/// a clock that was not set yet may have given it, nothing goes that nobody has been told of. A
-/// file that was never finished is not announced: its own date counts.
-bool isOld(const LeftCopy& copy) {
-  constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
-  const std::time_t since = isUnfinished(copy) ? copy.status.st_mtime : copy.status.st_atime;
-  return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
-}
-
-/// Notes when it was announced first: its access time is set, and then it is made read-only.
-/// Returns whether that could be done; if not, it is announced for the first time once more.
-bool noteAnnounced(const LeftCopy& copy) {
-  const int folder = copy.folder->descriptor.number();
-  const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  return wasAnnounced(copy) ||
-         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
-          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
-}
-
-/// Whether it holds `content`, which is not empty, and nothing else.
-bool holds(const LeftCopy& copy, const std::string& content) {
-  if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
-    return false;
-  }
-  std::ifstream file(pathOf(*copy.folder, copy.name), std::ios::binary);
-  using Bytes = std::istreambuf_iterator<char>;
-  return std::equal(Bytes(file), Bytes(), content.begin(), content.end());
-}
-
-void announce(const LeftCopy& copy) {
-  const std::string path = pathOf(*copy.folder, copy.name);
-  std::string line = "Changes of ";
-  line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
-  line += " that were not committed are in " + path + ": " + howToRestore(path);
-  line += " sends them at once, \"lineupctl diff " + path;
-  line += "\" in a shell shows them first\n";
-  std::cerr << line;
-  noteAnnounced(copy);
-}
 
 /// Whether the child has ended; `options` are those of waitpid().
 bool hasEnded(pid_t child, int options) {
@@ -190,8 +38,6 @@ bool hasEnded(pid_t child, int options) {
 
 }  // namespace
 
-// ---- writing
-
 void EditsCopy::openFolders() {
   if (folders_.empty()) {
     folders_ = openFoldersForFiles(IfMissing::Create);
@@ -200,9 +46,9 @@ void EditsCopy::openFolders() {
 
 /// Opens a file beside the place that it will have.
 std::optional<EditsCopy::File> EditsCopy::openBeside(const Folder& folder, const std::string& name,
-                                                     const char* being) {
+                                                     const char* suffix) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  File file{&folder, name, name + being};
+  File file{&folder, name, name + suffix};
   file.descriptor = Descriptor(
       openat(folder.descriptor.number(), file.beside.c_str(), kFlags, S_IRUSR | S_IWUSR));
   if (!file.descriptor.isOpen()) {
@@ -217,7 +63,7 @@ std::optional<EditsCopy::File> EditsCopy::openBeside(const Folder& folder, const
 /// come again in containers, and seconds on a board whose clock is not set.
 std::optional<EditsCopy::File> EditsCopy::openNew(const Folder& folder) {
   for (std::time_t time = std::time(nullptr);; ++time) {
-    std::optional<File> file = openBeside(folder, nameOfCopy(time), kBeing[0]);
+    std::optional<File> file = openBeside(folder, newCopyName(time), kUnfinishedSuffixes[0]);
     if (!file) {
       if (errno != EEXIST) {
         return file;
@@ -238,7 +84,8 @@ std::optional<EditsCopy::File> EditsCopy::beginFile(const Folder& folder) const 
   if (before.folder != &folder) {
     return openNew(folder);
   }
-  return openBeside(folder, before.name, kBeing[before.beside.ends_with(kBeing[0]) ? 1 : 0]);
+  const bool isFirst = before.beside.ends_with(kUnfinishedSuffixes[0]);
+  return openBeside(folder, before.name, kUnfinishedSuffixes[isFirst ? 1 : 0]);
 }
 
 /// Returns whether there was one: if not, it is in its place.
@@ -383,7 +230,9 @@ bool EditsCopy::isThere(const File& file) {
 bool EditsCopy::update() noexcept {
   try {
     const bool isWriting = finishWriters(WNOHANG);
-    removeRestored();
+    if (std::exchange(commitsSeen_, editor_.commits) != editor_.commits) {
+      removeLeftEdits(editor_.restoredFile);
+    }
     if (!editor_.pendingChanges) {
       remove();
       return false;
@@ -517,50 +366,11 @@ void EditsCopy::say(const File& file, bool upToDate) {
     line += isThere(file) ? "; earlier ones " : "";
   }
   if (isThere(file)) {
-    const std::string path = pathOf(*file.folder, file.name);
-    line += "are in " + path + ": " + howToRestore(path) + " brings them back and commits them";
+    const std::string path = pathIn(*file.folder, file.name);
+    line += "are in " + path + ": " + restoreCommand(path) + " brings them back and commits them";
   }
   log_function(LOG_LEVEL_WARNING, nullptr, "%s", line.c_str());
   std::cerr << line + '\n';
-}
-
-// ---- what others left
-
-void EditsCopy::removeRestored() {
-  if (std::exchange(commitsSeen_, editor_.commits) == editor_.commits) {
-    return;
-  }
-  struct stat restored {};
-  if (stat(editor_.restoredFile.c_str(), &restored) != 0) {
-    return;
-  }
-  const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
-  for (const LeftCopy& copy : leftCopiesIn(folders)) {
-    if (copy.status.st_ino == restored.st_ino && copy.status.st_dev == restored.st_dev) {
-      removeLeft(copy);
-    }
-  }
-}
-
-void announceLeftEdits(const hub_module::HeadendConfig* running) noexcept {
-  try {
-    const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
-    std::vector<LeftCopy> copies = leftCopiesIn(folders);
-    const bool comparable = running != nullptr && !copies.empty();
-    const std::string unedited = comparable ? configFileContent(*running) : "";
-    std::sort(copies.begin(), copies.end(), [](const LeftCopy& a, const LeftCopy& b) {
-      return a.status.st_mtime > b.status.st_mtime;
-    });
-    for (const LeftCopy& copy : copies) {
-      if (isOld(copy) || holds(copy, unedited)) {
-        removeLeft(copy);
-      } else if (!isUnfinished(copy)) {
-        announce(copy);
-      }
-    }
-  } catch (...) {
-    // Out of memory: they are announced another time.
-  }
 }
 
 }  // namespace lineup

@@ -1,4 +1,4 @@
-// The copy of the pending edits that outlives the console, and those that earlier consoles left.
+// The copy of the pending edits that outlives the console.
 //
 // A copy is a configuration file, readable by the user alone, in the best of openFoldersForFiles().
 // It is written beside its place and renamed into it, so that it is whole or the one before, and is
@@ -61,7 +61,7 @@ class EditsCopy {
 
   void openFolders();
   static std::optional<File> openBeside(const Folder& folder, const std::string& name,
-                                        const char* being);
+                                        const char* suffix);
   static std::optional<File> openNew(const Folder& folder);
   std::optional<File> beginFile(const Folder& folder) const;
   static bool removeUnplaced(const File& file);
@@ -82,7 +82,6 @@ class EditsCopy {
   static bool isThere(const File& file);
   static void removeFile(File& file) noexcept;
   static void say(const File& file, bool upToDate);
-  void removeRestored();
 
   const LineupEditor& editor_;
   const When when_;
@@ -94,13 +93,7 @@ class EditsCopy {
   std::optional<Writer> atWork_;
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
   File last_;                      ///< the one that is written at the end of the program
-  uint64_t commitsSeen_ = 0;       ///< at the last search for a restored copy
+  uint64_t commitsSeen_ = 0;       ///< at the last call of removeLeftEdits()
 };
-
-/// Says on standard error which copies consoles have left that do not run any more, and how to
-/// bring them back. Removes those announced for the first time more than 30 days ago, unfinished
-/// copies as old, and copies of `running`, which hold no edits; it is what the controller runs, or
-/// null if that is not known.
-void announceLeftEdits(const hub_module::HeadendConfig* running) noexcept;
 
 }  // namespace lineup

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "app/commands.h"
-#include "app/edits_copy.h"
+#include "app/left_edits.h"
 #include "app/overviews.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"

@@ -1,0 +1,52 @@
+#include "app/edits_copy_names.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <string_view>
+
+namespace lineup {
+
+std::string newCopyName(std::time_t time) {
+  return "lineup-console-" + timeText("%Y%m%d-%H%M%S", time) + "-" + std::to_string(getpid()) +
+         ".json";
+}
+
+bool isCopyName(const std::string& name) {
+  int end = 0;
+  std::array<char, 9> date{};
+  std::array<char, 7> time{};
+  std::array<char, 11> process{};
+  constexpr char kPattern[] = "lineup-console-%8[0-9]-%6[0-9]-%10[0-9].json%n";
+  return std::sscanf(name.c_str(), kPattern, date.data(), time.data(), process.data(), &end) == 3 &&
+         static_cast<std::size_t>(end) == name.size();
+}
+
+std::string withoutSuffix(const std::string& name) {
+  for (const std::string_view suffix : kUnfinishedSuffixes) {
+    if (name.ends_with(suffix)) {
+      return name.substr(0, name.size() - suffix.size());
+    }
+  }
+  return name;
+}
+
+std::string timeText(const char* format, std::time_t time) {
+  std::tm local{};
+  localtime_r(&time, &local);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), format, &local);
+  return text.data();
+}
+
+std::string pathIn(const Folder& folder, const std::string& name) {
+  return folder.path + (folder.path.ends_with('/') ? "" : "/") + name;
+}
+
+std::string restoreCommand(const std::string& path) {
+  return "\"restore " + path + "\"";
+}
+
+}  // namespace lineup

@@ -1,0 +1,165 @@
+#include "app/left_edits.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <ctime>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "app/edits_copy_names.h"
+#include "controller/whole_config_file.h"
+#include "support/descriptor.h"
+#include "support/state_folder.h"
+
+namespace lineup {
+
+namespace {
+
+struct LeftCopy {
+  const Folder* folder;
+  std::string name;
+  struct stat status;
+};
+
+/// Whether it is the user's own file and its console does not run any more.
+bool isLeft(int folder, const std::string& name, struct stat& status) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const Descriptor file(openat(folder, name.c_str(), kFlags));
+  return file.isOpen() && fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_uid == geteuid() && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
+}
+
+std::vector<LeftCopy> leftCopiesIn(const Folder& folder) {
+  std::vector<LeftCopy> copies;
+  Descriptor own(openat(folder.descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(own.number()), closedir);
+  if (!entries) {
+    return copies;
+  }
+  own.release();
+  while (const dirent* const entry = readdir(entries.get())) {
+    std::string name = entry->d_name;
+    struct stat status {};
+    if (isCopyName(withoutSuffix(name)) && isLeft(folder.descriptor.number(), name, status)) {
+      copies.push_back({&folder, std::move(name), status});
+    }
+  }
+  return copies;
+}
+
+std::vector<LeftCopy> leftCopiesIn(const std::vector<Folder>& folders) {
+  std::vector<LeftCopy> copies;
+  for (const Folder& folder : folders) {
+    for (LeftCopy& copy : leftCopiesIn(folder)) {
+      const bool known = std::any_of(copies.begin(), copies.end(), [&](const LeftCopy& other) {
+        return other.status.st_ino == copy.status.st_ino &&
+               other.status.st_dev == copy.status.st_dev;  // $TMPDIR may be /tmp
+      });
+      if (!known) {
+        copies.push_back(std::move(copy));
+      }
+    }
+  }
+  return copies;
+}
+
+void removeLeft(const LeftCopy& copy) {
+  unlinkat(copy.folder->descriptor.number(), copy.name.c_str(), 0);
+}
+
+bool isUnfinished(const LeftCopy& copy) {
+  return withoutSuffix(copy.name) != copy.name;
+}
+
+bool wasAnnounced(const LeftCopy& copy) {
+  return (copy.status.st_mode & S_IWUSR) == 0;
+}
+
+/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
+/// a clock that was not set yet may have given it, nothing goes that nobody has been told of. A
+/// file that was never finished is not announced: its own date counts.
+bool isOld(const LeftCopy& copy) {
+  constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
+  const std::time_t since = isUnfinished(copy) ? copy.status.st_mtime : copy.status.st_atime;
+  return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
+}
+
+/// Notes when it was announced first: its access time is set, and then it is made read-only.
+/// Returns whether that could be done; if not, it is announced for the first time once more.
+bool noteAnnounced(const LeftCopy& copy) {
+  const int folder = copy.folder->descriptor.number();
+  const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
+  return wasAnnounced(copy) ||
+         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
+          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
+}
+
+/// Whether it holds `content`, which is not empty, and nothing else.
+bool holds(const LeftCopy& copy, const std::string& content) {
+  if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
+    return false;
+  }
+  std::ifstream file(pathIn(*copy.folder, copy.name), std::ios::binary);
+  using Bytes = std::istreambuf_iterator<char>;
+  return std::equal(Bytes(file), Bytes(), content.begin(), content.end());
+}
+
+void announce(const LeftCopy& copy) {
+  const std::string path = pathIn(*copy.folder, copy.name);
+  std::string line = "Changes of ";
+  line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
+  line += " that were not committed are in " + path + ": " + restoreCommand(path);
+  line += " sends them at once, \"lineupctl diff " + path;
+  line += "\" in a shell shows them first\n";
+  std::cerr << line;
+  noteAnnounced(copy);
+}
+
+}  // namespace
+
+void announceLeftEdits(const korvel::thrift::hub_module::HeadendConfig* running) noexcept {
+  try {
+    const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
+    std::vector<LeftCopy> copies = leftCopiesIn(folders);
+    const bool comparable = running != nullptr && !copies.empty();
+    const std::string unedited = comparable ? configFileContent(*running) : "";
+    std::sort(copies.begin(), copies.end(), [](const LeftCopy& a, const LeftCopy& b) {
+      return a.status.st_mtime > b.status.st_mtime;
+    });
+    for (const LeftCopy& copy : copies) {
+      if (isOld(copy) || holds(copy, unedited)) {
+        removeLeft(copy);
+      } else if (!isUnfinished(copy)) {
+        announce(copy);
+      }
+    }
+  } catch (...) {
+    // Out of memory: they are announced another time.
+  }
+}
+
+void removeLeftEdits(const std::string& path) {
+  struct stat file {};
+  if (stat(path.c_str(), &file) != 0) {
+    return;
+  }
+  const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
+  for (const LeftCopy& copy : leftCopiesIn(folders)) {
+    if (copy.status.st_ino == file.st_ino && copy.status.st_dev == file.st_dev) {
+      removeLeft(copy);
+    }
+  }
+}
+
+}  // namespace lineup
