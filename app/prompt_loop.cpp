@@ -5,8 +5,8 @@
 #include <string>
 
 #include "app/commands.h"
+#include "app/function_keys.h"
 #include "app/left_edits.h"
-#include "app/overviews.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/line_editing.h"

@@ -1,4 +1,4 @@
-#include "app/overviews.h"
+#include "app/function_keys.h"
 
 #include "compare/config_difference.h"
 #include "compare/config_tables.h"
