@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "app/edits_copy_names.h"
-#include "controller/whole_config_file.h"
+#include "controller/config_file.h"
 #include "support/descriptor.h"
 #include "support/state_folder.h"
 

@@ -2,18 +2,20 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thrift/protocol/TJSONProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
 #include <unistd.h>
 
-#include <iostream>
 #include <memory>
-#include <utility>
 
 #include "controller/config_file_protocol.h"
 #include "controller/config_file_transport.h"
-#include "model/lineup_editor.h"
-#include "support/ending_signals.h"
+#include "model/no_size_limits.h"
+#include "support/descriptor.h"
 
 namespace lineup {
+
+namespace hub_module = korvel::thrift::hub_module;
 
 namespace {
 
@@ -29,7 +31,7 @@ auto withTransports(Descriptor& descriptor, Work work) {
 /// Opens `path` and lets `work` use the stack of transports and protocol over it, which is released
 /// in any case. Returns the file operations' result.
 template <class Work>
-int withConfigFile(const std::string& path, int flags, Work work) {
+ConfigFileResult withConfigFile(const std::string& path, int flags, Work work) {
   Descriptor descriptor(open(path.c_str(), flags, S_IRUSR | S_IWUSR));
   if (!descriptor.isOpen()) {
     return CONFIG_FILE_NOT_OPENED;
@@ -41,19 +43,9 @@ int withConfigFile(const std::string& path, int flags, Work work) {
   }
 }
 
-/// Reads as much of the file as can be read. Returns whether that is all of it; throws
-/// EndedBySignal if a signal is the reason why not.
-bool readUnlessSignalled(const std::string& path, hub_module::HeadendConfig& config) {
-  const bool whole = readConfigFile(path, config) == CONFIG_FILE_OK;
-  if (!whole) {
-    throwIfSignalled();
-  }
-  return whole;
-}
-
 }  // namespace
 
-int writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config) {
+ConfigFileResult writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config) {
   return withConfigFile(path, O_WRONLY | O_CREAT | O_TRUNC, [&](auto& file, auto& protocol) {
     config.write(&protocol);
     const bool synced = syncfs(file.descriptor()) == 0;  // unlike sync(), says whether it failed
@@ -71,7 +63,7 @@ void writeConfig(int descriptor, const hub_module::HeadendConfig& config) {
   });
 }
 
-int readConfigFile(const std::string& path, hub_module::HeadendConfig& config) {
+ConfigFileResult readConfigFile(const std::string& path, hub_module::HeadendConfig& config) {
   return withConfigFile(path, O_RDONLY, [&](auto& file, auto& protocol) {
     config.read(&protocol);
     file.close();
@@ -79,31 +71,11 @@ int readConfigFile(const std::string& path, hub_module::HeadendConfig& config) {
   });
 }
 
-void LineupEditor::saveConfig(const std::string& path) {
-  if (!pendingChanges) {
-    fetchHeadendConfig();
-  }
-  if (writeConfigFile(path, config) != CONFIG_FILE_OK) {
-    throwIfSignalled();
-  }
-  std::cout << "Saved config to: " << path << std::endl;
-}
-
-void LineupEditor::restoreConfig(const std::string& path) {
-  const uint64_t commitsBefore = commits;
-  hub_module::HeadendConfig other = config;  // kept if a signal cuts the reading short
-  const bool whole = readUnlessSignalled(path, other);
-  std::swap(config, other);
-  try {
-    commitHeadendConfig();
-  } catch (const EndedBySignal&) {
-    if (isInterrupted() && commits == commitsBefore) {
-      std::swap(config, other);  // nothing is restored
-    }
-    throw;
-  }
-  restoredFile = whole ? path : "";
-  std::cout << "Restored config from: " << path << std::endl;
+std::string configFileContent(const hub_module::HeadendConfig& config) {
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
+  apache::thrift::protocol::TJSONProtocol protocol(buffer);
+  config.write(&protocol);
+  return buffer->getBufferAsString();
 }
 
 }  // namespace lineup

@@ -1,8 +1,6 @@
 #include "controller/whole_config_file.h"
 
 #include <fcntl.h>
-#include <thrift/protocol/TJSONProtocol.h>
-#include <thrift/transport/TBufferTransports.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,7 +19,6 @@
 #include "controller/config_file_protocol.h"
 #include "controller/config_file_transport.h"
 #include "model/config_shape.h"
-#include "model/no_size_limits.h"
 
 namespace lineup {
 
@@ -318,13 +315,6 @@ void requireEnd(ConfigFileTransport& file) {
 int openToRead(const std::string& path) {
   return path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                      : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-}
-
-std::string configFileContent(const HeadendConfig& config) {
-  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>(noSizeLimits());
-  apache::thrift::protocol::TJSONProtocol protocol(buffer);
-  config.write(&protocol);
-  return buffer->getBufferAsString();
 }
 
 HeadendConfig readWholeConfigFile(const std::string& path) {

@@ -12,9 +12,6 @@ namespace lineup {
 /// errno, if it cannot be opened.
 int openToRead(const std::string& path);
 
-/// What a file with `config` holds.
-std::string configFileContent(const korvel::thrift::hub_module::HeadendConfig& config);
-
 /// The configuration in the file `path`, "-" for standard input. Throws std::runtime_error, with
 /// the reason alone, unless the file holds exactly one configuration: every field that a writer
 /// writes, none that is unknown or given twice, and nothing but white space behind it.

@@ -9,7 +9,7 @@
 #include "compare/config_difference.h"
 #include "compare/named_json_reader.h"
 #include "compare/named_json_writer.h"
-#include "controller/whole_config_file.h"
+#include "controller/config_file.h"
 #include "ctl/backups.h"
 #include "ctl/commands.h"
 #include "ctl/sources.h"

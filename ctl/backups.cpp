@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "controller/whole_config_file.h"
+#include "controller/config_file.h"
 #include "ctl/commands.h"
 #include "ctl/sources.h"
 

@@ -1,4 +1,4 @@
-#include "controller/whole_config_file.h"
+#include "controller/config_file.h"
 #include "ctl/commands.h"
 #include "ctl/sources.h"
 

@@ -20,6 +20,7 @@
 #include <thread>
 #include <vector>
 
+#include "controller/config_file.h"
 #include "controller/whole_config_file.h"
 #include "hub_module_types.h"
 #include "tests/support/console_process.h"
