@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <stdexcept>
+#include <utility>
 
 namespace lineup::test {
 
@@ -233,11 +234,10 @@ void Screen::resize(std::size_t rows, std::size_t columns, bool cursorWaits) {
   const std::size_t cursorColumn = column_;
   columns_ = columns;
   rows_.clear();
-  std::size_t begin = 0;  // of the line in rows_
   Letters line;
   for (std::size_t i = 0; i <= cursorRow || i < before.size(); ++i) {
     if (i == cursorRow) {
-      row_ = begin + (line.size() + cursorColumn) / columns;
+      row_ = rows_.size() + (line.size() + cursorColumn) / columns;
       column_ = (line.size() + cursorColumn) % columns;
     }
     line.insert(line.end(), before[i].letters.begin(), before[i].letters.end());
@@ -248,21 +248,29 @@ void Screen::resize(std::size_t rows, std::size_t columns, bool cursorWaits) {
       line.pop_back();
     }
     const bool isFull = !line.empty() && line.size() % columns == 0;
-    const bool isBehind = i >= cursorRow && column_ == 0 && row_ == begin + line.size() / columns;
+    const bool isBehind =
+        i >= cursorRow && column_ == 0 && row_ == rows_.size() + line.size() / columns;
     if (cursorWaits && isFull && isBehind) {
       --row_;
       column_ = columns;
     }
-    do {
-      Row row = blankRow();
-      const std::size_t fitting = std::min(columns, line.size());
-      std::copy_n(line.begin(), fitting, row.letters.begin());
-      line.erase(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(fitting));
-      row.continued = !line.empty();
-      rows_.push_back(row);
-    } while (!line.empty());
-    begin = rows_.size();
+    addRows(std::exchange(line, {}));
   }
+  keepRows(rows);
+}
+
+void Screen::addRows(Letters line) {
+  do {
+    Row row = blankRow();
+    const std::size_t fitting = std::min(columns_, line.size());
+    std::copy_n(line.begin(), fitting, row.letters.begin());
+    line.erase(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(fitting));
+    row.continued = !line.empty();
+    rows_.push_back(row);
+  } while (!line.empty());
+}
+
+void Screen::keepRows(std::size_t rows) {
   while (rows_.size() > rows && row_ + 1 < rows_.size()) {
     rows_.pop_back();
   }

@@ -44,6 +44,8 @@ class Screen {
   void eraseInDisplay(std::size_t what);
   void eraseInLine(std::size_t what);
   Row blankRow() const;
+  void addRows(Letters line);       ///< one line, wrapped
+  void keepRows(std::size_t rows);  ///< so many, with the cursor's
 
   std::size_t columns_;
   std::vector<Row> rows_;

@@ -141,8 +141,9 @@ backup_file:
 reason:
   description:
     - The kind of failure. C(expect) is that the headend does not run I(expect); C(file) is a file that
-      cannot be read, written or brought to the headend, or holds no complete configuration; C(controller) that it cannot be
-      reached, refuses or breaks off; C(other) that the headend runs something else than was sent;
+      cannot be read, written or brought to the headend, or holds no complete configuration;
+      C(controller) that it cannot be reached, refuses or breaks off; C(other) that the headend runs
+      something else than was sent;
       C(signal) that C(lineupctl) was ended by one; C(usage) that it does not know what the module asks;
       C(unknown) that it ended with a status that this module does not know.
   returned: failure of C(lineupctl), or of a file that it is to take
