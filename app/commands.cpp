@@ -1,5 +1,7 @@
 #include "app/commands.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <iostream>
 #include <span>
 #include <stdexcept>

@@ -1,12 +1,15 @@
 #include "app/completion.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
+#include <system_error>
 
 #include "catalogue/find_available_services.h"
 #include "lineup/encoder_inputs.h"

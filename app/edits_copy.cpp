@@ -10,10 +10,10 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
-#include <memory>
 #include <system_error>
 #include <utility>
 

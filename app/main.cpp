@@ -4,6 +4,7 @@
 #include <csignal>
 #include <iostream>
 #include <stdexcept>
+#include <string>
 
 #include "app/edits_copy.h"
 #include "app/options.h"

@@ -11,6 +11,8 @@
 #include <thrift/transport/TFDTransport.h>
 #include <thrift/transport/TSocket.h>
 
+#include <cstddef>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <stdexcept>

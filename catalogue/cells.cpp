@@ -1,5 +1,6 @@
 #include "catalogue/cells.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 

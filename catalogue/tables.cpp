@@ -1,5 +1,7 @@
 #include "catalogue/tables.h"
 
+#include <cstdint>
+
 #include "catalogue/select.h"
 #include "hub_module_types.h"
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cwchar>
 #include <cwctype>
 #include <iterator>

@@ -1,7 +1,5 @@
 #include "compare/config_difference.h"
 
-#include <utility>
-
 #include "compare/difference_lines.h"
 #include "compare/input_difference.h"
 #include "compare/json_difference.h"

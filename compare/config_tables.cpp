@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "compare/lineup_services.h"
 #include "compare/setting_words.h"

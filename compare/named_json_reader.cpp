@@ -4,11 +4,13 @@
 #include <thrift/transport/TTransportUtils.h>
 
 #include <charconv>
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "compare/printed_text.h"

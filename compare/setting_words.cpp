@@ -1,5 +1,6 @@
 #include "compare/setting_words.h"
 
+#include <optional>
 #include <span>
 
 namespace lineup {

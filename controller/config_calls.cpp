@@ -1,5 +1,6 @@
 #include "controller/config_calls.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "rf_inputs_types.h"

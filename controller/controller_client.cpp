@@ -1,5 +1,7 @@
 #include "controller/controller_client.h"
 
+#include <cstdint>
+
 #include "model/headend_places.h"
 
 namespace lineup {

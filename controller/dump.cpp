@@ -4,6 +4,7 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TVirtualTransport.h>
 
+#include <cstdint>
 #include <iostream>
 #include <memory>
 

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 
 #include "controller/bounded_protocol.h"

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <utility>
+#include <system_error>
 
 #include "ctl/failure.h"
 

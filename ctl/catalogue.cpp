@@ -1,7 +1,9 @@
 #include <charconv>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "catalogue/word_search.h"
 #include "compare/text_table.h"

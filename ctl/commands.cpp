@@ -1,5 +1,6 @@
 #include "ctl/commands.h"
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 

@@ -1,4 +1,6 @@
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "compare/config_difference.h"
 #include "compare/json_difference.h"

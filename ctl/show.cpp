@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "compare/config_tables.h"
 #include "compare/named_json_writer.h"

@@ -5,7 +5,9 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <exception>
 #include <span>
 #include <stdexcept>
 

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <system_error>
 #include <thread>
 
 #include "ctl/commands.h"

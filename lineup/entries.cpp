@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "lineup/encoder_inputs.h"
 #include "model/lineup_editor.h"

@@ -1,6 +1,7 @@
 #include "simulator/config_summary.h"
 
 #include <array>
+#include <cstdint>
 
 namespace lineup::simulator {
 

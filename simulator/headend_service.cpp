@@ -1,6 +1,7 @@
 #include "simulator/headend_service.h"
 
-#include <stdexcept>
+#include <cstdint>
+#include <exception>
 #include <utility>
 
 #include "simulator/config_summary.h"

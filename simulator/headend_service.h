@@ -5,7 +5,6 @@
 #include <chrono>
 #include <mutex>
 #include <set>
-#include <string>
 
 #include "WebSrv.h"
 #include "simulator/faults.h"

@@ -1,6 +1,7 @@
 #include "simulator/initial_state.h"
 
 #include <array>
+#include <cstdint>
 
 namespace lineup::simulator {
 

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstring>
 #include <stdexcept>
+#include <system_error>
 
 namespace lineup::simulator {
 

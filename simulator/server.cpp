@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <stdexcept>

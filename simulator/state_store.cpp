@@ -6,8 +6,11 @@
 #include <thrift/transport/TBufferTransports.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <exception>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
 #include <utility>

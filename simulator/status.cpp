@@ -1,6 +1,8 @@
 #include "simulator/status.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace lineup::simulator {
 

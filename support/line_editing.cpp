@@ -6,6 +6,7 @@
 #include "support/line_editing.h"
 
 #include <histedit.h>
+#include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -16,16 +17,19 @@
 #include <climits>
 #include <clocale>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <iterator>
 #include <new>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "support/column_list.h"
 #include "support/ending_signals.h"

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lineup {

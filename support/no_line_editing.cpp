@@ -1,5 +1,7 @@
 // Takes the place of line_editing.cpp in a build without libedit.
 
+#include <string>
+
 #include "support/line_editing.h"
 
 namespace lineup {

@@ -1,6 +1,7 @@
 #include "support/terminal_keys.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cwchar>
 #include <cwctype>
 #include <iterator>

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
 
 #include "model/lineup_editor.h"
 #include "tests/support/streams.h"

@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <memory>

@@ -14,9 +14,11 @@
 #include <fstream>
 #include <functional>
 #include <iomanip>
+#include <optional>
 #include <regex>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 

@@ -7,11 +7,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <random>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "tests/support/console_process.h"

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"

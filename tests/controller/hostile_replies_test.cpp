@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <thrift/TApplicationException.h>
 
+#include <cstdint>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 

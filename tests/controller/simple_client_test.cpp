@@ -10,7 +10,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 

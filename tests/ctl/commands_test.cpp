@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>

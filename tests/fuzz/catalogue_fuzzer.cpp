@@ -4,7 +4,9 @@
 // how many columns there are.
 
 #include <sqlite3.h>
+#include <sys/socket.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,8 +1,10 @@
 // Command lines, with a controller that cannot be reached and a small catalogue. An input is a
 // script; one that begins with '+' is run on a headend that has been set up.
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <stdexcept>
 #include <string>
 

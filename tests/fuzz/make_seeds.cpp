@@ -5,6 +5,7 @@
 #include <thrift/protocol/TJSONProtocol.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

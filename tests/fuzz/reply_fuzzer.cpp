@@ -8,9 +8,12 @@
 #include <thrift/protocol/TBinaryProtocol.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>

@@ -6,6 +6,7 @@
 #include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/lineup_editor.h"

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <uuid/uuid.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
 #include <iostream>
 #include <stdexcept>
 #include <streambuf>

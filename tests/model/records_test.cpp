@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <vector>
+
 #include "model/lineup_editor.h"
 #include "tests/support/encoding.h"
 #include "tests/support/random_records.h"

@@ -10,6 +10,8 @@
 #include <optional>
 #include <set>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/simulator/simulator_process.h"
 

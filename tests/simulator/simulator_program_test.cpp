@@ -10,10 +10,13 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <regex>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 

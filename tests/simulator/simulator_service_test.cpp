@@ -4,9 +4,14 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <set>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "model/lineup_editor.h"
 #include "tests/simulator/simulator_process.h"

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <optional>
 #include <stdexcept>
 #include <string>
 

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstddef>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "tests/support/screen.h"
 

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <iostream>
 #include <string>

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <clocale>
+#include <cstddef>
 #include <string>
 
 namespace lineup::test {

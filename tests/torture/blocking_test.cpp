@@ -4,9 +4,13 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <regex>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "controller/whole_config_file.h"
