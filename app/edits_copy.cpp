@@ -88,12 +88,13 @@ std::optional<EditsCopy::File> EditsCopy::beginFile(const Folder& folder) const 
   return openBeside(folder, before.name, kUnfinishedSuffixes[isFirst ? 1 : 0]);
 }
 
-/// Returns whether there was one: if not, it is in its place.
+/// Removes the file that is not in its place. Returns whether there was one: if not, it is in
+/// place.
 bool EditsCopy::removeUnplaced(const File& file) {
   return unlinkat(file.folder->descriptor.number(), file.beside.c_str(), 0) == 0 || errno != ENOENT;
 }
 
-/// Puts the file into its place. Throws errno.
+/// Renames the file into its place. Throws std::system_error.
 void EditsCopy::placeFile(const File& file) {
   const int folder = file.folder->descriptor.number();
   if (renameat(folder, file.beside.c_str(), folder, file.name.c_str()) != 0) {
@@ -101,7 +102,7 @@ void EditsCopy::placeFile(const File& file) {
   }
 }
 
-/// Fills the file and puts it into its place. Throws what writeConfig() does, or errno.
+/// Fills the file and puts it into its place. Throws what writeConfig() and placeFile() do.
 void EditsCopy::writeFile(const File& file) const {
   writeConfig(file.descriptor.number(), editor_.config);
   if (fsync(file.descriptor.number()) != 0) {
@@ -125,7 +126,7 @@ void EditsCopy::finishFile(File& file) {
   failures_ = 0;
 }
 
-/// The next folder is to be tried; when none is left, all of them some time later.
+/// Moves on to the next folder, and after a round of all of them waits for a while.
 void EditsCopy::noteFailure() {
   constexpr std::chrono::seconds kUntilTheNextRound(2);
   firstFolder_ = (firstFolder_ + 1) % folders_.size();
@@ -145,7 +146,7 @@ void EditsCopy::writeNow(File file) {
   finishFile(file);
 }
 
-/// Writes in a child process, which has the edits as they are now.
+/// Writes in a child process, whose memory holds the edits as they are now.
 void EditsCopy::startWriter(File file) {
   std::array<int, 2> ends{-1, -1};
   const bool piped = pipe2(ends.data(), O_CLOEXEC) == 0;
@@ -164,8 +165,8 @@ void EditsCopy::startWriter(File file) {
   }
 }
 
-/// The child. It closes, and so unlocks, what is in its place: if the console is killed, the next
-/// one announces that meanwhile.
+/// The child process. It closes, and so unlocks, the copy in place: if the console is killed
+/// meanwhile, the next one announces that copy.
 void EditsCopy::runWriter(File file) {
   ignoreEndingSignals();
   copy_ = File();
@@ -185,7 +186,7 @@ void EditsCopy::runWriter(File file) {
   _exit(EXIT_SUCCESS);
 }
 
-/// Looks after the children. Returns whether one is still at work.
+/// Reaps the children that have ended. Returns whether one still works.
 bool EditsCopy::finishWriters(int options) {
   while (atWork_) {
     if (!hasEnded(atWork_->child, options)) {
@@ -197,7 +198,7 @@ bool EditsCopy::finishWriters(int options) {
   return false;
 }
 
-/// Ends the child that waits.
+/// Kills the child that waits.
 void EditsCopy::dropWaiting() {
   kill(waiting_->child, SIGKILL);
   hasEnded(waiting_->child, 0);
@@ -220,7 +221,7 @@ bool EditsCopy::isUpToDate() const {
   return isThere(latest()) && latest().content == editor_.config;
 }
 
-/// Whether there is such a file, which whoever cleans up folders has not removed.
+/// Whether the file still has a name: nobody has removed it.
 bool EditsCopy::isThere(const File& file) {
   struct stat status {};
   return file.folder != nullptr && fstat(file.descriptor.number(), &status) == 0 &&

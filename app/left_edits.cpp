@@ -32,7 +32,7 @@ struct LeftCopy {
   struct stat status;
 };
 
-/// Whether it is the user's own file and its console does not run any more.
+/// Whether it is the user's own file and no longer locked by a console that runs.
 bool isLeft(int folder, const std::string& name, struct stat& status) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const Descriptor file(openat(folder, name.c_str(), kFlags));
@@ -86,9 +86,9 @@ bool wasAnnounced(const LeftCopy& copy) {
   return (copy.status.st_mode & S_IWUSR) == 0;
 }
 
-/// Whether it was announced for the first time more than 30 days ago: whatever its own date, which
-/// a clock that was not set yet may have given it, nothing goes that nobody has been told of. A
-/// file that was never finished is not announced: its own date counts.
+/// Whether it was announced for the first time more than 30 days ago. Its own date does not count,
+/// as the clock may not have been set: nothing is removed before it was announced. A file that was
+/// never finished is not announced, so there its own date counts.
 bool isOld(const LeftCopy& copy) {
   constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
   const std::time_t since = isUnfinished(copy) ? copy.status.st_mtime : copy.status.st_atime;

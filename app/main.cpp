@@ -24,7 +24,7 @@ namespace {
 constexpr int kLogToSyslog = 1;
 constexpr int kLogToSyslogAndConsole = 3;
 
-// By _exit(): nothing needs a destructor yet.
+// _exit() saves the time of destructors, of which none is needed yet.
 [[noreturn]] void printVersionAndLeave() {
   std::cout << "\nVersion: " CONSOLE_VERSION "\n" << std::flush;
   _exit(0);
@@ -42,7 +42,7 @@ void runMode(LineupEditor& editor, const CommandLineOptions& options) {
   }
 }
 
-/// What is left to do when the program ends by `signal`, or by what ends as by it.
+/// Writes the copy at an end of the program by `signal`, or by an exception that ends it likewise.
 void leaveEdits(EditsCopy& copy, int signal) {
   beginEnding(signal);
   copy.leave();
@@ -85,7 +85,7 @@ int run(const CommandLineOptions& options) {
       copy.update();
     }
   } catch (const std::runtime_error& error) {
-    // COVERAGE_EXCL_START: each of the modes catches its own
+    // COVERAGE_EXCL_START: each mode catches std::runtime_error itself
     std::cout << "Error: " << error.what() << std::endl;
     // COVERAGE_EXCL_STOP
   } catch (const EndedBySignal& end) {

@@ -16,7 +16,7 @@ namespace lineup {
 
 namespace {
 
-/// Runs one line and prints what refuses it. Returns false for "quit".
+/// Runs one line and prints the error if it is refused. Returns false for "quit".
 bool runLine(LineupEditor& editor, const std::string& line) {
   try {
     if (!editor.dispatchCommand(line, false)) {
@@ -29,7 +29,7 @@ bool runLine(LineupEditor& editor, const std::string& line) {
   return true;
 }
 
-/// Likewise; what is only interrupted goes no further.
+/// Likewise; an interrupt ends only the line.
 bool runInterruptibly(LineupEditor& editor, const std::string& line) {
   try {
     return runLine(editor, line);
@@ -38,7 +38,7 @@ bool runInterruptibly(LineupEditor& editor, const std::string& line) {
       throw;
     }
     forgetInterrupt();
-    std::cout << std::endl;  // behind the key, which the terminal shows
+    std::cout << std::endl;  // behind the "^C" that the terminal shows
     return true;
   }
 }

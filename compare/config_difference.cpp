@@ -14,17 +14,17 @@ namespace {
 using korvel::thrift::hub_module::HeadendConfig;
 using nlohmann::json;
 
-/// Whether there is a PLS list in `to` only because it holds items, which are said.
+/// Whether only `to` has a PLS list, and items in it, whose lines imply the list.
 bool bringsPlsList(const HeadendConfig& from, const HeadendConfig& to) {
   const auto& scan = to.rfInputsScanConfig;
   return !from.rfInputsScanConfig.__isset.plsItemList && scan.__isset.plsItemList &&
          !scan.plsItemList.empty();
 }
 
-/// The named JSON of everything but the settings, which are made the same in every configuration,
-/// the lineups and their services, the IP muxes and the PLS items; of the PLS list itself as well
-/// unless it is to be `withPlsList`.
-json withoutWorded(HeadendConfig config, bool withPlsList) {
+/// The named JSON of what the other lines leave out: everything but the settings, which get the
+/// same values in every configuration, the lineups and their services, the IP muxes and the PLS
+/// items. Without `withPlsList`, the PLS list is left out, too.
+json remainder(HeadendConfig config, bool withPlsList) {
   for (const Setting& setting : kSettings) {
     setting.store(config, setting.choices[0].value);
   }
@@ -64,7 +64,7 @@ std::string configDifference(const HeadendConfig& from, const HeadendConfig& to)
   }
   std::string text =
       settingDifferences(from, to) + lineupDifferences(from, to) + inputDifferences(from, to);
-  compareJson(withoutWorded(from, true), withoutWorded(to, !bringsPlsList(from, to)),
+  compareJson(remainder(from, true), remainder(to, !bringsPlsList(from, to)),
               [&](const std::string& path, const json* before, const json* now) {
                 text += differenceLine(path, before, now);
               });

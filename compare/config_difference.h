@@ -16,11 +16,11 @@ namespace lineup {
 ///    new, or gone, unless another line says that it is, or was, in no lineup. A
 ///    new entry's line ends with what it has besides the defaults, or besides what a removed one in
 ///    its place had, and names its service by number where another service is the same.
-///  - Services: those in no lineup, and what differs in one. A service is the same one if it is
-///    received from the same place with the same SID (DVB), or has the same address (ENC). Of a new
-///    one, the fields that its entries do not show and that have not their default values; of one
-///    that has become another under its number, what else differs. The numbers of other services
-///    that are added or removed are left out.
+///  - Services: those in no lineup, and what differs in one. Services are matched by the place
+///    that they are received from and their SID (DVB), or by their address (ENC). A new service
+///    adds the fields that its entries do not show and that are not at their defaults; a service
+///    that replaces another under its number, the other fields that differ. The numbers of other
+///    services that are added or removed are left out.
 ///  - Muxes of the IP inputs, as "addipmux" names them: "IP input 4/0: added mux "udp://...", UUID
 ///    ...", and items of the PLS list, as "addpls" takes them: "PLS item 2: Gold 5 -> Root 5".
 ///  - Everything else by its path in the named JSON: "/installerInfo/name: "a" -> "b"".

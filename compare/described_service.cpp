@@ -48,7 +48,7 @@ void copyDescribedFields(hub_module::DVBInputServiceConfig& other,
   if (also.name) {
     taken.name = from.name;
   }
-  // A mux that only one of the two has is left to be said as a whole.
+  // A mux that only one of the two has differs as a whole.
   visitMuxes(from, [&](const InputType& /*type*/, auto mux, auto /*setMux*/) {
     copyPlace(taken.*mux, from.*mux, also);
   });
@@ -68,7 +68,8 @@ void copyDescribedFields(hub_module::EmptyInputServiceConfig& other,
 
 std::string notDescribed(const hub_module::DVBInputServiceConfig& service,
                          const AlsoDescribed& also) {
-  // The words do not tell the muxes of two kinds of input apart, so they say that of its own.
+  // The words give the place in a mux, and with the kind of input which mux that is: a mux of
+  // another kind is not covered.
   hub_module::DVBInputServiceConfig expected;
   visitMuxes(service.service, [&](const InputType& type, auto /*mux*/, auto setMux) {
     if (type.number == service.service.inputType) {

@@ -56,7 +56,7 @@ std::string identityOf(const hub_module::EmptyInputServiceConfig& config) {
   return std::to_string(config.service.serviceType);
 }
 
-/// The keys of the services that both have: those before, by those now, and the other way round.
+/// The services that both configurations have: their keys in each, by those in the other.
 struct SameServices {
   std::map<int32_t, int32_t> nowByBefore;
   std::map<int32_t, int32_t> beforeByNow;
@@ -80,7 +80,7 @@ SameServices matchServices(const std::map<int32_t, Service>& from,
       same.add(key, key);
     }
   }
-  std::map<std::string, std::vector<int32_t>> others;  // by identity, the smallest key last
+  std::map<std::string, std::vector<int32_t>> others;  // their keys by identity, the smallest last
   for (auto now = to.rbegin(); now != to.rend(); ++now) {
     if (!same.beforeByNow.contains(now->first)) {
       others[identityOf(now->second)].push_back(now->first);
@@ -214,7 +214,7 @@ class LineupComparison {
     text_ += lineup + what + ": " + described(words, entry.name) + more + "\n";
   }
 
-  /// Says a new entry, of which `replaced` is the removed one that had its place.
+  /// Adds the line of a new entry. `replaced` is the removed one at its position, or null.
   template <class Entry>
   void sayNew(const char* lineup, std::size_t place, const Entry& entry, const Entry* replaced) {
     const std::pair<int32_t, int32_t> service(entry.serviceKind, entry.serviceKey);
@@ -390,8 +390,8 @@ class LineupComparison {
              described(wordsOf(service, config), serviceName(service)) + more + "\n";
   }
 
-  /// Says of a service what the entries that name it do not. `replaced` is the removed one that had
-  /// its number.
+  /// Adds what the lines of the entries that name a new service do not show. `replaced` is the
+  /// removed service that had its number, or null.
   template <class Service>
   void sayNewService(int32_t kind, int32_t key, const Service& service, const Service* replaced) {
     const bool isNamed = namedNow_.contains({kind, key});

@@ -23,8 +23,8 @@ namespace {
 using apache::thrift::protocol::TType;
 using nlohmann::json;
 
-/// Lets a record read itself from a JSON value. What its functions return, the number of bytes
-/// read, is 0.
+/// A read-only protocol over a JSON value. It uses no transport, so its functions return 0 as the
+/// number of bytes read.
 class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader> {
  public:
   JsonReader(const json& value, const ValueShape& shape)

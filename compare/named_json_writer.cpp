@@ -23,8 +23,8 @@ namespace {
 using apache::thrift::protocol::TType;
 using nlohmann::json;
 
-/// Writes a record into a `Sink`: JsonValue or JsonText. It has no bytes and no transport: what its
-/// functions return, the number of bytes written, is 0.
+/// A write-only protocol that fills a `Sink`: JsonValue or JsonText. It uses no transport, so its
+/// functions return 0 as the number of bytes written.
 template <class Sink>
 class JsonWriter : public apache::thrift::protocol::TVirtualProtocol<JsonWriter<Sink>> {
  public:

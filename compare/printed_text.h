@@ -1,4 +1,4 @@
-// Text out of records for a terminal or a file of lines.
+// Texts of records, made fit for a terminal or a file of lines.
 
 #pragma once
 
@@ -13,7 +13,7 @@ namespace lineup {
 /// needs no escape.
 bool isPlain(std::string_view text, char alsoExcluded);
 
-/// `text` as one line that does nothing to a terminal: control characters, and bytes that are no
+/// `text` as one line that does nothing to a terminal: control characters, and bytes that are not
 /// UTF-8, become escapes (\n, \t, \x1b), and so does the backslash.
 std::string printable(std::string_view text);
 

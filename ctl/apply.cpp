@@ -22,7 +22,7 @@ namespace {
 using korvel::thrift::hub_module::HeadendConfig;
 using nlohmann::json;
 
-/// What the library says is wrong, without its own name for that, in brackets.
+/// The library's message, without the name of the exception, in brackets, that it begins with.
 std::string reasonOf(const json::exception& error) {
   const std::string text = error.what();
   const std::size_t end = text.find("] ");
@@ -42,7 +42,7 @@ std::optional<std::string> pathOf(const json& operation) {
 void requirePlace(const json& record, const json& operation) {
   const json::json_pointer place(pathOf(operation).value_or(""));
   if (place.empty()) {
-    return;  // of what is wrong, the library says so
+    return;  // the library checks operations without a path and those on the whole record
   }
   const json::json_pointer around = place.parent_pointer();
   if (record.contains(around) && !record.at(around).is_structured()) {
@@ -94,7 +94,7 @@ HeadendConfig patched(const HeadendConfig& config, const std::string& path) {
   }
 }
 
-/// What is to run.
+/// The configuration to send: the file's, patched.
 HeadendConfig wantedConfig(const Arguments& arguments) {
   HeadendConfig wanted = configInFile(arguments.operands()[0]);
   for (const std::string& patch : arguments.values("patch")) {
@@ -103,7 +103,7 @@ HeadendConfig wantedConfig(const Arguments& arguments) {
   return wanted;
 }
 
-/// Keeps a copy of what runs, if a folder for it is given.
+/// Keeps a copy of the running configuration with --backup.
 void backUpRunning(const Arguments& arguments, const HeadendConfig& running) {
   if (!arguments.has("backup")) {
     return;

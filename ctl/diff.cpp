@@ -63,7 +63,7 @@ Status diff(const Arguments& arguments) {
   }
   HeadendConfig from;
   HeadendConfig to;
-  // A file that is not good is refused before the controller is asked.
+  // A bad file is refused before the controller is asked.
   if (isRunning(source)) {
     to = configIn(target);
     from = configIn(source);

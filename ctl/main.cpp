@@ -21,8 +21,8 @@ namespace {
 constexpr int kLogLevel = 5;
 constexpr int kLogToSyslog = 1;
 
-/// Has memory that is freed used again, where the allocator would return large blocks to the system
-/// and take new pages for the next: lists that grow and a large reply cost a tenth less so.
+/// Keeps freed memory for the next allocations. By default the allocator returns large blocks to
+/// the system, so that lists that grow and large replies cost a tenth more.
 void keepFreedMemory() {
   constexpr int kMost = 32 << 20;  // what mallopt() takes at most
   mallopt(M_MMAP_THRESHOLD, kMost);

@@ -19,7 +19,7 @@ using korvel::thrift::hub_module::HeadendConfig;
 struct Section {
   const char* name;
   const char* title;
-  TextTable (*table)(const HeadendConfig&);  // null: of the status, for what runs
+  TextTable (*table)(const HeadendConfig&);  // null: made of the controller's status
 };
 
 constexpr Section kSections[] = {
@@ -40,7 +40,7 @@ const Section& sectionNamed(const std::string& name) {
   throw Failure(kUsage, "--section: \"" + name + "\" is none of " + known);
 }
 
-/// The sections that are asked for, all that the source has if none is.
+/// The sections that the options name, or all that the source has.
 std::vector<Section> chosenSections(const Arguments& arguments, const std::string& source) {
   const auto isThere = [&](const Section& section) {
     return section.table != nullptr || isRunning(source);

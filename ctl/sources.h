@@ -18,7 +18,8 @@ std::string controllerPlace();
 /// controller sends, is a failure.
 korvel::thrift::hub_module::HeadendConfig runningConfig();
 
-/// The controller's status, of which only the RF inputs are taken over. Likewise.
+/// The RF inputs of the controller's status, the rest of which is left out. A reply without them is
+/// a failure.
 korvel::thrift::hub_module::HeadendStatus runningRFInputs();
 
 /// A call that had no effect: the controller could not be reached, or refused it.
