@@ -91,6 +91,15 @@ void HeadendService::setHeadendConfig(HeadendStatus& result, const HeadendConfig
   replaceConfig("setHeadendConfig", result, config);
 }
 
+template <class Part>
+void HeadendService::replacePart(const char* call, HeadendStatus& result, Part HeadendConfig::*part,
+                                 const Part& value) {
+  const Lock lock = begin(call);
+  HeadendConfig next = store_.state().config;
+  next.*part = value;
+  replaceConfig(call, result, std::move(next));
+}
+
 void HeadendService::setTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt1,
                                          const hub_module::TDTRFInputConfig& tdt2) {
   const Lock lock = begin("setTDTRFInputConfig");
@@ -128,26 +137,17 @@ void HeadendService::setSATRFInputConfig(RFInputId::type id,
 
 void HeadendService::setLineupConfig(HeadendStatus& result,
                                      const hub_module::LineupConfig& config) {
-  const Lock lock = begin("setLineupConfig");
-  HeadendConfig next = store_.state().config;
-  next.lineupConfig = config;
-  replaceConfig("setLineupConfig", result, std::move(next));
+  replacePart("setLineupConfig", result, &HeadendConfig::lineupConfig, config);
 }
 
 void HeadendService::setHeadendGlobalConfig(HeadendStatus& result,
                                             const hub_module::HeadendGlobalConfig& config) {
-  const Lock lock = begin("setHeadendGlobalConfig");
-  HeadendConfig next = store_.state().config;
-  next.headendGlobalConfig = config;
-  replaceConfig("setHeadendGlobalConfig", result, std::move(next));
+  replacePart("setHeadendGlobalConfig", result, &HeadendConfig::headendGlobalConfig, config);
 }
 
 void HeadendService::setRFInputsScanConfig(HeadendStatus& result,
                                            const hub_module::RFInputsScanConfig& config) {
-  const Lock lock = begin("setRFInputsScanConfig");
-  HeadendConfig next = store_.state().config;
-  next.rfInputsScanConfig = config;
-  replaceConfig("setRFInputsScanConfig", result, std::move(next));
+  replacePart("setRFInputsScanConfig", result, &HeadendConfig::rfInputsScanConfig, config);
 }
 
 bool HeadendService::validateHeadendConfig(const HeadendConfig& config) {

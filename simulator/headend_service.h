@@ -59,6 +59,10 @@ class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
   Lock begin(const char* call);
   void replaceState(const char* call, HeadendState next);
   void replaceConfig(const char* call, HeadendStatus& result, HeadendConfig config);
+  /// The whole of a call that replaces one part of the configuration.
+  template <class Part>
+  void replacePart(const char* call, HeadendStatus& result, Part HeadendConfig::*part,
+                   const Part& value);
   HeadendStatus status() const;
 
   std::mutex mutex_;
