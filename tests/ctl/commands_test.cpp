@@ -63,6 +63,15 @@ class Ctl : public testing::Test {
 
 class CtlWithController : public Ctl {
  protected:
+  /// An answer that comes once the controller is released.
+  static Answer lateAnswer() {
+    Answer late;
+    late.sentBytes = 0;
+    late.stalls = true;
+    late.goesOn = true;
+    return late;
+  }
+
   FakeController controller_;
 };
 
@@ -679,15 +688,11 @@ TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
 }
 
 TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
-  Answer late;
-  late.sentBytes = 0;
-  late.stalls = true;
-  late.goesOn = true;
   Answer lie;
   lie.kind = Answer::kBytes;
   lie.bytes = recordReply("getHeadendConfig", toBinary(withId(1)));
   controller_.answerNext(Answer());
-  controller_.answerNext(late);
+  controller_.answerNext(lateAnswer());
   controller_.answerNext(lie);
   const std::string file = fileWith(withId(7));
   ConsoleProcess applying(ctl({"apply", file}));
@@ -724,16 +729,12 @@ const int kEndingSignals[] = {SIGHUP,  SIGINT,    SIGQUIT, SIGTERM, SIGUSR1, SIG
                               SIGXCPU, SIGVTALRM, SIGPROF, SIGPOLL, SIGPWR,  SIGRTMIN, SIGRTMAX};
 
 TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
-  Answer late;
-  late.sentBytes = 0;
-  late.stalls = true;
-  late.goesOn = true;
   const std::string file = fileWith(withId(7));
   std::size_t calls = 0;
   for (const int signal : kEndingSignals) {
     controller_.setConfig(withId(1));
     controller_.answerNext(Answer());
-    controller_.answerNext(late);
+    controller_.answerNext(lateAnswer());
     ConsoleProcess applying(ctl({"apply", file}));
     controller_.waitForCalls(calls += 2);
     applying.signal(signal);
@@ -751,12 +752,8 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
 
 // One that does not end it has not to be spoken of.
 TEST_F(CtlWithController, ASignalThatWasBlockedBeforeIsNoEnd) {
-  Answer late;
-  late.sentBytes = 0;
-  late.stalls = true;
-  late.goesOn = true;
   controller_.answerNext(Answer());
-  controller_.answerNext(late);
+  controller_.answerNext(lateAnswer());
   ConsoleProcess applying(
       Start{.program = "env",
             .arguments = {"--block-signal=TERM", kCtlProgram, "apply", fileWith(withId(7))}});
