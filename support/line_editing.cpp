@@ -176,6 +176,8 @@ class TerminalLineEditor {
   void readTypedAheadLine();
   bool readByte(char& byte);
   bool readNext(char& byte);
+  bool readKey(wchar_t& key, bool escapeAlone = false);
+  void readPasteEnd();
   static bool comesWithin(std::chrono::milliseconds time);
   bool moreFollows() const;
   static int bytesToBeRead();
@@ -210,6 +212,7 @@ class TerminalLineEditor {
   void draw();
   void leave();
   static void put(const std::string& output) { std::cout << output << std::flush; }
+  void askForPasteMarks(bool on);
 
   EditLine* lib_ = nullptr;
   std::size_t room_ = 0;     ///< for how many letters libedit's screen is large enough
@@ -218,6 +221,8 @@ class TerminalLineEditor {
   TerminalMode mode_;
   TerminalSize usualSize_{24, 80};
   bool sparesLastColumn_ = false;
+  bool canMarkPastes_ = false;  ///< if it is asked to
+  bool marksPastes_ = false;    ///< whether it is
   LineScreen screen_{{}};
   KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
   LineHistory history_{};
@@ -309,6 +314,7 @@ bool TerminalLineEditor::startLibedit(const char* terminal, std::FILE* nowhere) 
 bool TerminalLineEditor::learnAbilities(bool known) {
   if (!known) {
     screen_ = LineScreen({"\x1b[A", "\x1b[K", "\x1b[J", "\x1b[H\x1b[2J", true});
+    canMarkPastes_ = true;
     return true;
   }
   usualSize_ = {number("li"), number("co")};
@@ -316,6 +322,8 @@ bool TerminalLineEditor::learnAbilities(bool known) {
   sparesLastColumn_ = can("am") && !can("xn");
   screen_ = LineScreen(
       {ability("up"), ability("ce"), ability("cd"), ability("cl"), can("am") && can("xn")});
+  // Which terminals do it is written nowhere; those of ECMA-48 leave out what they do not know.
+  canMarkPastes_ = ability("up").starts_with("\x1b[");
   return !ability("up").empty() && !ability("ce").empty();
 }
 
@@ -404,6 +412,7 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   screen_.begin(size().rows, size().columns);
   int length = 0;
   const char* const result = el_gets(lib_, &length);
+  askForPasteMarks(false);
   note_.clear();  // of a search that it has ended
   if (result != nullptr) {
     line.assign(result, std::string_view(result).find('\n'));
@@ -446,6 +455,7 @@ void TerminalLineEditor::readTypedAheadLine() {
 }
 
 void TerminalLineEditor::endEditing() {
+  askForPasteMarks(false);
   typedAhead_.thereAre(bytesToBeRead(), false);
   mode_.restore();
 }
@@ -464,6 +474,7 @@ bool TerminalLineEditor::wasInterrupted() const {
 Edited TerminalLineEditor::endWithoutLine() {
   if (ended_ != nullptr && wasInterrupted()) {
     forgetInterrupt();
+    lineEnds_.setInPaste(false);  // the key has discarded the rest
     return Edited::Dropped;
   }
   if (ended_ != nullptr) {
@@ -481,7 +492,7 @@ Edited TerminalLineEditor::endWithoutLine() {
 /// through libedit.
 int TerminalLineEditor::readCharacter(wchar_t& character) {
   try {
-    while (keys_.read(character)) {
+    while (readKey(character)) {
       if (character == key::kSearch && !search(character)) {
         return 0;
       }
@@ -539,9 +550,48 @@ bool TerminalLineEditor::handle(wchar_t key) {
     case key::kReturn:
     case key::kLineFeed:
       lineEnds_.ended({static_cast<char>(key), cameInUsualMode_, cameAtOnce_, moreFollows()});
+      readPasteEnd();
       return false;
     default:
       return false;
+  }
+}
+
+/// Waits for a key. Where a paste begins and ends is only noted: its lines run as if typed. A tab
+/// in it is a blank.
+bool TerminalLineEditor::readKey(wchar_t& key, bool escapeAlone) {
+  while (keys_.read(key, escapeAlone)) {
+    if (key != key::kPasteBegins && key != key::kPasteEnds) {
+      key = key == key::kTab && lineEnds_.inPaste() ? L' ' : key;
+      return true;
+    }
+    lineEnds_.setInPaste(key == key::kPasteBegins);
+    typing_ = false;  // one undoes what was pasted apart from what was typed
+  }
+  return false;
+}
+
+/// Reads the mark behind the last line of a paste, if that is all there is: the line may be the one
+/// that leaves the terminal to another program.
+void TerminalLineEditor::readPasteEnd() {
+  constexpr std::string_view kMark = "\x1b[201~";
+  if (!lineEnds_.inPaste() || !typedAheadLine_.empty() || !moreFollows()) {
+    return;
+  }
+  std::string rest(static_cast<std::size_t>(bytesToBeRead()), '\0');
+  if (rest.size() < kMark.size() || rest.size() > kMark.size() + 1) {
+    return;
+  }
+  const ssize_t count = read(STDIN_FILENO, rest.data(), rest.size());
+  rest.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  for (std::size_t byte = 0; byte < rest.size(); ++byte) {
+    typedAhead_.take();
+  }
+  if (rest == kMark || rest == "\r" + std::string(kMark) || rest == "\n" + std::string(kMark)) {
+    lineEnds_.setInPaste(false);
+    lineEnds_.forget();
+  } else {
+    typedAheadLine_ = rest;
   }
 }
 
@@ -553,7 +603,7 @@ bool TerminalLineEditor::readByte(char& byte) {
       return false;
     }
     const bool usualMode = isAhead || typedAhead_.take();
-    if (usualMode && isAnswer()) {
+    if (usualMode && isAnswer() && !lineEnds_.inPaste()) {
       lineEnds_.forget();  // an answer is not to be guessed
     }
     // The line feed is left until here: behind the last line it may be for another program.
@@ -599,16 +649,23 @@ int TerminalLineEditor::bytesToBeRead() {
   return count;
 }
 
-/// Returns whether it was there at once.
+/// Returns whether it was there at once. A paste does not pause for long: its end was lost then, as
+/// when an interrupt has discarded it.
 bool TerminalLineEditor::waitForByte() {
+  constexpr std::chrono::seconds kLongestPauseInAPaste(1);
+  const auto begin = std::chrono::steady_clock::now();
   pollfd input{STDIN_FILENO, POLLIN, 0};
   const bool atOnce = poll(&input, 1, 0) == 1;
   if (!atOnce) {
     draw();  // not before: a paste is shown at once
   }
   while (true) {
+    askForPasteMarks(marksPastes_ || !atOnce);  // not between lines that are there already
     std::array<pollfd, 2> inputs{{{STDIN_FILENO, POLLIN, 0}, {signals_, POLLIN, 0}}};
     waitForTyping(inputs);
+    if (std::chrono::steady_clock::now() - begin > kLongestPauseInAPaste) {
+      lineEnds_.setInPaste(false);
+    }
     if (inputs[1].revents == 0) {
       return atOnce;
     }
@@ -698,7 +755,7 @@ bool TerminalLineEditor::search(wchar_t& key) {
   std::wstring part;
   std::optional<LineHistory::Place> place;
   note_ = L"bck:";
-  while (keys_.read(key, true)) {
+  while (readKey(key, true)) {
     std::size_t before = place ? place->line + 1 : history_.size();
     if (key::isLetter(key)) {
       part += key;
@@ -807,6 +864,7 @@ void TerminalLineEditor::showOverview(const std::function<std::string()>& overvi
     put("\a");
     return;
   }
+  askForPasteMarks(false);
   draw();
   put(screen_.leave());
   try {
@@ -967,6 +1025,14 @@ TerminalSize TerminalLineEditor::size() const {
   TerminalSize size = terminalSize(usualSize_);
   size.columns -= sparesLastColumn_ && size.columns > 1 ? 1 : 0;
   return size;
+}
+
+/// Has the terminal mark what is pasted ("bracketed paste"), or no longer.
+void TerminalLineEditor::askForPasteMarks(bool on) {
+  if (canMarkPastes_ && on != marksPastes_) {
+    marksPastes_ = on;
+    put(on ? "\x1b[?2004h" : "\x1b[?2004l");
+  }
 }
 
 void TerminalLineEditor::draw() {

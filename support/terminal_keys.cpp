@@ -48,6 +48,8 @@ constexpr Sequence kSequences[] = {
     {L"OR", key::kF3},
     {L"[13~", key::kF3},
     {L"[[C", key::kF3},
+    {L"[200~", key::kPasteBegins},
+    {L"[201~", key::kPasteEnds},
     {L"f", key::kWordRight},  // Alt and a letter
     {L"b", key::kWordLeft},
     {L"d", key::kEraseWord},

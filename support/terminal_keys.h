@@ -48,6 +48,8 @@ constexpr wchar_t kEraseWord = 0x83;
 constexpr wchar_t kEraseWordBefore = 0x84;
 constexpr wchar_t kF2 = 0x85;
 constexpr wchar_t kF3 = 0x86;
+constexpr wchar_t kPasteBegins = 0x87;  ///< where the terminal brackets what is pasted
+constexpr wchar_t kPasteEnds = 0x88;
 
 constexpr wchar_t kFirstLetterBeyondAscii = 0xa0;  ///< behind the control characters of Latin 1
 

@@ -42,7 +42,13 @@ void LineEnds::ended(const End& end) {
 }
 
 bool LineEnds::areCompletedBy(char byte, bool usualMode, const std::function<bool()>& moreFollows) {
-  if (!std::exchange(isOpen_, false) || byte != '\n') {
+  if (!std::exchange(isOpen_, false)) {
+    return false;
+  }
+  if (inPaste_) {
+    return byte == '\r' || byte == '\n';
+  }
+  if (byte != '\n') {
     return false;
   }
   if (end_.byte == '\r') {

@@ -38,6 +38,9 @@ class TypedAhead {
 ///
 /// In the terminal's usual mode a Return looks like a line feed. What then decides is what people
 /// do not do: they send no line feed, and have nothing more typed at once behind a Return.
+///
+/// A terminal may send a Return in place of a line feed that is pasted. Within a paste of which it
+/// marks beginning and end, two Returns are one end, too.
 class LineEnds {
  public:
   struct End {
@@ -50,18 +53,23 @@ class LineEnds {
   /// A line has ended so.
   void ended(const End& end);
 
-  /// No line feed belongs to that end any more.
+  /// Nothing belongs to that end any more.
   void forget() { isOpen_ = false; }
 
-  /// Whether `byte`, the next one, is the line feed of that end. `moreFollows` says whether
-  /// something comes at once behind it.
+  /// Whether what comes now is marked as pasted.
+  void setInPaste(bool inPaste) { inPaste_ = inPaste; }
+  bool inPaste() const { return inPaste_; }
+
+  /// Whether `byte`, the next one, belongs to that end. `moreFollows` says whether something comes
+  /// at once behind it.
   bool areCompletedBy(char byte, bool usualMode, const std::function<bool()>& moreFollows);
 
  private:
   enum class Told { Nothing, Returns, LineFeeds };
 
   Told last_ = Told::Nothing;  ///< with which the last line ended where one can tell
-  bool isOpen_ = false;        ///< whether a line feed may belong to `end_`
+  bool isOpen_ = false;        ///< whether the next byte may belong to `end_`
+  bool inPaste_ = false;
   End end_{};
 };
 

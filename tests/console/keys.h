@@ -14,6 +14,11 @@ inline constexpr char kDelete[] = "\x1b[3~";
 inline constexpr char kPageUp[] = "\x1b[5~";
 inline constexpr char kF2[] = "\x1bOQ";
 inline constexpr char kF3[] = "\x1bOR";
+inline constexpr char kPasteBegins[] = "\x1b[200~";
+inline constexpr char kPasteEnds[] = "\x1b[201~";
+// With which the console asks the terminal to mark what is pasted, or no longer.
+inline constexpr char kMarksOn[] = "\x1b[?2004h";
+inline constexpr char kMarksOff[] = "\x1b[?2004l";
 inline constexpr char kCtrlLeft[] = "\x1b[1;5D";
 inline constexpr char kCtrlRight[] = "\x1b[1;5C";
 inline constexpr char kBackspace[] = "\x7f";

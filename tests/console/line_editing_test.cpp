@@ -228,6 +228,68 @@ TEST_P(Editing, LineFeedsPastedAloneEndALineEach) {
       "(changes to commit) > |");
 }
 
+// A terminal marks what is pasted, and may send a Return for the line feed of a Return and line
+// feed.
+TEST_P(Editing, EveryLineOfAPasteRunsWhateverItsEnds) {
+  session.expect("> |");
+  std::string typed;
+  for (const std::string end : {"\r\r", "\r\n", "\r", "\n"}) {
+    typed += "x";
+    session.type(kPasteBegins + ("id 3" + end + "id 4" + end) + kPasteEnds + typed);
+    session.expect(
+        "> id 3\nHeadend id changed to: 3. Please remember to commit the changes.\n"
+        "(changes to commit) > id 4\n"
+        "Headend id changed to: 4. Please remember to commit the changes.\n"
+        "(changes to commit) > " +
+        typed + "|");
+    session.type(kCtrlU);
+    session.expect("(changes to commit) > |");
+  }
+  session.type("id 5\r");
+  session.expect(" changed to: 5. Please remember to commit the changes.\n(changes to commit) > |");
+  session.type("\r");  // typed, it is a line
+  session.console.readUntil("headendGlobalConfig");
+}
+
+TEST_P(Editing, APasteWithoutALineEndIsEditedOn) {
+  session.expect("> |");
+  session.type(std::string("i 33") + kHome + kRight + kPasteBegins + "d\t" + kPasteEnds);
+  session.expect("\n> id | 33");
+  session.type("\x1f");
+  session.expect("\n> i| 33");
+  session.type(std::string(kCtrlU) + kEnd + "2" + kPasteBegins + "id" + kPasteEnds + "\t");
+  session.expect("\n>  332id|");
+}
+
+TEST_P(Editing, ASearchIsForWhatIsPasted) {
+  session.expect("> |");
+  session.type("eit xyz\r");
+  session.expect("\n> |");
+  session.type(std::string(kCtrlR) + kPasteBegins + "xy" + kPasteEnds);
+  session.expect("\n> eit |xyz\nbck:xy");
+}
+
+TEST_P(Editing, APasteWhoseEndIsLostIsOver) {
+  session.expect("> |");
+  const auto expectThatReturnsAreLines = [this] {
+    session.type("id 3\r\r");
+    session.console.readUntil("headendGlobalConfig");
+    session.console.readUntil("(changes to commit) > ");
+    session.screen.show("\r\n> ");
+  };
+  session.type(kPasteBegins + std::string("x"));
+  session.expect("> x|");
+  session.type(kCtrlC);
+  session.expect("^C\n> |");
+  expectThatReturnsAreLines();
+  session.type(kPasteBegins + std::string("x"));
+  session.expect("> x|");
+  usleep(1'200'000);  // longer than a paste pauses
+  session.type(kBackspace);
+  session.expect("> |");
+  expectThatReturnsAreLines();
+}
+
 TEST_P(Editing, OneBackspaceDeletesOneLetterOfAnyLength) {
   session.expect("> |");
   session.type("find ñéŁ𝄞â");
@@ -821,8 +883,8 @@ TEST_F(OnATerminal, AnEndingSignalAtThePromptRestoresTheTerminalAndRescuesThePen
     session.expect("(changes to commit) > addipmux|");
     kill(childOf(session.console.pid()), signal);
     const std::string text = session.console.finish().out;
-    EXPECT_NE(text.find("\r\nThe uncommitted changes are in " + folder.path()), std::string::npos)
-        << text;
+    const std::string where = "The uncommitted changes are in " + folder.path();
+    EXPECT_NE(text.find("\r\n" + where), std::string::npos) << text;
     EXPECT_NE(text.find("status " + std::to_string(128 + signal)), std::string::npos) << text;
     expectModeRestored();
   }
@@ -1048,6 +1110,78 @@ TEST_F(OnATerminal, ReturnAndLineFeedAreOneInAPasteLargerThanTheTerminalsBuffer)
     ++lines;
   }
   EXPECT_EQ(lines, kLines) << text;
+}
+
+TEST_F(OnATerminal, TwoReturnsAreOneInAMarkedPasteThatComesWhileCommandsRun) {
+  Session session(onTerminal());
+  session.expect("> |");
+  beginCall(session, controller, kPasteBegins + std::string("id 2\r\rcommit\r"));
+  session.type("\rid 3\r\raddpls\r\r1 5\r\rid 4\r");
+  session.console.readUntil("id 4\r\n");
+  controller.release();
+  session.console.readUntil("changed to: 4.");
+  session.console.readUntil("(changes to commit) > ");
+  session.type("\rcommit\r\rquit\r\r" + std::string(kPasteEnds));
+  const Outcome outcome = session.console.finish();
+  EXPECT_EQ(outcome.out.find(kConfigPrinted), std::string::npos) << outcome.out;
+  EXPECT_EQ(outcome.out.find("Please enter all"), std::string::npos) << outcome.out;
+  EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 4);
+  EXPECT_EQ(controller.config().rfInputsScanConfig.plsItemList.size(), 1U);
+}
+
+TEST_F(OnATerminal, TheMarkBehindAPasteIsNotLeftToTheNextProgram) {
+  for (const std::string end : {"\r", "\r\r", "\r\n"}) {
+    Start start = watched();
+    start.arguments[1] += "; read line; echo \"next: $line\"";
+    Session session(start);
+    session.expect("> |");
+    session.type(kPasteBegins + ("id 3" + end + "reset" + end + "quit" + end) + kPasteEnds);
+    session.console.readUntil("status 0");
+    session.type("for the shell\n");
+    session.console.readUntil("next: for the shell\r\n");
+  }
+}
+
+TEST_F(OnATerminal, PastesAreMarkedOnlyWhileALineIsEdited) {
+  Start start = onTerminal();
+  start.environment["PAGER"] = "echo pager; cat; echo end";
+  start.rows = 3;
+  ConsoleProcess console(start);
+  console.readUntil(std::string("> ") + kMarksOn);
+  const auto expectBetweenLines = [&](const std::string& keys, const std::string& output) {
+    console.send(keys);
+    console.readUntil(kMarksOff);
+    EXPECT_NE(console.readUntil(kMarksOn).find(output), std::string::npos) << keys;
+  };
+  expectBetweenLines("help\r", "\nAvailable commands:");
+  expectBetweenLines("id 3\rid 4\r", " to: 3. Please remember");
+  expectBetweenLines(kF2, "\nid: 1 -> 4\r\n");
+  expectBetweenLines(kF3, "\npager\r\n");
+  expectBetweenLines(kCtrlC, "^C");
+  console.signal(SIGTERM);
+  const std::string text = console.finish().out;
+  EXPECT_GT(text.rfind(kMarksOff), text.rfind(kMarksOn)) << text;
+}
+
+TEST_F(OnATerminal, PastesAreNotMarkedWhileTheConsoleIsStopped) {
+  Start start = onTerminal();
+  start.program = "/bin/sh";
+  start.arguments = {
+      "-c", "set -m; " + std::string(kConsoleProgram) + "; echo stopped; read go; fg >/dev/null"};
+  ConsoleProcess console(start);
+  console.readUntil(std::string("> ") + kMarksOn);
+  console.send(kCtrlZ);
+  console.readUntil(kMarksOff);
+  console.readUntil("stopped\r\n");
+  console.send("\n");
+  console.readUntil(std::string("> ") + kMarksOn);
+}
+
+TEST_F(OnATerminal, ThatMayNotKnowTheControlSequencesIsNotAskedToMarkPastes) {
+  ConsoleProcess console(onTerminal("vt52"));
+  console.readUntil("> ");
+  console.send("quit\r");
+  EXPECT_EQ(console.finish().out.find("2004"), std::string::npos);
 }
 
 TEST_F(OnATerminal, AReturnTypedWhileACommandRunsIsALine) {

@@ -54,6 +54,11 @@ TEST(TerminalKeys, FunctionKeysOfEveryModeAreKnown) {
   EXPECT_EQ(keysIn("\x1bOR\x1b[13~\x1b[[C"), (std::wstring{key::kF3, key::kF3, key::kF3}));
 }
 
+TEST(TerminalKeys, TheMarksOfAPasteAreKnown) {
+  EXPECT_EQ(keysIn("\x1b[200~a\x1b[201~\x1b[202~"),
+            (std::wstring{key::kPasteBegins, L'a', key::kPasteEnds}));
+}
+
 TEST(TerminalKeys, OtherSequencesAreLeftOutWhole) {
   for (const char* sequence :
        {"\x1b[15~", "\x1b[24~", "\x1b[3;5~", "\x1b[1;2D", "\x1b[[A", "\x1b[[E", "\x1bOP", "\x1bO5P",

@@ -75,6 +75,35 @@ TEST(LineEnds, LineFeedsAloneEndALineEach) {
   EXPECT_FALSE(ends.areCompletedBy('\n', kUsual, [] { return true; }));
 }
 
+TEST(LineEnds, InAPasteTwoReturnsAreOneAndTwoLineFeedsAreTwo) {
+  for (const bool usual : {kEditing, kUsual}) {
+    for (const char byte : {'\r', '\n'}) {
+      LineEnds ends;
+      ends.setInPaste(true);
+      ends.ended({'\r', kEditing, true, true});
+      EXPECT_TRUE(ends.areCompletedBy(byte, usual, [] { return false; }));
+      EXPECT_FALSE(ends.areCompletedBy(byte, usual, [] { return false; })) << "a third one";
+      ends.ended({'\n', kUsual, true, true});  // a Return that came while a command ran
+      EXPECT_TRUE(ends.areCompletedBy(byte, usual, [] { return false; }));
+      ends.ended({'\n', kEditing, true, true});
+      EXPECT_FALSE(ends.areCompletedBy(byte, usual, [] { return false; }));
+    }
+  }
+  LineEnds ends;
+  ends.setInPaste(true);
+  ends.ended({'\r', kEditing, true, true});
+  EXPECT_FALSE(ends.areCompletedBy('x', kEditing, [] { return true; }));
+  EXPECT_FALSE(ends.areCompletedBy('\r', kEditing, [] { return true; }));
+}
+
+TEST(LineEnds, BehindAPasteReturnsAreOneEach) {
+  LineEnds ends;
+  ends.setInPaste(true);
+  ends.setInPaste(false);
+  ends.ended({'\r', kEditing, true, true});
+  EXPECT_FALSE(ends.areCompletedBy('\r', kEditing, [] { return true; }));
+}
+
 TEST(LineEnds, WhereNothingIsKnownYetOnlyWhatComesAtOnceBelongsTogether) {
   for (const bool moreFollowed : {true, false}) {
     LineEnds ends;
