@@ -1,7 +1,8 @@
-// Line editing. libedit holds the line and edits it. It reads no keys and draws nothing: its
-// drawing writes beyond its screen buffer when the line has more rows than the screen. It is given
-// a large screen whose output goes to /dev/null; LineScreen shows the line, and KeyReader passes
-// only the keys below.
+// Line editing. libedit holds the line and inserts the letters that are typed. It reads no keys and
+// draws nothing: its drawing writes beyond its screen buffer when the line has more rows than the
+// screen. It is given a large screen whose output goes to /dev/null; LineScreen shows the line, and
+// KeyReader passes only letters and the keys below. Nor does it move or erase, as it takes a
+// combining mark for a letter.
 
 #include "support/line_editing.h"
 
@@ -35,6 +36,7 @@
 #include "support/ending_signals.h"
 #include "support/history_file.h"
 #include "support/line_history.h"
+#include "support/line_places.h"
 #include "support/line_screen.h"
 #include "support/pager.h"
 #include "support/signal_sets.h"
@@ -52,22 +54,44 @@ struct KeyBinding {
   const wchar_t* function;
 };
 constexpr KeyBinding kBindings[] = {
-    {key::kBeginning, L"ed-move-to-beg"},
     {key::kEndOfInput, L"em-delete-or-list"},
-    {key::kEnd, L"ed-move-to-end"},
-    {key::kBackspace, L"ed-delete-prev-char"},
     {key::kLineFeed, L"ed-newline"},
-    {key::kEraseToEnd, L"ed-kill-line"},
     {key::kReturn, L"ed-newline"},
-    {key::kTranspose, L"ed-transpose-chars"},
-    {key::kEraseToBeginning, L"vi-kill-line-prev"},
-    {key::kYank, L"em-yank"},
-    {key::kRubout, L"ed-delete-prev-char"},
-    {key::kDelete, L"ed-delete-next-char"},
-    {key::kWordLeft, L"ed-prev-word"},
-    {key::kWordRight, L"em-next-word"},
-    {key::kEraseWord, L"em-delete-next-word"},
-    {key::kEraseWordBefore, L"ed-delete-prev-word"},
+};
+
+std::size_t lineBegin(const std::wstring& /*line*/, std::size_t /*place*/) {
+  return 0;
+}
+
+std::size_t lineEnd(const std::wstring& line, std::size_t /*place*/) {
+  return line.size();
+}
+
+/// A key that moves the cursor to another place, or erases what is up to there. Erased letters are
+/// gone, what is more can be inserted again.
+struct Motion {
+  enum class Does { Move, Erase, EraseAndKeep };
+
+  wchar_t key;
+  std::size_t (*to)(const std::wstring& line, std::size_t place);
+  Does does;
+};
+constexpr Motion kMotions[] = {
+    {key::kLeft, letterBefore, Motion::Does::Move},
+    {key::kRight, letterBehind, Motion::Does::Move},
+    {key::kWordLeft, wordBefore, Motion::Does::Move},
+    {key::kWordRight, wordBehind, Motion::Does::Move},
+    {key::kBeginning, lineBegin, Motion::Does::Move},
+    {key::kEnd, lineEnd, Motion::Does::Move},
+    {key::kBackspace, letterBefore, Motion::Does::Erase},
+    {key::kRubout, letterBefore, Motion::Does::Erase},
+    {key::kDelete, letterBehind, Motion::Does::Erase},
+    {key::kEndOfInput, letterBehind, Motion::Does::Erase},
+    {key::kEraseWord, wordBehind, Motion::Does::EraseAndKeep},
+    {key::kEraseWordBefore, wordBefore, Motion::Does::EraseAndKeep},
+    {key::kEraseToBlank, blankBefore, Motion::Does::EraseAndKeep},
+    {key::kEraseToBeginning, lineBegin, Motion::Does::EraseAndKeep},
+    {key::kEraseToEnd, lineEnd, Motion::Does::EraseAndKeep},
 };
 
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
@@ -188,8 +212,8 @@ class TerminalLineEditor {
 
   void recall(std::size_t line);
   bool search(wchar_t& key);
-  void moveByLetter(int step);
-  void eraseToBlank();
+  bool moveOrErase(wchar_t key);
+  void transpose();
   void keepForUndo(wchar_t key);
   void undo();
 
@@ -224,6 +248,7 @@ class TerminalLineEditor {
   bool canMarkPastes_ = false;  ///< if it is asked to
   bool marksPastes_ = false;    ///< whether it is
   LineScreen screen_{{}};
+  std::wstring erased_{};  ///< what was erased last
   KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
   LineHistory history_{};
   TypedAhead typedAhead_{};
@@ -522,18 +547,17 @@ bool TerminalLineEditor::handle(wchar_t key) {
   }
   keepForUndo(key);
   switch (key) {
-    case key::kLeft:
-    case key::kRight:
-      moveByLetter(key == key::kLeft ? -1 : 1);
-      return true;
     case key::kUp:
       recall(recalled_ - std::min<std::size_t>(recalled_, 1));
       return true;
     case key::kDown:
       recall(recalled_ + 1);
       return true;
-    case key::kEraseToBlank:
-      eraseToBlank();
+    case key::kTranspose:
+      transpose();
+      return true;
+    case key::kYank:
+      insert(erased_);
       return true;
     case key::kTab:
       completeWord();
@@ -552,8 +576,10 @@ bool TerminalLineEditor::handle(wchar_t key) {
       lineEnds_.ended({static_cast<char>(key), cameInUsualMode_, cameAtOnce_, moreFollows()});
       readPasteEnd();
       return false;
+    case key::kEndOfInput:
+      return length() > 0 && moveOrErase(key);
     default:
-      return false;
+      return moveOrErase(key);
   }
 }
 
@@ -762,7 +788,7 @@ bool TerminalLineEditor::search(wchar_t& key) {
     } else if (key == key::kSearch) {
       before = place ? place->line : history_.size();
     } else if (key == key::kBackspace || key == key::kRubout) {
-      part.resize(part.size() - std::min<std::size_t>(part.size(), 1));
+      part.resize(letterBefore(part, part.size()));
       before = history_.size();
     } else {
       note_.clear();
@@ -785,24 +811,42 @@ bool TerminalLineEditor::search(wchar_t& key) {
 
 // ---- moving and erasing
 
-/// Moves the cursor one letter back or on, with what stands in the letter's column.
-void TerminalLineEditor::moveByLetter(int step) {
-  const std::wstring line = text();
-  const auto end = static_cast<int>(line.size());
-  const auto begin = static_cast<int>(cursor());
-  int place = std::clamp(begin + step, 0, end);
-  while (place > 0 && place < end && wcwidth(line[static_cast<std::size_t>(place)]) == 0) {
-    place += step;
+/// Returns whether `key` is one that does so.
+bool TerminalLineEditor::moveOrErase(wchar_t key) {
+  const auto* const motion =
+      std::find_if(std::begin(kMotions), std::end(kMotions),
+                   [key](const Motion& candidate) { return candidate.key == key; });
+  if (motion == std::end(kMotions)) {
+    return false;
   }
-  el_cursor(lib_, place - begin);
+  const std::wstring line = text();
+  const std::size_t from = cursor();
+  const std::size_t to = motion->to(line, from);
+  const auto [begin, end] = std::minmax(from, to);
+  const bool erases = motion->does != Motion::Does::Move;
+  el_cursor(lib_, static_cast<int>(erases ? end : to) - static_cast<int>(from));
+  if (erases) {
+    el_deletestr(lib_, static_cast<int>(end - begin));
+  }
+  if (motion->does == Motion::Does::EraseAndKeep && end > begin) {
+    erased_ = line.substr(begin, end - begin);
+  }
+  return true;
 }
 
-/// Erases the word before the cursor, whatever it is made of, and the blanks behind it.
-void TerminalLineEditor::eraseToBlank() {
-  const std::wstring before = text().substr(0, cursor());
-  const std::size_t end = before.find_last_not_of(L' ') + 1;
-  const std::size_t begin = end == 0 ? 0 : before.find_last_of(L' ', end - 1) + 1;
-  el_deletestr(lib_, static_cast<int>(before.size() - begin));
+/// Exchanges the letters before and at the cursor, or the last two, and moves it behind them.
+void TerminalLineEditor::transpose() {
+  const std::wstring line = text();
+  const std::size_t end = letterBehind(line, cursor());
+  const std::size_t middle = letterBefore(line, end);
+  const std::size_t begin = letterBefore(line, middle);
+  if (begin == middle) {
+    put("\a");
+    return;
+  }
+  const std::wstring first = line.substr(begin, middle - begin);
+  const std::wstring second = line.substr(middle, end - middle);
+  replaceLine(line.substr(0, begin) + second + first + line.substr(end), end);
 }
 
 /// Keeps the line and its cursor as they are before `key`; letters typed in a row are one step.

@@ -29,6 +29,7 @@ inline constexpr char kCtrlK[] = "\x0b";
 inline constexpr char kCtrlL[] = "\x0c";
 inline constexpr char kCtrlR[] = "\x12";
 inline constexpr char kCtrlS[] = "\x13";
+inline constexpr char kCtrlT[] = "\x14";
 inline constexpr char kCtrlU[] = "\x15";
 inline constexpr char kCtrlW[] = "\x17";
 inline constexpr char kCtrlY[] = "\x19";

@@ -319,10 +319,53 @@ TEST_P(Editing, LettersOfNoColumnOrTwoAreDrawnAndPassedAsOne) {
   }
   session.type("y");
   session.expect("\n> find 漢e\u0301y|x");
-  session.type(std::string(kBackspace) + kBackspace + kBackspace + kBackspace + "z");
+  session.type(std::string(kBackspace) + kBackspace + kBackspace + "z");
   session.expect("\n> find z|x");
   session.type(std::string(kEnd) + kRight + "é" + kHome + kLeft + "#");
   session.expect("\n> #|find zxé");
+}
+
+TEST_P(Editing, ALetterIsErasedAndMovedWithItsMarks) {
+  session.expect("> |");
+  const std::string letter = "e\u0301\u0323";
+  session.type("a" + letter + "b" + letter + kLeft + kBackspace);
+  session.expect("\n> a" + letter + "|" + letter);
+  session.type(kDelete);
+  session.expect("\n> a" + letter + "|");
+  session.type("b" + letter + kLeft + kCtrlD);
+  session.expect("\n> a" + letter + "b|");
+  session.type(kCtrlT);
+  session.expect("\n> ab" + letter + "|");
+  session.type(std::string(kLeft) + kCtrlT);
+  session.expect("\n> a" + letter + "b|");
+  session.type(std::string(kLeft) + kCtrlT);
+  session.expect("\n> ab" + letter + "|");
+  session.type(std::string(kHome) + kCtrlT + "x");
+  session.expect("\n> x|ab" + letter);
+}
+
+TEST_P(Editing, WordsAreThoseWithTheMarksOfTheirLetters) {
+  session.expect("> |");
+  session.type("find me\u0301t ne\u0301t" + std::string(kCtrlLeft) + "#");
+  session.expect("\n> find me\u0301t #|ne\u0301t");
+  session.type("\x1b\x7f");
+  session.expect("\n> find |ne\u0301t");
+  session.type(
+      "\x1b"
+      "d");
+  session.expect("\n> find |");
+  session.type(kCtrlY);
+  session.expect("\n> find ne\u0301t|");
+  session.type(std::string(kHome) + kCtrlRight + kCtrlRight + "#");
+  session.expect("\n> find ne\u0301t#|");
+}
+
+TEST_P(Editing, WhateverWasErasedLastIsBroughtBack) {
+  session.expect("> |");
+  session.type(std::string("one two three") + kCtrlW + kBackspace + kCtrlY);
+  session.expect("\n> one twothree|");
+  session.type(std::string(kCtrlU) + kCtrlU + kCtrlK + kCtrlY + kCtrlY);
+  session.expect("\n> one twothreeone twothree|");
 }
 
 TEST_P(Editing, BytesThatMakeNoLetterAreLeftOut) {
