@@ -27,6 +27,7 @@
 #include <functional>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -262,8 +263,8 @@ class TerminalLineEditor {
   std::wstring prompt_{};
   std::wstring note_{};  ///< shown below it
   const LineAids* aids_ = nullptr;
-  std::size_t recalled_ = 0;  ///< its place in the history
-  std::wstring typed_{};      ///< what was typed in the last place
+  std::size_t recalled_ = 0;                    ///< its place in the history
+  std::map<std::size_t, std::wstring> left_{};  ///< as what other places were left
   struct Step {
     std::wstring text;
     std::size_t cursor;
@@ -427,6 +428,7 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   prompt_ = lettersOf(prompt);
   aids_ = &aids;
   recalled_ = history_.size();
+  left_.clear();
   before_.clear();
   typing_ = endTyped_ = false;
   ended_ = nullptr;
@@ -759,17 +761,17 @@ void TerminalLineEditor::remember(const std::string& line) {
   }
 }
 
-/// Makes the line the one of this place in the history; behind its end it is what was typed.
+/// Makes the line the one of this place in the history, or what it was changed to there. Behind the
+/// end it is what was typed. The history stays as it is.
 void TerminalLineEditor::recall(std::size_t line) {
   if (line == recalled_ || line > history_.size()) {
     put("\a");
     return;
   }
-  if (recalled_ == history_.size()) {
-    typed_ = text();
-  }
+  left_[recalled_] = text();
   recalled_ = line;
-  const std::wstring& recalled = line == history_.size() ? typed_ : history_[line];
+  const auto left = left_.find(line);
+  const std::wstring& recalled = left == left_.end() ? history_[line] : left->second;
   replaceLine(recalled, recalled.size());
 }
 
@@ -777,7 +779,8 @@ void TerminalLineEditor::recall(std::size_t line) {
 /// else `key` is the one with which to go on.
 bool TerminalLineEditor::search(wchar_t& key) {
   keepForUndo(key);
-  const std::wstring line = text();
+  const std::size_t from = recalled_;
+  const std::wstring line = left_[from] = text();
   std::wstring part;
   std::optional<LineHistory::Place> place;
   note_ = L"bck:";
@@ -793,6 +796,7 @@ bool TerminalLineEditor::search(wchar_t& key) {
     } else {
       note_.clear();
       if (key == key::kGiveUp) {
+        recalled_ = from;
         replaceLine(line, line.size());
       }
       el_set(lib_, EL_REFRESH);

@@ -489,6 +489,42 @@ TEST_P(Editing, EarlierLinesComeBackWithoutRepetitionsAndEmptyLines) {
   session.expect("\n> new|");
 }
 
+TEST_P(Editing, AnEarlierLineThatWasChangedStaysSoUntilALineIsEntered) {
+  session.expect("> |");
+  session.type("xa\nxb\n");
+  session.expect("> xb\nInvalid command. Try 'help'.\n> |");
+  session.type(std::string("new") + kUp + "1" + kUp + "2" + kDown);
+  session.expect("\n> xb1|");
+  session.type(kUp);
+  session.expect("\n> xa2|");
+  session.type(std::string(kDown) + kDown + "3" + kUp + kDown);
+  session.expect("\n> new3|");
+  session.type(std::string(kUp) + "\n");
+  session.expect("> xb1\nInvalid command. Try 'help'.\n> |");
+  session.type(kUp);
+  session.expect("\n> xb1|");
+  session.type(kUp);
+  session.expect("\n> xb|");
+  session.type(kUp);
+  session.expect("\n> xa|");
+  session.type(std::string("4") + kUp + kCtrlC);
+  session.expect("^C\n> |");
+  session.type(std::string(kUp) + kUp + kUp);
+  session.expect("\n> xa|");
+}
+
+TEST_P(Editing, ASearchLeavesWhatWasTypedBehindTheLastLine) {
+  session.expect("> |");
+  session.type("xa\nxb\n");
+  session.expect("> xb\nInvalid command. Try 'help'.\n> |");
+  session.type(std::string("new") + kCtrlR + "b" + kDown);
+  session.expect("\n> new|");
+  session.type(std::string(kCtrlR) + "b" + kCtrlG);
+  session.expect("\n> new|");
+  session.type(kUp);
+  session.expect("\n> xb|");
+}
+
 TEST_P(Editing, CtrlRSearchesEarlierLines) {
   session.expect("> |");
   session.type("eit off\nid 4\neit actual\nid 5\n");
