@@ -220,7 +220,7 @@ class TerminalLineEditor {
 
   class AsForACommand;
   void showOverview(const std::function<std::string()>& overview, bool mayWait);
-  void show(const std::string& text);
+  void show(const std::string& overview);
 
   void completeWord();
   void replaceWord(const std::string& typed, const std::string& word);
@@ -938,23 +938,22 @@ void TerminalLineEditor::showOverview(const std::function<std::string()>& overvi
   screen_.begin(size().rows, size().columns);
 }
 
-/// Shows a text as it is, or in a pager if the screen has no room for it and the prompt.
-void TerminalLineEditor::show(const std::string& text) {
+/// Shows an overview as it is, or in a pager if the screen has no room for it and the line.
+void TerminalLineEditor::show(const std::string& overview) {
   const TerminalSize screen = size();
-  std::size_t rows = 1;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    const std::size_t letters = lettersOf(text.substr(begin, end - begin)).size();
-    rows += std::max<std::size_t>(letters + screen.columns - 1, screen.columns) / screen.columns;
+  std::size_t rows = rowsOf(prompt_ + text() + L' ', screen.columns);  // and the cursor
+  for (std::size_t begin = 0; begin < overview.size();) {
+    const std::size_t end = std::min(overview.find('\n', begin), overview.size());
+    rows += rowsOf(lettersOf(overview.substr(begin, end - begin)), screen.columns);
     begin = end + 1;
   }
   if (rows > screen.rows) {
     const TerminalLent lent(mode_);
-    if (showInPager(text)) {
+    if (showInPager(overview)) {
       return;
     }
   }
-  put(text);
+  put(overview);
 }
 
 // ---- completing

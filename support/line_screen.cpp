@@ -29,6 +29,20 @@ Shown shown(wchar_t letter, std::size_t columns) {
 
 }  // namespace
 
+std::size_t rowsOf(const std::wstring& text, std::size_t columns) {
+  std::size_t rows = 1;
+  std::size_t used = 0;
+  for (const wchar_t letter : text) {
+    const std::size_t width = shown(letter, columns).columns;
+    if (used + width > columns) {
+      ++rows;
+      used = 0;
+    }
+    used += width;
+  }
+  return rows;
+}
+
 void LineScreen::begin(std::size_t rows, std::size_t columns) {
   rows_ = rows;
   columns_ = columns;

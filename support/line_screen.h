@@ -18,6 +18,9 @@ struct TerminalAbilities {
   bool wraps = true;                ///< what is written behind the last column goes to the next row
 };
 
+/// How many rows a line of `text` takes on a terminal of `columns`, which wraps it.
+std::size_t rowsOf(const std::wstring& text, std::size_t columns);
+
 /// The part of a terminal's screen on which a line is shown. Keeps what it shows, and returns
 /// output only for what differs. A line longer than the screen is shown as far as it has room,
 /// around the cursor. Letters take the columns that wcwidth() gives them, and those without a

@@ -59,13 +59,14 @@ class Overview : public testing::Test {
 
   std::string shown() const { return contentOf(folder.file("shown")); }
 
-  /// Gives the headend, which has none, this many encoders in its RF lineup. Returns the table.
-  std::string fillLineup(int count) {
+  /// Gives the headend this many encoders, and nothing else, in its RF lineup. Returns the table.
+  std::string fillLineup(int count, const std::string& lastName = "x") {
     auto config = controller.config();
+    config.lineupConfig.rfEntries.clear();
     std::string table = "RF lineup\nPOSITION  NAME  KIND  SOURCE        SID  TYPE\n";
     for (int n = 1; n <= count; ++n) {
       auto& entry = config.lineupConfig.rfEntries.emplace_back();
-      entry.name = "x";
+      entry.name = n < count ? "x" : lastName;
       const std::string position = std::to_string(n);
       table += position + std::string(10 - position.size(), ' ') + "x     DVB   no service 0\n";
     }
@@ -202,6 +203,41 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
   EXPECT_EQ(shown(), table);
   session.type("\n");
   session.expect("> x\nInvalid command. Try 'help'.\n> |");
+}
+
+TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
+  struct {
+    const char* letter;
+    int fitting;          // of them in a row of the table
+    unsigned short rows;  // with the heading, which is as long as the name has characters
+  } constexpr kNames[] = {{"x", 50, 7}, {"e\u0301", 50, 7}, {"漢", 25, 6}};
+  for (const auto& [letter, fitting, rows] : kNames) {
+    for (const bool fits : {true, false}) {
+      std::string name;
+      for (int i = 0; i < fitting + (fits ? 0 : 1); ++i) {
+        name += letter;
+      }
+      SCOPED_TRACE(name);
+      std::filesystem::remove(folder.file("shown"));
+      fillLineup(1, name);
+      Start start = withPager();
+      start.rows = rows;
+      Session session(start);
+      session.expect("> |");
+      session.type(std::string("x") + kF3);
+      session.expect(fits ? "IP lineup: none\n> x|" : "> x\n> x|");
+      EXPECT_EQ(shown().empty(), fits) << name;
+    }
+  }
+}
+
+TEST_F(Overview, ThatHasNoRoomBesideALineOfSeveralRowsGoesThroughThePager) {
+  const std::string table = fillLineup(19);
+  Session session(withPager());
+  session.expect("> |");
+  session.type(std::string(78, 'x') + kF3);
+  session.expect("xx\n\n> " + std::string(78, 'x') + "\n|");
+  EXPECT_EQ(shown(), table);
 }
 
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {

@@ -156,5 +156,14 @@ TEST_F(LineScreenTest, IsAlwaysThatOfALineShownAtOnce) {
   }
 }
 
+TEST_F(LineScreenTest, RowsAreCountedInColumns) {
+  EXPECT_EQ(rowsOf(L"", 4), 1U);
+  EXPECT_EQ(rowsOf(L"abcd", 4), 1U);
+  EXPECT_EQ(rowsOf(L"abcde", 4), 2U);
+  EXPECT_EQ(rowsOf(L"e\u0301e\u0301e\u0301e\u0301", 4), 1U);
+  EXPECT_EQ(rowsOf(L"漢字", 4), 1U);
+  EXPECT_EQ(rowsOf(L"a漢字", 4), 2U) << "a letter of two columns is not parted";
+}
+
 }  // namespace
 }  // namespace lineup::test
