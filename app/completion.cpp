@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -15,6 +16,7 @@
 #include "lineup/encoder_inputs.h"
 #include "lineup/rf_input_names.h"
 #include "lineup/scan_types.h"
+#include "support/state_folder.h"
 #include "support/words.h"
 
 namespace lineup {
@@ -53,6 +55,12 @@ std::string asPattern(std::string name) {
 
 bool isHidden(std::string_view name) {
   return name.starts_with('.');
+}
+
+bool isStateFolder(const fs::path& folder) {
+  const std::optional<Folder> state = openStateFolder(IfMissing::Leave);
+  std::error_code none;
+  return state && fs::equivalent(folder, state->path, none);
 }
 
 }  // namespace
@@ -120,12 +128,15 @@ std::vector<Candidate> completeFile(const std::string& typed) {
   const std::size_t nameBegin = typed.rfind('/') + 1;
   const std::string folder = typed.substr(0, nameBegin);
   const std::string begun = typed.substr(nameBegin);
+  const fs::path place = folder.empty() ? "." : folder;
+  const char* const ending = isStateFolder(place) ? ".json" : "";
   std::vector<Candidate> candidates;
   std::error_code error;
-  for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
-       !error && entry != end; entry.increment(error)) {
+  for (fs::directory_iterator entry(place, error), end; !error && entry != end;
+       entry.increment(error)) {
     const std::string name = entry->path().filename();
-    if (name.starts_with(begun) && isHidden(name) == isHidden(begun) && isOneWord(name)) {
+    if (name.ends_with(ending) && name.starts_with(begun) && isHidden(name) == isHidden(begun) &&
+        isOneWord(name)) {
       std::error_code unknown;  // a link that leads nowhere is no folder
       const char* const slash = fs::is_directory(entry->path(), unknown) ? "/" : "";
       candidates.push_back({folder + name + slash, ""});
@@ -137,11 +148,12 @@ std::vector<Candidate> completeFile(const std::string& typed) {
 }
 
 std::vector<Candidate> completeName(std::string_view kind, const std::string& typed) {
+  const std::string wanted = asPattern(typed);
   std::set<std::string> beginning;
   std::set<std::string> containing;
   visitAvailableServiceNames(kind, [&](const AvailableServiceName& service) {
     const std::string word = asPattern(service.name);
-    const char* const place = strcasestr(word.c_str(), typed.c_str());
+    const char* const place = strcasestr(word.c_str(), wanted.c_str());
     if (place != nullptr && !word.empty()) {
       (place == word.c_str() ? beginning : containing).insert(word);
     }

@@ -31,12 +31,14 @@ std::vector<Candidate> completeIPInput(std::span<const std::string> words,
                                        const hub_module::HeadendConfig& config);
 
 /// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
-/// control character in them, are left out, and hidden ones until their dot is typed.
+/// control character in them, are left out, and hidden ones until their dot is typed. Of the state
+/// folder, in which the console has other files of its own, only configurations.
 std::vector<Candidate> completeFile(const std::string& typed);
 
 /// Names of the catalogue's services of `kind`, or of every kind if it is empty, as "find" takes
-/// them: '_', which stands for any character there, in place of what cannot be typed in one. If
-/// none begins with `typed`, in any case of ASCII letters, those that have it elsewhere.
+/// them: '_', which stands for any character there, in place of what cannot be typed in one, and
+/// likewise in `typed`. If none begins with `typed`, in any case of ASCII letters, those that have
+/// it elsewhere.
 std::vector<Candidate> completeName(std::string_view kind, const std::string& typed);
 
 /// The DVB service types of the catalogue's services.

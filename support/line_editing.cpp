@@ -117,14 +117,15 @@ void deliverPending(int signal) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-bool equalIgnoringCase(char a, char b) {
+/// In any case, and where the word has '_' in the place of what was typed.
+bool standsFor(char typed, char inWord) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return lower(a) == lower(b);
+  return lower(typed) == lower(inWord) || inWord == '_';
 }
 
-bool beginsWith(const std::string& word, const std::string& beginning) {
-  return word.size() >= beginning.size() &&
-         std::equal(beginning.begin(), beginning.end(), word.begin(), equalIgnoringCase);
+bool beginsWith(const std::string& word, const std::string& typed) {
+  return word.size() >= typed.size() &&
+         std::equal(typed.begin(), typed.end(), word.begin(), standsFor);
 }
 
 std::string commonBeginning(const std::vector<Candidate>& candidates) {

@@ -14,7 +14,7 @@ namespace lineup {
 
 /// A word that the one being typed may become.
 struct Candidate {
-  std::string word;
+  std::string word;  ///< a '_' may stand for another character that was typed
   std::string note;  ///< shown behind the word; may be empty
 };
 

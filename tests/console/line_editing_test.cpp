@@ -807,6 +807,44 @@ TEST_F(Completing, NamesThatCannotBeTypedAreFound) {
       << session.screen.text();
 }
 
+TEST_F(Completing, NamesAreFoundBehindAnApostropheThatIsTyped) {
+  CatalogueFile catalogue(kCataloguePath);
+  catalogue.insert(kSat, {{15, "25"}, {16, "L'Étoile Bleue"}});
+  catalogue.insert(kTdt, {{10, "26"}, {11, "L'Étoile Rouge"}});
+  catalogue.insert(kTdt, {{10, "27"}, {11, "The \"L\" Word"}});
+  Session session(onTerminal());
+  session.expect("> |");
+  session.type("findsat l'\t");
+  session.expect("\n> findsat L_Étoile_Bleue |");
+  session.type(std::string(kCtrlU) + "find l'é\t");
+  session.expect("\n> find l'é|");  // another letter than É
+  session.type(std::string(kBackspace) + "\t");
+  session.expect("\n> find L_Étoile_|");
+  session.type("\t");
+  session.expect("\nL_Étoile_Bleue  L_Étoile_Rouge\n> find L_Étoile_|");
+  session.type(std::string(kCtrlU) + "findtdt \"L\"\t");
+  session.expect("\n> findtdt The__L__Word |");
+}
+
+TEST_F(Completing, InTheConsolesOwnFolderTheCopiesOfChanges) {
+  fs::create_directory(folder.file("lineup-console"));
+  const std::string copy = "lineup-console/lineup-console-20260102-030405-67.json";
+  for (const std::string& name : {copy, copy + ".newer", std::string("lineup-console/history"),
+                                  std::string("lineup-console/history.new")}) {
+    std::ofstream(folder.file(name)) << "{}\n";
+  }
+  Start start = onTerminal();
+  start.folder = folder.path();
+  start.environment["XDG_STATE_HOME"] = folder.path();
+  Session session(start);
+  session.expect("> |");
+  for (const std::string command : {"restore", "save"}) {
+    session.type(command + " line\t\t");
+    session.expect("\n> " + command + " " + copy + " |");
+    session.type(kCtrlU);
+  }
+}
+
 TEST_F(Completing, ServicesAreListedWithTheirNames) {
   CatalogueFile catalogue(kCataloguePath);
   catalogue.insert(kSat, {{15, "1017"}, {16, "Canal Uno"}});
