@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -76,12 +77,26 @@ sigset_t awaitedWhile(const char* command) {
   _exit(kNotRun);
 }
 
-/// Takes a pending SIGCHLD; returns whether SIGTSTP is pending.
-bool isToStop() {
+/// Takes SIGCHLD if it is pending or comes within `time`; returns whether it did.
+bool childChangesWithin(std::chrono::seconds time) {
   const sigset_t child = signalSet({SIGCHLD});
-  const timespec atOnce{};
-  sigtimedwait(&child, nullptr, &atOnce);
-  return isPending(SIGTSTP);
+  const timespec limit{time.count(), 0};
+  return sigtimedwait(&child, nullptr, &limit) == SIGCHLD;
+}
+
+/// Ends `child`, which may be stopped. It is given the time to leave the terminal as it found it.
+/// Returns its status.
+int end(pid_t child) {
+  constexpr std::chrono::seconds kMoment(1);
+  kill(child, SIGTERM);
+  int status = 0;
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    kill(child, SIGCONT);  // the stop may reach it later than this program
+    if (!childChangesWithin(kMoment)) {
+      kill(child, SIGKILL);
+    }
+  }
+  return status;
 }
 
 /// Waits for the end of `child`, and ends it if a signal is to end this program, or to stop it and
@@ -90,9 +105,11 @@ bool isToStop() {
 int statusOf(pid_t child, const Descriptor& signals) {
   int status = 0;
   while (true) {
-    if (isToStop()) {
-      kill(child, SIGKILL);  // it may have stopped all the same
-    } else if (isSignalled()) {
+    childChangesWithin(std::chrono::seconds(0));
+    if (isPending(SIGTSTP)) {
+      return end(child);
+    }
+    if (isSignalled()) {
       kill(child, SIGTERM);
     }
     if (waitpid(child, &status, WNOHANG) != 0) {

@@ -295,6 +295,60 @@ TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
   }
 }
 
+/// Types Ctrl-Z in a pager that runs this script, and lets the console go on; returns what the
+/// terminal shows up to the stop.
+std::string shownByStopOf(const std::string& pager, const Start& like) {
+  Start start = like;
+  start.program = "/bin/sh";
+  start.arguments = {
+      "-c", "set -m; " + std::string(kConsoleProgram) + "; echo stopped; read go; fg >/dev/null"};
+  std::ofstream(start.folder + "/less") << "#!/bin/sh\n" << pager << "\n";
+  chmod((start.folder + "/less").c_str(), S_IRWXU);
+  Session session(start);
+  session.expect("> |");
+  session.type(std::string("x") + kF3);
+  session.console.readUntil("ready\r\n");
+  session.type(kCtrlZ);
+  const std::string shown = session.console.readUntil("stopped\r\n");
+  session.type("\n");
+  session.screen.show("\x1b[2J\x1b[H");
+  session.expect("> x|");
+  session.type("y\n");
+  session.expect("> xy\nInvalid command. Try 'help'.\n> |");
+  return shown;
+}
+
+TEST_F(Overview, CtrlZLetsLessPutTheTerminalBack) {
+  fillLineup(100);
+  Start start = withPrograms();
+  start.folder = folder.path();
+  const std::string shown = shownByStopOf(
+      "trap '' TSTP; trap 'echo put back; exit 15' TERM; echo ready\n"
+      "while :; do read key </dev/tty; done",
+      start);
+  EXPECT_NE(shown.find("put back\r\n"), std::string::npos) << shown;
+}
+
+TEST_F(Overview, CtrlZEndsALessThatWasStopped) {
+  fillLineup(100);
+  Start start = withPrograms();
+  start.folder = folder.path();
+  const std::string shown = shownByStopOf(
+      "trap 'echo put back; exit 15' TERM; echo ready\n"
+      "while :; do read key </dev/tty; done",
+      start);
+  EXPECT_NE(shown.find("put back\r\n"), std::string::npos) << shown;
+}
+
+TEST_F(Overview, CtrlZEndsALessThatDoesNotEndByItself) {
+  fillLineup(100);
+  Start start = withPrograms();
+  start.folder = folder.path();
+  shownByStopOf("trap '' TSTP TERM; echo $$ > pid; echo ready; exec sleep 100", start);
+  const std::string pager = contentOf(folder.file("pid"));
+  EXPECT_EQ(kill(std::stoi(pager), 0), -1);
+}
+
 TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
   fillLineup(100);
   program("less", "stty -icanon -echo </dev/tty; printf '(END)'; kill -9 $$");
