@@ -72,11 +72,13 @@ class Session {
   /// The next console announces the copy and restores it, if `path` says that there is one with
   /// edits that the controller has not taken.
   void expectNextToRestore(const std::string& path) const {
-    const int32_t id = path.empty() ? committedId() : idIn(path);
-    const bool isCommitted = id == committedId();
+    const int32_t id = path.empty() ? 0 : idIn(path);
     ConsoleProcess console(start({}));
-    expectAnnounced(console, isCommitted ? "" : path);
-    if (!isCommitted) {
+    const std::string beginning = console.readUntil("Enter 'help'");
+    // Only now: what was killed may have sent a commit that the controller had yet to take.
+    const bool isWaiting = !path.empty() && id != committedId();
+    expectAnnounced(beginning, isWaiting ? path : "");
+    if (isWaiting) {
       console.send("restore " + path + "\n");
       console.readUntil("Restored config from: " + path);
       EXPECT_EQ(committedId(), id);
@@ -88,13 +90,12 @@ class Session {
 
   void expectNextToAnnounce(const std::string& path) const {
     ConsoleProcess console(start({}));
-    expectAnnounced(console, path);
+    expectAnnounced(console.readUntil("Enter 'help'"), path);
     console.send("quit\n");
     console.finish();
   }
 
-  static void expectAnnounced(ConsoleProcess& console, const std::string& path) {
-    const std::string beginning = console.readUntil("Enter 'help'");
+  static void expectAnnounced(const std::string& beginning, const std::string& path) {
     EXPECT_EQ(beginning.find("restore " + path) != std::string::npos, !path.empty()) << beginning;
   }
 
