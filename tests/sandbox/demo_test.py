@@ -3,6 +3,7 @@
 Usage: demo_test.py HEADEND-DEMO FOLDER, the latter with the built programs.
 """
 
+import glob
 import os
 import pty
 import select
@@ -35,15 +36,18 @@ class Demo(unittest.TestCase):
         self.addCleanup(parent.cleanup)
         self.folder = os.path.join(parent.name, "demo")
 
+    def options(self):
+        return ["--folder=" + self.folder] if self.folder else []
+
     def run_demo(self, commands, *options, **more):
-        return subprocess.run([DEMO, "--folder", self.folder, *options], input=commands, text=True,
+        return subprocess.run([DEMO, *self.options(), *options], input=commands, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT,
                               env=environment(**more))
 
-    def start_and_hold(self):
+    def start_and_hold(self, **more):
         """A demo whose console waits for commands."""
-        demo = subprocess.Popen([DEMO, "--folder", self.folder], stdin=subprocess.PIPE,
-                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment())
+        demo = subprocess.Popen([DEMO, *([] if more else self.options())], stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment(**more))
         self.addCleanup(demo.stdout.close)
         self.addCleanup(stop, demo)
         self.addCleanup(demo.stdin.close)
@@ -63,6 +67,11 @@ class Demo(unittest.TestCase):
     def test_fresh_begins_with_a_new_headend(self):
         self.run_demo("id 5\ncommit\n")
         self.assertIn("Headend id changed to: 5.", self.run_demo("id 5\n", "--fresh").stdout)
+
+    def test_fresh_removes_copies_of_edits(self):
+        self.leave_edits()
+        self.run_demo("", "--fresh")
+        self.assertEqual(self.copies(self.folder), [])
 
     def test_what_was_not_committed_is_gone(self):
         self.run_demo("id 5\n")
@@ -88,8 +97,9 @@ class Demo(unittest.TestCase):
         self.assertEqual(first.wait(TIMEOUT), 0)
         self.assertIn("Headend was already set to: 8", self.run_demo("id 8\n").stdout)
 
-    def test_edits_of_a_demo_that_is_ended_stay_in_its_folder(self):
-        demo = self.start_and_hold()
+    def leave_edits(self, **more):
+        """A demo that is ended with edits pending."""
+        demo = self.start_and_hold(**more)
         demo.stdin.write(b"id 9\n")
         demo.stdin.flush()
         said = b""
@@ -97,11 +107,19 @@ class Demo(unittest.TestCase):
             said += os.read(demo.stdout.fileno(), 4096)
         demo.terminate()
         demo.wait(TIMEOUT)
-        deadline = time.monotonic() + TIMEOUT
-        copies = os.path.join(self.folder, "lineup-console")
-        while not os.path.isdir(copies) or not any(n.endswith(".json") for n in os.listdir(copies)):
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.05)
+
+    @staticmethod
+    def copies(folder):
+        return glob.glob(os.path.join(folder, "**", "lineup-console-*.json"), recursive=True)
+
+    def test_edits_of_a_demo_that_is_ended_stay_in_its_folder(self):
+        self.leave_edits()
+        self.assertEqual(len(self.copies(self.folder)), 1)
+
+    def test_edits_of_a_demo_that_is_ended_stay_in_a_temporary_folder(self):
+        with tempfile.TemporaryDirectory() as temporary:
+            self.leave_edits(HEADEND_DEMO_FOLDER="/dev/null/demo", TMPDIR=temporary)
+            self.assertRegex(" ".join(self.copies(temporary)), r"/lineup-console/lineup-console-[^/ ]*$")
 
     def test_a_headend_that_cannot_be_read_is_said_and_kept(self):
         os.mkdir(self.folder)
@@ -116,14 +134,30 @@ class Demo(unittest.TestCase):
 
     def test_without_a_folder_to_write_to_the_headend_is_temporary(self):
         # Nobody may make a folder below a device.
-        self.folder = "/dev/null/demo"
+        self.folder = None
         with tempfile.TemporaryDirectory() as temporary:
-            demo = self.run_demo("id 5\ncommit\n", TMPDIR=temporary)
+            demo = self.run_demo("id 5\ncommit\n", HEADEND_DEMO_FOLDER="/dev/null/demo", TMPDIR=temporary)
             self.assertEqual(os.listdir(temporary), [])
         self.assertEqual(demo.returncode, 0)
         self.assertIn("Headend id changed to: 5.", demo.stdout)
         self.assertRegex(demo.stderr, r"^It is kept in " + temporary + r"/\S+\nuntil the end, as its own folder "
                                       r"is not writable\.\n$")
+
+    def test_a_folder_that_cannot_be_used_is_refused(self):
+        for folder, reason in (("/dev/null/demo", "cannot write to the folder /dev/null/demo"),
+                               ("/etc/demo", "/etc/demo cannot be used: the demo has an /etc of its own")):
+            self.folder = folder
+            demo = self.run_demo("id 5\ncommit\n")
+            self.assertEqual((demo.returncode, demo.stdout, demo.stderr), (1, "", f"headend-demo: {reason}\n"))
+            self.assertFalse(os.path.exists(folder))
+
+    def test_a_folder_whose_files_are_no_files_is_refused(self):
+        for name in ("lock", "simulator.log"):
+            self.folder = tempfile.mkdtemp(dir=os.path.dirname(self.folder))
+            os.mkdir(os.path.join(self.folder, name))
+            demo = self.run_demo("id 5\ncommit\n")
+            self.assertEqual((demo.returncode, demo.stdout, demo.stderr),
+                             (1, "", f"headend-demo: cannot write {self.folder}/{name}\n"))
 
     def test_help_explains_the_options(self):
         said = self.run_demo("", "--help")
@@ -155,7 +189,7 @@ class Demo(unittest.TestCase):
             os.write(ours, b"quit\n")
             said = b""
             deadline = time.monotonic() + TIMEOUT
-            while b"Ctrl-D.\r\n" not in said:
+            while b" leaves.\r\n" not in said:
                 self.assertLess(time.monotonic(), deadline, said)
                 if select.select([ours], [], [], 0.05)[0]:
                     said += os.read(ours, 4096)
@@ -163,7 +197,7 @@ class Demo(unittest.TestCase):
             output.seek(0)
             self.assertNotIn(b"simulated", output.read())
         welcome = said.decode().replace("\r\n", "\n").partition("This headend is simulated")[2]
-        self.assertEqual(welcome.count("\n"), 5, welcome)
+        self.assertEqual(welcome.count("\n"), 4, welcome)
         for word in (self.folder, "--fresh", "adddvb 1", "quit"):
             self.assertIn(word, welcome)
 
