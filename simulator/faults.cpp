@@ -27,6 +27,14 @@ constexpr std::array kCalls = {"getHeadendConfig",
                                "resetFactoryDefaults",
                                kAll};
 
+std::string namesOfCalls() {
+  std::string names;
+  for (const char* call : kCalls) {
+    names += (names.empty() ? "" : ", ") + std::string(call);
+  }
+  return names;
+}
+
 /// CALL[:N][=SECONDS]; what is left out is empty.
 struct Parts {
   std::string call;
@@ -64,8 +72,8 @@ Fault parseFault(const std::string& option, FaultKind kind, const std::string& t
   }
   Fault fault{kind, parts->call};
   if (std::find(kCalls.begin(), kCalls.end(), fault.call) == kCalls.end()) {
-    throw std::invalid_argument(option + " needs the name of a call or 'all', not '" + fault.call +
-                                "'");
+    throw std::invalid_argument(option + " needs the name of a call, not '" + fault.call +
+                                "'; the names are " + namesOfCalls());
   }
   if (!parts->number.empty()) {
     fault.number = std::stoi(parts->number);

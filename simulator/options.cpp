@@ -45,7 +45,7 @@ configuration and writes a service catalogue of invented services.
   --version              print the version and exit
 
 Says "headend-simulator: ready on 127.0.0.1:PORT" once it serves, then one line for each
-call. SIGTERM or SIGINT ends it.
+call. SIGTERM, SIGINT, SIGHUP or SIGQUIT ends it.
 )";
 
 namespace {

@@ -115,7 +115,7 @@ Server::Server(int port) : socket_(std::make_shared<ListeningSocket>("127.0.0.1"
 }
 
 sigset_t Server::endingSignals() {
-  return signalSet({SIGTERM, SIGINT});
+  return signalSet({SIGTERM, SIGINT, SIGHUP, SIGQUIT});
 }
 
 int Server::port() const {

@@ -25,7 +25,7 @@ class Server {
 
   int port() const;
 
-  /// SIGTERM and SIGINT.
+  /// SIGTERM, SIGINT, SIGHUP and SIGQUIT.
   static sigset_t endingSignals();
 
   /// Answers calls until one of these signals, which every thread must have blocked; calls that

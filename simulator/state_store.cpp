@@ -61,11 +61,20 @@ StateStore::StateStore(std::string path) : path_(std::move(path)) {
   if (fileExists(path_)) {
     load();
   } else {
-    replace(initialState());
+    makeFirst();
   }
 }
 
 StateStore::StateStore() : state_(initialState()) {}
+
+void StateStore::makeFirst() {
+  try {
+    replace(initialState());
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(std::string(error.what()) +
+                             "; --state names another file, --in-memory does without one");
+  }
+}
 
 void StateStore::load() {
   file_ = Descriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));

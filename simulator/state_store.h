@@ -27,6 +27,7 @@ class StateStore {
   void replace(HeadendState next);
 
  private:
+  void makeFirst();
   void load();
 
   std::string path_;

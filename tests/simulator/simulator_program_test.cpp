@@ -217,7 +217,7 @@ TEST_P(SimulatorSignals, EndItCleanly) {
   EXPECT_EQ(headendName(SimulatorProcess(folder, {}, simulator.port())), "kept");
 }
 
-INSTANTIATE_TEST_SUITE_P(TermAndInt, SimulatorSignals, testing::Values(SIGTERM, SIGINT));
+INSTANTIATE_TEST_SUITE_P(All, SimulatorSignals, testing::Values(SIGTERM, SIGINT, SIGHUP, SIGQUIT));
 
 TEST(SimulatorSignal, EndsItWhileClientsStall) {
   const TemporaryFolder folder;
@@ -362,8 +362,13 @@ TEST(SimulatorFaults, DelayDoesNotHoldTheEnd) {
 }
 
 TEST(SimulatorFaults, ThatCannotBeReadAreRefused) {
-  expectUsageError({"--refuse", "everything"},
-                   "--refuse needs the name of a call or 'all', not 'everything'");
+  expectUsageError(
+      {"--refuse", "everything"},
+      "--refuse needs the name of a call, not 'everything'; the names are getHeadendConfig, "
+      "getHeadendStatus, setHeadendConfig, setTDTRFInputConfig, setSATRFInputConfig, "
+      "setLineupConfig, setHeadendGlobalConfig, setRFInputsScanConfig, "
+      "validateHeadendConfig, orderRFInputsScan, resetHeadend, resetFactoryDefaults, "
+      "all");
   for (const std::string text : {"", "all:0", "all:x", "all=1", "all:1=1", "all:", ":1"}) {
     expectUsageError({"--break", text}, "--break needs CALL[:N], not '" + text + "'");
   }
@@ -506,6 +511,8 @@ TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
                 "cannot open " + path + ": Permission denied");
 }
 
+constexpr char kWithoutState[] = "; --state names another file, --in-memory does without one";
+
 TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
   const TemporaryFolder folder;
   const std::string path = folder.file("state.json");
@@ -520,7 +527,7 @@ TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
                      "--no-catalogue",
                      "--state",
                      path};
-  expectRefusal(run(start), "cannot write " + path + ": File too large");
+  expectRefusal(run(start), "cannot write " + path + ": File too large" + kWithoutState);
   EXPECT_EQ(namesIn(folder), std::vector<std::string>());
 }
 
@@ -529,7 +536,7 @@ TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
   writeFile(folder.file("file"), "");
   const std::string path = folder.file("file/state.json");
   expectRefusal(runSimulator({"--port", "0", "--no-catalogue", "--state", path}),
-                "cannot write " + path + ": Not a directory");
+                "cannot write " + path + ": Not a directory" + kWithoutState);
 }
 
 TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
