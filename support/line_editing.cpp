@@ -74,25 +74,25 @@ struct Motion {
   enum class Does { Move, Erase, EraseAndKeep };
 
   wchar_t key;
-  std::size_t (*to)(const std::wstring& line, std::size_t place);
   Does does;
+  std::size_t (*to)(const std::wstring& line, std::size_t place);
 };
 constexpr Motion kMotions[] = {
-    {key::kLeft, letterBefore, Motion::Does::Move},
-    {key::kRight, letterBehind, Motion::Does::Move},
-    {key::kWordLeft, wordBefore, Motion::Does::Move},
-    {key::kWordRight, wordBehind, Motion::Does::Move},
-    {key::kBeginning, lineBegin, Motion::Does::Move},
-    {key::kEnd, lineEnd, Motion::Does::Move},
-    {key::kBackspace, letterBefore, Motion::Does::Erase},
-    {key::kRubout, letterBefore, Motion::Does::Erase},
-    {key::kDelete, letterBehind, Motion::Does::Erase},
-    {key::kEndOfInput, letterBehind, Motion::Does::Erase},
-    {key::kEraseWord, wordBehind, Motion::Does::EraseAndKeep},
-    {key::kEraseWordBefore, wordBefore, Motion::Does::EraseAndKeep},
-    {key::kEraseToBlank, blankBefore, Motion::Does::EraseAndKeep},
-    {key::kEraseToBeginning, lineBegin, Motion::Does::EraseAndKeep},
-    {key::kEraseToEnd, lineEnd, Motion::Does::EraseAndKeep},
+    {key::kLeft, Motion::Does::Move, letterBefore},
+    {key::kRight, Motion::Does::Move, letterBehind},
+    {key::kWordLeft, Motion::Does::Move, wordBefore},
+    {key::kWordRight, Motion::Does::Move, wordBehind},
+    {key::kBeginning, Motion::Does::Move, lineBegin},
+    {key::kEnd, Motion::Does::Move, lineEnd},
+    {key::kBackspace, Motion::Does::Erase, letterBefore},
+    {key::kRubout, Motion::Does::Erase, letterBefore},
+    {key::kDelete, Motion::Does::Erase, letterBehind},
+    {key::kEndOfInput, Motion::Does::Erase, letterBehind},
+    {key::kEraseWord, Motion::Does::EraseAndKeep, wordBehind},
+    {key::kEraseWordBefore, Motion::Does::EraseAndKeep, wordBefore},
+    {key::kEraseToBlank, Motion::Does::EraseAndKeep, blankBefore},
+    {key::kEraseToBeginning, Motion::Does::EraseAndKeep, lineBegin},
+    {key::kEraseToEnd, Motion::Does::EraseAndKeep, lineEnd},
 };
 
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
