@@ -350,7 +350,7 @@ bool TerminalLineEditor::learnAbilities(bool known) {
   screen_ = LineScreen(
       {ability("up"), ability("ce"), ability("cd"), ability("cl"), can("am") && can("xn")});
   // Which terminals do it is written nowhere; those of ECMA-48 leave out what they do not know.
-  canMarkPastes_ = ability("up").starts_with("\x1b[");
+  canMarkPastes_ = ability("ce").starts_with("\x1b[");
   return !ability("up").empty() && !ability("ce").empty();
 }
 

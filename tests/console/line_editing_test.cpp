@@ -1294,6 +1294,13 @@ TEST_F(OnATerminal, PastesAreNotMarkedWhileTheConsoleIsStopped) {
   console.readUntil(std::string("> ") + kMarksOn);
 }
 
+TEST_F(OnATerminal, OfEveryUsualKindIsAskedToMarkPastes) {
+  for (const char* const type : {"xterm", "screen", "tmux-256color", "linux", "vt220", "no-such"}) {
+    ConsoleProcess console(onTerminal(type));
+    console.readUntil(std::string("> ") + kMarksOn);
+  }
+}
+
 TEST_F(OnATerminal, ThatMayNotKnowTheControlSequencesIsNotAskedToMarkPastes) {
   ConsoleProcess console(onTerminal("vt52"));
   console.readUntil("> ");
