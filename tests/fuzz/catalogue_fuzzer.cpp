@@ -153,10 +153,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   require(quiet, "the output goes nowhere");
   const std::string text(reinterpret_cast<const char*>(data), size);
   checkLists(text);
-  // Their letters are the ones that their kinds begin with.
+  // Their letters are the ones that the names of their inputs begin with.
   const tTable* table = korveldb::kTables.front();
   for (const tTable* candidate : korveldb::kTables) {
-    if (text.starts_with(candidate->kind[0])) {
+    if (text.starts_with(candidate->input.name[0])) {
       table = candidate;
     }
   }
