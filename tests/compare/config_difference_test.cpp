@@ -232,6 +232,19 @@ TEST(ConfigDifference, SaysWhatElseANewServiceHas) {
             "/configFlag false\n");
 }
 
+// The words for it take the mux for one of its input type.
+TEST(ConfigDifference, SaysTheMuxOfANewServiceWhoseInputTypeIsOfAnotherKind) {
+  HeadendConfig to = smallHeadend();
+  addService(to, 4, "Kids", 4104);
+  to.lineupConfig.ipEntries.pop_back();
+  to.lineupConfig.dvbInputServices[4].service.inputType = 1;
+  EXPECT_EQ(configDifference(smallHeadend(), to),
+            "RF lineup: added at 4: \"Kids\", TDT 11778 MHz, SID 4104, type 1\n"
+            "DVB service 4, \"Kids\": added, /service/lineupSATMux "
+            "{\"frequency\": 11778, \"satParam2\": 0, \"satParam3\": 0, \"satParam4\": 0, "
+            "\"satParam5\": -1, \"satParam6\": 0, \"satParam7\": -1}\n");
+}
+
 TEST(ConfigDifference, SaysTheLabelAndTheSettingsOfANewEncoderInput) {
   HeadendConfig to = smallHeadend();
   to.lineupConfig.encInputServices[1].address.slot = 5;
