@@ -309,7 +309,7 @@ std::string shownByStopOf(const std::string& pager, const Start& like) {
   session.type(std::string("x") + kF3);
   session.console.readUntil("ready\r\n");
   session.type(kCtrlZ);
-  const std::string shown = session.console.readUntil("stopped\r\n");
+  std::string shown = session.console.readUntil("stopped\r\n");
   session.type("\n");
   session.screen.show("\x1b[2J\x1b[H");
   session.expect("> x|");
