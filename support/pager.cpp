@@ -86,7 +86,7 @@ bool childChangesWithin(std::chrono::seconds time) {
 
 /// Ends `child`, which may be stopped. It is given the time to leave the terminal as it found it.
 /// Returns its status.
-int end(pid_t child) {
+int endPager(pid_t child) {
   constexpr std::chrono::seconds kMoment(1);
   kill(child, SIGTERM);
   int status = 0;
@@ -107,7 +107,7 @@ int statusOf(pid_t child, const Descriptor& signals) {
   while (true) {
     childChangesWithin(std::chrono::seconds(0));
     if (isPending(SIGTSTP)) {
-      return end(child);
+      return endPager(child);
     }
     if (isSignalled()) {
       kill(child, SIGTERM);
