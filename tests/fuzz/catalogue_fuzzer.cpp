@@ -49,11 +49,22 @@ void execute(const std::string& sql) {
       "the catalogue can be filled");
 }
 
-/// An empty table with `columns` columns and no other tables.
-void makeTable(const tTable& table, std::size_t columns) {
-  for (const tTable* other : korveldb::kTables) {
-    execute(std::string("DROP TABLE IF EXISTS ") + other->name);
+bool makeEmptyTables() {
+  for (const tTable* table : korveldb::kTables) {
+    execute(std::string("CREATE TABLE ") + table->name + "(service_id, service_name)");
   }
+  return true;
+}
+
+/// An empty table with `columns` columns; the others are empty, too. A missing one would be tried
+/// three times for each service.
+void makeTable(const tTable& table, std::size_t columns) {
+  static const bool made = makeEmptyTables();
+  static const tTable* before = &table;
+  require(made, "the catalogue has its tables");
+  execute(std::string("DELETE FROM ") + before->name);
+  before = &table;
+  execute(std::string("DROP TABLE ") + table.name);
   std::string names;
   for (std::size_t column = 0; column < columns; ++column) {
     names += (column == 0 ? "" : ",") + columnName(table, column);
@@ -83,7 +94,7 @@ void bind(sqlite3_stmt* statement, int place, const std::string& cell) {
   }
 }
 
-void insertRow(const tTable& table, std::size_t columns, const Row& row) {
+void insertRows(const tTable& table, std::size_t columns, const std::vector<Row>& rows) {
   std::string places = "?";
   for (std::size_t column = 1; column < columns; ++column) {
     places += ",?";
@@ -93,10 +104,14 @@ void insertRow(const tTable& table, std::size_t columns, const Row& row) {
   require(sqlite3_prepare_v2(lineup::fuzz::catalogue(), sql.c_str(), -1, &statement, nullptr) ==
               SQLITE_OK,
           "a row can be inserted");
-  for (std::size_t column = 0; column < columns && column < row.size(); ++column) {
-    bind(statement, static_cast<int>(column) + 1, row[column]);
+  for (const Row& row : rows) {
+    for (std::size_t column = 0; column < columns && column < row.size(); ++column) {
+      bind(statement, static_cast<int>(column) + 1, row[column]);
+    }
+    sqlite3_step(statement);
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
   }
-  sqlite3_step(statement);
   sqlite3_finalize(statement);
 }
 
@@ -105,9 +120,7 @@ void fill(const tTable& table, const std::vector<Row>& rows) {
       rows.empty() ? 1 : std::min(std::max<std::size_t>(1, rows.front().size()), kMostColumns);
   execute("BEGIN");
   makeTable(table, columns);
-  for (const Row& row : rows) {
-    insertRow(table, columns, row);
-  }
+  insertRows(table, columns, rows);
   execute("COMMIT");
 }
 
@@ -148,7 +161,7 @@ void checkLists(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  constexpr std::size_t kRowsAdded = 8;
+  constexpr std::size_t kRowsAdded = 4;
   static const bool quiet = (lineup::fuzz::beQuiet(), true);
   require(quiet, "the output goes nowhere");
   const std::string text(reinterpret_cast<const char*>(data), size);
@@ -176,6 +189,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string id = column < rows[row].size() ? rows[row][column] : "";
     addService(editor, lineup::readNumber(id.starts_with('#') ? id.substr(1) : id));
   }
-  lineup::fuzz::requireRoundTrip(editor.config);
+  if (editor.pendingChanges) {
+    lineup::fuzz::requireRoundTrip(editor.config);
+  }
   return 0;
 }

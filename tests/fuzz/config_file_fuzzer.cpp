@@ -14,14 +14,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static lineup::fuzz::ScratchFile file;
   file.fill({reinterpret_cast<const char*>(data), size});
   korvel::thrift::hub_module::HeadendConfig config;
+  int result = lineup::CONFIG_FILE_NOT_OPENED;
   {
     const lineup::fuzz::MemoryLimit limit;
-    const int result = lineup::readConfigFile(file.path(), config);
-    lineup::fuzz::require(result == lineup::CONFIG_FILE_OK || result == lineup::CONFIG_FILE_FAILED,
-                          "a file that is there can be opened");
+    result = lineup::readConfigFile(file.path(), config);
   }
+  if (result == lineup::CONFIG_FILE_FAILED) {
+    return 0;
+  }
+  lineup::fuzz::require(result == lineup::CONFIG_FILE_OK, "a file that is there can be opened");
 
-  // Whatever came of it stays in the editor, and is shown, saved and sent.
+  // What came of it stays in the editor, and is shown, saved and sent, which takes far longer than
+  // reading a file that breaks off: what that leaves, a whole one that is as short leaves, too.
   lineup::configDebugString(config);
   lineup::fuzz::requireRoundTrip(config);
   lineup::fuzz::requireFileRoundTrip(config);

@@ -7,9 +7,8 @@
 namespace lineup::fuzz {
 
 /// For its lifetime, ends the process with a message as soon as the memory allocated since its
-/// construction exceeds 64 MiB: no reply or file of up to 100 kB, or catalogue of up to 1 MB, may
-/// need more. Counted as the system's allocator would hand it out. Needs AddressSanitizer, and
-/// watches nothing without.
+/// construction exceeds 64 MiB: no input of up to 100 kB may need more. Counted as the system's
+/// allocator would hand it out. Needs AddressSanitizer, and watches nothing without.
 class MemoryLimit {
  public:
   MemoryLimit();

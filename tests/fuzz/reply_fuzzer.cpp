@@ -58,6 +58,7 @@ class ConnectionWithReply : public TSocket {
 
 constexpr const char* kCalls[] = {"getHeadendConfig", "getHeadendStatus", "setHeadendConfig",
                                   "setTDTRFInputConfig", "setSATRFInputConfig"};
+constexpr std::size_t kGetConfig = 0;
 constexpr uint32_t kLongestInput = 100000;
 constexpr uint8_t kCallBits = 0x07;
 constexpr uint8_t kBareResult = 0x08;   // the input lacks frame and message header
@@ -95,7 +96,7 @@ void receive(std::size_t call, const std::shared_ptr<TSocket>& connection, Recei
   hub_module::WebSrvClient client(std::make_shared<lineup::ReplyProtocol>(transport));
   try {
     switch (call) {
-      case 0:
+      case kGetConfig:
         client.getHeadendConfig(received.config);
         break;
       case 1:
@@ -134,10 +135,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
               pieceSize),
           received);
 
-  // Whatever came of it stays in the editor, and is shown, saved and sent.
-  lineup::configDebugString(received.config);
-  lineup::fuzz::requireRoundTrip(received.config);
-  lineup::fuzz::requireFileRoundTrip(received.config);
-  lineup::fuzz::requireRoundTrip(received.status);
+  // What came of it stays in the editor, and is shown, saved and sent, which takes far longer than
+  // reading a reply that breaks off: what that leaves, a whole one that is as short leaves, too.
+  if (received.complete && call == kGetConfig) {
+    lineup::configDebugString(received.config);
+    lineup::fuzz::requireRoundTrip(received.config);
+    lineup::fuzz::requireFileRoundTrip(received.config);
+  } else if (received.complete) {
+    lineup::fuzz::requireRoundTrip(received.status);
+  }
   return 0;
 }

@@ -1,6 +1,7 @@
 #include "tests/fuzz/surroundings.h"
 
 #include <fcntl.h>
+#include <netdb.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <thrift/Thrift.h>
@@ -43,10 +44,9 @@ std::map<std::string, int> files;
 
 constexpr std::size_t kMostFiles = 16;
 
-constexpr char kCatalogueUri[] = "file:/catalogue?vfs=memdb";
 constexpr int kMemory = 32 << 20;
 constexpr int kStepsBetweenLooks = 1000;
-constexpr int kMostLooks = 100;
+constexpr int kMostLooks = 20;
 
 int looksLeft = 0;
 
@@ -134,6 +134,11 @@ int __wrap_connect(int /*socket*/, const sockaddr* /*address*/, socklen_t /*leng
   return -1;
 }
 
+int __wrap_getaddrinfo(const char* /*name*/, const char* /*service*/, const addrinfo* /*hints*/,
+                       addrinfo** /*found*/) {
+  return EAI_FAIL;
+}
+
 int __wrap_open(const char* path, int flags, ...) {
   using lineup::fuzz::files;
   if (!files.contains(path)) {
@@ -155,8 +160,14 @@ int __wrap_syncfs(int /*descriptor*/) {
 int __wrap_sqlite3_open(const char* name, sqlite3** handle) {
   using namespace lineup::fuzz;
   require(std::string_view(name) == lineup::kCataloguePath, "no database but the catalogue");
-  catalogue();
-  return sqlite3_open_v2(kCatalogueUri, handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, nullptr);
+  *handle = catalogue();
+  return SQLITE_OK;
+}
+
+int __wrap_sqlite3_close(sqlite3* handle) {
+  lineup::fuzz::require(sqlite3_next_stmt(handle, nullptr) == nullptr,
+                        "every statement is finalized");
+  return SQLITE_OK;
 }
 
 void __wrap_sqlite3_progress_handler(sqlite3* handle, int steps, int (*look)(void*),
@@ -176,9 +187,9 @@ void __wrap_sqlite3_progress_handler(sqlite3* handle, int steps, int (*look)(voi
 sqlite3* lineup::fuzz::catalogue() {
   static sqlite3* const connection = [] {
     sqlite3* opened = nullptr;
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
     const int result =
-        sqlite3_open_v2(kCatalogueUri, &opened,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI, nullptr);
+        sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     sqlite3_hard_heap_limit64(kMemory);
     require(result == SQLITE_OK, "the catalogue can be made");
     return opened;

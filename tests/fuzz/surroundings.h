@@ -1,9 +1,9 @@
 // What stands around the console's code in the targets that run commands: no controller, a
 // catalogue in memory, files in memory, nothing on the screen, and no waiting.
 //
-// The targets are linked so that connect, open, sync, syncfs, sqlite3_open and
-// sqlite3_progress_handler come here (see CMakeLists.txt); the functions of support/line_input.h
-// and support/ending_signals.h are replaced.
+// The targets are linked so that connect, getaddrinfo, open, sync, syncfs, sqlite3_open,
+// sqlite3_close and sqlite3_progress_handler come here (see CMakeLists.txt); the functions of
+// support/line_input.h and support/ending_signals.h are replaced.
 
 #pragma once
 
@@ -20,9 +20,10 @@ void beQuiet();
 /// What the functions of support/line_input.h deliver from now on, line by line.
 void setInput(std::string text);
 
-/// A connection to the catalogue that the console opens, for filling it. Kept for the length of the
-/// process. What the console selects is stopped after some hundred thousand steps, and SQLite has
-/// 32 MiB of memory: the find commands run any select, whatever it takes.
+/// The connection to the catalogue that the console is given whenever it opens one, for filling it.
+/// Kept for the length of the process, as opening takes longer than most selects. What the console
+/// selects is stopped after twenty thousand steps, and SQLite has 32 MiB of memory: the find
+/// commands run any select, whatever it takes.
 sqlite3* catalogue();
 
 /// Makes or replaces a file that the console can open. It sees no other files but those it made.
