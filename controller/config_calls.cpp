@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "controller/complete_reply.h"
 #include "rf_inputs_types.h"
 
 namespace lineup {
@@ -28,6 +29,15 @@ class FreshRecord : public Record {
   Record& target_;
 };
 
+/// Takes a configuration that is complete out of a reply.
+class CompleteConfigReply : public hub_module::HeadendConfig {
+ public:
+  uint32_t read(apache::thrift::protocol::TProtocol* protocol) override {
+    CompleteReplyProtocol complete(*protocol);
+    return HeadendConfig::read(&complete);
+  }
+};
+
 /// Takes the RF inputs out of a reply with a status.
 class RFInputsReply : public hub_module::HeadendStatus {
  public:
@@ -47,6 +57,12 @@ class RFInputsReply : public hub_module::HeadendStatus {
 void fetchConfig(ControllerClient& client, hub_module::HeadendConfig& target) {
   FreshRecord reply(target);
   client.getHeadendConfig(reply);
+}
+
+void fetchCompleteConfig(ControllerClient& client, hub_module::HeadendConfig& target) {
+  CompleteConfigReply reply;
+  client.getHeadendConfig(reply);
+  target = std::move(reply);
 }
 
 void fetchStatus(ControllerClient& client, hub_module::HeadendStatus& target) {

@@ -15,7 +15,13 @@ namespace lineup {
 /// what had been read of it; on any other failure it is as it was.
 void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendConfig& target);
 
-/// Likewise for the status.
+/// Sets `target` to the configuration that is running. Also throws std::runtime_error if the reply
+/// lacks a field that a configuration file has to have, as fetchConfig() would leave that at its
+/// default. On any failure `target` is as it was.
+void fetchCompleteConfig(ControllerClient& client,
+                         korvel::thrift::hub_module::HeadendConfig& target);
+
+/// Replaces `target` by the status, as fetchConfig() does by the configuration.
 void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
 
 /// Sets `target` to an empty record with the RF inputs of the status; on any failure it is as it

@@ -10,14 +10,13 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "controller/config_file_protocol.h"
 #include "controller/config_file_transport.h"
+#include "controller/shape_follower.h"
 #include "model/config_shape.h"
 
 namespace lineup {
@@ -148,39 +147,34 @@ std::string_view typeName(apache::thrift::protocol::TType type) {
 class WholeConfigProtocol : public ConfigFileProtocol {
  public:
   explicit WholeConfigProtocol(const std::shared_ptr<TokenTransport>& file)
-      : ConfigFileProtocol(file), file_(*file), next_(&headendConfigShape()) {}
+      : ConfigFileProtocol(file), file_(*file), follower_(headendConfigShape()) {}
 
   uint32_t readStructBegin_virt(std::string& name) override {
-    open_.push_back({next_});
+    follower_.openRecord();
     return ConfigFileProtocol::readStructBegin_virt(name);
   }
 
   uint32_t readStructEnd_virt() override {
-    const Open& record = open_.back();
-    for (const auto& [id, field] : record.shape->fields) {
-      require(field.isOptional || record.seen.contains(id),
-              "lacks the field \"" + field.name + "\"");
-    }
+    const FieldShape* const missing = follower_.missingField();
+    require(missing == nullptr,
+            missing == nullptr ? "" : "lacks the field \"" + missing->name + "\"");
     close();
     return ConfigFileProtocol::readStructEnd_virt();
   }
 
   uint32_t readFieldBegin_virt(std::string& name, TType& type, int16_t& id) override {
     const uint32_t read = ConfigFileProtocol::readFieldBegin_virt(name, type, id);
-    Open& record = open_.back();
-    record.field = nullptr;
+    follower_.closeField();
     if (type == apache::thrift::protocol::T_STOP) {
       return read;
     }
     require(file_.lastTextButOne() == std::to_string(id),
             "has the field id \"" + file_.lastTextButOne() + "\"");
     requireType(type, file_.lastText());
-    const auto field = record.shape->fields.find(id);
-    require(field != record.shape->fields.end(), "has an unknown field " + std::to_string(id));
-    record.field = &field->second;
-    require(field->second.value.type == type, "has another type");
-    require(record.seen.insert(id).second, "is given twice");
-    next_ = &field->second.value;
+    const FieldShape* const field = follower_.openField(id);
+    require(field != nullptr, "has an unknown field " + std::to_string(id));
+    require(field->value.type == type, "has another type");
+    require(follower_.noteField(), "is given twice");
     return read;
   }
 
@@ -188,9 +182,9 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     const uint32_t read = ConfigFileProtocol::readMapBegin_virt(key, value, size);
     requireType(key, file_.lastTextButOne());
     requireType(value, file_.lastText());
-    require(size == 0 || key == next_->keyType, "has keys of another type");
+    require(size == 0 || key == follower_.next().keyType, "has keys of another type");
     openContainer(value, size);
-    open_.back().keyIsNext = true;
+    follower_.innermost().keyIsNext = true;
     return read;
   }
   uint32_t readMapEnd_virt() override {
@@ -224,15 +218,6 @@ class WholeConfigProtocol : public ConfigFileProtocol {
   }
 
  private:
-  /// A record or container that is being read.
-  struct Open {
-    const ValueShape* shape;
-    const FieldShape* field = nullptr;  // of a record, the one that is being read
-    std::set<int16_t> seen{};
-    bool keyIsNext = false;  // of a map
-    std::set<std::string> keys{};
-  };
-
   template <class Number>
   uint32_t readNumber(Number& value) {
     int64_t wide = 0;
@@ -240,7 +225,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
     using Limits = std::numeric_limits<Number>;
     require(wide >= int64_t{Limits::min()} && wide <= int64_t{Limits::max()},
             "has a number that is out of range");
-    require(!open_.back().keyIsNext || file_.lastText() == std::to_string(wide),
+    require(!follower_.innermost().keyIsNext || file_.lastText() == std::to_string(wide),
             "has the key \"" + file_.lastText() + "\"");
     value = static_cast<Number>(wide);
     finishScalar(std::to_string(wide));
@@ -249,7 +234,7 @@ class WholeConfigProtocol : public ConfigFileProtocol {
 
   /// Notes the end of a value, which was `text` if it was a key.
   void finishScalar(const std::string& text) {
-    Open& around = open_.back();
+    ShapeFollower::Open& around = follower_.innermost();
     if (around.keyIsNext) {
       require(around.keys.insert(text).second, "has the key \"" + text + "\" twice");
       around.keyIsNext = false;
@@ -259,16 +244,15 @@ class WholeConfigProtocol : public ConfigFileProtocol {
   }
 
   void openContainer(TType element, uint32_t size) {
-    require(size == 0 || element == next_->element->type, "has elements of another type");
-    open_.push_back({next_});
-    next_ = next_->element.get();
+    require(size == 0 || element == follower_.next().element->type, "has elements of another type");
+    follower_.openContainer();
   }
 
   void close() {
-    open_.pop_back();
-    if (!open_.empty() && open_.back().shape->element != nullptr) {
-      next_ = open_.back().shape->element.get();
-      open_.back().keyIsNext = open_.back().shape->type == apache::thrift::protocol::T_MAP;
+    follower_.close();
+    if (!follower_.isAtEnd() &&
+        follower_.innermost().shape->type == apache::thrift::protocol::T_MAP) {
+      follower_.innermost().keyIsNext = true;
     }
   }
 
@@ -283,16 +267,12 @@ class WholeConfigProtocol : public ConfigFileProtocol {
   }
 
   std::string path() const {
-    std::string path;
-    for (const Open& open : open_) {
-      path += open.field == nullptr ? "" : "/" + open.field->name;
-    }
+    const std::string path = follower_.path();
     return path.empty() ? path : path + " ";
   }
 
   const TokenTransport& file_;
-  std::vector<Open> open_;
-  const ValueShape* next_;  // of the value that is read next
+  ShapeFollower follower_;
 };
 
 /// The transport leaves white space out.

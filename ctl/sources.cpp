@@ -63,14 +63,7 @@ std::string controllerPlace() {
 
 hub_module::HeadendConfig runningConfig() {
   hub_module::HeadendConfig config;
-  callController([&](ControllerClient& client) {
-    fetchConfig(client, config);
-    const auto& has = config.__isset;
-    if (!has.lineupConfig || !has.headendGlobalConfig || !has.installerInfo ||
-        !has.rfInputsScanConfig || !has.ipInputs) {
-      throw std::runtime_error("the reply is no complete configuration");
-    }
-  });
+  callController([&](ControllerClient& client) { fetchCompleteConfig(client, config); });
   return config;
 }
 

@@ -14,8 +14,8 @@ std::string controllerPlace();
 
 // Each throws Failure, with the file or the address in its message.
 
-/// The configuration that the controller holds. A reply without one of its parts, which every
-/// controller sends, is a failure.
+/// The configuration that the controller holds. A reply without a field that a configuration file
+/// has to have is a failure.
 korvel::thrift::hub_module::HeadendConfig runningConfig();
 
 /// The RF inputs of the controller's status, the rest of which is left out. A reply without them is

@@ -206,6 +206,33 @@ TEST_F(CtlWithFaultyController, ThatSendsAnotherRecordThanItIsAskedFor) {
   }
 }
 
+// A client would take their fields for the defaults.
+TEST_F(CtlWithFaultyController, ThatSendsEmptyRecordsIsNotTakenForOneWithSettings) {
+  std::string record;
+  for (const char id : {'\1', '\2', '\3', '\4'}) {
+    record += std::string("\x0c\0", 2) + id + '\0';
+  }
+  record += std::string("\x0d\0\5\x0b\x0c\0\0\0\0", 9) + '\0';  // and a map without elements
+  const Answer empty = replyOf(kGetConfig, record);
+  expectEachCallToFail([&](const std::string& call) {
+    return call == kGetConfig ? empty : replyOf("getHeadendSomething", "");
+  });
+  FakeController controller;
+  controller.answerNext(empty);
+  expectCtl({"show"}, 4, "",
+            "127.0.0.1:9190: the reply is no complete configuration: /lineupConfig lacks the field "
+            "\"globalConfig\"");
+}
+
+// A controller of another version may send more, and need not send what is optional.
+TEST_F(CtlWithFaultyController, ThatSendsFieldsUnknownHereIsUnderstood) {
+  const std::string record = toBinary(HeadendConfig());
+  const std::string unknown("\x0c\x03\xe7\x08\0\x01\0\0\0\x07\0", 11);  // a record with an i32
+  FakeController controller;
+  controller.answerNext(replyOf(kGetConfig, record.substr(0, record.size() - 1) + unknown + '\0'));
+  expectCtl({"diff", file_}, 1, "id: 1 -> 7\n");
+}
+
 TEST_F(CtlWithFaultyController, ThatSendsNoRecordAtAll) {
   expectEachCallToFail([](const std::string& call) {
     Answer answer;
