@@ -27,19 +27,23 @@ void escape(std::string& out, std::string_view bytes) {
   }
 }
 
-std::string escaped(std::string_view text, char alsoEscaped) {
-  if (isPlain(text, alsoEscaped)) {
-    return std::string(text);
-  }
+/// Whether programs that split a text into lines may do so at this character.
+bool endsLine(std::string_view character) {
+  return character == "\u2028" || character == "\u2029";
+}
+
+/// `text` with what is not for a terminal escaped, and a backslash before each character that is
+/// one of `quoted`.
+std::string escaped(std::string_view text, std::string_view quoted) {
   std::string out;
   out.reserve(text.size());
   while (!text.empty()) {
     const std::size_t length = characterLength(text);
     const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-    if (length == 0 || isControl(character)) {
+    if (length == 0 || isControl(character) || endsLine(character)) {
       escape(out, character);
     } else {
-      if (character[0] == '\\' || character[0] == alsoEscaped) {
+      if (quoted.find(character) != std::string_view::npos) {
         out += '\\';
       }
       out += character;
@@ -58,7 +62,11 @@ bool isPlain(std::string_view text, char alsoExcluded) {
 }
 
 std::string printable(std::string_view text) {
-  return escaped(text, '\\');
+  return isPlain(text, '\\') ? std::string(text) : escaped(text, "\\");
+}
+
+std::string inOneLine(std::string_view text) {
+  return escaped(text, "");
 }
 
 std::size_t makePrintable(std::string& text) {
@@ -70,7 +78,7 @@ std::size_t makePrintable(std::string& text) {
 }
 
 std::string inQuotes(std::string_view text) {
-  return '"' + escaped(text, '"') + '"';
+  return '"' + (isPlain(text, '"') ? std::string(text) : escaped(text, "\\\"")) + '"';
 }
 
 std::string printedValue(const nlohmann::json& value) {

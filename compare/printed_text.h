@@ -13,9 +13,13 @@ namespace lineup {
 /// needs no escape.
 bool isPlain(std::string_view text, char alsoExcluded);
 
-/// `text` as one line that does nothing to a terminal: control characters, and bytes that are not
-/// UTF-8, become escapes (\n, \t, \x1b), and so does the backslash.
+/// `text` as one line that does nothing to a terminal: control characters, the separators of lines
+/// and paragraphs (U+2028, U+2029), and bytes that are not UTF-8, become escapes (\n, \t, \x1b),
+/// and so does the backslash.
 std::string printable(std::string_view text);
+
+/// The same for a message that may hold such escapes already: the backslash stays as it is.
+std::string inOneLine(std::string_view text);
 
 /// Makes `text` what printable() returns; returns how many characters that shows.
 std::size_t makePrintable(std::string& text);

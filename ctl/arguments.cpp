@@ -26,16 +26,26 @@ std::vector<option> longOptions(std::span<const Option> options) {
   return result;
 }
 
-/// Refuses what getopt_long() has just read of `words` and returned `found` for.
-[[noreturn]] void refuseOption(const std::string& command, int found,
-                               const std::vector<char*>& words) {
-  const std::string word = words[static_cast<std::size_t>(std::max(optind - 1, 1))];
-  if (found == ':') {
-    refuse(command + ": " + word + " needs a value");
+/// The words as getopt_long() takes them, which puts them in another order.
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (std::string& word : words) {
+    pointers.push_back(word.data());
   }
-  // Of a word with several letters, it has read one and not yet gone past the word.
-  const std::string letter = {'-', static_cast<char>(optopt)};
-  refuse(command + ": there is no option " + (optopt == 0 ? word : letter));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+/// The word that getopt_long() reads next if it finds an option.
+std::string nextOption(const std::vector<char*>& words) {
+  for (auto next = static_cast<std::size_t>(std::max(optind, 1)); words[next] != nullptr; ++next) {
+    const std::string word = words[next];
+    if (word.size() > 1 && word[0] == '-') {
+      return word;
+    }
+  }
+  return "";
 }
 
 }  // namespace
@@ -44,27 +54,25 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
                      std::size_t least, std::size_t most) {
   const std::string command = words.at(0);
   const std::vector<option> known = longOptions(options);
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) {
-    pointers.push_back(word.data());
-  }
-  pointers.push_back(nullptr);
+  std::vector<char*> pointers = pointersTo(words);
   optind = 0;  // a parse starts afresh, whatever was parsed before
   opterr = 0;
-  int index = 0;
-  int found = 0;
-  // The colon tells a missing value from an unknown option.
-  while ((found = getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(),
-                              &index)) != -1) {
+  const Option help = {"help", false};
+  while (true) {
+    const std::string word = nextOption(pointers);
+    int index = 0;
+    // The colon tells a missing value from an unknown option.
+    const int found =
+        getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(), &index);
+    if (found == -1) {
+      break;
+    }
     if (found == ':' || found == '?') {
-      refuseOption(command, found, pointers);
+      refuse(command + ": " +
+             (found == ':' ? word + " needs a value" : "there is no option " + word));
     }
-    if (optarg != nullptr && *optarg == '\0') {
-      refuse(command + ": --" + known[static_cast<std::size_t>(index)].name + " needs a value");
-    }
-    options_[known[static_cast<std::size_t>(index)].name].emplace_back(optarg == nullptr ? ""
-                                                                                         : optarg);
+    const auto number = static_cast<std::size_t>(index);
+    add(command, number < options.size() ? options[number] : help, optarg);
   }
   if (has("help")) {
     return;
@@ -78,6 +86,18 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   if (operands_.size() > most) {
     refuse(command + ": \"" + operands_[most] + "\" is one operand too many");
   }
+}
+
+/// `value` is null for an option without one.
+void Arguments::add(const std::string& command, const Option& option, const char* value) {
+  const std::string name = std::string("--") + option.name;
+  if (value != nullptr && *value == '\0') {
+    refuse(command + ": " + name + " needs a value");
+  }
+  if (value != nullptr && !option.isRepeatable && has(option.name)) {
+    refuse(command + ": " + name + " is given twice");
+  }
+  options_[option.name].emplace_back(value == nullptr ? "" : value);
 }
 
 std::string Arguments::value(const std::string& option, const std::string& otherwise) const {

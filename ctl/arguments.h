@@ -14,14 +14,16 @@ namespace lineup::ctl {
 struct Option {
   const char* name;
   bool hasValue = true;
+  bool isRepeatable = false;  ///< where one with a value may be given more than once
 };
 
 /// The words behind a command.
 class Arguments {
  public:
   /// Reads `words`, of which the first is the command. Throws Failure(kUsage) for an option that is
-  /// none of `options` or lacks its value or has an empty one, and unless there are `least` to
-  /// `most` operands. Each command has the option "help" as well, which goes with any operands.
+  /// none of `options`, lacks its value, has an empty one or is given twice, and unless there are
+  /// `least` to `most` operands. Each command has the option "help" as well, which goes with any
+  /// operands.
   Arguments(std::vector<std::string> words, std::span<const Option> options, std::size_t least,
             std::size_t most);
 
@@ -29,8 +31,7 @@ class Arguments {
 
   bool has(const std::string& option) const { return options_.contains(option); }
 
-  /// The value of an option, the last one if it is given more than once; `otherwise` if it is not
-  /// given.
+  /// The value of an option, the last one of a repeatable option; `otherwise` if it is not given.
   std::string value(const std::string& option, const std::string& otherwise) const;
 
   /// All values of an option, in their order.
@@ -45,6 +46,8 @@ class Arguments {
   std::string choice(const std::string& option, std::span<const char* const> choices) const;
 
  private:
+  void add(const std::string& command, const Option& option, const char* value);
+
   std::map<std::string, std::vector<std::string>> options_;
   std::vector<std::string> operands_;
 };

@@ -22,10 +22,10 @@ struct Command {
 
 constexpr std::size_t kAny = static_cast<std::size_t>(-1);
 
-constexpr Option kShowOptions[] = {{"section"}, {"format"}};
+constexpr Option kShowOptions[] = {{"section", true, true}, {"format"}};
 constexpr Option kDiffOptions[] = {{"format"}};
 constexpr Option kApplyOptions[] = {
-    {"dry-run", false}, {"backup"}, {"keep"}, {"expect"}, {"patch"}};
+    {"dry-run", false}, {"backup"}, {"keep"}, {"expect"}, {"patch", true, true}};
 constexpr Option kBackupOptions[] = {{"keep"}};
 constexpr Option kWaitOptions[] = {{"timeout"}};
 constexpr Option kCatalogueOptions[] = {{"format"}};

@@ -4,18 +4,18 @@
 
 #include <csignal>
 
+#include "compare/printed_text.h"
 #include "support/descriptor.h"
 
 namespace lineup::ctl {
 
+std::string failureLine(const std::string& message) {
+  return "lineupctl: " + inOneLine(message) + "\n";
+}
+
 void complain(const std::string& message) {
-  std::string line = "lineupctl: " + message;
-  for (char& character : line) {
-    character = character == '\n' ? ' ' : character;
-  }
-  line += '\n';
   std::signal(SIGPIPE, SIG_IGN);  // a closed standard error does not change how the program ends
-  writeAll(STDERR_FILENO, line);  // where this fails there is nowhere else to say it
+  writeAll(STDERR_FILENO, failureLine(message));  // if this fails, there is nowhere to say it
 }
 
 }  // namespace lineup::ctl

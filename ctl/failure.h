@@ -30,7 +30,10 @@ class Failure : public std::runtime_error {
   Status status_;
 };
 
-/// Writes the line of a failure on standard error, in one go.
+/// The line of a failure: control characters and bytes that are not UTF-8 are escaped.
+std::string failureLine(const std::string& message);
+
+/// Writes that line on standard error, in one go.
 void complain(const std::string& message);
 
 }  // namespace lineup::ctl

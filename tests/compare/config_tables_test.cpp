@@ -118,6 +118,9 @@ TEST(TextTable, AVeryLongCellMakesNoOtherLineLonger) {
 }
 
 TEST(TextTable, LetsNothingThroughThatWouldMoveTheCursor) {
+  // Some programs end lines at these as well.
+  EXPECT_EQ(tableText({{"name"}, {{"a\u2028b\u2029c\u0085d\u2027"}}}),
+            "NAME\na\\xe2\\x80\\xa8b\\xe2\\x80\\xa9c\\xc2\\x85d\u2027\n");
   EXPECT_EQ(tableText({{"name"}, {{"a\tb\x1b[2J\\\x7f\xc2\x9b\xff"}}}),
             "NAME\na\\tb\\x1b[2J\\\\\\x7f\\xc2\\x9b\\xff\n");
 }

@@ -82,7 +82,10 @@ TEST_F(Ctl, RefusesAWrongCommandLine) {
   expectCtl({"frob"}, 2, "", "there is no command \"frob\"; \"lineupctl --help\" lists them");
   expectCtl({"show", "--colour"}, 2, "", "show: there is no option --colour");
   expectCtl({"show", "-x"}, 2, "", "show: there is no option -x");
-  expectCtl({"show", "a", "-xy"}, 2, "", "show: there is no option -x");
+  expectCtl({"show", "a", "-xy"}, 2, "", "show: there is no option -xy");
+  expectCtl({"show", "--format", "-xy", "b", "-xyz"}, 2, "", "show: there is no option -xyz");
+  expectCtl({"show", "-é"}, 2, "", "show: there is no option -é");
+  expectCtl({"show", "-\xe9"}, 2, "", "show: there is no option -\\xe9");
   expectCtl({"show", "--format"}, 2, "", "show: --format needs a value");
   expectCtl({"show", "--format", "xml"}, 2, "", "--format: \"xml\" is none of text, json, csv");
   expectCtl({"show", "--section", "x"}, 2, "",
@@ -113,6 +116,25 @@ TEST_F(Ctl, RefusesAWrongCommandLine) {
   expectCtl({"wait", "now"}, 2, "", "wait: \"now\" is one operand too many");
   expectCtl({"--help", "show"}, 2, "", "--help: \"show\" is one operand too many");
   expectCtl({"--version", ""}, 2, "", "--version: \"\" is one operand too many");
+}
+
+// Which of the two is meant is not for the program to guess.
+TEST_F(Ctl, RefusesAnOptionThatIsGivenTwice) {
+  for (const Words& words : std::vector<Words>{{"show", "--format=json", "--format=csv", "a"},
+                                               {"apply", "--expect", "a", "--expect", "b", "c"},
+                                               {"apply", "--backup=a", "--backup=a", "c"},
+                                               {"backup", "--keep=3", "--keep=30", "a"},
+                                               {"wait", "--timeout=3", "--timeout=30"}}) {
+    const std::string option = words[1].substr(0, words[1].find('='));
+    expectCtl(words, 2, "", words[0] + ": " + option + " is given twice");
+  }
+  const std::string file = fileWith(withId(7));
+  EXPECT_EQ(runCtl({"show", "--section=rf", "--section=ip", file}).status, 0);
+}
+
+TEST_F(Ctl, EscapesWhatATerminalWouldObeyInItsFailures) {
+  expectCtl({"show", "\x1b[2J\n\u2028\xe9 é \\"}, 3, "",
+            "\\x1b[2J\\n\\xe2\\x80\\xa8\\xe9 é \\: No such file or directory");
 }
 
 // As of a script's variable that is not set.
