@@ -40,7 +40,7 @@ void callController(Call call) {
     if (isConnected) {
       throw Failure(kController, message);
     }
-    throw Refused(message);
+    throw Away(message);
   }
 }
 

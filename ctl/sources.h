@@ -28,6 +28,12 @@ class Refused : public Failure {
   explicit Refused(const std::string& message) : Failure(kController, message) {}
 };
 
+/// A controller that could not be reached.
+class Away : public Refused {
+ public:
+  using Refused::Refused;
+};
+
 /// Sends `config` to the controller. Any failure but Refused leaves open whether the controller has
 /// taken it.
 void send(const korvel::thrift::hub_module::HeadendConfig& config);

@@ -1,11 +1,10 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -18,12 +17,20 @@ namespace lineup::ctl {
 
 namespace {
 
-char runOutLine[128];
+/// What the handler prints. The next line is made in the string that it does not point to.
+std::string runOutLines[2];
+std::atomic<const std::string*> runOutLine = runOutLines;
+
+void setRunOutLine(const std::string& message) {
+  std::string& free = runOutLines[runOutLine == &runOutLines[0] ? 1 : 0];
+  free = failureLine(message);
+  runOutLine = &free;
+}
 
 /// Ends the program at the end of the time, whatever it waits in.
 void runOut(int /*signal*/) {
-  [[maybe_unused]] const ssize_t written =
-      write(STDERR_FILENO, runOutLine, std::strlen(runOutLine));
+  const std::string& line = *runOutLine;
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
   _exit(kDiffers);
 }
 
@@ -36,6 +43,10 @@ void listenForAlarm() {
   sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
 }
 
+std::string noAnswerWithin(const std::string& seconds) {
+  return controllerPlace() + ": no answer within " + seconds + " s";
+}
+
 /// Starts the clock for `text`, a number of seconds greater than 0.
 void limitTime(const std::string& text) {
   double seconds = 0;
@@ -45,8 +56,7 @@ void limitTime(const std::string& text) {
       seconds > kMost) {
     throw Failure(kUsage, "--timeout: \"" + text + "\" is no number of seconds");
   }
-  std::snprintf(runOutLine, sizeof(runOutLine), "lineupctl: %s: no answer within %.40s s\n",
-                controllerPlace().c_str(), text.c_str());
+  setRunOutLine(noAnswerWithin(text));
   listenForAlarm();
   const auto whole = static_cast<time_t>(seconds);
   const auto rest = static_cast<suseconds_t>((seconds - static_cast<double>(whole)) * 1e6);
@@ -54,25 +64,33 @@ void limitTime(const std::string& text) {
   setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
-bool answers() {
+/// Whether the controller answers as it should. If it answers otherwise, that is what is said when
+/// the time of `seconds` is over.
+bool answers(const std::string& seconds) {
   try {
     runningConfig();
     return true;
-  } catch (const Failure&) {
-    return false;
+  } catch (const Away&) {
+    setRunOutLine(noAnswerWithin(seconds));
+  } catch (const Failure& failure) {
+    setRunOutLine(failure.what() + ("; no better answer within " + seconds + " s"));
   }
+  return false;
 }
 
 }  // namespace
 
 Status waitForController(const Arguments& arguments) {
   constexpr std::chrono::milliseconds kPause(100);
+  const std::string seconds = arguments.value("timeout", "");
   if (arguments.has("timeout")) {
-    limitTime(arguments.value("timeout", ""));
+    limitTime(seconds);
   }
-  while (!answers()) {
+  while (!answers(seconds)) {
     std::this_thread::sleep_for(kPause);
   }
+  const itimerval none{};
+  setitimer(ITIMER_REAL, &none, nullptr);
   return kDone;
 }
 

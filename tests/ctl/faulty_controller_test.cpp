@@ -93,7 +93,9 @@ class CtlWithFaultyController : public testing::Test {
     expectCtl({"wait"}, 0, "");
     EXPECT_EQ(controller.calls().size(), 3U);
     controller.answerAll(fault);
-    expectCtl({"wait", "--timeout", "0.3"}, 1, "", "127.0.0.1:9190: no answer within 0.3 s");
+    const Outcome outcome = runCtl({"wait", "--timeout", "0.3"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err.find("lineupctl: 127.0.0.1:9190: "), 0U) << outcome.err;
   }
 
   static void expectFailure(const Outcome& outcome, const std::string& out) {
@@ -128,6 +130,19 @@ TEST_F(CtlWithFaultyController, ThatIsNotReady) {
   controller.answerNext(fault);
   EXPECT_EQ(runCtl({"diff", file_}).err,
             "lineupctl: 127.0.0.1:9190: the controller is not ready: starting\n");
+}
+
+TEST_F(CtlWithFaultyController, ThatRefusesIsNotSaidToBeSilent) {
+  FakeController controller;
+  Answer refusal;
+  refusal.kind = Answer::kNotReady;
+  Answer silence;
+  silence.sentBytes = 0;
+  silence.stalls = true;
+  controller.answerNext(refusal);
+  controller.answerAll(silence);
+  expectCtl({"wait", "--timeout", "3"}, 1, "",
+            "127.0.0.1:9190: the controller is not ready: starting; no better answer within 3 s");
 }
 
 TEST_F(CtlWithFaultyController, ThatAnswersWithAnException) {
