@@ -209,12 +209,15 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
     }
   }
 
+  /// A JSON pointer (RFC 6901), which escapes the slash and the tilde of a name.
   std::string path() const {
-    std::string path;
+    json::json_pointer path;
     for (const Open& open : open_) {
-      path += open.name.empty() ? "" : "/" + printable(open.name);
+      if (!open.name.empty()) {
+        path.push_back(open.name);
+      }
     }
-    return path;
+    return printable(path.to_string());
   }
 
   const Value root_;

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -9,6 +11,7 @@
 #include "compare/config_difference.h"
 #include "compare/named_json_reader.h"
 #include "compare/named_json_writer.h"
+#include "compare/printed_text.h"
 #include "controller/config_file.h"
 #include "ctl/backups.h"
 #include "ctl/commands.h"
@@ -60,10 +63,37 @@ void patchOnce(json& record, const json& operation) {
   }
 }
 
+/// Looks at a patch while it is parsed. Throws std::domain_error for one that is nested so deep
+/// that the library's functions, which call themselves for each level, would overflow the stack,
+/// and for a member that an object has twice, of which the library would keep the last.
+class PatchChecker {
+ public:
+  bool operator()(int depth, json::parse_event_t event, const json& parsed) {
+    if (depth > kDeepest) {
+      throw std::domain_error("is nested deeper than " + std::to_string(kDeepest) + " levels");
+    }
+    if (event == json::parse_event_t::object_start) {
+      open_.emplace_back();
+    } else if (event == json::parse_event_t::object_end) {
+      open_.pop_back();
+    } else if (event == json::parse_event_t::key && !open_.back().insert(parsed).second) {
+      throw std::domain_error("has an object with " + inQuotes(parsed.get<std::string>()) +
+                              " twice");
+    }
+    return true;
+  }
+
+ private:
+  static constexpr int kDeepest = 1000;  // a configuration has fourteen levels
+
+  std::vector<std::set<std::string>> open_;  // the names in the objects that are being parsed
+};
+
 /// `record` with the patch of RFC 6902 in `text`. Throws std::domain_error, with the operation and
 /// the reason.
 json patched(json record, const std::string& text) {
-  const json patch = json::parse(text);
+  PatchChecker checker;
+  const json patch = json::parse(text, std::ref(checker));
   if (!patch.is_array()) {
     throw std::domain_error("is no array of operations");
   }

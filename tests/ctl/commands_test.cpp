@@ -472,6 +472,13 @@ TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
   const std::string noMembers = "operation 2, " + id + "/x: " + id + " has no members\n";
   expectRefused("[" + okay + R"({"op": "add", "path": ")" + id + R"(/x", "value": 1}])", noMembers);
   expectRefused("[" + okay + R"({"op": "remove", "path": ")" + id + R"(/x"}])", noMembers);
+  expectRefused(R"([{"op": "add", "path": "/ipInputs/a~1b~0", "value": 7}])",
+                "leaves no complete configuration: /ipInputs/a~1b~0 is no object\n");
+  expectRefused(R"([{"op": "add", "path": ")" + id + R"(", "value": 1, "value": 2}])",
+                "has an object with \"value\" twice\n");
+  expectRefused(
+      R"([{"op": "add", "path": "/installerInfo", "value": {"name": "", "na\u006de": ""}}])",
+      "has an object with \"name\" twice\n");
   expectRefused("[{}]", "operation 1: parse error: operation must have");
   expectRefused("[7]", "operation 1: parse error: JSON patch must be an array of objects\n");
   expectRefused(R"([{"op": "remove", "path": "x"}])",
@@ -486,6 +493,26 @@ TEST_F(CtlWithController, RefusesAPatchThatDoesNotFit) {
   expectCtl({"apply", "--patch", folder_.file("none"), file}, 3, "",
             folder_.file("none") + ": No such file or directory");
   expectCtl({"apply", "--patch", folder_.path(), file}, 3, "", folder_.path() + ": Is a directory");
+  EXPECT_EQ(controller_.connections(), 0U);
+}
+
+TEST_F(CtlWithController, RefusesAPatchThatIsNestedTooDeep) {
+  const std::string file = fileWith(withId(7));
+  const std::string patch = folder_.file("patch.json");
+  const auto nested = [&](int levels) {
+    const auto count = static_cast<std::size_t>(levels);
+    fill(patch, R"([{"op": "add", "path": "/installerInfo/fax", "value": )" +
+                    std::string(count, '[') + std::string(count, ']') + "}]");
+  };
+  for (const int levels : {1'000, 200'000, 2'000'000}) {
+    nested(levels);
+    expectCtl({"apply", "--patch", patch, file}, 3, "",
+              patch + ": is nested deeper than 1000 levels");
+  }
+  // Ten times what a configuration has is looked at like any other.
+  nested(140);
+  expectCtl({"apply", "--patch", patch, file}, 3, "",
+            patch + ": leaves no complete configuration: /installerInfo has the unknown \"fax\"");
   EXPECT_EQ(controller_.connections(), 0U);
 }
 
