@@ -290,6 +290,14 @@ void requireEnd(ConfigFileTransport& file) {
   throw incomplete("something follows it");
 }
 
+/// The reason in the library's message for a file that cannot be read, "TFDTransport::read(): Is a
+/// directory".
+std::string systemReason(const std::string& message) {
+  const std::string_view end = "(): ";
+  const std::size_t at = message.find(end);
+  return at == std::string::npos ? message : message.substr(at + end.size());
+}
+
 }  // namespace
 
 int openToRead(const std::string& path) {
@@ -308,6 +316,11 @@ HeadendConfig readWholeConfigFile(const std::string& path) {
     WholeConfigProtocol protocol(file);
     config.read(&protocol);
     requireEnd(*file);
+  } catch (const apache::thrift::transport::TTransportException& error) {
+    if (error.getType() == apache::thrift::transport::TTransportException::UNKNOWN) {
+      throw std::runtime_error(systemReason(error.what()));
+    }
+    throw incomplete(error.what());
   } catch (const apache::thrift::TException& error) {
     throw incomplete(error.what());
   }

@@ -125,6 +125,11 @@ TEST_F(CtlFiles, WithWhiteSpaceBehindAreTaken) {
   expectRefused(good + std::string(1, '\0'), "something follows it");
 }
 
+TEST_F(CtlFiles, ThatCannotBeReadAreRefusedForTheSystemsReason) {
+  const TemporaryFolder folder;
+  expectCtl({"show", folder.path()}, 3, "", folder.path() + ": Is a directory");
+}
+
 TEST_F(CtlFiles, ThatLackAFieldAreRefusedByItsName) {
   expectRefused(changed(R"("1":{"i32":1},"2":{"i32":0})", R"("2":{"i32":0})"),
                 "/headendGlobalConfig lacks the field \"headendId\"");
