@@ -57,13 +57,16 @@ class ReadmeScript(unittest.TestCase):
         with open(site, "w", encoding="utf-8") as file:
             json.dump(config, file)
 
-    def start_script(self, timeout="--timeout 60"):
-        text = script().replace(BACKUPS, self.backups).replace("--timeout 60", timeout)
+    def start_script(self, timeout="--timeout 60", limit="timeout -k 60 600"):
+        text = script().replace(BACKUPS, self.backups)
+        for ours, theirs in (("--timeout 60", timeout), ("timeout -k 60 600", limit)):
+            self.assertIn(ours, text)
+            text = text.replace(ours, theirs)
         return subprocess.Popen(["sh", "-c", text], cwd=self.folder, env=ENVIRONMENT, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True)
 
-    def run_script(self, *timeout):
-        script_run = self.start_script(*timeout)
+    def run_script(self, *timeout, **limit):
+        script_run = self.start_script(*timeout, **limit)
         out, err = script_run.communicate()
         return script_run.returncode, out, err
 
@@ -97,8 +100,18 @@ class ReadmeScript(unittest.TestCase):
         status, out, err = self.run_script()
         self.assertEqual(status, 4)
         self.assertNotIn("runs site.json", out)
-        self.assertTrue(err.endswith("the controller failed: whether it runs site.json has to be looked at\n"), err)
+        self.assertTrue(err.endswith("\nstatus 4: whether the headend runs site.json has to be looked at\n"), err)
         self.assertEqual(self.running_id(), before)
+
+    def test_does_not_say_that_nothing_was_applied_when_a_signal_ends_lineupctl(self):
+        self.start_simulator("--delay", "setHeadendConfig=60")
+        self.make_site()
+        for limit, ended in (("timeout 3", 124), ("timeout -s KILL 3", 137)):
+            status, out, err = self.run_script(limit=limit)
+            self.assertEqual(status, ended)
+            self.assertNotIn("runs site.json", out)
+            said = f"status {ended}: whether the headend runs site.json has to be looked at\n"
+            self.assertTrue(err.endswith(said), err)
 
     def test_ends_with_the_status_of_a_wait_that_ran_out(self):
         status, out, err = self.run_script("--timeout 0.2")
