@@ -3,8 +3,11 @@
 #include <sqlite3.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <system_error>
 
 #include "simulator/locked_file.h"
 
@@ -30,6 +33,12 @@ void execute(sqlite3* database, const std::string& sql) {
   if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
     throw std::runtime_error(sqlite3_errmsg(database));  // COVERAGE_EXCL_LINE: only without memory
   }
+}
+
+/// Whether it has nothing in it, as a console that looked for it in vain leaves it.
+bool isEmpty(const std::string& path) {
+  std::error_code unknown;
+  return std::filesystem::file_size(path, unknown) == 0;
 }
 
 bool isOwnCatalogue(const std::string& path) {
@@ -64,7 +73,7 @@ std::string catalogueBytes() {
 }  // namespace
 
 void writeCatalogue(const std::string& path, bool replaceForeign) {
-  if (fileExists(path) && !replaceForeign && !isOwnCatalogue(path)) {
+  if (fileExists(path) && !replaceForeign && !isEmpty(path) && !isOwnCatalogue(path)) {
     throw std::runtime_error("the catalogue " + path +
                              " was not written by this program; --replace-catalogue replaces it");
   }

@@ -243,8 +243,7 @@ TEST_F(SimulatorCatalogue, OfAnEarlierRunIsReplaced) {
 TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
   const std::string foreign = folder_.file("foreign.sqlite");
   ASSERT_EQ(run({.program = "sqlite3", .arguments = {foreign, "CREATE TABLE t (a)"}}).status, 0);
-  for (const std::string& content :
-       {contentOf(foreign), std::string("no database"), std::string()}) {
+  for (const std::string& content : {contentOf(foreign), std::string("no database")}) {
     writeFile(path_, content);
     const Outcome outcome = runRefused();
     EXPECT_EQ(outcome.status, 1);
@@ -257,6 +256,12 @@ TEST_F(SimulatorCatalogue, OfAnotherProgramIsKeptUnlessToldOtherwise) {
     EXPECT_EQ(rows(kIP).size(), 12U);
     writeOnce();
   }
+}
+
+TEST_F(SimulatorCatalogue, ThatIsEmptyIsReplaced) {
+  writeFile(path_, "");
+  writeOnce({});
+  EXPECT_EQ(Database(path_).select("SELECT * FROM availableIPService").size(), 13U);
 }
 
 TEST_F(SimulatorCatalogue, ThatCannotBeLookedIntoIsKept) {
