@@ -38,7 +38,7 @@ class CompleteConfigReply : public hub_module::HeadendConfig {
   }
 };
 
-/// Takes the RF inputs out of a reply with a status.
+/// Takes the RF inputs out of a reply with a status, and memory for nothing else.
 class RFInputsReply : public hub_module::HeadendStatus {
  public:
   uint32_t read(apache::thrift::protocol::TProtocol* protocol) override {
@@ -77,8 +77,8 @@ void fetchRFInputs(ControllerClient& client, hub_module::HeadendStatus& target) 
 }
 
 void sendConfig(ControllerClient& client, const hub_module::HeadendConfig& config) {
-  hub_module::HeadendStatus followingStatus;
-  client.setHeadendConfig(followingStatus, config);
+  RFInputsReply unused;
+  client.setHeadendConfig(unused, config);
 }
 
 }  // namespace lineup
