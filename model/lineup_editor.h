@@ -31,12 +31,12 @@ class LineupEditor {
   hub_module::HeadendConfig config;  ///< as edited
   hub_module::HeadendStatus status;  ///< as last fetched
   bool pendingChanges = false;       ///< whether `config` has edits that were not committed
-  uint64_t fetches = 0;              ///< how many times `config` was replaced by the controller's
-  uint64_t commits = 0;              ///< how many times the controller took `config`
-  std::string restoredFile;          ///< what restoreConfig() read whole into `config`, if so
   /// The RFInputId values of the inputs that the groups TDTALL and SATALL stand for.
   const std::vector<int32_t> tdtInputIds{1, 2};
   const std::vector<int32_t> satInputIds{3, 4, 5, 6, 7, 8, 9, 10};
+  uint64_t fetches = 0;      ///< how many times `config` was replaced by the controller's
+  uint64_t commits = 0;      ///< how many times the controller took `config`
+  std::string restoredFile;  ///< what restoreConfig() read whole into `config`, if so
 
   // ---- app/: the prompt and the dispatcher
 

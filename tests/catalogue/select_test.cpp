@@ -275,6 +275,20 @@ TEST_F(Select, ASecondStatementThatWritesIsRefused) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
+TEST_F(Select, ViewsOnViewsAndCompoundSelectsAreRead) {
+  CatalogueFile file(path);
+  std::string views = "ALTER TABLE availableTdtService RENAME TO view0;";
+  for (int i = 0; i < 40; ++i) {
+    views += "CREATE VIEW view" + std::to_string(i + 1) + " AS SELECT * FROM view" +
+             std::to_string(i) + " UNION ALL SELECT * FROM view0 WHERE 0;";
+  }
+  file.insert(kTdt, {{0, "17"}});
+  file.execute(views + "CREATE VIEW availableTdtService AS SELECT * FROM view40 " +
+               "WHERE (SELECT abs(count(*)) FROM view0) = 1");
+  const tSqlite3db db(path);
+  EXPECT_EQ(tAvailableTdtService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U);
+}
+
 TEST_F(Select, WhatFollowsASelectMayWrite) {
   const CatalogueFile file(path);
   tSqlite3db db(path);

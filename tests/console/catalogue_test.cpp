@@ -321,6 +321,22 @@ TEST_F(CatalogueCommands, TheConsolesMemoryIsLimited) {
   EXPECT_LE(limit.rlim_cur, pages / 2 * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)));
 }
 
+TEST_F(CatalogueCommands, AHundredThousandServicesFitIntoHalfOfASmallBoardsMemory) {
+  file->execute("DELETE FROM availableSatService");
+  file->fill(
+      kSat, 100'000,
+      "i, i, i, i, i, i, i, i, i, i, i, i, i, i, i, i, 'Service ' || i, i, i, i, i, i, i, i, i");
+  ConsoleProcess console{Start{}};
+  console.readUntil("> ");
+  const rlimit limit{256 << 20, 256 << 20};
+  prlimit(console.pid(), RLIMIT_DATA, &limit, nullptr);
+  console.send("findsat\n");
+  const Outcome outcome = console.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(count(outcome.out, "Service "), 100'000);
+}
+
 /// A console with edits that wait for a commit and little memory.
 class WithLittleMemory : public CatalogueCommands {
  protected:
