@@ -124,6 +124,11 @@ class Headends(unittest.TestCase):
         again = run(*command)
         self.assertRegex(again.stdout, r"headend5 .* changed=0 .* failed=0 ")
 
+    def test_are_told_which_variables_name_the_package(self):
+        said = run("ansible", "headend1", "-m", "include_role", "-a", "name=lineup.console.lineup tasks_from=package")
+        self.assertNotEqual(said.returncode, 0)
+        self.assertIn("lineup_package_file or lineup_package has to name what is to be installed", said.stdout)
+
     def test_have_no_timer_if_the_command_line_says_so(self):
         # There a value is a text; without systemd the task would fail.
         status, said, recap = play("--limit", "headend1", "-e", "lineup_backup_timer=false")

@@ -176,11 +176,48 @@ class LineupConfig(OnAHeadend):
         self.assertEqual(said.returncode, 4)
         self.assertIn("headend1 | UNREACHABLE! => {", said.stdout)
 
+    def test_makes_the_folder_of_the_backups(self):
+        folder = BACKUPS + "/deep/copies"
+        self.start_from(3)
+        for mode, made in (["--check"], False), ([], True):
+            module("lineup_config", apply(4, ("backup", True), ("backup_dir", folder)), *mode)
+            found = headend(1, "sh", "-c", f"stat -c '%a %U' {folder} 2>/dev/null || true")
+            self.assertEqual(found, "700 root\n" if made else "")
+        self.assertEqual(len(headend(1, "ls", folder).split()), 1)
+        headend(1, "rm", "-r", BACKUPS + "/deep")
+
     def test_sends_nothing_if_what_ran_cannot_be_kept(self):
-        result = module("lineup_config", apply(4, ("backup", True), ("backup_dir", "/nowhere")))
-        self.expect_failure(result, "file", 3, "/nowhere: No such file or directory")
-        self.assertFalse(result["changed"])
-        self.assertNotIn("setHeadendConfig", calls(1))
+        self.start_from(3)
+        headend(1, "touch", "/root/file")
+        result = module("lineup_config", apply(4, ("backup", True), ("backup_dir", "/root/file")))
+        self.expect_failure(result, "file", 3, "/root/file: Not a directory")
+        headend(1, "mount", "-t", "tmpfs", "-o", "nr_inodes=1", "tmpfs", BACKUPS)
+        folders = {"/root/file/copies": "Not a directory", BACKUPS + "/before-changes": "No space left on device"}
+        for folder, why in folders.items():
+            result = module("lineup_config", apply(4, ("backup", True), ("backup_dir", folder)))
+            self.assertEqual((result["failed"], result["reason"]), (True, "file"), result)
+            self.assertIn(": " + why, result["msg"])
+            self.assertFalse(result["changed"])
+        headend(1, "umount", BACKUPS)
+        headend(1, "rm", "/root/file")
+        self.assertEqual(running_id(), 3)
+
+    def test_takes_no_name_for_its_own_words(self):
+        # Where Python ends a line, and other programs may.
+        for end in ("\u2028", "\u2029", "\u0085", "\r", "\x0c", "\n"):
+            self.start_from(3)
+            patch = own("/headendGlobalConfig/headendName", f"a{end}kept what ran in /nowhere")
+            result = module("lineup_config", {"src": LINEUP, "patch": own(ID, 3) + patch})
+            self.assertEqual((result["changed"], len(result["difference"])), (True, 1), result)
+            self.assertNotIn("backup_file", result)
+
+    def test_refuses_empty_names(self):
+        before = calls(1)
+        for name in ("src", "expect", "backup_dir"):
+            for remote in (False, True):
+                result = module("lineup_config", dict(apply(4), remote_src=remote, **{name: ""}))
+                self.assertEqual((result["failed"], result["msg"]), (True, name + " is empty and names no file"))
+        self.assertEqual(calls(1), before)
 
     def test_says_what_lineupctl_does_not_take(self):
         result = module("lineup_config", apply(4, ("backup", True), ("backup_keep", 0)))
@@ -266,6 +303,10 @@ class LineupFacts(OnAHeadend):
         self.assertEqual(sorted(inputs), ["SAT%d" % n for n in range(1, 9)] + ["TDT1", "TDT2"])
         self.assertEqual(inputs["SAT1"], {"enabled": True, "locked": True})
         self.assertEqual(inputs["SAT3"], {"enabled": False, "locked": False})
+
+    def test_are_also_found_while_the_playbook_goes_on(self):
+        facts = module("lineup_facts", {}, "-B", "60", "-P", "1")["ansible_facts"]
+        self.assertEqual(facts["lineup_running"], config(1))
 
     def test_fail_where_the_controller_is_away(self):
         kill("headend-simulator")

@@ -35,8 +35,9 @@ options:
     description:
       - What this headend has of its own, as a patch by RFC 6902 that is applied to I(src) before
         anything is compared or sent.
-      - The paths are those of C(lineupctl show --format json), and C(lineupctl diff --format json)
-        prints such a patch.
+      - The paths are those of C(lineupctl show --format json), and C(lineupctl diff --format json BASE SITE)
+        prints such a patch. It holds where I(src) is the file BASE, as it names places, such as the third
+        entry of a lineup.
       - Values have to have the type of their field. C("{{ number }}") as the whole of a value is a text
         before Ansible 2.19, unless Jinja's native types are turned on; see the examples for what keeps a
         number.
@@ -58,7 +59,8 @@ options:
     default: false
   backup_dir:
     description:
-      - The folder on the headend for the backups. It has to exist.
+      - The folder on the headend for the backups. With I(backup) it is made, for its owner alone, if it
+        does not exist; that alone is no change.
     type: path
     default: /var/lib/lineup-console
   backup_keep:
@@ -81,6 +83,9 @@ attributes:
   check_mode:
     description: Can run in check mode and tell whether something would be sent.
     support: full
+  async:
+    description: Cannot go on while the playbook does.
+    support: none
   diff_mode:
     description: Says each difference on a line, in the words of the console.
     support: full
@@ -193,6 +198,23 @@ def as_file(path):
     return path if os.path.isabs(path) else os.path.join(".", path)
 
 
+def make_folder(module):
+    """Makes the folder of the backups, and those that it is in."""
+    folder = as_file(module.params["backup_dir"])
+    try:
+        os.makedirs(folder, 0o700)
+    except FileExistsError:
+        pass  # lineupctl says so if it is no folder
+    except OSError as error:
+        module.fail_json(msg="%s: %s" % (folder, error.strerror), reason="file")
+
+
+def require_names(module):
+    for name in ("src", "expect", "backup_dir"):
+        if module.params[name] == "":
+            module.fail_json(msg="%s is empty and names no file" % name, reason="file")
+
+
 def words_for_apply(module, patch):
     params = module.params
     words = ["apply"]
@@ -211,7 +233,8 @@ def words_for_apply(module, patch):
 
 def parts(out):
     """The lines of the difference that lineupctl printed, and the path of the backup or None."""
-    lines = out.splitlines()
+    # Not splitlines(), which also ends lines at characters that names may hold.
+    lines = [line for line in out.split("\n") if line]
     for number, line in enumerate(lines):
         # No line of a difference begins like this. After it comes what else runs, if something does.
         if line.startswith(KEPT):
@@ -221,6 +244,9 @@ def parts(out):
 
 def apply(module):
     """Returns the difference, line by line, and the path of the backup or None."""
+    require_names(module)
+    if module.params["backup"] and not module.check_mode:
+        make_folder(module)
     patch = patch_file(module) if module.params["patch"] else ""
     status, out, err = lineupctl.run(module, words_for_apply(module, patch))
     # An expectation that does not hold has the same status, and no output.

@@ -24,6 +24,9 @@ requirements:
 author:
   - Lineup console maintainers (@lineup-console)
 attributes:
+  async:
+    description: Can go on while the playbook does.
+    support: full
   check_mode:
     description: Runs in check mode as it always does.
     support: full
@@ -92,7 +95,7 @@ from ansible_collections.lineup.console.plugins.module_utils import lineupctl
 
 def rf_inputs(module):
     """The table of the RF inputs, whose rows are behind its title and its header."""
-    rows = lineupctl.output(module, ["show", "--section", "rfinputs"]).splitlines()[2:]
+    rows = lineupctl.output(module, ["show", "--section", "rfinputs"]).strip().split("\n")[2:]
     inputs = {}
     for row in rows:
         name, state, locked = row.rsplit(None, 2)
