@@ -168,6 +168,16 @@ class Headends(unittest.TestCase):
         self.assertEqual(self.heal(), [1, 2, 3])
         self.assertEqual(changed(play()[2]), [])
 
+    def test_with_a_full_disk_are_not_taken_for_unreachable_without_pipelining(self):
+        drift(3, "rfnum 4")
+        folder = "/root/.ansible/tmp"
+        headend(3, "mkdir", "-p", folder)
+        headend(3, "mount", "-t", "tmpfs", "-o", "nr_inodes=1,mode=700", "tmpfs", folder)
+        done = run("env", "ANSIBLE_PIPELINING=false", "ansible-playbook", "--limit", "headend3", "site.yml")
+        headend(3, "umount", folder)
+        self.assertEqual(done.returncode, 2, done.stdout)
+        self.expect_failed(done.stdout, 3, "FAILED!", '"reason": "file"', "No space left on device")
+
     def test_do_what_the_guide_says_of_them(self):
         with open(os.path.join(PROJECT, "docs/fleet.md"), encoding="utf-8") as guide:
             commands = re.search("## Trying it.*?^```sh\n(.*?)^```", guide.read(), re.DOTALL | re.MULTILINE).group(1)
