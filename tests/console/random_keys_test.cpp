@@ -18,6 +18,7 @@
 #include <system_error>
 #include <vector>
 
+#include "model/headend_places.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
@@ -74,8 +75,6 @@ std::vector<std::string> knownTerminals() {
   std::sort(names.begin(), names.end());
   return names;
 }
-
-constexpr char kCatalogue[] = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
 
 /// What would stop, freeze or end the console, or wait long, is left out.
 constexpr const char* kKeys[] = {"\x01",
@@ -186,7 +185,7 @@ Session randomSession(unsigned seed) {
 /// Plays the session, and leaves the console; returns what went wrong, or nothing.
 std::string play(const Session& session) {
   const FakeController controller;
-  const CatalogueFile catalogue(kCatalogue);  // without one, "adddvb" waits 24 s for it
+  const CatalogueFile catalogue(kCataloguePath);  // without one, "adddvb" waits 24 s for it
   const TemporaryFolder folder;  // without folders in it, whose names would be completed with a '/'
   Start start;
   start.folder = folder.path();
