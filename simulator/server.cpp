@@ -115,7 +115,13 @@ Server::Server(int port) : socket_(std::make_shared<ListeningSocket>("127.0.0.1"
 }
 
 sigset_t Server::endingSignals() {
-  return signalSet({SIGTERM, SIGINT, SIGHUP, SIGQUIT});
+  sigset_t signals = signalSet({});
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+    if (!isIgnored(signal)) {
+      sigaddset(&signals, signal);
+    }
+  }
+  return signals;
 }
 
 int Server::port() const {

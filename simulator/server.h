@@ -25,7 +25,8 @@ class Server {
 
   int port() const;
 
-  /// SIGTERM, SIGINT, SIGHUP and SIGQUIT.
+  /// SIGTERM, SIGINT, SIGHUP and SIGQUIT, but for those that are ignored, as in the background of a
+  /// script or below nohup: a signal that is blocked would be delivered all the same.
   static sigset_t endingSignals();
 
   /// Answers calls until one of these signals, which every thread must have blocked; calls that

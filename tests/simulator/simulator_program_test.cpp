@@ -219,6 +219,27 @@ TEST_P(SimulatorSignals, EndItCleanly) {
 
 INSTANTIATE_TEST_SUITE_P(All, SimulatorSignals, testing::Values(SIGTERM, SIGINT, SIGHUP, SIGQUIT));
 
+TEST(SimulatorSignal, ThatIsIgnoredFromTheStartDoesNotEndIt) {
+  Start start;
+  start.program = "sh";
+  start.arguments = {"-c",          "trap '' INT HUP; exec \"$@\"",
+                     "sh",          kSimulatorProgram,
+                     "--port",      "0",
+                     "--in-memory", "--no-catalogue",
+                     "--delay",     "all=0.3"};
+  ConsoleProcess simulator(start);
+  const std::string ready = simulator.readUntil("\n");
+  const int port = std::stoi(ready.substr(ready.rfind(':') + 1));
+  simulator.signal(SIGHUP);
+  simulator.signal(SIGINT);
+  for (int call = 0; call < 2; ++call) {
+    hub_module::HeadendConfig config;
+    EXPECT_NO_THROW(Connection(port)->getHeadendConfig(config));
+  }
+  simulator.signal(SIGTERM);
+  EXPECT_EQ(simulator.finish().status, 0);
+}
+
 TEST(SimulatorSignal, EndsItWhileClientsStall) {
   const TemporaryFolder folder;
   SimulatorProcess simulator(folder);
