@@ -80,7 +80,7 @@ sigset_t awaitedWhile(const char* command) {
 /// Takes SIGCHLD if it is pending or comes within `time`; returns whether it did.
 bool childChangesWithin(std::chrono::seconds time) {
   const sigset_t child = signalSet({SIGCHLD});
-  const timespec limit{time.count(), 0};
+  const timespec limit{static_cast<time_t>(time.count()), 0};
   return sigtimedwait(&child, nullptr, &limit) == SIGCHLD;
 }
 
