@@ -44,6 +44,7 @@
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
 #include "support/typed_ahead.h"
+#include "support/utf8.h"
 
 namespace lineup {
 
@@ -148,7 +149,7 @@ std::wstring lettersOf(const std::string& text) {
   for (std::size_t begin = 0; begin < text.size();) {
     wchar_t letter = 0;
     std::size_t size = std::mbrtowc(&letter, text.data() + begin, text.size() - begin, &state);
-    if (size == 0 || size > text.size() - begin) {
+    if (size == 0 || size > text.size() - begin || letter > kLastCodePoint) {
       state = {};
       size = 1;
     } else {

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "support/utf8.h"
+
 namespace lineup {
 
 namespace {
@@ -138,7 +140,7 @@ bool KeyReader::readCharacter(wchar_t& character) {
         character = kSequenceInOneByte;
         return true;
       }
-    } else if (result != static_cast<std::size_t>(-2)) {
+    } else if (result != static_cast<std::size_t>(-2) && character <= kLastCodePoint) {
       return true;
     }
   }

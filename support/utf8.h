@@ -7,6 +7,10 @@
 
 namespace lineup {
 
+/// Unicode's last code point. glibc's C.UTF-8 also takes sequences of four to six bytes beyond it,
+/// on the longest of which libedit aborts.
+inline constexpr wchar_t kLastCodePoint = 0x10FFFF;
+
 /// How many bytes the character that `text` begins with has; 0 if it is none of UTF-8.
 std::size_t characterLength(std::string_view text);
 

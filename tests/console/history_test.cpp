@@ -103,6 +103,13 @@ TEST_F(History, IsTheLastThousandLines) {
   expectRecalled(start(), {"quit", "new", "line 999"});
 }
 
+TEST_F(History, LettersBeyondUnicodeAreLeftOut) {
+  makeFolder();
+  std::ofstream(path) << "id \xfd\x88\x85\xa3\x8d\x93"
+                         "3\n";
+  expectRecalled(start(), {"id 3"});
+}
+
 TEST_F(History, ThatWasCutGoesOnWithALineOfItsOwn) {
   makeFolder();
   std::ofstream(path) << "first\nsec";

@@ -372,7 +372,7 @@ TEST_P(Editing, BytesThatMakeNoLetterAreLeftOut) {
   session.expect("> |");
   session.type(
       "i\xc3"
-      "d\xff\xa9 \xe2\x82"
+      "d\xff\xa9 \xfd\x88\x85\xa3\x8d\x93\xe2\x82"
       "é");
   session.expect("\n> id é|");
 }
