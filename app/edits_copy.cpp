@@ -102,13 +102,12 @@ void EditsCopy::placeFile(const File& file) {
   }
 }
 
-/// Fills the file and puts it into its place. Throws what writeConfig() and placeFile() do.
-void EditsCopy::writeFile(const File& file) const {
+/// Fills the file and has the disk take it. Throws std::exception.
+void EditsCopy::fillFile(const File& file) const {
   writeConfig(file.descriptor.number(), editor_.config);
   if (fsync(file.descriptor.number()) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
-  placeFile(file);
 }
 
 /// Records whether the file was placed. Two that fail in one folder are one failure.
@@ -138,7 +137,8 @@ void EditsCopy::noteFailure() {
 /// Writes in this process.
 void EditsCopy::writeNow(File file) {
   try {
-    writeFile(file);
+    fillFile(file);
+    placeFile(file);
     fsync(file.folder->descriptor.number());
   } catch (...) {
     // No room, or no memory.
@@ -165,8 +165,8 @@ void EditsCopy::startWriter(File file) {
   }
 }
 
-/// The child process. It closes, and so unlocks, the copy in place: if the console is killed
-/// meanwhile, the next one announces that copy.
+/// The child process. It closes, and so unlocks, the copy in place, and its own file before that is
+/// in place: if the console is killed meanwhile, the next one announces the copy that it finds.
 void EditsCopy::runWriter(File file) {
   ignoreEndingSignals();
   copy_ = File();
@@ -177,8 +177,9 @@ void EditsCopy::runWriter(File file) {
     }
   }
   try {
-    writeFile(file);
+    fillFile(file);
     file.descriptor = Descriptor();
+    placeFile(file);
     fsync(file.folder->descriptor.number());
   } catch (...) {
     _exit(EXIT_FAILURE);

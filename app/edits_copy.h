@@ -68,7 +68,7 @@ class EditsCopy {
   std::optional<File> beginFile(const Folder& folder) const;
   static bool removeUnplaced(const File& file);
   static void placeFile(const File& file);
-  void writeFile(const File& file) const;
+  void fillFile(const File& file) const;
   void finishFile(File& file);
   void noteFailure();
   void beginWriting();

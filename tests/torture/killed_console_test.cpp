@@ -1,7 +1,9 @@
 // A console is killed, with the child that writes its copy, at each call from the first edit to the
 // commit: what the copy holds then, and what the next console makes of it.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "controller/whole_config_file.h"
+#include "support/descriptor.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
@@ -67,6 +70,12 @@ class Session {
   void kill() {
     console_.signal(SIGKILL);
     console_.waitForEnd();
+  }
+
+  /// Waits until the writer, which may just have been forked, has closed the copy in place.
+  void awaitUnlockedCopy() const {
+    const Descriptor file(open(copy().c_str(), O_RDONLY | O_CLOEXEC));
+    flock(file.number(), LOCK_SH);
   }
 
   /// The next console announces the copy and restores it, if `path` says that there is one with
@@ -203,6 +212,7 @@ TEST(KilledConsole, WhoseWriterIsStillAtWorkHasTheCopyBeforeAnnounced) {
   session.type("id 8\n");
   session.readWhile([&] { return !session.isBeingWritten(); });
   session.kill();
+  session.awaitUnlockedCopy();
   session.expectNextToAnnounce(session.copy());
 }
 
