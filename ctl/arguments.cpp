@@ -40,7 +40,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
 /// The word that getopt_long() reads next if it finds an option.
 std::string nextOption(const std::vector<char*>& words) {
   for (auto next = static_cast<std::size_t>(std::max(optind, 1)); words[next] != nullptr; ++next) {
-    const std::string word = words[next];
+    std::string word = words[next];
     if (word.size() > 1 && word[0] == '-') {
       return word;
     }
