@@ -69,8 +69,8 @@ std::size_t lineEnd(const std::wstring& line, std::size_t /*place*/) {
   return line.size();
 }
 
-/// A key that moves the cursor to another place, or erases what is up to there. Erased letters are
-/// gone, what is more can be inserted again.
+/// A key that moves the cursor to another place, or erases the text between the two. What
+/// EraseAndKeep erases, Ctrl-Y inserts again.
 struct Motion {
   enum class Does { Move, Erase, EraseAndKeep };
 
