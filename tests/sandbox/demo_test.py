@@ -143,6 +143,14 @@ class Demo(unittest.TestCase):
         self.assertRegex(demo.stderr, r"^It is kept in " + temporary + r"/\S+\nuntil the end, as its own folder "
                                       r"is not writable\.\n$")
 
+    def test_without_a_home_the_headend_is_temporary(self):
+        self.folder = None
+        with tempfile.TemporaryDirectory() as temporary:
+            demo = self.run_demo("id 5\ncommit\n", HOME="", XDG_STATE_HOME="", TMPDIR=temporary)
+            self.assertEqual(os.listdir(temporary), [])
+        self.assertEqual(demo.returncode, 0)
+        self.assertIn("It is kept in " + temporary, demo.stderr)
+
     def test_a_folder_that_cannot_be_used_is_refused(self):
         for folder, reason in (("/dev/null/demo", "cannot write to the folder /dev/null/demo"),
                                ("/etc/demo", "/etc/demo cannot be used: the demo has an /etc of its own")):
