@@ -10,12 +10,11 @@ namespace lineup {
 
 /// A line for each difference, in this order; empty exactly if the records are equal.
 ///  - Settings by the words of the prompt's commands: "rfmod: cofdm -> qam".
-///  - Entries of the lineups, matched by the service that they name, so that one entry put in front
-///    is one line: "RF lineup: added at 1: "News", SAT 11778 MHz, SID 4101, type 1", and likewise
-///    "removed from", "moved from 5 to 2", "changed at". Such a line implies that the service is
-///    new, or gone, unless another line says that it is, or was, in no lineup. A
-///    new entry's line ends with what it has besides the defaults, or besides what a removed one in
-///    its place had, and names its service by number where another service is the same.
+///  - Entries: matched by the service they refer to. A line says "added at", "removed from", "moved
+///    from 5 to 2" or "changed at": "RF lineup: added at 1: "News", SAT 11778 MHz, SID 4101, type
+///    1". It implies that the service itself was added or removed, unless another line says it is
+///    in no lineup. "added" also lists fields that differ from the defaults, or from the entry
+///    removed at that position, and the service's number if another service is identical.
 ///  - Services: those in no lineup, and what differs in one. Services are matched by the place
 ///    that they are received from and their SID (DVB), or by their address (ENC). A new service
 ///    adds the fields that its entries do not show and that are not at their defaults; a service

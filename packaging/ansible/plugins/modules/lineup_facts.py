@@ -94,7 +94,7 @@ from ansible_collections.lineup.console.plugins.module_utils import lineupctl
 
 
 def rf_inputs(module):
-    """The table of the RF inputs, whose rows are behind its title and its header."""
+    """The table of the RF inputs, whose rows are after its title and its header."""
     rows = lineupctl.output(module, ["show", "--section", "rfinputs"]).strip().split("\n")[2:]
     inputs = {}
     for row in rows:
