@@ -15,7 +15,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <clocale>
 #include <csignal>
 #include <cstddef>
@@ -27,24 +26,24 @@
 #include <functional>
 #include <iostream>
 #include <iterator>
-#include <map>
-#include <new>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "support/column_list.h"
 #include "support/ending_signals.h"
-#include "support/history_file.h"
-#include "support/line_history.h"
-#include "support/line_places.h"
+#include "support/letters.h"
+#include "support/line_completion.h"
+#include "support/line_motions.h"
+#include "support/line_recall.h"
 #include "support/line_screen.h"
+#include "support/line_search.h"
+#include "support/line_undo.h"
 #include "support/pager.h"
 #include "support/signal_sets.h"
 #include "support/terminal_keys.h"
 #include "support/terminal_mode.h"
 #include "support/typed_ahead.h"
-#include "support/utf8.h"
 
 namespace lineup {
 
@@ -59,41 +58,6 @@ constexpr KeyBinding kBindings[] = {
     {key::kEndOfInput, L"em-delete-or-list"},
     {key::kLineFeed, L"ed-newline"},
     {key::kReturn, L"ed-newline"},
-};
-
-std::size_t lineBegin(const std::wstring& /*line*/, std::size_t /*place*/) {
-  return 0;
-}
-
-std::size_t lineEnd(const std::wstring& line, std::size_t /*place*/) {
-  return line.size();
-}
-
-/// A key that moves the cursor to another place, or erases the text between the two. What
-/// EraseAndKeep erases, Ctrl-Y inserts again.
-struct Motion {
-  enum class Does { Move, Erase, EraseAndKeep };
-
-  wchar_t key;
-  Does does;
-  std::size_t (*to)(const std::wstring& line, std::size_t place);
-};
-constexpr Motion kMotions[] = {
-    {key::kLeft, Motion::Does::Move, letterBefore},
-    {key::kRight, Motion::Does::Move, letterBehind},
-    {key::kWordLeft, Motion::Does::Move, wordBefore},
-    {key::kWordRight, Motion::Does::Move, wordBehind},
-    {key::kBeginning, Motion::Does::Move, lineBegin},
-    {key::kEnd, Motion::Does::Move, lineEnd},
-    {key::kBackspace, Motion::Does::Erase, letterBefore},
-    {key::kRubout, Motion::Does::Erase, letterBefore},
-    {key::kDelete, Motion::Does::Erase, letterBehind},
-    {key::kEndOfInput, Motion::Does::Erase, letterBehind},
-    {key::kEraseWord, Motion::Does::EraseAndKeep, wordBehind},
-    {key::kEraseWordBefore, Motion::Does::EraseAndKeep, wordBefore},
-    {key::kEraseToBlank, Motion::Does::EraseAndKeep, blankBefore},
-    {key::kEraseToBeginning, Motion::Does::EraseAndKeep, lineBegin},
-    {key::kEraseToEnd, Motion::Does::EraseAndKeep, lineEnd},
 };
 
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
@@ -118,66 +82,13 @@ void deliverPending(int signal) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-/// In any case, and where the word has '_' in the place of what was typed.
-bool standsFor(char typed, char inWord) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return lower(typed) == lower(inWord) || inWord == '_';
-}
-
-bool beginsWith(const std::string& word, const std::string& typed) {
-  return word.size() >= typed.size() &&
-         std::equal(typed.begin(), typed.end(), word.begin(), standsFor);
-}
-
-std::string commonBeginning(const std::vector<Candidate>& candidates) {
-  std::string common = candidates.front().word;
-  for (const Candidate& candidate : candidates) {
-    const std::string& word = candidate.word;
-    const auto end = std::mismatch(common.begin(), common.end(), word.begin(), word.end()).first;
-    common.erase(end, common.end());
-  }
-  while (!common.empty() && std::mbstowcs(nullptr, common.c_str(), 0) == std::string::npos) {
-    common.pop_back();  // never a part of a letter
-  }
-  return common;
-}
-
-/// The letters of `text`; bytes that make none are left out.
-std::wstring lettersOf(const std::string& text) {
-  std::wstring letters;
-  std::mbstate_t state{};
-  for (std::size_t begin = 0; begin < text.size();) {
-    wchar_t letter = 0;
-    std::size_t size = std::mbrtowc(&letter, text.data() + begin, text.size() - begin, &state);
-    if (size == 0 || size > text.size() - begin || letter > kLastCodePoint) {
-      state = {};
-      size = 1;
-    } else {
-      letters += letter;
-    }
-    begin += size;
-  }
-  return letters;
-}
-
-std::string bytesOf(const std::wstring& letters) {
-  std::string text;
-  std::mbstate_t state{};
-  for (const wchar_t letter : letters) {
-    std::array<char, MB_LEN_MAX> bytes{};
-    const std::size_t size = std::wcrtomb(bytes.data(), letter, &state);
-    text.append(bytes.data(), size <= bytes.size() ? size : 0);
-  }
-  return text;
-}
-
 class TerminalLineEditor {
  public:
   /// Null if there is no terminal to edit on.
   static TerminalLineEditor* start();
 
   Edited edit(const std::string& prompt, const LineAids& aids, std::string& line);
-  void remember(const std::string& line);
+  void remember(const std::string& line) { recall_.remember(line); }
 
  private:
   TerminalLineEditor() = default;
@@ -189,7 +100,6 @@ class TerminalLineEditor {
   std::size_t number(const char* name) const;
   void bindKeys();
   bool edits() const;
-  void bringBackEarlierLines();
 
   static TerminalLineEditor& of(EditLine* lib);
   void beginEditing();
@@ -213,26 +123,24 @@ class TerminalLineEditor {
   void letStop(int signal);
   void startAgain();
 
-  void recall(std::size_t line);
+  bool act(wchar_t key);
   bool search(wchar_t& key);
   bool moveOrErase(wchar_t key);
-  void transpose();
   void keepForUndo(wchar_t key);
-  void undo();
 
   class AsForACommand;
   void showOverview(const std::function<std::string()>& overview, bool mayWait);
   void show(const std::string& overview);
 
   void completeWord();
-  void replaceWord(const std::string& typed, const std::string& word);
-  void list(const std::string& typed, const std::vector<Candidate>& candidates);
+  void list(const std::vector<std::string>& items);
 
   std::wstring text() const;
   std::size_t length() const;
   std::size_t cursor() const;
   void insert(const std::wstring& text);
-  void replaceLine(const std::wstring& text, std::size_t cursor);
+  void replace(const EditedLine& line);
+  void replaceOrRing(const std::optional<EditedLine>& line);
   void makeRoom(std::size_t letters);
 
   TerminalSize size() const;
@@ -253,7 +161,7 @@ class TerminalLineEditor {
   LineScreen screen_{{}};
   std::wstring erased_{};  ///< what was erased last
   KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
-  LineHistory history_{};
+  LineRecall recall_{};
   TypedAhead typedAhead_{};
   LineEnds lineEnds_{};
   std::string typedAheadLine_{};  ///< read in canonical mode
@@ -265,14 +173,7 @@ class TerminalLineEditor {
   std::wstring prompt_{};
   std::wstring note_{};  ///< shown below it
   const LineAids* aids_ = nullptr;
-  std::size_t recalled_ = 0;                    ///< its place in the history
-  std::map<std::size_t, std::wstring> left_{};  ///< as what other places were left
-  struct Step {
-    std::wstring text;
-    std::size_t cursor;
-  };
-  std::vector<Step> before_{};  ///< what undo goes back to
-  bool typing_ = false;         ///< whether the last key was a letter
+  LineUndo undo_{};
   bool endTyped_ = false;       ///< whether a key has ended the input
   std::exception_ptr ended_{};  ///< what ended it
 };
@@ -317,7 +218,7 @@ bool TerminalLineEditor::prepare(const char* terminal) {
   el_set(
       lib_, EL_GETCFN,
       +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
-  bringBackEarlierLines();
+  recall_.readEarlierLines();
   return true;
 }
 
@@ -429,10 +330,9 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   }
   prompt_ = lettersOf(prompt);
   aids_ = &aids;
-  recalled_ = history_.size();
-  left_.clear();
-  before_.clear();
-  typing_ = endTyped_ = false;
+  recall_.begin();
+  undo_.begin();
+  endTyped_ = false;
   ended_ = nullptr;
   std::cout.flush();
 
@@ -546,19 +446,30 @@ bool TerminalLineEditor::handle(wchar_t key) {
     return true;
   }
   if (key == key::kUndo) {
-    undo();
+    replaceOrRing(undo_.undo(text()));
     return true;
   }
   keepForUndo(key);
+  if (key == key::kReturn || key == key::kLineFeed) {
+    lineEnds_.ended({static_cast<char>(key), cameInUsualMode_, cameAtOnce_, moreFollows()});
+    readPasteEnd();
+    return false;
+  }
+  const bool endsInput = key == key::kEndOfInput && length() == 0;
+  return !endsInput && (moveOrErase(key) || act(key));
+}
+
+/// Does what a key does that neither moves nor erases; returns whether `key` is one.
+bool TerminalLineEditor::act(wchar_t key) {
   switch (key) {
     case key::kUp:
-      recall(recalled_ - std::min<std::size_t>(recalled_, 1));
+      replaceOrRing(recall_.older(text()));
       return true;
     case key::kDown:
-      recall(recalled_ + 1);
+      replaceOrRing(recall_.newer(text()));
       return true;
     case key::kTranspose:
-      transpose();
+      replaceOrRing(transpose({text(), cursor()}));
       return true;
     case key::kYank:
       insert(erased_);
@@ -575,15 +486,8 @@ bool TerminalLineEditor::handle(wchar_t key) {
     case key::kClearScreen:
       put(screen_.clear());
       return true;
-    case key::kReturn:
-    case key::kLineFeed:
-      lineEnds_.ended({static_cast<char>(key), cameInUsualMode_, cameAtOnce_, moreFollows()});
-      readPasteEnd();
-      return false;
-    case key::kEndOfInput:
-      return length() > 0 && moveOrErase(key);
     default:
-      return moveOrErase(key);
+      return false;
   }
 }
 
@@ -596,7 +500,7 @@ bool TerminalLineEditor::readKey(wchar_t& key, bool escapeAlone) {
       return true;
     }
     lineEnds_.setInPaste(key == key::kPasteBegins);
-    typing_ = false;  // one undoes what was pasted apart from what was typed
+    undo_.endRow();  // one undoes what was pasted apart from what was typed
   }
   return false;
 }
@@ -739,77 +643,29 @@ void TerminalLineEditor::startAgain() {
 
 // ---- earlier lines
 
-/// Without memory for them there are none.
-void TerminalLineEditor::bringBackEarlierLines() {
-  try {
-    for (const std::string& line : readHistoryFile(LineHistory::kMost)) {
-      history_.add(lettersOf(line));
-    }
-  } catch (const std::bad_alloc&) {
-    history_ = {};
-  }
-}
-
-void TerminalLineEditor::remember(const std::string& line) {
-  const std::wstring letters = lettersOf(line);
-  if (letters.empty() || (history_.size() > 0 && history_[history_.size() - 1] == letters)) {
-    return;
-  }
-  history_.add(letters);
-  try {
-    appendToHistoryFile(line, LineHistory::kMost);
-  } catch (const std::bad_alloc&) {
-    return;  // the file is too large: the line is kept in this console alone
-  }
-}
-
-/// Makes the line the one of this place in the history, or what it was changed to there. Behind the
-/// end it is what was typed. The history stays as it is.
-void TerminalLineEditor::recall(std::size_t line) {
-  if (line == recalled_ || line > history_.size()) {
-    put("\a");
-    return;
-  }
-  left_[recalled_] = text();
-  recalled_ = line;
-  const auto left = left_.find(line);
-  const std::wstring& recalled = left == left_.end() ? history_[line] : left->second;
-  replaceLine(recalled, recalled.size());
-}
-
 /// Lets the person look for an earlier line by a part of it. Returns false at the end of input;
 /// else `key` is the one with which to go on.
 bool TerminalLineEditor::search(wchar_t& key) {
   keepForUndo(key);
-  const std::size_t from = recalled_;
-  const std::wstring line = left_[from] = text();
-  std::wstring part;
-  std::optional<LineHistory::Place> place;
-  note_ = L"bck:";
+  const std::size_t from = recall_.place();
+  const std::wstring line = text();
+  recall_.leave(line);
+  LineSearch search(recall_.history());
+  note_ = search.note();
   while (readKey(key, true)) {
-    std::size_t before = place ? place->line + 1 : history_.size();
-    if (key::isLetter(key)) {
-      part += key;
-    } else if (key == key::kSearch) {
-      before = place ? place->line : history_.size();
-    } else if (key == key::kBackspace || key == key::kRubout) {
-      part.resize(letterBefore(part, part.size()));
-      before = history_.size();
-    } else {
+    if (!search.take(key)) {
       note_.clear();
       if (key == key::kGiveUp) {
-        recalled_ = from;
-        replaceLine(line, line.size());
+        recall_.goTo(from);
+        replace({line, line.size()});
       }
       el_set(lib_, EL_REFRESH);
       return true;
     }
-    const auto found = part.empty() ? std::nullopt : history_.find(part, before);
-    note_ = L"bck:" + part + (found || part.empty() ? L"" : L"?");
-    if (found) {
-      place = found;
-      recalled_ = found->line;
-      replaceLine(history_[found->line], found->column);
+    note_ = search.note();
+    if (search.place()) {
+      recall_.goTo(search.place()->line);
+      replace({recall_.history()[search.place()->line], search.place()->column});
     }
   }
   return false;
@@ -819,70 +675,30 @@ bool TerminalLineEditor::search(wchar_t& key) {
 
 /// Returns whether `key` is one that does so.
 bool TerminalLineEditor::moveOrErase(wchar_t key) {
-  const auto* const motion =
-      std::find_if(std::begin(kMotions), std::end(kMotions),
-                   [key](const Motion& candidate) { return candidate.key == key; });
-  if (motion == std::end(kMotions)) {
+  const LineMotion* const motion = motionOf(key);
+  if (motion == nullptr) {
     return false;
   }
   const std::wstring line = text();
   const std::size_t from = cursor();
   const std::size_t to = motion->to(line, from);
   const auto [begin, end] = std::minmax(from, to);
-  const bool erases = motion->does != Motion::Does::Move;
+  const bool erases = motion->does != LineMotion::Does::Move;
   el_cursor(lib_, static_cast<int>(erases ? end : to) - static_cast<int>(from));
   if (erases) {
     el_deletestr(lib_, static_cast<int>(end - begin));
   }
-  if (motion->does == Motion::Does::EraseAndKeep && end > begin) {
+  if (motion->does == LineMotion::Does::EraseAndKeep && end > begin) {
     erased_ = line.substr(begin, end - begin);
   }
   return true;
 }
 
-/// Exchanges the letters before and at the cursor, or the last two, and moves it behind them.
-void TerminalLineEditor::transpose() {
-  const std::wstring line = text();
-  const std::size_t end = letterBehind(line, cursor());
-  const std::size_t middle = letterBefore(line, end);
-  const std::size_t begin = letterBefore(line, middle);
-  if (begin == middle) {
-    put("\a");
-    return;
-  }
-  const std::wstring first = line.substr(begin, middle - begin);
-  const std::wstring second = line.substr(middle, end - middle);
-  replaceLine(line.substr(0, begin) + second + first + line.substr(end), end);
-}
-
-/// Keeps the line and its cursor as they are before `key`; letters typed in a row are one step.
+/// Keeps the line as it is before `key`, if that is a step of its own.
 void TerminalLineEditor::keepForUndo(wchar_t key) {
-  constexpr std::size_t kSteps = 100;
-  const bool goesOn = typing_ && key::isLetter(key);
-  typing_ = key::isLetter(key);
-  if (goesOn) {
-    return;
+  if (undo_.beginsStep(key)) {
+    undo_.keep({text(), cursor()});
   }
-  if (!before_.empty() && before_.back().text == text()) {
-    before_.back().cursor = cursor();
-    return;
-  }
-  before_.push_back({text(), cursor()});
-  if (before_.size() > kSteps) {
-    before_.erase(before_.begin());
-  }
-}
-
-void TerminalLineEditor::undo() {
-  typing_ = false;
-  while (!before_.empty() && before_.back().text == text()) {
-    before_.pop_back();
-  }
-  if (before_.empty()) {
-    put("\a");
-    return;
-  }
-  replaceLine(before_.back().text, before_.back().cursor);
 }
 
 // ---- looking
@@ -961,53 +777,29 @@ void TerminalLineEditor::show(const std::string& overview) {
 // ---- completing
 
 void TerminalLineEditor::completeWord() {
-  const std::string begun = bytesOf(text().substr(0, cursor()));
-  const bool blankFollows = cursor() < text().size() && text()[cursor()] == L' ';
-  const std::string typed = begun.substr(begun.rfind(' ') + 1);
-  std::vector<Candidate> possible;
+  const std::wstring line = text();
+  const std::string begun = bytesOf(line.substr(0, cursor()));
+  std::vector<Candidate> candidates;
   try {
-    possible = aids_->complete == nullptr ? possible : aids_->complete(begun);
+    candidates = aids_->complete == nullptr ? candidates : aids_->complete(begun);
   } catch (const std::exception&) {
-    possible.clear();
+    candidates.clear();
   }
-  if (possible.empty()) {
+  if (candidates.empty()) {
     put("\a");
     return;
   }
-  if (possible.size() > 1) {
-    const std::string common = commonBeginning(possible);
-    if (common.size() > typed.size() && beginsWith(common, typed)) {
-      replaceWord(typed, common);
-    } else {
-      list(typed, possible);
-    }
-    return;
+  const bool blankFollows = cursor() < line.size() && line[cursor()] == L' ';
+  const Completion completion = lineup::completeWord(begun, blankFollows, candidates);
+  if (!completion.listed.empty()) {
+    list(completion.listed);
   }
-  if (!possible.front().note.empty()) {
-    list(typed, possible);
-  }
-  const std::string& word = possible.front().word;
-  replaceWord(typed, blankFollows || word.ends_with('/') ? word : word + ' ');
+  el_deletestr(lib_, static_cast<int>(completion.erased));
+  insert(completion.inserted);
 }
 
-void TerminalLineEditor::replaceWord(const std::string& typed, const std::string& word) {
-  if (word.starts_with(typed)) {
-    insert(lettersOf(word.substr(typed.size())));
-    return;
-  }
-  el_deletestr(lib_, static_cast<int>(lettersOf(typed).size()));
-  insert(lettersOf(word));
-}
-
-/// Shows the candidates below the line, and the line below them.
-void TerminalLineEditor::list(const std::string& typed, const std::vector<Candidate>& candidates) {
-  const std::size_t folder = typed.rfind('/') + 1;  // not repeated for each
-  std::vector<std::string> items;
-  for (const Candidate& candidate : candidates) {
-    const std::string& word = candidate.word;
-    const std::string shown = beginsWith(word, typed) ? word.substr(folder) : word;
-    items.push_back(candidate.note.empty() ? shown : shown + "  " + candidate.note);
-  }
+/// Shows `items` below the line, and the line below them.
+void TerminalLineEditor::list(const std::vector<std::string>& items) {
   constexpr std::size_t kLeastLines = 5;
   const std::size_t height = std::max(kLeastLines + 2, screen_.rows()) - 2;
   const std::size_t width = std::max<std::size_t>(screen_.columns(), 2) - 1;
@@ -1039,15 +831,23 @@ void TerminalLineEditor::insert(const std::wstring& text) {
   el_winsertstr(lib_, text.c_str());
 }
 
-void TerminalLineEditor::replaceLine(const std::wstring& text, std::size_t cursor) {
-  makeRoom(longest_ + text.size());
+void TerminalLineEditor::replace(const EditedLine& line) {
+  makeRoom(longest_ + line.text.size());
   const auto all = static_cast<int>(length());
-  if (text.empty()) {
+  if (line.text.empty()) {
     el_cursor(lib_, all);
     el_deletestr(lib_, all);
   } else {
-    el_wreplacestr(lib_, text.c_str());
-    el_cursor(lib_, static_cast<int>(cursor) - static_cast<int>(this->cursor()));
+    el_wreplacestr(lib_, line.text.c_str());
+    el_cursor(lib_, static_cast<int>(line.cursor) - static_cast<int>(cursor()));
+  }
+}
+
+void TerminalLineEditor::replaceOrRing(const std::optional<EditedLine>& line) {
+  if (line) {
+    replace(*line);
+  } else {
+    put("\a");
   }
 }
 

@@ -11,6 +11,12 @@ namespace lineup {
 // marks. A word is made of letters, digits and what is usual in names and URLs. A place is the
 // number of characters before it; each function returns one between letters.
 
+/// A line that is edited, and the place of its cursor.
+struct EditedLine {
+  std::wstring text;
+  std::size_t cursor;
+};
+
 /// Where the letter before `place` begins.
 std::size_t letterBefore(const std::wstring& line, std::size_t place);
 
