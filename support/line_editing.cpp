@@ -1,12 +1,5 @@
-// Line editing. libedit holds the line and inserts the letters that are typed. It reads no keys and
-// draws nothing: its drawing writes beyond its screen buffer when the line has more rows than the
-// screen. It is given a large screen whose output goes to /dev/null; LineScreen shows the line, and
-// KeyReader passes only letters and the keys below. Nor does it move or erase, as it takes a
-// combining mark for a letter.
-
 #include "support/line_editing.h"
 
-#include <histedit.h>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -33,6 +26,7 @@
 #include "support/column_list.h"
 #include "support/ending_signals.h"
 #include "support/letters.h"
+#include "support/libedit_line.h"
 #include "support/line_completion.h"
 #include "support/line_motions.h"
 #include "support/line_recall.h"
@@ -48,17 +42,6 @@
 namespace lineup {
 
 namespace {
-
-/// What libedit does. All other keys mean nothing to it.
-struct KeyBinding {
-  wchar_t key;
-  const wchar_t* function;
-};
-constexpr KeyBinding kBindings[] = {
-    {key::kEndOfInput, L"em-delete-or-list"},
-    {key::kLineFeed, L"ed-newline"},
-    {key::kReturn, L"ed-newline"},
-};
 
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
 /// is edited, so that none is acted on while libedit works.
@@ -93,15 +76,7 @@ class TerminalLineEditor {
  private:
   TerminalLineEditor() = default;
   bool prepare(const char* terminal);
-  bool startLibedit(const char* terminal, std::FILE* nowhere);
-  bool learnAbilities(bool known);
-  std::string ability(const char* name) const;
-  bool can(const char* name) const;
-  std::size_t number(const char* name) const;
-  void bindKeys();
-  bool edits() const;
 
-  static TerminalLineEditor& of(EditLine* lib);
   void beginEditing();
   void endEditing();
   bool wasInterrupted() const;
@@ -135,13 +110,7 @@ class TerminalLineEditor {
   void completeWord();
   void list(const std::vector<std::string>& items);
 
-  std::wstring text() const;
-  std::size_t length() const;
-  std::size_t cursor() const;
-  void insert(const std::wstring& text);
-  void replace(const EditedLine& line);
   void replaceOrRing(const std::optional<EditedLine>& line);
-  void makeRoom(std::size_t letters);
 
   TerminalSize size() const;
   void draw();
@@ -149,15 +118,11 @@ class TerminalLineEditor {
   static void put(const std::string& output) { std::cout << output << std::flush; }
   void askForPasteMarks(bool on);
 
-  EditLine* lib_ = nullptr;
-  std::size_t room_ = 0;     ///< for how many letters libedit's screen is large enough
-  std::size_t longest_ = 1;  ///< the most letters that a line has had
+  LibeditLine line_{[this](wchar_t& key) { return readCharacter(key); }};
   int signals_ = -1;
   TerminalMode mode_;
-  TerminalSize usualSize_{24, 80};
-  bool sparesLastColumn_ = false;
-  bool canMarkPastes_ = false;  ///< if it is asked to
-  bool marksPastes_ = false;    ///< whether it is
+  TerminalDescription terminal_{};
+  bool marksPastes_ = false;  ///< whether the terminal is asked to
   LineScreen screen_{{}};
   std::wstring erased_{};  ///< what was erased last
   KeyReader keys_{[this](char& byte) { return readByte(byte); }, comesWithin};
@@ -200,124 +165,14 @@ bool TerminalLineEditor::prepare(const char* terminal) {
   }
   const sigset_t signals = terminalSignals();
   signals_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-  std::FILE* const nowhere = std::fopen("/dev/null", "w+e");
-  if (signals_ < 0 || nowhere == nullptr || !startLibedit(terminal, nowhere)) {
+  const auto description = signals_ < 0 ? std::nullopt : line_.start(terminal);
+  if (!description) {
     return false;
   }
-  el_set(lib_, EL_CLIENTDATA, this);
-  el_set(
-      lib_, EL_PROMPT, +[](EditLine* /*lib*/) {
-        static char none[] = "";
-        return none;
-      });
-  bindKeys();
-  makeRoom(1);
-  if (!edits()) {
-    return false;
-  }
-  el_set(
-      lib_, EL_GETCFN,
-      +[](EditLine* lib, wchar_t* character) { return of(lib).readCharacter(*character); });
+  terminal_ = *description;
+  screen_ = LineScreen(terminal_.abilities);
   recall_.readEarlierLines();
   return true;
-}
-
-/// Starts libedit on the terminal, learns from it what the terminal can do, and takes the terminal
-/// away from it: libedit takes it to be in its mode from now on, and sees no size of it.
-bool TerminalLineEditor::startLibedit(const char* terminal, std::FILE* nowhere) {
-  const TerminalSizeBounded bounded;
-  mode_.keep();
-  lib_ = el_init_fd("lineup-console", stdin, nowhere, nowhere, STDIN_FILENO, STDOUT_FILENO,
-                    fileno(nowhere));
-  const bool able = lib_ != nullptr && learnAbilities(el_set(lib_, EL_TERMINAL, terminal) == 0);
-  if (able) {
-    el_set(lib_, EL_PREP_TERM, 1);
-    el_set(lib_, EL_SETFP, 0, nowhere);
-  }
-  mode_.restore();
-  return able;
-}
-
-/// Returns whether lines can be edited. A terminal that is not known is taken for an xterm, as
-/// nearly all are.
-bool TerminalLineEditor::learnAbilities(bool known) {
-  if (!known) {
-    screen_ = LineScreen({"\x1b[A", "\x1b[K", "\x1b[J", "\x1b[H\x1b[2J", true});
-    canMarkPastes_ = true;
-    return true;
-  }
-  usualSize_ = {number("li"), number("co")};
-  // "am" wraps at the last column; without "xn", as soon as that column is written.
-  sparesLastColumn_ = can("am") && !can("xn");
-  screen_ = LineScreen(
-      {ability("up"), ability("ce"), ability("cd"), ability("cl"), can("am") && can("xn")});
-  // Which terminals do it is written nowhere; those of ECMA-48 leave out what they do not know.
-  canMarkPastes_ = ability("ce").starts_with("\x1b[");
-  return !ability("up").empty() && !ability("ce").empty();
-}
-
-/// The string for the terminal's ability of this termcap name, without the pauses ("$<5>") that
-/// hardware terminals needed.
-std::string TerminalLineEditor::ability(const char* name) const {
-  char* value = nullptr;
-  if (el_get(lib_, EL_GETTC, name, &value) != 0 || value == nullptr) {
-    return "";
-  }
-  std::string text = value;
-  for (std::size_t begin = text.find("$<"); begin != std::string::npos; begin = text.find("$<")) {
-    const std::size_t end = std::min(text.find('>', begin), text.size() - 1);
-    text.erase(begin, end + 1 - begin);
-  }
-  return text;
-}
-
-bool TerminalLineEditor::can(const char* name) const {
-  return ability(name) == "yes";
-}
-
-std::size_t TerminalLineEditor::number(const char* name) const {
-  int value = 0;
-  el_get(lib_, EL_GETTC, name, &value);
-  return static_cast<std::size_t>(std::max(value, 1));
-}
-
-void TerminalLineEditor::bindKeys() {
-  el_wset(lib_, EL_EDITOR, L"emacs");
-  for (wchar_t key = 1; key < key::kFirstLetterBeyondAscii; ++key) {
-    const wchar_t keys[] = {L'\\', static_cast<wchar_t>(L'0' + key / 64),
-                            static_cast<wchar_t>(L'0' + key / 8 % 8),
-                            static_cast<wchar_t>(L'0' + key % 8), L'\0'};
-    const auto* const binding =
-        std::find_if(std::begin(kBindings), std::end(kBindings),
-                     [key](const KeyBinding& candidate) { return candidate.key == key; });
-    const wchar_t* const function = binding != std::end(kBindings) ? binding->function
-                                    : key::isLetter(key)           ? L"ed-insert"
-                                                                   : L"ed-unassigned";
-    el_wset(lib_, EL_BIND, keys, function, nullptr);
-  }
-}
-
-/// Whether libedit edits, which it is given a line for. Where the terminal failed when libedit
-/// looked at it, libedit says so nowhere: it reads no line, or has every key for a letter.
-bool TerminalLineEditor::edits() const {
-  el_set(
-      lib_, EL_GETCFN, +[](EditLine* /*lib*/, wchar_t* key) {
-        static const wchar_t* next = L"\x01\n";  // to the beginning, Return
-        if (*next == L'\0') {
-          return 0;
-        }
-        *key = *next++;
-        return 1;
-      });
-  int length = 0;
-  const char* const line = el_gets(lib_, &length);
-  return line != nullptr && *line == '\n';
-}
-
-TerminalLineEditor& TerminalLineEditor::of(EditLine* lib) {
-  void* editor = nullptr;
-  el_get(lib, EL_CLIENTDATA, &editor);
-  return *static_cast<TerminalLineEditor*>(editor);
 }
 
 // ---- a line
@@ -339,8 +194,7 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   const BlockedSignals blocked(terminalSignals());
   beginEditing();  // before the prompt, so that what is typed on seeing it is not echoed twice
   screen_.begin(size().rows, size().columns);
-  int length = 0;
-  const char* const result = el_gets(lib_, &length);
+  const char* const result = line_.read();
   askForPasteMarks(false);
   note_.clear();  // of a search that it has ended
   if (result != nullptr) {
@@ -426,11 +280,11 @@ int TerminalLineEditor::readCharacter(wchar_t& character) {
         return 0;
       }
       if (!handle(character)) {
-        makeRoom(longest_ + length() + 1);
-        endTyped_ = character == key::kEndOfInput && length() == 0;
+        line_.makeRoomForKey();
+        endTyped_ = character == key::kEndOfInput && line_.length() == 0;
         return 1;
       }
-      el_set(lib_, EL_REFRESH);  // or its screen would not be that of the line
+      line_.refresh();  // or its screen would not be that of the line
     }
     return 0;
   } catch (...) {
@@ -446,7 +300,7 @@ bool TerminalLineEditor::handle(wchar_t key) {
     return true;
   }
   if (key == key::kUndo) {
-    replaceOrRing(undo_.undo(text()));
+    replaceOrRing(undo_.undo(line_.text()));
     return true;
   }
   keepForUndo(key);
@@ -455,7 +309,7 @@ bool TerminalLineEditor::handle(wchar_t key) {
     readPasteEnd();
     return false;
   }
-  const bool endsInput = key == key::kEndOfInput && length() == 0;
+  const bool endsInput = key == key::kEndOfInput && line_.length() == 0;
   return !endsInput && (moveOrErase(key) || act(key));
 }
 
@@ -463,16 +317,16 @@ bool TerminalLineEditor::handle(wchar_t key) {
 bool TerminalLineEditor::act(wchar_t key) {
   switch (key) {
     case key::kUp:
-      replaceOrRing(recall_.older(text()));
+      replaceOrRing(recall_.older(line_.text()));
       return true;
     case key::kDown:
-      replaceOrRing(recall_.newer(text()));
+      replaceOrRing(recall_.newer(line_.text()));
       return true;
     case key::kTranspose:
-      replaceOrRing(transpose({text(), cursor()}));
+      replaceOrRing(transpose(line_.line()));
       return true;
     case key::kYank:
-      insert(erased_);
+      line_.insert(erased_);
       return true;
     case key::kTab:
       completeWord();
@@ -648,7 +502,7 @@ void TerminalLineEditor::startAgain() {
 bool TerminalLineEditor::search(wchar_t& key) {
   keepForUndo(key);
   const std::size_t from = recall_.place();
-  const std::wstring line = text();
+  const std::wstring line = line_.text();
   recall_.leave(line);
   LineSearch search(recall_.history());
   note_ = search.note();
@@ -657,15 +511,15 @@ bool TerminalLineEditor::search(wchar_t& key) {
       note_.clear();
       if (key == key::kGiveUp) {
         recall_.goTo(from);
-        replace({line, line.size()});
+        line_.replace({line, line.size()});
       }
-      el_set(lib_, EL_REFRESH);
+      line_.refresh();
       return true;
     }
     note_ = search.note();
     if (search.place()) {
       recall_.goTo(search.place()->line);
-      replace({recall_.history()[search.place()->line], search.place()->column});
+      line_.replace({recall_.history()[search.place()->line], search.place()->column});
     }
   }
   return false;
@@ -679,14 +533,14 @@ bool TerminalLineEditor::moveOrErase(wchar_t key) {
   if (motion == nullptr) {
     return false;
   }
-  const std::wstring line = text();
-  const std::size_t from = cursor();
+  const std::wstring line = line_.text();
+  const std::size_t from = line_.cursor();
   const std::size_t to = motion->to(line, from);
   const auto [begin, end] = std::minmax(from, to);
   const bool erases = motion->does != LineMotion::Does::Move;
-  el_cursor(lib_, static_cast<int>(erases ? end : to) - static_cast<int>(from));
+  line_.moveTo(erases ? end : to);
   if (erases) {
-    el_deletestr(lib_, static_cast<int>(end - begin));
+    line_.eraseBefore(end - begin);
   }
   if (motion->does == LineMotion::Does::EraseAndKeep && end > begin) {
     erased_ = line.substr(begin, end - begin);
@@ -697,7 +551,7 @@ bool TerminalLineEditor::moveOrErase(wchar_t key) {
 /// Keeps the line as it is before `key`, if that is a step of its own.
 void TerminalLineEditor::keepForUndo(wchar_t key) {
   if (undo_.beginsStep(key)) {
-    undo_.keep({text(), cursor()});
+    undo_.keep(line_.line());
   }
 }
 
@@ -759,7 +613,7 @@ void TerminalLineEditor::showOverview(const std::function<std::string()>& overvi
 /// Shows an overview as it is, or in a pager if the screen has no room for it and the line.
 void TerminalLineEditor::show(const std::string& overview) {
   const TerminalSize screen = size();
-  std::size_t rows = rowsOf(prompt_ + text() + L' ', screen.columns);  // and the cursor
+  std::size_t rows = rowsOf(prompt_ + line_.text() + L' ', screen.columns);  // and the cursor
   for (std::size_t begin = 0; begin < overview.size();) {
     const std::size_t end = std::min(overview.find('\n', begin), overview.size());
     rows += rowsOf(lettersOf(overview.substr(begin, end - begin)), screen.columns);
@@ -777,8 +631,8 @@ void TerminalLineEditor::show(const std::string& overview) {
 // ---- completing
 
 void TerminalLineEditor::completeWord() {
-  const std::wstring line = text();
-  const std::string begun = bytesOf(line.substr(0, cursor()));
+  const std::wstring line = line_.text();
+  const std::string begun = bytesOf(line.substr(0, line_.cursor()));
   std::vector<Candidate> candidates;
   try {
     candidates = aids_->complete == nullptr ? candidates : aids_->complete(begun);
@@ -789,13 +643,13 @@ void TerminalLineEditor::completeWord() {
     put("\a");
     return;
   }
-  const bool blankFollows = cursor() < line.size() && line[cursor()] == L' ';
+  const bool blankFollows = line_.cursor() < line.size() && line[line_.cursor()] == L' ';
   const Completion completion = lineup::completeWord(begun, blankFollows, candidates);
   if (!completion.listed.empty()) {
     list(completion.listed);
   }
-  el_deletestr(lib_, static_cast<int>(completion.erased));
-  insert(completion.inserted);
+  line_.eraseBefore(completion.erased);
+  line_.insert(completion.inserted);
 }
 
 /// Shows `items` below the line, and the line below them.
@@ -808,89 +662,37 @@ void TerminalLineEditor::list(const std::vector<std::string>& items) {
   put(listInColumns(items, width, height));
 }
 
-// ---- the line in libedit
-
-std::wstring TerminalLineEditor::text() const {
-  const LineInfoW* const line = el_wline(lib_);
-  return {line->buffer, line->lastchar};
-}
-
-std::size_t TerminalLineEditor::length() const {
-  const LineInfoW* const line = el_wline(lib_);
-  return static_cast<std::size_t>(line->lastchar - line->buffer);
-}
-
-/// How many letters are before the cursor.
-std::size_t TerminalLineEditor::cursor() const {
-  const LineInfoW* const line = el_wline(lib_);
-  return static_cast<std::size_t>(line->cursor - line->buffer);
-}
-
-void TerminalLineEditor::insert(const std::wstring& text) {
-  makeRoom(longest_ + length() + text.size());
-  el_winsertstr(lib_, text.c_str());
-}
-
-void TerminalLineEditor::replace(const EditedLine& line) {
-  makeRoom(longest_ + line.text.size());
-  const auto all = static_cast<int>(length());
-  if (line.text.empty()) {
-    el_cursor(lib_, all);
-    el_deletestr(lib_, all);
-  } else {
-    el_wreplacestr(lib_, line.text.c_str());
-    el_cursor(lib_, static_cast<int>(line.cursor) - static_cast<int>(cursor()));
-  }
-}
-
 void TerminalLineEditor::replaceOrRing(const std::optional<EditedLine>& line) {
   if (line) {
-    replace(*line);
+    line_.replace(*line);
   } else {
     put("\a");
   }
 }
 
-/// Makes libedit's screen large enough for `letters` more than it has room for now, and what one
-/// key may add to them.
-void TerminalLineEditor::makeRoom(std::size_t letters) {
-  longest_ = std::max(longest_, length());
-  if (letters <= room_) {
-    return;
-  }
-  constexpr std::size_t kColumns = 256;
-  constexpr std::size_t kWidestLetter = 8;  // as libedit spells one that it cannot print
-  constexpr std::size_t kLeast = 1024;
-  room_ = std::max(kLeast, 2 * letters);
-  const std::size_t rows = room_ * kWidestLetter / (kColumns - kWidestLetter) + 2;
-  el_set(lib_, EL_SETTC, "co", std::to_string(kColumns).c_str(), nullptr);
-  el_set(lib_, EL_SETTC, "li", std::to_string(rows).c_str(), nullptr);
-  el_set(lib_, EL_REFRESH);
-}
-
 // ---- the screen
 
 TerminalSize TerminalLineEditor::size() const {
-  TerminalSize size = terminalSize(usualSize_);
-  size.columns -= sparesLastColumn_ && size.columns > 1 ? 1 : 0;
+  TerminalSize size = terminalSize(terminal_.usualSize);
+  size.columns -= terminal_.sparesLastColumn && size.columns > 1 ? 1 : 0;
   return size;
 }
 
 /// Has the terminal mark what is pasted ("bracketed paste"), or no longer.
 void TerminalLineEditor::askForPasteMarks(bool on) {
-  if (canMarkPastes_ && on != marksPastes_) {
+  if (terminal_.canMarkPastes && on != marksPastes_) {
     marksPastes_ = on;
     put(on ? "\x1b[?2004h" : "\x1b[?2004l");
   }
 }
 
 void TerminalLineEditor::draw() {
-  put(screen_.show(prompt_ + text(), prompt_.size() + cursor(), note_));
+  put(screen_.show(prompt_ + line_.text(), prompt_.size() + line_.cursor(), note_));
 }
 
 /// Shows the line as it was entered, and leaves it.
 void TerminalLineEditor::leave() {
-  std::wstring line = text();
+  std::wstring line = line_.text();
   if (!line.empty() && line.back() == L'\n') {
     line.pop_back();
   }
