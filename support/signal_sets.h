@@ -1,9 +1,10 @@
-// Sets of signals, those that end a program among them, and blocking them for a while.
+// Sets of signals, those that end a program among them, and blocking them for a while or not.
 
 #pragma once
 
 #include <algorithm>
 #include <csignal>
+#include <ctime>
 #include <initializer_list>
 #include <iterator>
 
@@ -30,10 +31,23 @@ inline bool isPending(int signal) {
   return sigismember(&pending, signal) == 1;
 }
 
+/// Accepts `signal`, which is blocked, if it is pending; returns whether it was.
+inline bool acceptPending(int signal) {
+  const sigset_t one = signalSet({signal});
+  const timespec atOnce{};
+  return sigtimedwait(&one, nullptr, &atOnce) == signal;
+}
+
 inline bool isIgnored(int signal) {
   struct sigaction action {};
   sigaction(signal, nullptr, &action);
   return action.sa_handler == SIG_IGN;
+}
+
+/// The signals that concern the terminal and not the program's end. They are blocked while a line
+/// is edited, so that none is acted on within the editing library.
+inline sigset_t terminalSignals() {
+  return signalSet({SIGWINCH, SIGTSTP, SIGCONT, SIGQUIT});
 }
 
 /// The signals that do not end a program by default, or must be neither caught nor blocked: a fault
@@ -67,6 +81,20 @@ class BlockedSignals {
 
   /// The mask that was in force before.
   const sigset_t& maskBefore() const { return maskBefore_; }
+
+ private:
+  sigset_t maskBefore_;
+};
+
+/// Unblocks `signals` for its lifetime. One that is pending is delivered at once.
+class UnblockedSignals {
+ public:
+  explicit UnblockedSignals(const sigset_t& signals) {
+    pthread_sigmask(SIG_UNBLOCK, &signals, &maskBefore_);
+  }
+  ~UnblockedSignals() { pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr); }
+  UnblockedSignals(const UnblockedSignals&) = delete;
+  UnblockedSignals& operator=(const UnblockedSignals&) = delete;
 
  private:
   sigset_t maskBefore_;
