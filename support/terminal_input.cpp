@@ -125,10 +125,11 @@ bool TerminalInput::readNext(char& byte) {
   }
 }
 
-/// Returns whether it was there at once. A paste does not pause for long: its end was lost then, as
-/// when an interrupt has discarded it.
+/// Returns whether it was there at once. Where a paste pauses for long its end was lost, as when an
+/// interrupt has discarded it. A bad line over SSH pauses for seconds within a paste, whose rest
+/// would be taken for typed; waiting longer costs only that a lost end is noticed later.
 bool TerminalInput::waitForByte() {
-  constexpr std::chrono::seconds kLongestPauseInAPaste(1);
+  constexpr std::chrono::seconds kLongestPauseInAPaste(5);
   const auto begin = std::chrono::steady_clock::now();
   const bool atOnce = comesWithin(milliseconds(0));
   while (true) {

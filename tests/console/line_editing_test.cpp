@@ -269,6 +269,17 @@ TEST_P(Editing, ASearchIsForWhatIsPasted) {
   session.expect("\n> eit |xyz\nbck:xy");
 }
 
+TEST_P(Editing, APasteGoesOnBehindAPause) {
+  session.expect("> |");
+  session.type(std::string(kPasteBegins) + "id 3\r");
+  session.expect(" changed to: 3. Please remember to commit the changes.\n(changes to commit) > |");
+  usleep(1'500'000);  // on a bad line
+  session.type(std::string("\rid 4\r") + kPasteEnds);
+  session.expect(
+      " changed to: 3. Please remember to commit the changes.\n(changes to commit) > id 4\n"
+      "Headend id changed to: 4. Please remember to commit the changes.\n(changes to commit) > |");
+}
+
 TEST_P(Editing, APasteWhoseEndIsLostIsOver) {
   session.expect("> |");
   const auto expectThatReturnsAreLines = [this] {
@@ -284,7 +295,7 @@ TEST_P(Editing, APasteWhoseEndIsLostIsOver) {
   expectThatReturnsAreLines();
   session.type(kPasteBegins + std::string("x"));
   session.expect("> x|");
-  usleep(1'200'000);  // longer than a paste pauses
+  usleep(5'200'000);  // longer than a paste pauses
   session.type(kBackspace);
   session.expect("> |");
   expectThatReturnsAreLines();
