@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "compare/lineup_services.h"
+#include "compare/service_words.h"
 #include "compare/setting_words.h"
 
 namespace lineup {

@@ -1,6 +1,5 @@
 #include "compare/described_service.h"
 
-#include "compare/difference_lines.h"
 #include "compare/printed_text.h"
 #include "model/input_types.h"
 
@@ -9,13 +8,6 @@ namespace lineup {
 namespace hub_module = korvel::thrift::hub_module;
 
 namespace {
-
-template <class Service>
-std::string otherThanDescribed(Service expected, const Service& service,
-                               const AlsoDescribed& also) {
-  copyDescribedFields(expected, service, also);
-  return expected == service ? "" : otherFields(expected, service);
-}
 
 template <class Mux>
 void copyPlace(Mux& other, const Mux& mux, const AlsoDescribed& /*also*/) {
@@ -76,17 +68,7 @@ std::string notDescribed(const hub_module::DVBInputServiceConfig& service,
       (expected.service.*setMux)({});
     }
   });
-  return otherThanDescribed(expected, service, also);
-}
-
-std::string notDescribed(const hub_module::ENCInputServiceConfig& service,
-                         const AlsoDescribed& also) {
-  return otherThanDescribed({}, service, also);
-}
-
-std::string notDescribed(const hub_module::EmptyInputServiceConfig& service,
-                         const AlsoDescribed& also) {
-  return otherThanDescribed({}, service, also);
+  return notDescribed(service, also, expected);
 }
 
 }  // namespace lineup

@@ -4,7 +4,8 @@
 
 #include <string>
 
-#include "compare/lineup_services.h"
+#include "compare/difference_lines.h"
+#include "compare/service_words.h"
 #include "hub_module_types.h"
 
 namespace lineup {
@@ -31,12 +32,13 @@ void copyDescribedFields(korvel::thrift::hub_module::EmptyInputServiceConfig& ot
                          const AlsoDescribed& also);
 
 /// ", /filteredPids/0 100" for each field of a new service that its words do not cover and that has
-/// not its default value.
+/// not the value that it has in `expected`, by default its default value.
+template <class Service>
+std::string notDescribed(const Service& service, const AlsoDescribed& also, Service expected = {}) {
+  copyDescribedFields(expected, service, also);
+  return expected == service ? "" : otherFields(expected, service);
+}
 std::string notDescribed(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
-                         const AlsoDescribed& also);
-std::string notDescribed(const korvel::thrift::hub_module::ENCInputServiceConfig& service,
-                         const AlsoDescribed& also);
-std::string notDescribed(const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
                          const AlsoDescribed& also);
 
 }  // namespace lineup

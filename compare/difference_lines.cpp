@@ -30,11 +30,7 @@ std::string fieldDifferences(const std::string& where, const TBase& from, const 
   return text;
 }
 
-std::string otherFields(const TBase& expected, const TBase& record) {
-  return otherFields(expected, nullptr, record);
-}
-
-std::string otherFields(const TBase& expected, const TBase* before, const TBase& record) {
+std::string otherFields(const TBase& expected, const TBase& record, const TBase* before) {
   std::set<std::string> said;  // paths
   std::string text;
   const json now = namedJson(record);

@@ -19,12 +19,9 @@ std::string differenceLine(const std::string& place, const nlohmann::json* befor
 std::string fieldDifferences(const std::string& where, const apache::thrift::TBase& from,
                              const apache::thrift::TBase& to);
 
-/// The fields in which `record` is not as `expected`, which has none that `record` lacks: ", /lcn
-/// 5" for each.
-std::string otherFields(const apache::thrift::TBase& expected, const apache::thrift::TBase& record);
-
-/// Likewise, and those in which it is not as `before`, unless that is null.
-std::string otherFields(const apache::thrift::TBase& expected, const apache::thrift::TBase* before,
-                        const apache::thrift::TBase& record);
+/// The fields in which `record` differs from `expected`, and from `before` unless that is null:
+/// ", /lcn 5" for each. Both must have no field or element that `record` lacks.
+std::string otherFields(const apache::thrift::TBase& expected, const apache::thrift::TBase& record,
+                        const apache::thrift::TBase* before = nullptr);
 
 }  // namespace lineup

@@ -11,7 +11,7 @@ constexpr Choice kPlsTypes[] = {{"Auto", 0}, {"Gold", 1}, {"Root", 2}};
 
 std::string wordFor(std::span<const Choice> choices, int32_t value) {
   const Choice* const choice = findValue(choices, value);
-  return choice == nullptr ? "unknown (" + std::to_string(value) + ")" : std::string(choice->word);
+  return choice == nullptr ? unknownWord(value) : std::string(choice->word);
 }
 
 }  // namespace
@@ -19,6 +19,10 @@ std::string wordFor(std::span<const Choice> choices, int32_t value) {
 std::string settingWord(const Setting& setting, const hub_module::HeadendConfig& config) {
   const std::optional<int32_t> value = setting.value(config);
   return value ? wordFor(setting.choices, *value) : std::string(setting.withoutValue);
+}
+
+std::string unknownWord(int32_t number) {
+  return "unknown (" + std::to_string(number) + ")";
 }
 
 std::string plsTypeWord(int32_t type) {

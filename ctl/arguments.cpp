@@ -110,7 +110,7 @@ std::vector<std::string> Arguments::values(const std::string& option) const {
   return found == options_.end() ? std::vector<std::string>() : found->second;
 }
 
-std::size_t Arguments::count(const std::string& option) const {
+std::size_t Arguments::wholeNumber(const std::string& option) const {
   if (!has(option)) {
     return 0;
   }
@@ -123,17 +123,22 @@ std::size_t Arguments::count(const std::string& option) const {
   return number;
 }
 
-std::string Arguments::choice(const std::string& option,
-                              std::span<const char* const> choices) const {
-  std::string word = value(option, choices[0]);
-  if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
+std::size_t requireOneOf(const std::string& option, const std::string& word,
+                         std::span<const char* const> choices) {
+  const auto found = std::find(choices.begin(), choices.end(), word);
+  if (found == choices.end()) {
     std::string known;
     for (const char* const one : choices) {
       known += known.empty() ? one : std::string(", ") + one;
     }
     refuse("--" + option + ": \"" + word + "\" is none of " + known);
   }
-  return word;
+  return static_cast<std::size_t>(found - choices.begin());
+}
+
+std::string Arguments::choice(const std::string& option,
+                              std::span<const char* const> choices) const {
+  return choices[requireOneOf(option, value(option, choices[0]), choices)];
 }
 
 }  // namespace lineup::ctl

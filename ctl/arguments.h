@@ -17,7 +17,7 @@ struct Option {
   bool isRepeatable = false;  ///< where one with a value may be given more than once
 };
 
-/// The words behind a command.
+/// The words after a command.
 class Arguments {
  public:
   /// Reads `words`, of which the first is the command. Throws Failure(kUsage) for an option that is
@@ -39,7 +39,7 @@ class Arguments {
 
   /// The value of an option as a whole number from 1; 0 if it is not given. Throws Failure(kUsage)
   /// for anything else.
-  std::size_t count(const std::string& option) const;
+  std::size_t wholeNumber(const std::string& option) const;
 
   /// The value of an option, which has to be one of `choices`, the first of them if it is not
   /// given. Throws Failure(kUsage) for anything else.
@@ -51,5 +51,10 @@ class Arguments {
   std::map<std::string, std::vector<std::string>> options_;
   std::vector<std::string> operands_;
 };
+
+/// The index of `word`, the value of `option`, in `choices`. Throws Failure(kUsage), which names
+/// them, if it is none of them.
+std::size_t requireOneOf(const std::string& option, const std::string& word,
+                         std::span<const char* const> choices);
 
 }  // namespace lineup::ctl

@@ -14,7 +14,8 @@
 
 #include "controller/config_file.h"
 #include "ctl/commands.h"
-#include "ctl/sources.h"
+#include "ctl/controller.h"
+#include "ctl/files.h"
 
 namespace lineup::ctl {
 
@@ -67,7 +68,7 @@ std::vector<std::string> copiesIn(const std::string& folder) {
   return names;
 }
 
-/// A name behind those of the copies, also where the clock has been set back: what is newest, and
+/// A name after those of the copies, also where the clock has been set back: what is newest, and
 /// what --keep removes first, goes by the names.
 std::string nextName(const std::vector<std::string>& copies) {
   using std::chrono::milliseconds;
@@ -104,7 +105,7 @@ KeptCopy keepCopy(const std::string& folder, const std::string& content, std::si
 }
 
 Status backup(const Arguments& arguments) {
-  const std::size_t keep = arguments.count("keep");
+  const std::size_t keep = arguments.wholeNumber("keep");
   const KeptCopy kept = keepCopy(arguments.operands()[0], configFileContent(runningConfig()), keep);
   print(kept.isNew ? kept.path + "\n" : "");
   return kDone;

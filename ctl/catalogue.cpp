@@ -8,7 +8,7 @@
 #include "catalogue/word_search.h"
 #include "compare/text_table.h"
 #include "ctl/commands.h"
-#include "ctl/sources.h"
+#include "ctl/files.h"
 
 namespace lineup::ctl {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "ctl/sources.h"
+#include "ctl/files.h"
 #include "ctl/usage.h"
 
 namespace lineup::ctl {
@@ -17,6 +17,7 @@ struct Command {
   std::span<const Option> options;
   std::size_t leastOperands;
   std::size_t mostOperands;
+  bool takesNames;  // its operands name files and folders
   Status (*run)(const Arguments&);
 };
 
@@ -31,13 +32,13 @@ constexpr Option kWaitOptions[] = {{"timeout"}};
 constexpr Option kCatalogueOptions[] = {{"format"}};
 
 constexpr Command kCommands[] = {
-    {"show", kShowOptions, 0, 1, show},
-    {"diff", kDiffOptions, 1, 2, diff},
-    {"save", {}, 1, 1, save},
-    {"apply", kApplyOptions, 1, 1, apply},
-    {"backup", kBackupOptions, 1, 1, backup},
-    {"wait", kWaitOptions, 0, 0, waitForController},
-    {"catalogue", kCatalogueOptions, 0, kAny, catalogue},
+    {"show", kShowOptions, 0, 1, true, show},
+    {"diff", kDiffOptions, 1, 2, true, diff},
+    {"save", {}, 1, 1, true, save},
+    {"apply", kApplyOptions, 1, 1, true, apply},
+    {"backup", kBackupOptions, 1, 1, true, backup},
+    {"wait", kWaitOptions, 0, 0, true, waitForController},
+    {"catalogue", kCatalogueOptions, 0, kAny, false, catalogue},
 };
 
 /// Throws Failure(kUsage) for an empty operand, which names no file: most often that of a script
@@ -71,7 +72,7 @@ Status runCommand(const std::vector<std::string>& words) {
     if (command.word == words[0]) {
       const Arguments arguments(words, command.options, command.leastOperands,
                                 command.mostOperands);
-      if (command.run != catalogue) {
+      if (command.takesNames) {
         requireNames(words[0], arguments);
       }
       return arguments.has("help") ? printDone(kUsageText) : command.run(arguments);

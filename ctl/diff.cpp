@@ -7,6 +7,7 @@
 #include "compare/named_json_writer.h"
 #include "compare/printed_text.h"
 #include "ctl/commands.h"
+#include "ctl/files.h"
 #include "ctl/sources.h"
 
 namespace lineup::ctl {
@@ -64,7 +65,7 @@ Status diff(const Arguments& arguments) {
   HeadendConfig from;
   HeadendConfig to;
   // A bad file is refused before the controller is asked.
-  if (isRunning(source)) {
+  if (isController(source)) {
     to = configIn(target);
     from = configIn(source);
   } else {

@@ -1,6 +1,7 @@
 #include "controller/config_file.h"
 #include "ctl/commands.h"
-#include "ctl/sources.h"
+#include "ctl/controller.h"
+#include "ctl/files.h"
 
 namespace lineup::ctl {
 

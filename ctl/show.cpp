@@ -7,6 +7,8 @@
 #include "compare/config_tables.h"
 #include "compare/named_json_writer.h"
 #include "ctl/commands.h"
+#include "ctl/controller.h"
+#include "ctl/files.h"
 #include "ctl/sources.h"
 
 namespace lineup::ctl {
@@ -30,20 +32,17 @@ constexpr Section kSections[] = {
 };
 
 const Section& sectionNamed(const std::string& name) {
-  std::string known;
+  std::vector<const char*> names;
   for (const Section& section : kSections) {
-    if (section.name == name) {
-      return section;
-    }
-    known += known.empty() ? section.name : std::string(", ") + section.name;
+    names.push_back(section.name);
   }
-  throw Failure(kUsage, "--section: \"" + name + "\" is none of " + known);
+  return kSections[requireOneOf("section", name, names)];
 }
 
 /// The sections that the options name, or all that the source has.
 std::vector<Section> chosenSections(const Arguments& arguments, const std::string& source) {
   const auto isThere = [&](const Section& section) {
-    return section.table != nullptr || isRunning(source);
+    return section.table != nullptr || isController(source);
   };
   std::vector<Section> sections;
   for (const std::string& name : arguments.values("section")) {

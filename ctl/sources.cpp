@@ -1,134 +1,16 @@
 #include "ctl/sources.h"
 
-#include <poll.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <cstddef>
-#include <cstring>
-#include <exception>
-#include <span>
-#include <stdexcept>
-
-#include "controller/config_calls.h"
-#include "controller/whole_config_file.h"
-#include "model/headend_places.h"
-#include "support/descriptor.h"
-#include "support/replace_file.h"
-#include "support/signal_sets.h"
+#include "ctl/controller.h"
+#include "ctl/files.h"
 
 namespace lineup::ctl {
 
-namespace hub_module = korvel::thrift::hub_module;
-
-namespace {
-
-/// Makes one call over a connection of its own.
-template <class Call>
-void callController(Call call) {
-  bool isConnected = false;
-  try {
-    ControllerClient client = makeControllerClient();
-    isConnected = true;
-    call(client);
-  } catch (const hub_module::ControllerTaskIsNotReady& error) {
-    throw Refused(controllerPlace() + ": the controller is not ready" +
-                  (error.reason.empty() ? "" : ": " + error.reason));
-  } catch (const std::exception& error) {
-    const std::string message = controllerPlace() + ": " + error.what();
-    if (isConnected) {
-      throw Failure(kController, message);
-    }
-    throw Away(message);
-  }
-}
-
-/// Reads what there is, and waits for it where the descriptor does not block. 0 at the end,
-/// negative with the reason in errno if it cannot be read.
-ssize_t readSome(int descriptor, std::span<char> buffer) {
-  ssize_t count = 0;
-  while ((count = read(descriptor, buffer.data(), buffer.size())) < 0 && errno == EAGAIN) {
-    pollfd input{descriptor, POLLIN, 0};
-    poll(&input, 1, -1);
-  }
-  return count;
-}
-
-}  // namespace
-
-std::string controllerPlace() {
-  return std::string(kControllerAddress) + ":" + std::to_string(kControllerPort);
-}
-
-hub_module::HeadendConfig runningConfig() {
-  hub_module::HeadendConfig config;
-  callController([&](ControllerClient& client) { fetchCompleteConfig(client, config); });
-  return config;
-}
-
-hub_module::HeadendStatus runningRFInputs() {
-  hub_module::HeadendStatus status;
-  callController([&](ControllerClient& client) {
-    fetchRFInputs(client, status);
-    if (!status.__isset.satRFInputs || !status.__isset.tdtRFInputs) {
-      throw std::runtime_error("the reply has no RF inputs");
-    }
-  });
-  return status;
-}
-
-void send(const hub_module::HeadendConfig& config) {
-  callController([&](ControllerClient& client) { sendConfig(client, config); });
-}
-
-std::string fileName(const std::string& path) {
-  return path == "-" ? "standard input" : path;
-}
-
-std::string textInFile(const std::string& path) {
-  const Descriptor file(openToRead(path));
-  std::string text;
-  std::array<char, 4096> part{};
-  ssize_t count = file.isOpen() ? readSome(file.number(), part) : -1;
-  for (; count > 0; count = readSome(file.number(), part)) {
-    text.append(part.data(), static_cast<std::size_t>(count));
-  }
-  if (count < 0) {
-    throw Failure(kFile, fileName(path) + ": " + std::strerror(errno));
-  }
-  return text;
-}
-
-hub_module::HeadendConfig configInFile(const std::string& path) {
-  try {
-    return readWholeConfigFile(path);
-  } catch (const std::runtime_error& error) {
-    throw Failure(kFile, fileName(path) + ": " + error.what());
-  }
-}
-
-bool isRunning(const std::string& source) {
+bool isController(const std::string& source) {
   return source == "running";
 }
 
-hub_module::HeadendConfig configIn(const std::string& source) {
-  return isRunning(source) ? runningConfig() : configInFile(source);
-}
-
-void writeFile(const std::string& path, const std::string& content) {
-  const BlockedEndingSignals uninterrupted;
-  try {
-    replaceFile(path, content);
-  } catch (const std::runtime_error& error) {
-    throw Failure(kFile, path + ": " + error.what());
-  }
-}
-
-void print(const std::string& text) {
-  if (!writeAll(STDOUT_FILENO, text)) {
-    throw Failure(kFile, std::string("standard output: ") + std::strerror(errno));
-  }
+korvel::thrift::hub_module::HeadendConfig configIn(const std::string& source) {
+  return isController(source) ? runningConfig() : configInFile(source);
 }
 
 }  // namespace lineup::ctl

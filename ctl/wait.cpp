@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "ctl/commands.h"
-#include "ctl/sources.h"
+#include "ctl/controller.h"
 #include "support/signal_sets.h"
 
 namespace lineup::ctl {
@@ -70,7 +70,7 @@ bool answers(const std::string& seconds) {
   try {
     runningConfig();
     return true;
-  } catch (const Away&) {
+  } catch (const Unreachable&) {
     setRunOutLine(noAnswerWithin(seconds));
   } catch (const Failure& failure) {
     setRunOutLine(failure.what() + ("; no better answer within " + seconds + " s"));

@@ -1,4 +1,4 @@
-// The services that lineups name, as people read them.
+// The services that lineups refer to, as people read them.
 
 #pragma once
 
@@ -17,6 +17,18 @@ struct ServiceWords {
   std::string serviceType;  ///< DVB service_type
 };
 
+/// The word for a LineupEntryKind: "DVB", "ENC", "EMPTY", or "unknown (N)".
+std::string kindWord(int32_t kind);
+
+/// The frequency of a mux, or the UUID of an IP mux.
+template <class Mux>
+std::string muxPlace(const Mux& mux) {
+  return std::to_string(mux.frequency);
+}
+inline std::string muxPlace(const std::string& uuid) {
+  return uuid;
+}
+
 ServiceWords wordsOf(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
                      const korvel::thrift::hub_module::HeadendConfig& config);
 ServiceWords wordsOf(const korvel::thrift::hub_module::ENCInputServiceConfig& service,
@@ -24,7 +36,7 @@ ServiceWords wordsOf(const korvel::thrift::hub_module::ENCInputServiceConfig& se
 ServiceWords wordsOf(const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
                      const korvel::thrift::hub_module::HeadendConfig& config);
 
-/// The service of `config` that an entry of this kind and key names. If there is none, `source`
+/// The service of `config` that an entry of this kind and key refers to. If there is none, `source`
 /// says so.
 ServiceWords entryWords(const korvel::thrift::hub_module::HeadendConfig& config,
                         korvel::thrift::hub_module::LineupEntryKind::type kind, int32_t key);

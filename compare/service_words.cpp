@@ -1,7 +1,8 @@
-#include "compare/lineup_services.h"
+#include "compare/service_words.h"
 
 #include <string>
 
+#include "compare/setting_words.h"
 #include "model/input_types.h"
 
 namespace lineup {
@@ -18,39 +19,45 @@ std::string nameOfInputType(int32_t number) {
       return type.name;
     }
   }
-  return "unknown (" + std::to_string(number) + ")";
-}
-
-template <class Mux>
-std::string placeOf(const Mux& mux, const HeadendConfig& /*config*/) {
-  return std::to_string(mux.frequency);
-}
-
-std::string placeOf(const std::string& uuid, const HeadendConfig& config) {
-  return muxUrl(config, uuid);
+  return unknownWord(number);
 }
 
 /// Where it is received from.
 std::string sourceOf(const hub_module::DVBInputService& service, const HeadendConfig& config) {
   std::string source;
   visitMuxes(service, [&](const InputType& type, auto mux, auto /*setMux*/) {
+    const std::string place = muxPlace(service.*mux);
     source += source.empty() ? "" : ", ";
-    source += placeOf(service.*mux, config) + type.unit;
+    source += (type.number == kIPInput.number ? muxUrl(config, place) : place) + type.unit;
   });
   return source;
 }
 
+ServiceWords noService(LineupEntryKind::type kind, int32_t key) {
+  return {kindWord(kind), "no service " + std::to_string(key), "", ""};
+}
+
 template <class Services>
-ServiceWords wordsUnder(const Services& services, int32_t key, const char* kind,
+ServiceWords wordsUnder(const Services& services, int32_t key, LineupEntryKind::type kind,
                         const HeadendConfig& config) {
   const auto found = services.find(key);
-  if (found == services.end()) {
-    return {kind, "no service " + std::to_string(key), "", ""};
-  }
-  return wordsOf(found->second, config);
+  return found == services.end() ? noService(kind, key) : wordsOf(found->second, config);
 }
 
 }  // namespace
+
+std::string kindWord(int32_t kind) {
+  switch (kind) {
+    case LineupEntryKind::DVB:
+      return "DVB";
+    case LineupEntryKind::ENC:
+      return "ENC";
+    case LineupEntryKind::EMPTY:
+      return "EMPTY";
+    default:
+      return unknownWord(kind);
+  }
+}
 
 std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
   for (const auto& [name, input] : config.ipInputs) {
@@ -73,25 +80,25 @@ ServiceWords wordsOf(const hub_module::ENCInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
   const std::string slot = std::to_string(service.address.slot);
   const std::string input = std::to_string(service.address.port);
-  return {"ENC", "slot " + slot + " input " + input, "", "1"};
+  return {kindWord(LineupEntryKind::ENC), "slot " + slot + " input " + input, "", "1"};
 }
 
 ServiceWords wordsOf(const hub_module::EmptyInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
-  return {"EMPTY", "", "", std::to_string(service.service.serviceType)};
+  return {kindWord(LineupEntryKind::EMPTY), "", "", std::to_string(service.service.serviceType)};
 }
 
 ServiceWords entryWords(const HeadendConfig& config, LineupEntryKind::type kind, int32_t key) {
   const hub_module::LineupConfig& lineup = config.lineupConfig;
   switch (kind) {
     case LineupEntryKind::DVB:
-      return wordsUnder(lineup.dvbInputServices, key, "DVB", config);
+      return wordsUnder(lineup.dvbInputServices, key, kind, config);
     case LineupEntryKind::ENC:
-      return wordsUnder(lineup.encInputServices, key, "ENC", config);
+      return wordsUnder(lineup.encInputServices, key, kind, config);
     case LineupEntryKind::EMPTY:
-      return wordsUnder(lineup.emptyInputServices, key, "EMPTY", config);
+      return wordsUnder(lineup.emptyInputServices, key, kind, config);
   }
-  return {"unknown (" + std::to_string(kind) + ")", "no service " + std::to_string(key), "", ""};
+  return noService(kind, key);
 }
 
 }  // namespace lineup

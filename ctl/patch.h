@@ -1,0 +1,16 @@
+// Patches of configurations (RFC 6902).
+
+#pragma once
+
+#include <string>
+
+#include "hub_module_types.h"
+
+namespace lineup::ctl {
+
+/// `config` with the patch in the file `path`, "-" for standard input. Throws Failure, with the
+/// operation and the reason.
+korvel::thrift::hub_module::HeadendConfig patched(
+    const korvel::thrift::hub_module::HeadendConfig& config, const std::string& path);
+
+}  // namespace lineup::ctl
