@@ -6,7 +6,7 @@
 
 namespace lineup {
 
-// Both by the encoding of the locale.
+// Both in the encoding of the locale.
 
 /// The letters of `text`; bytes that make none are left out.
 std::wstring lettersOf(const std::string& text);

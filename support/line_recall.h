@@ -30,13 +30,14 @@ class LineRecall {
   std::optional<EditedLine> older(const std::wstring& text);
   std::optional<EditedLine> newer(const std::wstring& text);
 
-  /// The place in the history of the one that is edited; its size for what was typed.
+  /// The place in the history of the line that is edited; the size of the history for what was
+  /// typed.
   std::size_t place() const { return place_; }
 
   /// Keeps `text` as what the line that is edited was changed to.
   void leave(const std::wstring& text) { left_[place_] = text; }
 
-  /// The one at `place` is edited now.
+  /// Makes the line at `place` the one that is edited.
   void goTo(std::size_t place) { place_ = place; }
 
   const LineHistory& history() const { return history_; }
