@@ -1,6 +1,5 @@
 #include "catalogue/word_search.h"
 
-#include <locale.h>
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -16,6 +15,7 @@
 #include "catalogue/statement.h"
 #include "catalogue/tables.h"
 #include "model/headend_places.h"
+#include "support/utf8.h"
 
 namespace lineup {
 
@@ -48,58 +48,35 @@ Connection openCatalogue() {
   return catalogue;
 }
 
-/// Converts to lower case in the locale C.UTF-8, which the thread uses for the lifetime of this
-/// object; in the "C" locale, of ASCII letters alone, on a system without it.
-class CaseFolding {
- public:
-  CaseFolding()
-      : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
-        before_(uselocale(utf8_)) {}  // no change for null
-  ~CaseFolding() {
-    uselocale(before_);
-    if (utf8_ != nullptr) {
-      freelocale(utf8_);
+wchar_t smallOf(wchar_t letter) {
+  return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(letter)));
+}
+
+/// `text` in lower case, as the thread's locale has it. Bytes that are no letter of it are kept.
+std::string fold(const std::string& text) {
+  constexpr auto kNone = static_cast<std::size_t>(-1);
+  std::string folded;
+  for (std::size_t at = 0; at < text.size();) {
+    wchar_t letter = 0;
+    std::mbstate_t state{};
+    const std::size_t length = std::mbrtowc(&letter, text.data() + at, text.size() - at, &state);
+    const bool isLetter = length > 0 && length <= text.size() - at;
+    char small[MB_LEN_MAX];
+    state = {};
+    const std::size_t smallLength = isLetter ? std::wcrtomb(small, smallOf(letter), &state) : kNone;
+    if (smallLength == kNone) {
+      folded += text[at];
+    } else {
+      folded.append(small, smallLength);
     }
+    at += isLetter ? length : 1;
   }
-  CaseFolding(const CaseFolding&) = delete;
-  CaseFolding& operator=(const CaseFolding&) = delete;
-
-  /// Bytes that are not valid UTF-8 are kept.
-  static std::string fold(const std::string& text) {
-    std::string folded;
-    for (std::size_t at = 0; at < text.size();) {
-      wchar_t letter = 0;
-      std::mbstate_t state{};
-      const std::size_t length = std::mbrtowc(&letter, text.data() + at, text.size() - at, &state);
-      const bool isLetter = length > 0 && length <= text.size() - at;
-      char small[MB_LEN_MAX];
-      state = {};
-      const std::size_t smallLength =
-          isLetter ? std::wcrtomb(small, smallOf(letter), &state) : kNone;
-      if (smallLength == kNone) {
-        folded += text[at];
-      } else {
-        folded.append(small, smallLength);
-      }
-      at += isLetter ? length : 1;
-    }
-    return folded;
-  }
-
- private:
-  static wchar_t smallOf(wchar_t letter) {
-    return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(letter)));
-  }
-
-  static constexpr auto kNone = static_cast<std::size_t>(-1);
-
-  const locale_t utf8_;
-  const locale_t before_;
-};
+  return folded;
+}
 
 /// Whether the name contains all of the words, which are in lower case.
 bool holdsAll(const std::string& name, const std::vector<std::string>& words) {
-  const std::string folded = CaseFolding::fold(name);
+  const std::string folded = fold(name);
   return std::all_of(words.begin(), words.end(), [&](const std::string& word) {
     return folded.find(word) != std::string::npos;
   });
@@ -141,9 +118,9 @@ void search(sqlite3* catalogue, const tTable& table, const std::vector<std::stri
 
 std::vector<FoundService> findServicesByWords(const std::vector<std::string>& words) {
   const Connection catalogue = openCatalogue();
-  const CaseFolding folding;
+  const Utf8Locale utf8;
   std::vector<std::string> folded;
-  std::transform(words.begin(), words.end(), std::back_inserter(folded), CaseFolding::fold);
+  std::transform(words.begin(), words.end(), std::back_inserter(folded), fold);
   TablesByNumber tables;
   std::vector<FoundService> found;
   for (const tTable* const table : korveldb::kTables) {

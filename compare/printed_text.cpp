@@ -74,7 +74,7 @@ std::size_t makePrintable(std::string& text) {
     return text.size();
   }
   text = printable(text);
-  return charactersOf(text);
+  return columnsOf(text);
 }
 
 std::string inQuotes(std::string_view text) {
@@ -94,12 +94,6 @@ std::string printedValue(const nlohmann::json& value) {
     text += (value.is_object() ? inQuotes(name) + ": " : "") + printedValue(member);
   }
   return value.is_object() ? "{" + text + "}" : "[" + text + "]";
-}
-
-std::size_t charactersOf(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U;
-  }));
 }
 
 }  // namespace lineup

@@ -21,7 +21,7 @@ std::string printable(std::string_view text);
 /// The same for a message that may hold such escapes already: the backslash stays as it is.
 std::string inOneLine(std::string_view text);
 
-/// Makes `text` what printable() returns; returns how many characters that shows.
+/// Makes `text` what printable() returns; returns how many columns of a terminal it takes.
 std::size_t makePrintable(std::string& text);
 
 /// The same between quotation marks, and with those in it escaped.
@@ -29,8 +29,5 @@ std::string inQuotes(std::string_view text);
 
 /// `value` on one line: a text quoted, anything else as JSON.
 std::string printedValue(const nlohmann::json& value);
-
-/// How many characters `text` shows, if it is UTF-8.
-std::size_t charactersOf(std::string_view text);
 
 }  // namespace lineup

@@ -23,7 +23,8 @@ std::string headingOf(std::string name) {
   return name;
 }
 
-/// Adds the row as a line of columns two blanks apart. The cells show `shown` characters each.
+/// Adds the row as a line of columns two blanks apart. The cells take `shown` columns of a terminal
+/// each.
 void addLine(std::string& text, const Row& row, const std::size_t* shown,
              const std::vector<std::size_t>& widths) {
   std::size_t missing = 0;  // blanks up to the next column; none behind the last cell
@@ -64,7 +65,7 @@ void addCsvRow(std::string& text, const Row& row) {
 
 std::string tableText(TextTable table) {
   const std::size_t columns = table.columns.size();
-  std::vector<std::size_t> shown;  // characters of each cell, row after row
+  std::vector<std::size_t> shown;  // columns of a terminal for each cell, row after row
   shown.reserve((table.rows.size() + 1) * columns);
   std::vector<std::size_t> widths(columns, 0);
   const auto measure = [&](Row& row) {

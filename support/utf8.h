@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <locale.h>
+
 #include <cstddef>
 #include <string_view>
 
@@ -17,5 +19,23 @@ std::size_t characterLength(std::string_view text);
 /// Whether a character would do something to a terminal: the control characters of ASCII and those
 /// beyond it (U+0080 to U+009F).
 bool isControl(std::string_view character);
+
+/// How many columns of a terminal `text` takes, as wcwidth() has it: two for a wide letter, none
+/// for a combining mark. A character that cannot be printed, and a byte that is not UTF-8, counts
+/// as one.
+std::size_t columnsOf(std::string_view text);
+
+/// For its lifetime, the characters of this thread are those of the locale C.UTF-8, whatever the
+/// locale of the process; no change on a system without C.UTF-8.
+class Utf8Locale {
+ public:
+  Utf8Locale();
+  ~Utf8Locale();
+  Utf8Locale(const Utf8Locale&) = delete;
+  Utf8Locale& operator=(const Utf8Locale&) = delete;
+
+ private:
+  const locale_t before_;
+};
 
 }  // namespace lineup

@@ -98,9 +98,23 @@ TEST(ConfigTables, ShowInputsAndScans) {
             (Rows{{"TDT2", "disabled", "yes"}, {"SAT1", "enabled", "no"}}));
 }
 
-TEST(TextTable, SetsColumnsTwoBlanksApartByCharacters) {
+TEST(TextTable, SetsColumnsTwoBlanksApartAsATerminalShowsThem) {
   EXPECT_EQ(tableText({{"name", "SID"}, {{"España", "1"}, {"a", "2"}, {"b", ""}}}),
             "NAME    SID\nEspaña  1\na       2\nb\n");
+  EXPECT_EQ(tableText({{"name", "SID"}, {{"漢字ＴＶ", "1"}, {"Espan\u0303a", "2"}, {"a\n", "3"}}}),
+            "NAME      SID\n漢字ＴＶ  1\nEspan\u0303a    2\na\\n       3\n");
+}
+
+TEST(TextTable, AColumnIsAtMost256ColumnsOfATerminalWide) {
+  std::string wide;
+  std::string combined = "a";
+  for (int i = 0; i < 128; ++i) {
+    wide += "漢";
+    combined += "\u0301\u0301\u0301";
+  }
+  EXPECT_EQ(tableText({{"x", "y"}, {{wide, "1"}, {wide + "漢", "2"}, {combined, "3"}}}),
+            "X" + std::string(257, ' ') + "Y\n" + wide + "  1\n" + wide + "漢  2\n" + combined +
+                std::string(257, ' ') + "3\n");
 }
 
 TEST(TextTable, AVeryLongCellMakesNoOtherLineLonger) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/console/keys.h"
@@ -179,8 +180,10 @@ TEST_F(Overview, F3ShowsTheLineups) {
   for (const char* key : {kF3, "\x1b[13~", "\x1b[[C"}) {
     line += "x";
     session.type(std::string("x") + key);
-    const std::string shown = "> " + line;
-    session.expect(shown + "\n" + table + shown + "|");
+    std::string shown = "> " + line + "\n";
+    shown += table;
+    shown += "> " + line + "|";
+    session.expect(shown);
   }
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
@@ -206,12 +209,8 @@ TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
 }
 
 TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
-  struct {
-    const char* letter;
-    int fitting;          // of them in a row of the table
-    unsigned short rows;  // with the heading, which is as long as the name has characters
-  } constexpr kNames[] = {{"x", 50, 7}, {"e\u0301", 50, 7}, {"漢", 25, 6}};
-  for (const auto& [letter, fitting, rows] : kNames) {
+  constexpr std::pair<const char*, int> kNames[] = {{"x", 50}, {"e\u0301", 50}, {"漢", 25}};
+  for (const auto& [letter, fitting] : kNames) {  // of them in a row of the table
     for (const bool fits : {true, false}) {
       std::string name;
       for (int i = 0; i < fitting + (fits ? 0 : 1); ++i) {
@@ -221,7 +220,7 @@ TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
       std::filesystem::remove(folder.file("shown"));
       fillLineup(1, name);
       Start start = withPager();
-      start.rows = rows;
+      start.rows = 7;  // two of them for the heading, which is wider than the screen
       Session session(start);
       session.expect("> |");
       session.type(std::string("x") + kF3);

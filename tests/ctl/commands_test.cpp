@@ -209,6 +209,23 @@ TEST_F(Ctl, ShowsAFileWithoutAController) {
             "position,name,kind,source,SID,type\n", "", toJson(config));
 }
 
+TEST_F(Ctl, ShowsColumnsAsWideAsOnATerminalInAnyLocale) {
+  HeadendConfig config;
+  for (const char* const name : {"漢字ＴＶ", "Espan\u0303a", "a\n", "Canal 1"}) {
+    config.lineupConfig.rfEntries.emplace_back().name = name;
+  }
+  Start start = ctl({"show", "--section=rf", fileWith(config)});
+  for (const char* const locale : {"C", "C.UTF-8"}) {
+    start.environment["LC_ALL"] = locale;
+    EXPECT_EQ(run(start).out,
+              "RF lineup\nPOSITION  NAME      KIND  SOURCE        SID  TYPE\n"
+              "1         漢字ＴＶ  DVB   no service 0\n"
+              "2         Espan\u0303a    DVB   no service 0\n"
+              "3         a\\n       DVB   no service 0\n"
+              "4         Canal 1   DVB   no service 0\n");
+  }
+}
+
 TEST_F(Ctl, ShowsTheWholeRecordAsJson) {
   HeadendConfig config = randomHeadendConfig(3);
   config.installerInfo.name = "Latin-1 \xe9";
