@@ -22,14 +22,15 @@ class StateFolder : public testing::Test {
     setenv("HOME", home.path().c_str(), 1);
     setenv("TMPDIR", "/tmp", 1);
   }
+  ~StateFolder() override { setenv("TMPDIR", "/tmp", 1); }  // where the next test makes its folder
 
   const TemporaryFolder home;
 };
 
 TEST_F(StateFolder, IsMadeForTheUserAlone) {
-  umask(0777);
+  const mode_t before = umask(0777);
   const auto folder = openStateFolder(IfMissing::Create);
-  umask(0);
+  umask(before);
   ASSERT_TRUE(folder.has_value());
   EXPECT_EQ(folder->path, home.file("state/lineup-console"));
   EXPECT_EQ(fs::status(folder->path).permissions(), fs::perms::owner_all);
