@@ -14,7 +14,8 @@ step() {
   printf '\n=== %s\n' "$title"
   "$@" </dev/null 2>&1 | tee "$log" || status=$?
   count=$(tail -n 1 "$log" | grep -xE '[0-9]+ passed, [0-9]+ failed(, [0-9]+ skipped)?') || count=
-  [ "$status" = 0 ] || failures+=$'\n'"=== $title failed with $status; its last lines were:"$'\n'"$(tail -n 60 "$log")"$'\n'
+  [ "$status" = 0 ] ||
+    failures+=$'\n'"=== $title failed with $status; its last lines were:"$'\n'"$(tail -n 60 "$log")"$'\n'
   rm "$log"
   add_to_tally "$status" "$count"
   printf '=== %s: %s, %d s\n' "$title" "$([ "$status" = 0 ] && echo passed || echo FAILED)" \
