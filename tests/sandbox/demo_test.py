@@ -121,6 +121,16 @@ class Demo(unittest.TestCase):
             self.leave_edits(HEADEND_DEMO_FOLDER="/dev/null/demo", TMPDIR=temporary)
             self.assertRegex(" ".join(self.copies(temporary)), r"/lineup-console/lineup-console-[^/ ]*$")
 
+    def test_a_console_that_ends_by_itself_as_ctrl_c_comes_gives_its_status(self):
+        programs = tempfile.mkdtemp(dir=os.path.dirname(self.folder))
+        console = os.path.join(programs, "lineup-console")
+        with open(console, "w", encoding="utf-8") as file:
+            file.write("#!/bin/sh\nkill -INT $PPID; exit 5\n")
+        os.chmod(console, 0o755)
+        for _ in range(16):  # which comes first is a matter of luck
+            demo = self.run_demo("", PATH=programs + ":" + environment()["PATH"])
+            self.assertEqual((demo.returncode, demo.stderr), (5, ""))
+
     def test_a_headend_that_cannot_be_read_is_said_and_kept(self):
         os.mkdir(self.folder)
         state = os.path.join(self.folder, "headend.json")

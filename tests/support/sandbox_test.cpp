@@ -268,6 +268,16 @@ TEST_F(MachinesOwn, FolderIsRemovedWithAllThatWasWritten) {
   EXPECT_EQ(outcome.err, "");
 }
 
+TEST_F(MachinesOwn, CommandThatEndsByItselfAsCtrlCComesGivesItsStatus) {
+  // Which comes first is a matter of luck.
+  const Outcome outcome =
+      run(machine("export HEADEND_SANDBOX=shared\n"
+                  "for one in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do\n"
+                  "  $SANDBOX sh -c 'kill -INT $PPID; exit 5'; echo $?\n"
+                  "done | uniq"));
+  EXPECT_EQ(outcome.out, "5\n");
+}
+
 TEST_F(MachinesOwn, FolderThatWasThereStays) {
   const Outcome outcome =
       run(machine("mkdir -p $FOLDER\n"
