@@ -227,6 +227,16 @@ TEST_F(EditsCopy, OfAConsoleThatRunsIsNotAnnounced) {
   EXPECT_EQ(other.readUntil("Enter 'help'").find("not committed"), std::string::npos);
 }
 
+TEST_F(EditsCopy, IsAnnouncedWithoutLineupctlWhereThatIsNotAtHand) {
+  const std::string path = leave();
+  Start start = this->start("dumb");
+  start.environment["LINEUPCTL"] = "";
+  ConsoleProcess next(start);
+  const std::string begin = next.readUntil("Enter 'help'");
+  EXPECT_NE(begin.find("\"restore " + path + "\" sends them at once\r\n"), std::string::npos)
+      << begin;
+}
+
 TEST_F(EditsCopy, ThatIsNotTakenStays) {
   const std::string path = leave();
   for (int count = 0; count < 2; ++count) {

@@ -196,7 +196,8 @@ class Demo(unittest.TestCase):
                               env=environment())
         self.assertEqual((said.returncode, said.stderr), (1, "headend-demo: --folder needs a folder\n"))
 
-    def test_a_person_at_a_terminal_is_welcomed_on_standard_error(self):
+    def said_at_a_terminal(self, last):
+        """What a demo at a terminal says on standard error, up to the line that ends with `last`."""
         ours, theirs = pty.openpty()
         self.addCleanup(os.close, ours)
         with tempfile.TemporaryFile() as output:
@@ -207,17 +208,25 @@ class Demo(unittest.TestCase):
             os.write(ours, b"quit\n")
             said = b""
             deadline = time.monotonic() + TIMEOUT
-            while b" leaves.\r\n" not in said:
+            while last.encode() + b"\r\n" not in said:
                 self.assertLess(time.monotonic(), deadline, said)
                 if select.select([ours], [], [], 0.05)[0]:
                     said += os.read(ours, 4096)
             self.assertEqual(demo.wait(TIMEOUT), 0)
             output.seek(0)
             self.assertNotIn(b"simulated", output.read())
-        welcome = said.decode().replace("\r\n", "\n").partition("This headend is simulated")[2]
+        return said.decode().replace("\r\n", "\n")
+
+    def test_a_person_at_a_terminal_is_welcomed_on_standard_error(self):
+        welcome = self.said_at_a_terminal(" leaves.").partition("This headend is simulated")[2]
         self.assertEqual(welcome.count("\n"), 4, welcome)
         for word in (self.folder, "--fresh", "adddvb 1", "quit"):
             self.assertIn(word, welcome)
+
+    def test_copies_of_edits_are_named_without_lineupctl_which_would_not_reach_the_headend(self):
+        self.leave_edits()
+        said = self.said_at_a_terminal(" sends them at once")
+        self.assertIn(f"\"restore {self.copies(self.folder)[0]}\" sends them at once\n", said)
 
 
 if __name__ == "__main__":
