@@ -1,5 +1,7 @@
 #include "catalogue/connection.h"
 
+#include <string_view>
+
 #include "support/ending_signals.h"
 #include "support/log.h"
 
@@ -16,9 +18,16 @@ void configureForOneThread() {
       sqlite3_config(SQLITE_CONFIG_SINGLETHREAD) | sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
-/// An authorizer that allows reads alone. Everything else is denied, above all PRAGMA, and ATTACH
-/// and VACUUM INTO, which create files.
-int allowReading(void* /*unused*/, int action, const char* /*unused*/, const char* /*unused*/,
+/// Whether a PRAGMA is one of those with which the virtual tables for text search read.
+bool isOfTextSearch(std::string_view pragma, const char* argument) {
+  return argument == nullptr && (pragma == "data_version" || pragma == "page_size");
+}
+
+/// An authorizer that allows reading. Virtual tables compile the statements they may write with as
+/// soon as they are read, so these are allowed on a connection on which they fail; `queryOnly` is
+/// null on any other. All else is denied, above all other PRAGMAs, and ATTACH and VACUUM INTO,
+/// which create files.
+int allowReading(void* queryOnly, int action, const char* name, const char* argument,
                  const char* /*unused*/, const char* /*unused*/) {
   switch (action) {
     case SQLITE_SELECT:
@@ -26,9 +35,19 @@ int allowReading(void* /*unused*/, int action, const char* /*unused*/, const cha
     case SQLITE_FUNCTION:
     case SQLITE_RECURSIVE:
       return SQLITE_OK;
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_DELETE:
+      return queryOnly != nullptr ? SQLITE_OK : SQLITE_DENY;
+    case SQLITE_PRAGMA:
+      return isOfTextSearch(name, argument) ? SQLITE_OK : SQLITE_DENY;
     default:
       return SQLITE_DENY;
   }
+}
+
+bool execute(sqlite3* handle, const char* sql) {
+  return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
 }  // namespace
@@ -38,7 +57,7 @@ tSqlite3db::tSqlite3db(const std::string& fileName) {
   sqlite3_open(fileName.c_str(), &handle);
   // A connection runs one select, which reads each page once: a small page cache costs less than
   // SQLite's default of two megabytes.
-  sqlite3_exec(handle, "PRAGMA cache_size = 64", nullptr, nullptr, nullptr);
+  execute(handle, "PRAGMA cache_size = 64");
 }
 
 tSqlite3db::~tSqlite3db() {
@@ -99,7 +118,8 @@ tReadingOnly::tReadingOnly(sqlite3* handle_, Clock::time_point deadline_)
     : handle(handle_), deadline(deadline_) {
   constexpr int kInstructionsBetweenCalls = 1000;  // of SQLite's virtual machine
   if (handle != nullptr) {
-    sqlite3_set_authorizer(handle, allowReading, nullptr);
+    const bool queryOnly = execute(handle, "PRAGMA query_only = 1");  // or it is out of memory
+    sqlite3_set_authorizer(handle, allowReading, queryOnly ? handle : nullptr);
     sqlite3_progress_handler(handle, kInstructionsBetweenCalls, isOver, this);
   }
 }
@@ -108,6 +128,7 @@ tReadingOnly::~tReadingOnly() {
   if (handle != nullptr) {
     sqlite3_set_authorizer(handle, nullptr, nullptr);
     sqlite3_progress_handler(handle, 0, nullptr, nullptr);
+    execute(handle, "PRAGMA query_only = 0");
   }
 }
 

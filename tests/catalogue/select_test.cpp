@@ -275,6 +275,39 @@ TEST_F(Select, ASecondStatementThatWritesIsRefused) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
+TEST_F(Select, RowsAreNotWritten) {
+  CatalogueFile(path).insert(kSat, {{15, "17"}});
+  const auto before = filesIn(folder.path());
+  const Lines lines = errorsOf([&] {
+    const tSqlite3db db(path);
+    const char* const filter = "; DELETE FROM availableSatService";
+    EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), filter)->rows.empty());
+  });
+  ASSERT_EQ(lines.size(), 9U);
+  EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: attempt to write a readonly database");
+  EXPECT_EQ(filesIn(folder.path()), before);
+}
+
+TEST_F(Select, VirtualTablesAreRead) {
+  for (const std::string module : {"fts3", "fts4", "fts5", "rtree"}) {
+    SCOPED_TRACE(module);
+    CatalogueFile file(path);
+    file.execute("DROP TABLE availableTdtService; CREATE VIRTUAL TABLE availableTdtService USING " +
+                 module + "(service_id, service_name, other)");
+    file.execute("INSERT INTO availableTdtService VALUES(17, 18, 19)");
+    const auto before = filesIn(folder.path());
+    const tSqlite3db db(path);
+    const std::string search = module == "rtree" ? "" : "WHERE availableTdtService MATCH '18'";
+    for (const std::string& filter : {std::string(), std::string("WHERE service_id = 17"), search}) {
+      const auto list = tAvailableTdtService::doSelect(db.getHandle(), filter.c_str());
+      ASSERT_EQ(list->rows.size(), 1U);
+      EXPECT_EQ(list->rows[0].asInt(0), 17);
+      EXPECT_EQ(list->rows[0].asInt(1), 18);
+    }
+    EXPECT_EQ(filesIn(folder.path()), before);
+  }
+}
+
 TEST_F(Select, ViewsOnViewsAndCompoundSelectsAreRead) {
   CatalogueFile file(path);
   std::string views = "ALTER TABLE availableTdtService RENAME TO view0;";
