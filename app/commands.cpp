@@ -43,14 +43,14 @@ struct Command {
   std::size_t wordsNeeded = 1;        ///< in the whole line, the command word included
   const char* tooFewWords = nullptr;  ///< the message for a line that has fewer
   void (*run)(Invocation&) = nullptr;
-  /// Completes the word behind it; null if there is nothing to offer.
+  /// Completes the word after it; null if there is nothing to offer.
   std::vector<Candidate> (*complete)(const std::string& typed) = nullptr;
   /// The setting that the command shows or changes; checks and completes the second word.
   const SettingCommand* setting = nullptr;
   /// The table in which the second word is looked up.
   std::span<const Command> subcommands{};
-  /// Completes the words behind it where `complete` does not: the last of `words`, the first of
-  /// which is the word behind it.
+  /// Completes an argument of a command that takes several: `words` are its arguments, the last of
+  /// which is completed. Used where `complete` is null.
   std::vector<Candidate> (*completeWords)(std::span<const std::string> words,
                                           const hub_module::HeadendConfig& config) = nullptr;
 };

@@ -20,17 +20,17 @@ std::vector<Candidate> completeChoice(const Setting& setting, const std::string&
 std::vector<Candidate> completeRFInput(const std::string& typed);
 std::vector<Candidate> completeScanType(const std::string& typed);
 
-/// The slots that encoder modules may be in and, behind one, their HDMI inputs. Completes the last
-/// of `words`, those behind the command.
+/// The slots that encoder modules may be in and, after one, their HDMI inputs. Completes the last
+/// of `words`, the arguments of the command.
 std::vector<Candidate> completeEncoder(std::span<const std::string> words,
                                        const hub_module::HeadendConfig& config);
 
-/// Likewise the slots of the IP inputs in `config` and, behind one, its interfaces, each with its
+/// Likewise the slots of the IP inputs in `config` and, after one, its interfaces, each with its
 /// address.
 std::vector<Candidate> completeIPInput(std::span<const std::string> words,
                                        const hub_module::HeadendConfig& config);
 
-/// Files and folders, a folder with a slash behind it. Names that cannot be typed, for a blank or a
+/// Files and folders, a folder with a slash after it. Names that cannot be typed, for a blank or a
 /// control character in them, are left out, and hidden ones until their dot is typed. Of the state
 /// folder, in which the console has other files of its own, only configurations.
 std::vector<Candidate> completeFile(const std::string& typed);

@@ -165,8 +165,9 @@ void EditsCopy::startWriter(File file) {
   }
 }
 
-/// The child process. It closes, and so unlocks, the copy in place, and its own file before that is
-/// in place: if the console is killed meanwhile, the next one announces the copy that it finds.
+/// The child process. It closes its duplicates of the locked descriptors, that of its own file
+/// before the rename: a flock() lock lasts until the last duplicate is closed. If the console is
+/// killed, its copies are then unlocked, and the next console announces them.
 void EditsCopy::runWriter(File file) {
   ignoreEndingSignals();
   copy_ = File();

@@ -88,7 +88,7 @@ class EditsCopy {
   const LineupEditor& editor_;
   const When when_;
   std::vector<Folder> folders_;
-  std::size_t firstFolder_ = 0;  ///< to try first: behind the one that failed last
+  std::size_t firstFolder_ = 0;  ///< index of the one to try first, after the last that failed
   std::size_t failures_ = 0;     ///< in a row
   std::chrono::steady_clock::time_point nextTry_{};
   File copy_;

@@ -9,7 +9,8 @@
 
 namespace lineup {
 
-/// Behind the name of a copy while it is written. Two, as a second writer may wait for the first.
+/// What ends the name of a copy while it is written. Two, as a second writer may wait for the
+/// first.
 inline constexpr const char* kUnfinishedSuffixes[] = {".new", ".newer"};
 
 /// "lineup-console-", `time` in local time, the process number and ".json".

@@ -42,7 +42,7 @@ void runMode(LineupEditor& editor, const CommandLineOptions& options) {
   }
 }
 
-/// Writes the copy at an end of the program by `signal`, or by an exception that ends it likewise.
+/// Saves the edits when `signal`, or an exception (SIGABRT), ends the program.
 void leaveEdits(EditsCopy& copy, int signal) {
   beginEnding(signal);
   copy.leave();

@@ -38,7 +38,7 @@ bool runInterruptibly(LineupEditor& editor, const std::string& line) {
       throw;
     }
     forgetInterrupt();
-    std::cout << std::endl;  // behind the "^C" that the terminal shows
+    std::cout << std::endl;  // after the "^C" that the terminal shows
     return true;
   }
 }
@@ -56,7 +56,7 @@ void LineupEditor::runPromptLoop() {
       .f2 = [this] { return changesToCommit(config); },
       .f3 = [this] { return lineupTables(config); },
   };
-  // From here on, lest Ctrl-C right behind Return end the console.
+  // From here on, lest Ctrl-C right after Return end the console.
   const InterruptibleCommand eachCommand(canEditLines());
   std::string line;
   while (true) {

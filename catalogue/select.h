@@ -33,7 +33,7 @@ class tRow {
 
   const tTable* table;
   std::pmr::vector<tCell> columns;
-  /// One flag a column; the console has no use for them.
+  /// One flag per column; the console has no use for them.
   std::pmr::vector<bool> flags;
 };
 

@@ -63,7 +63,7 @@ class CheckedJsonProtocol : public apache::thrift::protocol::TJSONProtocol {
   }
 
  private:
-  /// Reads with `readValue`, which ends at the character behind the number, and leaves `value`
+  /// Reads with `readValue`, which ends at the character after the number, and leaves `value`
   /// alone if there was none.
   template <class Number>
   uint32_t number(Number& value, uint32_t (TJSONProtocol::*readValue)(Number&)) {

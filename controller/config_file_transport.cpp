@@ -121,7 +121,7 @@ bool ConfigFileTransport::isAhead(std::string_view text) {
   return true;
 }
 
-/// The next character that is not white space outside a string; white space behind a number is
+/// The next character that is not white space outside a string; white space after a number is
 /// returned, as it ends the number.
 char ConfigFileTransport::takeBehindSpace() {
   char character = take();

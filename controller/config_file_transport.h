@@ -56,7 +56,7 @@ class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport
   const bool blocks_;
   std::string ahead_;      // what was read ahead,
   size_t aheadTaken_ = 0;  // and how much of it has been taken since
-  bool inText_ = false;    // behind its opening quote
+  bool inText_ = false;    // after its opening quote
   bool escaped_ = false;   // by the backslash before
   int hexDigits_ = 0;      // to come in an escape
   char last_ = '\0';

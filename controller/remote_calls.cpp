@@ -16,14 +16,13 @@ template <class Call, class... Texts>
 void callController(Call call, Texts... errorLine) {
   throwIfSignalled();
   try {
-    const RemoteCallUnderWay uninterrupted;
+    const RemoteCallUnderWay uninterrupted(kLongestCall);
     ControllerClient client = makeControllerClient();
     call(client);
   } catch (const EndedBySignal&) {
     throw;  // before it began
   } catch (...) {
-    const char* const behindTheKey = isInterrupted() ? "\n" : "";  // which the terminal shows
-    std::cout << behindTheKey;
+    std::cout << (isInterrupted() ? "\n" : "");  // after the "^C" that the terminal shows
     (std::cout << ... << errorLine) << std::endl;
   }
   throwIfSignalled();

@@ -14,11 +14,11 @@ namespace {
 /// Reads as much of the file as can be read. Returns whether that is all of it; throws
 /// EndedBySignal if a signal is the reason why not.
 bool readUnlessSignalled(const std::string& path, hub_module::HeadendConfig& config) {
-  const bool whole = readConfigFile(path, config) == CONFIG_FILE_OK;
-  if (!whole) {
+  const bool complete = readConfigFile(path, config) == CONFIG_FILE_OK;
+  if (!complete) {
     throwIfSignalled();
   }
-  return whole;
+  return complete;
 }
 
 }  // namespace
@@ -35,18 +35,19 @@ void LineupEditor::saveConfig(const std::string& path) {
 
 void LineupEditor::restoreConfig(const std::string& path) {
   const uint64_t commitsBefore = commits;
-  hub_module::HeadendConfig other = config;  // kept if a signal cuts the reading short
-  const bool whole = readUnlessSignalled(path, other);
-  std::swap(config, other);
+  hub_module::HeadendConfig restored =
+      config;  // `config` is replaced only when the reading is over
+  const bool complete = readUnlessSignalled(path, restored);
+  hub_module::HeadendConfig before = std::exchange(config, std::move(restored));
   try {
     commitHeadendConfig();
   } catch (const EndedBySignal&) {
     if (isInterrupted() && commits == commitsBefore) {
-      std::swap(config, other);  // nothing is restored
+      config = std::move(before);  // nothing is restored
     }
     throw;
   }
-  restoredFile = whole ? path : "";
+  restoredFile = complete ? path : "";
   std::cout << "Restored config from: " << path << std::endl;
 }
 

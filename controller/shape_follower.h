@@ -88,7 +88,7 @@ class ShapeFollower {
 
   bool isAtEnd() const { return open_.empty(); }
 
-  /// The names of the fields that lead to what is being read, each behind a slash.
+  /// The names of the fields that lead to what is being read, each after a slash.
   std::string path() const {
     std::string path;
     for (const Open& open : open_) {

@@ -19,8 +19,7 @@ using general::RFInputId;
 /// The time after which the headend's status shows that an input was switched.
 constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
 
-/// The marks at positions 0 to 8 are padded to the width of a column; the tenth is the last one,
-/// and any further one is not padded either.
+/// Only the first nine marks are padded to the column width; the tenth ends the row.
 constexpr std::size_t kPaddedMarks = 9;
 
 /// Sends the pair of terrestrial inputs, with the input `id` switched, or both for TDTALL.

@@ -1,4 +1,4 @@
-// The fields of a HeadendConfig, for checking that a file has them all and no others.
+// The ids, names and types of the fields of HeadendConfig and of the records in it.
 
 #pragma once
 
@@ -17,8 +17,7 @@ struct FieldShape;
 struct ValueShape {
   apache::thrift::protocol::TType type = apache::thrift::protocol::T_STOP;
   std::map<int16_t, FieldShape> fields{};  ///< of a record, by their ids
-  /// Of a map.
-  apache::thrift::protocol::TType keyType = apache::thrift::protocol::T_STOP;
+  apache::thrift::protocol::TType keyType = apache::thrift::protocol::T_STOP;  ///< of a map's keys
   std::unique_ptr<ValueShape> element{};  ///< of a list, a set and the values of a map
 
   /// The field of this name, or null.

@@ -1,11 +1,11 @@
 // The headend's configuration and status, and the service with which ControllerTask hands them out.
 //
 // Members stand in wire order. A field is optional only where an absent value means something of its
-// own; a field with a default starts with its set-flag on.
+// own; a field with a default starts with its __isset flag true.
 //
 // Lists name their C++ type, which is the generator's own choice, because the reader generated for a
-// named type lets the list grow as elements arrive. Else it sizes the list by the count in its header
-// before it has seen an element, gigabytes for a few bytes that lie.
+// named type lets the list grow as elements arrive. Otherwise it resizes the list to the count in the
+// header, so that a few false bytes allocate gigabytes.
 
 include "general.thrift"
 include "module.thrift"

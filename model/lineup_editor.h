@@ -34,9 +34,10 @@ class LineupEditor {
   /// The RFInputId values of the inputs that the groups TDTALL and SATALL stand for.
   const std::vector<int32_t> tdtInputIds{1, 2};
   const std::vector<int32_t> satInputIds{3, 4, 5, 6, 7, 8, 9, 10};
-  uint64_t fetches = 0;      ///< how many times `config` was replaced by the controller's
-  uint64_t commits = 0;      ///< how many times the controller took `config`
-  std::string restoredFile;  ///< what restoreConfig() read whole into `config`, if so
+  uint64_t fetches = 0;  ///< how many times `config` was replaced by the controller's
+  uint64_t commits = 0;  ///< how many times the controller took `config`
+  /// The file that restoreConfig() read completely since the last fetch; else empty.
+  std::string restoredFile;
 
   // ---- app/: the prompt and the dispatcher
 
@@ -86,8 +87,9 @@ class LineupEditor {
   void saveConfig(const std::string& path);
 
   /// Reads `path` over `config` and commits at once, whatever came of the reading. Says "Restored
-  /// config from: " in every case. A signal that cuts the reading short throws EndedBySignal;
-  /// `config` stays as it was if changes are pending.
+  /// config from: " even if reading or committing failed. A signal that cuts the reading short, or
+  /// an interrupt before the controller has taken it, throws EndedBySignal and leaves `config` as
+  /// it was.
   void restoreConfig(const std::string& path);
 
   /// Prints `config` field by field.

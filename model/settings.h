@@ -15,7 +15,7 @@ namespace lineup {
 namespace hub_module = korvel::thrift::hub_module;
 namespace general = korvel::thrift::general;
 
-/// A word that a setting accepts and the value that stands for it.
+/// A word that a setting accepts and the value that it stands for.
 struct Choice {
   std::string_view word;
   int32_t value;

@@ -5,8 +5,8 @@
 namespace lineup {
 
 /// Opens /dev/null, with `access` (O_RDONLY or O_RDWR), for each standard stream that is closed:
-/// otherwise the next connection or file would get its descriptor, and what is printed. With
-/// O_RDONLY, writing to such a stream fails.
+/// otherwise the next socket or file opened would get that descriptor and receive what is printed.
+/// With O_RDONLY, writing to such a stream fails.
 void openClosedStreams(int access);
 
 }  // namespace lineup

@@ -1,4 +1,4 @@
-// File descriptors: closed in any case, and written to as a whole.
+// Owning file descriptors, and complete writes to them.
 
 #pragma once
 

@@ -26,8 +26,6 @@ constexpr int kMayStayIgnored[] = {SIGHUP, SIGINT, SIGQUIT};
 constexpr microseconds kUntilOverdue = seconds(1);
 constexpr microseconds kBetweenInterrupts = milliseconds(50);
 constexpr microseconds kUntilTheEnd = seconds(3);
-constexpr microseconds kUntilTheEndOfACall =
-    seconds(45);  // to connect 1, to send 20, to receive 20
 
 bool isOneOf(std::span<const int> signals, int signal) {
   return std::find(signals.begin(), signals.end(), signal) != signals.end();
@@ -46,7 +44,7 @@ sigset_t endingSignals() {
 // others; 0 for none.
 volatile std::sig_atomic_t caughtSignal = 0;
 volatile std::sig_atomic_t overdue = 0;
-volatile std::sig_atomic_t remoteCall = 0;
+volatile std::sig_atomic_t remoteCall = 0;   // the longest time in seconds of one under way, or 0
 volatile std::sig_atomic_t commandRuns = 0;  // an InterruptibleCommand
 volatile std::sig_atomic_t interrupted = 0;  // whether what was caught ends it alone
 volatile std::sig_atomic_t keysLeft = 0;     // a TerminalKeysLeft
@@ -80,7 +78,7 @@ void stopTimer() {
 
 void startTimer() {
   if (remoteCall != 0) {
-    startTimer(kUntilTheEndOfACall, kUntilTheEndOfACall);
+    startTimer(seconds(remoteCall), seconds(remoteCall));
   } else {
     startTimer(kUntilOverdue, kUntilTheEnd);
   }
@@ -334,10 +332,10 @@ void endBySignal(int signal) {
   // COVERAGE_EXCL_STOP
 }
 
-RemoteCallUnderWay::RemoteCallUnderWay() {
+RemoteCallUnderWay::RemoteCallUnderWay(seconds longest) {
   const BlockedSignals blocked(endingSignals());
   throwIfSignalled();
-  remoteCall = 1;
+  remoteCall = static_cast<std::sig_atomic_t>(longest.count());
 }
 
 RemoteCallUnderWay::~RemoteCallUnderWay() {

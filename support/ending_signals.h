@@ -1,26 +1,29 @@
 // Signals that end the program: a hang-up, an interrupt, a request to terminate, an output
 // that nobody reads any more. They are caught so that what is under way ends in order; the program
-// then ends by the same signal. From the first one on the end is certain, whatever blocks:
+// then ends by the same signal. Except for an interrupt, which can be forgotten, the end is certain
+// from the first signal on, whatever blocks:
 //
 //   state          begins with                       what blocks then                 ends after
-//   running        the start                         goes on                          -
-//   signalled      the first signal                  goes on, as it mostly ends soon  1 second
-//   overdue        that second                       fails with EINTR, again and      2 seconds
+//   running        the start                         continues                        -
+//   signalled      the first signal                  continues; most of it ends soon  1 second
+//   overdue        1 second after the signal         fails with EINTR, again and      2 seconds
 //                                                    again; output is dropped
-//   remote call    a RemoteCallUnderWay in any of    goes on, up to its time-outs     45 seconds
-//                  the above
+//   remote call    the first signal during a         continues, up to its time-outs   `longest`, or
+//                  RemoteCallUnderWay                                                 with the call
+//                                                                                     (signalled)
 //   interrupted    SIGINT during an                  fails with EINTR, then as        -
 //                  InterruptibleCommand              overdue
 //   ending         beginEnding(), when the edits     as signalled, then as overdue    3 seconds
 //                  are about to be saved
-//   forced         the end of the last three         is left to the work that            1 second
-//                                                    whenEndIsForced() was given, if any
+//   forced         the time of overdue, remote call  is left to the work that         1 second
+//                  or ending has passed              whenEndIsForced() was given,
+//                                                    if any
 //   ended          endBySignal(), or the end of forced; the process ends by the signal
 //
 // Where the program waits by the functions below, or asks, it sees a signal at once and goes from
-// signalled to ending. An interrupt can be forgotten, which leads back to running. From interrupted
-// any other signal leads to signalled, and so does a further SIGINT during a remote call or once
-// overdue.
+// signalled to ending. Forgetting an interrupt leads back to running. From interrupted any other
+// signal leads to signalled (to remote call during one), and so does a further SIGINT during a
+// remote call or once overdue.
 
 #pragma once
 
@@ -118,10 +121,10 @@ void whenEndIsForced(void (*work)());
 [[noreturn]] void endBySignal(int signal);
 
 /// For its lifetime, a call to the controller is under way, which a signal does not break off
-/// before its time-outs have passed. Throws EndedBySignal if one was caught before.
+/// within `longest` after it. Throws EndedBySignal if one was caught before.
 class RemoteCallUnderWay {
  public:
-  RemoteCallUnderWay();
+  explicit RemoteCallUnderWay(std::chrono::seconds longest);
   ~RemoteCallUnderWay();
   RemoteCallUnderWay(const RemoteCallUnderWay&) = delete;
   RemoteCallUnderWay& operator=(const RemoteCallUnderWay&) = delete;

@@ -16,7 +16,7 @@ namespace lineup {
 /// The last lines of the file, at most `most`, the oldest first.
 std::vector<std::string> readHistoryFile(std::size_t most);
 
-/// Adds `line`, which has no line feed, behind those that any console has added meanwhile, and
+/// Adds `line`, which has no line feed, after those that any console has added meanwhile, and
 /// leaves out the oldest beyond `most` lines.
 void appendToHistoryFile(const std::string& line, std::size_t most);
 

@@ -15,11 +15,11 @@ namespace lineup {
 /// A word that the one being typed may become.
 struct Candidate {
   std::string word;  ///< a '_' may stand for another character that was typed
-  std::string note;  ///< shown behind the word; may be empty
+  std::string note;  ///< shown after the word; may be empty
 };
 
 /// Returns what the last word of `begun`, a line up to its cursor, may become. Words are separated
-/// by blanks; the last one is empty behind a blank. Whatever it throws counts as no candidate.
+/// by blanks; the last one is empty after a blank. Whatever it throws counts as no candidate.
 using Completer = std::function<std::vector<Candidate>(const std::string& begun)>;
 
 /// What helps a person who edits a command line.
@@ -31,7 +31,7 @@ struct LineAids {
   std::function<std::string()> f3;
 };
 
-/// Reads one line of standard input up to a line feed, which is not stored, behind `prompt` on
+/// Reads one line of standard input up to a line feed, which is not stored, after `prompt` on
 /// standard output. A last line without a line feed counts. Returns false at the end of input or on
 /// a read error, and from then on. Throws EndedBySignal if a signal ends the wait, or if the
 /// terminal that standard input is has hung up. Nothing else may read standard input.
@@ -40,8 +40,8 @@ struct LineAids {
 /// line and asks for another one.
 bool readCommandLine(const std::string& prompt, const LineAids& aids, std::string& line);
 
-/// Reads a line likewise, without prompt and aids, and does not remember it. SIGINT makes it
-/// an empty one.
+/// Reads a line likewise, without prompt and aids, and does not remember it. Where lines
+/// are edited, SIGINT makes it an empty one.
 bool readAnswer(std::string& line);
 
 /// Has `hook` called where there is time for a little work: before a command line is waited for,

@@ -18,8 +18,8 @@ struct Destination {
   bool givenUp = false;
 };
 
-/// Always claims success: stdio and the streams would remember a failure. An interrupt ends what is
-/// being written; what is said of it later is written all the same.
+/// Always reports success, or stdio and the streams would stay in the error state. An interrupt
+/// drops the rest of this text; later texts are written.
 ssize_t print(void* cookie, const char* text, size_t size) {
   Destination& destination = *static_cast<Destination*>(cookie);
   destination.givenUp = destination.givenUp && isEndOverdue();

@@ -116,7 +116,7 @@ bool isInterrupted() {
   return false;
 }
 
-RemoteCallUnderWay::RemoteCallUnderWay() {}
+RemoteCallUnderWay::RemoteCallUnderWay(std::chrono::seconds /*longest*/) {}
 RemoteCallUnderWay::~RemoteCallUnderWay() {}
 
 }  // namespace lineup

@@ -17,6 +17,8 @@
 namespace lineup::test {
 namespace {
 
+constexpr std::chrono::seconds kLongestCall(45);
+
 using std::chrono::microseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
@@ -83,7 +85,7 @@ TEST(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
 
 TEST(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
   catchEndingSignals();
-  const RemoteCallUnderWay call;
+  const RemoteCallUnderWay call(kLongestCall);
   std::raise(SIGTERM);
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
   EXPECT_FALSE(isEndOverdue());
@@ -92,7 +94,7 @@ TEST(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
 TEST(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
   catchEndingSignals();
   {
-    const RemoteCallUnderWay call;
+    const RemoteCallUnderWay call(kLongestCall);
     std::raise(SIGTERM);
   }
   EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
@@ -103,7 +105,7 @@ TEST(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
 TEST(EndingSignals, NoRemoteCallBeginsAfterASignal) {
   catchEndingSignals();
   std::raise(SIGTERM);
-  EXPECT_EQ(endedBy([] { const RemoteCallUnderWay call; }), SIGTERM);
+  EXPECT_EQ(endedBy([] { const RemoteCallUnderWay call(kLongestCall); }), SIGTERM);
 }
 
 TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
@@ -151,7 +153,7 @@ TEST(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
 TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
   catchEndingSignals();
   const InterruptibleCommand command(true);
-  const RemoteCallUnderWay call;
+  const RemoteCallUnderWay call(kLongestCall);
   std::raise(SIGINT);
   EXPECT_TRUE(isInterrupted());
   std::raise(SIGINT);
