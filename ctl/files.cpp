@@ -10,7 +10,7 @@
 #include <span>
 #include <stdexcept>
 
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 #include "ctl/failure.h"
 #include "support/descriptor.h"
 #include "support/replace_file.h"
@@ -55,7 +55,7 @@ std::string textInFile(const std::string& path) {
 
 hub_module::HeadendConfig configInFile(const std::string& path) {
   try {
-    return readWholeConfigFile(path);
+    return readCompleteConfigFile(path);
   } catch (const std::runtime_error& error) {
     throw Failure(kFile, fileName(path) + ": " + error.what());
   }

@@ -22,8 +22,8 @@
 #include <thread>
 #include <vector>
 
+#include "controller/complete_config_file.h"
 #include "controller/config_file.h"
-#include "controller/whole_config_file.h"
 #include "hub_module_types.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
@@ -249,7 +249,7 @@ TEST_F(EditsCopy, ThatIsNotTakenStays) {
 }
 
 TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
-  controller.setConfig(readWholeConfigFile(leave()));
+  controller.setConfig(readCompleteConfigFile(leave()));
   ConsoleProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_TRUE(files().empty());
@@ -257,7 +257,7 @@ TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
 
 TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
   const std::string path = leave();
-  HeadendConfig other = readWholeConfigFile(path);
+  HeadendConfig other = readCompleteConfigFile(path);
   other.headendGlobalConfig.headendId = 8;
   controller.setConfig(other);
   ConsoleProcess(start("dumb")).readUntil(announcement(path));

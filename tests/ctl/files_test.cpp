@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 #include "tests/ctl/ctl_process.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
@@ -36,7 +36,7 @@ class CtlFiles : public testing::Test {
       throw std::runtime_error("no file in memory");
     }
     try {
-      readWholeConfigFile("/proc/self/fd/" + std::to_string(memory_));
+      readCompleteConfigFile("/proc/self/fd/" + std::to_string(memory_));
       return true;
     } catch (const std::runtime_error& error) {
       if (why != nullptr) {
@@ -112,7 +112,7 @@ TEST_F(CtlFiles, WithManyServicesAndAVeryLongNameAreTaken) {
   lineup.dvbInputServices[1].service.name = std::string(25'000'000, 'n');
   lineup.dvbInputServices[1].service.intItems.resize(kServices);
   fill(file_, toJson(config));
-  EXPECT_TRUE(readWholeConfigFile(file_) == config);
+  EXPECT_TRUE(readCompleteConfigFile(file_) == config);
 }
 
 TEST_F(CtlFiles, WithWhiteSpaceBehindAreTaken) {

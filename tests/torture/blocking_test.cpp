@@ -13,7 +13,7 @@
 #include <system_error>
 #include <vector>
 
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
@@ -105,7 +105,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
       if (std::regex_match(entry.path().filename().string(),
                            std::regex("lineup-console-[-0-9]+.json"))) {
         ++copies;
-        EXPECT_EQ(lineup::readWholeConfigFile(entry.path()).headendGlobalConfig.headendId, id);
+        EXPECT_EQ(lineup::readCompleteConfigFile(entry.path()).headendGlobalConfig.headendId, id);
       }
     }
     EXPECT_EQ(copies, 1) << out;

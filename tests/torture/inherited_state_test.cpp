@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/temporary_folder.h"
@@ -136,7 +136,7 @@ void expectCopy(const TemporaryFolder& folder) {
   struct stat status {};
   ASSERT_EQ(stat(copies[0].c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
-  EXPECT_EQ(lineup::readWholeConfigFile(copies[0]).headendGlobalConfig.headendId, 7);
+  EXPECT_EQ(lineup::readCompleteConfigFile(copies[0]).headendGlobalConfig.headendId, 7);
 }
 
 TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {

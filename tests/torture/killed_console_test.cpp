@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 #include "support/descriptor.h"
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
@@ -120,7 +120,7 @@ class Session {
     return path.empty() ? 0 : idIn(path);
   }
   static int32_t idIn(const std::string& path) {
-    return lineup::readWholeConfigFile(path).headendGlobalConfig.headendId;
+    return lineup::readCompleteConfigFile(path).headendGlobalConfig.headendId;
   }
 
   int32_t typed = 0;

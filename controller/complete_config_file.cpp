@@ -1,4 +1,4 @@
-#include "controller/whole_config_file.h"
+#include "controller/complete_config_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -144,9 +144,9 @@ std::string_view typeName(apache::thrift::protocol::TType type) {
 /// Follows the reading of a record in its shape and throws std::runtime_error for a field that is
 /// missing, unknown, given twice or of another type, a key that a map has twice, and a number that
 /// the field cannot hold: the library would keep one value of the two, and the nearest number.
-class WholeConfigProtocol : public ConfigFileProtocol {
+class CompleteConfigProtocol : public ConfigFileProtocol {
  public:
-  explicit WholeConfigProtocol(const std::shared_ptr<TokenTransport>& file)
+  explicit CompleteConfigProtocol(const std::shared_ptr<TokenTransport>& file)
       : ConfigFileProtocol(file), file_(*file), follower_(headendConfigShape()) {}
 
   uint32_t readStructBegin_virt(std::string& name) override {
@@ -305,7 +305,7 @@ int openToRead(const std::string& path) {
                      : open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
 
-HeadendConfig readWholeConfigFile(const std::string& path) {
+HeadendConfig readCompleteConfigFile(const std::string& path) {
   Descriptor descriptor(openToRead(path));
   if (!descriptor.isOpen()) {
     throw std::runtime_error(std::strerror(errno));
@@ -313,7 +313,7 @@ HeadendConfig readWholeConfigFile(const std::string& path) {
   const auto file = std::make_shared<TokenTransport>(descriptor);
   HeadendConfig config;
   try {
-    WholeConfigProtocol protocol(file);
+    CompleteConfigProtocol protocol(file);
     config.read(&protocol);
     requireEnd(*file);
   } catch (const apache::thrift::transport::TTransportException& error) {

@@ -14,7 +14,7 @@ int openToRead(const std::string& path);
 
 /// The configuration in the file `path`, "-" for standard input. Throws std::runtime_error, with
 /// the reason alone, unless the file holds exactly one configuration: every field that a writer
-/// writes, none that is unknown or given twice, and nothing but white space behind it.
-korvel::thrift::hub_module::HeadendConfig readWholeConfigFile(const std::string& path);
+/// writes, none that is unknown or given twice, and nothing but white space after it.
+korvel::thrift::hub_module::HeadendConfig readCompleteConfigFile(const std::string& path);
 
 }  // namespace lineup
