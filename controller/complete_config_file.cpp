@@ -1,8 +1,5 @@
 #include "controller/complete_config_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
@@ -18,6 +15,7 @@
 #include "controller/config_file_transport.h"
 #include "controller/shape_follower.h"
 #include "model/config_shape.h"
+#include "support/descriptor.h"
 
 namespace lineup {
 
@@ -300,13 +298,8 @@ std::string systemReason(const std::string& message) {
 
 }  // namespace
 
-int openToRead(const std::string& path) {
-  return path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                     : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-}
-
 HeadendConfig readCompleteConfigFile(const std::string& path) {
-  Descriptor descriptor(openToRead(path));
+  Descriptor descriptor = openForReading(path);
   if (!descriptor.isOpen()) {
     throw std::runtime_error(std::strerror(errno));
   }

@@ -8,10 +8,6 @@
 
 namespace lineup {
 
-/// A descriptor to read the file `path`, "-" for standard input; negative, with the reason in
-/// errno, if it cannot be opened.
-int openToRead(const std::string& path);
-
 /// The configuration in the file `path`, "-" for standard input. Throws std::runtime_error, with
 /// the reason alone, unless the file holds exactly one configuration: every field that a writer
 /// writes, none that is unknown or given twice, and nothing but white space after it.

@@ -40,7 +40,7 @@ std::string fileName(const std::string& path) {
 }
 
 std::string textInFile(const std::string& path) {
-  const Descriptor file(openToRead(path));
+  const Descriptor file = openForReading(path);
   std::string text;
   std::array<char, 4096> part{};
   ssize_t count = file.isOpen() ? readSome(file.number(), part) : -1;

@@ -1,11 +1,17 @@
 #include "support/descriptor.h"
 
+#include <fcntl.h>
 #include <poll.h>
 
 #include <cerrno>
 #include <cstddef>
 
 namespace lineup {
+
+Descriptor openForReading(const std::string& path) {
+  return Descriptor(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
 
 ssize_t writeSome(int descriptor, std::string_view text) {
   const ssize_t count = write(descriptor, text.data(), text.size());

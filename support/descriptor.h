@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -33,6 +34,10 @@ class Descriptor {
  private:
   int number_ = -1;
 };
+
+/// Opens the file `path`, "-" for standard input, for reading. Not open, with the reason in errno,
+/// if that fails.
+Descriptor openForReading(const std::string& path);
 
 /// Writes some of `text`. Where `descriptor` takes no more for now, a non-blocking one as well,
 /// waits until it does. Returns how much was written; 0 to try again; negative, with the reason in
