@@ -3,7 +3,7 @@
 #include <exception>
 #include <stdexcept>
 
-#include "controller/config_calls.h"
+#include "controller/controller_calls.h"
 #include "model/headend_places.h"
 
 namespace lineup::ctl {

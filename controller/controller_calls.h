@@ -1,4 +1,5 @@
-// The calls to ControllerTask that fetch and send what the headend holds.
+// The calls to ControllerTask that answer with a record, of which each takes what it needs. The
+// others are called on the ControllerClient itself.
 
 #pragma once
 

@@ -1,6 +1,8 @@
+// The editor's calls to ControllerTask, whose failures are printed.
+
 #include <iostream>
 
-#include "controller/config_calls.h"
+#include "controller/controller_calls.h"
 #include "controller/controller_client.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"

@@ -1,4 +1,4 @@
-#include "controller/config_calls.h"
+#include "controller/controller_calls.h"
 
 #include <cstdint>
 #include <utility>
