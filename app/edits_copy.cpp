@@ -17,8 +17,8 @@
 #include <system_error>
 #include <utility>
 
+#include "app/earlier_copies.h"
 #include "app/edits_copy_names.h"
-#include "app/left_edits.h"
 #include "controller/config_file.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
@@ -234,7 +234,7 @@ bool EditsCopy::update() noexcept {
   try {
     const bool isWriting = finishWriters(WNOHANG);
     if (std::exchange(commitsSeen_, editor_.commits) != editor_.commits) {
-      removeLeftEdits(editor_.restoredFile);
+      removeEarlierCopy(editor_.restoredFile);
     }
     if (!editor_.pendingChanges) {
       remove();

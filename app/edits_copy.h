@@ -95,7 +95,7 @@ class EditsCopy {
   std::optional<Writer> atWork_;
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
   File last_;                      ///< the one that is written at the end of the program
-  uint64_t commitsSeen_ = 0;       ///< at the last call of removeLeftEdits()
+  uint64_t commitsSeen_ = 0;       ///< at the last call of removeEarlierCopy()
 };
 
 }  // namespace lineup

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "app/commands.h"
+#include "app/earlier_copies.h"
 #include "app/function_keys.h"
-#include "app/left_edits.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
 #include "support/line_editing.h"
@@ -48,7 +48,7 @@ bool runInterruptibly(LineupEditor& editor, const std::string& line) {
 void LineupEditor::runPromptLoop() {
   fetchHeadendConfig();
   if (isatty(STDIN_FILENO) == 1) {
-    announceLeftEdits(fetches > 0 ? &config : nullptr);
+    announceEarlierCopies(fetches > 0 ? &config : nullptr);
   }
   std::cout << "Enter 'help' and press return for help" << std::endl;
   const LineAids aids{

@@ -47,8 +47,8 @@ volatile std::sig_atomic_t overdue = 0;
 volatile std::sig_atomic_t remoteCall = 0;   // the longest time in seconds of one under way, or 0
 volatile std::sig_atomic_t commandRuns = 0;  // an InterruptibleCommand
 volatile std::sig_atomic_t interrupted = 0;  // whether what was caught ends it alone
-volatile std::sig_atomic_t keysLeft = 0;     // a TerminalKeysLeft
-timespec end{};                              // when the program ends, once a signal is caught
+volatile std::sig_atomic_t terminalIgnored = 0;  // a TerminalSignalsIgnored
+timespec end{};                                  // when the program ends, once a signal is caught
 
 timespec now() {
   timespec time{};
@@ -93,7 +93,7 @@ bool isRepeated(int signal) {
 /// program.
 bool isKeyOfAnother(int signal, const siginfo_t& info) {
   const bool hasKey = signal == SIGINT || signal == SIGQUIT;
-  return keysLeft != 0 && hasKey && info.si_code == SI_KERNEL;
+  return terminalIgnored != 0 && hasKey && info.si_code == SI_KERNEL;
 }
 
 void catchSignal(int signal, siginfo_t* info, void* /*context*/) {
@@ -271,12 +271,12 @@ void throwIfInterrupted() {
   }
 }
 
-TerminalKeysLeft::TerminalKeysLeft() {
-  keysLeft = 1;
+TerminalSignalsIgnored::TerminalSignalsIgnored() {
+  terminalIgnored = 1;
 }
 
-TerminalKeysLeft::~TerminalKeysLeft() {
-  keysLeft = 0;
+TerminalSignalsIgnored::~TerminalSignalsIgnored() {
+  terminalIgnored = 0;
 }
 
 void waitFor(microseconds duration) {

@@ -88,14 +88,14 @@ bool isInterrupted();
 /// Throws EndedBySignal in that case only: to be called where a long output has no other end.
 void throwIfInterrupted();
 
-/// For its lifetime, the terminal's keys that send SIGINT and SIGQUIT to all that run on it are
-/// meant for another program: only such signals that a process sends are caught.
-class TerminalKeysLeft {
+/// For its lifetime, SIGINT and SIGQUIT that the terminal's keys send are ignored, as they are
+/// meant for another program that runs on it; those that a process sends are caught.
+class TerminalSignalsIgnored {
  public:
-  TerminalKeysLeft();
-  ~TerminalKeysLeft();
-  TerminalKeysLeft(const TerminalKeysLeft&) = delete;
-  TerminalKeysLeft& operator=(const TerminalKeysLeft&) = delete;
+  TerminalSignalsIgnored();
+  ~TerminalSignalsIgnored();
+  TerminalSignalsIgnored(const TerminalSignalsIgnored&) = delete;
+  TerminalSignalsIgnored& operator=(const TerminalSignalsIgnored&) = delete;
 };
 
 /// Waits `duration`, or throws EndedBySignal as soon as a signal is caught.

@@ -38,7 +38,7 @@ std::string textOf(const std::function<std::string()>& overview, bool mayWait,
 }
 
 bool showInPagerOf(const TerminalMode& mode, const std::string& text) {
-  const TerminalLent lent(mode);
+  const ModeBeforeEditing modeOfThePager(mode);
   return showInPager(text);
 }
 

@@ -49,15 +49,15 @@ Descriptor fileWith(std::string_view text) {
 }
 
 /// For its lifetime, the interrupt and quit keys are the pager's, and `mask` is the signal mask.
-class TerminalLeft {
+class PagerSignals {
  public:
-  explicit TerminalLeft(const sigset_t& mask) { pthread_sigmask(SIG_SETMASK, &mask, &before_); }
-  ~TerminalLeft() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  TerminalLeft(const TerminalLeft&) = delete;
-  TerminalLeft& operator=(const TerminalLeft&) = delete;
+  explicit PagerSignals(const sigset_t& mask) { pthread_sigmask(SIG_SETMASK, &mask, &before_); }
+  ~PagerSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  PagerSignals(const PagerSignals&) = delete;
+  PagerSignals& operator=(const PagerSignals&) = delete;
 
  private:
-  const TerminalKeysLeft keys_{};
+  const TerminalSignalsIgnored keys_{};
   sigset_t before_{};
 };
 
@@ -132,7 +132,7 @@ bool showInPager(const std::string& text) {
   }
   int status = 0;
   {
-    const TerminalLeft left(awaited);
+    const PagerSignals pagerSignals(awaited);
     const pid_t child = fork();
     if (child == 0) {
       runPager(command, file.number());

@@ -54,11 +54,11 @@ void TerminalMode::set(const termios& mode) const {
   }
 }
 
-TerminalLent::TerminalLent(const TerminalMode& mode) : mode_(mode) {
+ModeBeforeEditing::ModeBeforeEditing(const TerminalMode& mode) : mode_(mode) {
   mode_.set(mode_.mode_);
 }
 
-TerminalLent::~TerminalLent() {
+ModeBeforeEditing::~ModeBeforeEditing() {
   mode_.set(mode_.forEditing());
 }
 

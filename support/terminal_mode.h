@@ -28,7 +28,7 @@ class TerminalMode {
   void restore();
 
  private:
-  friend class TerminalLent;
+  friend class ModeBeforeEditing;
   termios forEditing() const;
   void set(const termios& mode) const;
 
@@ -38,13 +38,13 @@ class TerminalMode {
 
 /// For its lifetime, the terminal is in the mode that was kept, for another program. The
 /// mode that the other program leaves is not kept.
-class TerminalLent {
+class ModeBeforeEditing {
  public:
   /// `mode` has to outlive it.
-  explicit TerminalLent(const TerminalMode& mode);
-  ~TerminalLent();
-  TerminalLent(const TerminalLent&) = delete;
-  TerminalLent& operator=(const TerminalLent&) = delete;
+  explicit ModeBeforeEditing(const TerminalMode& mode);
+  ~ModeBeforeEditing();
+  ModeBeforeEditing(const ModeBeforeEditing&) = delete;
+  ModeBeforeEditing& operator=(const ModeBeforeEditing&) = delete;
 
  private:
   const TerminalMode& mode_;

@@ -1,4 +1,4 @@
-#include "app/left_edits.h"
+#include "app/earlier_copies.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -27,22 +27,22 @@ namespace lineup {
 
 namespace {
 
-struct LeftCopy {
+struct EarlierCopy {
   const Folder* folder;
   std::string name;
   struct stat status;
 };
 
 /// Whether it is the user's own file and no longer locked by a console that runs.
-bool isLeft(int folder, const std::string& name, struct stat& status) {
+bool isOfEarlierConsole(int folder, const std::string& name, struct stat& status) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const Descriptor file(openat(folder, name.c_str(), kFlags));
   return file.isOpen() && fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
          status.st_uid == geteuid() && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
 }
 
-std::vector<LeftCopy> leftCopiesIn(const Folder& folder) {
-  std::vector<LeftCopy> copies;
+std::vector<EarlierCopy> earlierCopiesIn(const Folder& folder) {
+  std::vector<EarlierCopy> copies;
   Descriptor own(openat(folder.descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(own.number()), closedir);
   if (!entries) {
@@ -52,18 +52,19 @@ std::vector<LeftCopy> leftCopiesIn(const Folder& folder) {
   while (const dirent* const entry = readdir(entries.get())) {
     std::string name = entry->d_name;
     struct stat status {};
-    if (isCopyName(withoutSuffix(name)) && isLeft(folder.descriptor.number(), name, status)) {
+    if (isCopyName(withoutSuffix(name)) &&
+        isOfEarlierConsole(folder.descriptor.number(), name, status)) {
       copies.push_back({&folder, std::move(name), status});
     }
   }
   return copies;
 }
 
-std::vector<LeftCopy> leftCopiesIn(const std::vector<Folder>& folders) {
-  std::vector<LeftCopy> copies;
+std::vector<EarlierCopy> earlierCopiesIn(const std::vector<Folder>& folders) {
+  std::vector<EarlierCopy> copies;
   for (const Folder& folder : folders) {
-    for (LeftCopy& copy : leftCopiesIn(folder)) {
-      const bool known = std::any_of(copies.begin(), copies.end(), [&](const LeftCopy& other) {
+    for (EarlierCopy& copy : earlierCopiesIn(folder)) {
+      const bool known = std::any_of(copies.begin(), copies.end(), [&](const EarlierCopy& other) {
         return other.status.st_ino == copy.status.st_ino &&
                other.status.st_dev == copy.status.st_dev;  // $TMPDIR may be /tmp
       });
@@ -75,22 +76,22 @@ std::vector<LeftCopy> leftCopiesIn(const std::vector<Folder>& folders) {
   return copies;
 }
 
-void removeLeft(const LeftCopy& copy) {
+void removeCopy(const EarlierCopy& copy) {
   unlinkat(copy.folder->descriptor.number(), copy.name.c_str(), 0);
 }
 
-bool isUnfinished(const LeftCopy& copy) {
+bool isUnfinished(const EarlierCopy& copy) {
   return withoutSuffix(copy.name) != copy.name;
 }
 
-bool wasAnnounced(const LeftCopy& copy) {
+bool wasAnnounced(const EarlierCopy& copy) {
   return (copy.status.st_mode & S_IWUSR) == 0;
 }
 
 /// Whether it was announced for the first time more than 30 days ago. Its own date does not count,
 /// as the clock may not have been set: nothing is removed before it was announced. A file that was
 /// never finished is not announced, so there its own date counts.
-bool isOld(const LeftCopy& copy) {
+bool isOld(const EarlierCopy& copy) {
   constexpr std::time_t kMonth = 30L * 24 * 60 * 60;
   const std::time_t since = isUnfinished(copy) ? copy.status.st_mtime : copy.status.st_atime;
   return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
@@ -98,7 +99,7 @@ bool isOld(const LeftCopy& copy) {
 
 /// Notes when it was announced first: its access time is set, and then it is made read-only.
 /// Returns whether that could be done; if not, it is announced for the first time once more.
-bool noteAnnounced(const LeftCopy& copy) {
+bool noteAnnounced(const EarlierCopy& copy) {
   const int folder = copy.folder->descriptor.number();
   const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
   return wasAnnounced(copy) ||
@@ -107,7 +108,7 @@ bool noteAnnounced(const LeftCopy& copy) {
 }
 
 /// Whether it holds `content`, which is not empty, and nothing else.
-bool holds(const LeftCopy& copy, const std::string& content) {
+bool holds(const EarlierCopy& copy, const std::string& content) {
   if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
     return false;
   }
@@ -122,7 +123,7 @@ bool isLineupctlAtHand() {
   return wanted == nullptr || *wanted != '\0';
 }
 
-void announce(const LeftCopy& copy) {
+void announce(const EarlierCopy& copy) {
   const std::string path = pathIn(*copy.folder, copy.name);
   std::string line = "Changes of ";
   line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
@@ -137,18 +138,18 @@ void announce(const LeftCopy& copy) {
 
 }  // namespace
 
-void announceLeftEdits(const korvel::thrift::hub_module::HeadendConfig* running) noexcept {
+void announceEarlierCopies(const korvel::thrift::hub_module::HeadendConfig* running) noexcept {
   try {
     const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
-    std::vector<LeftCopy> copies = leftCopiesIn(folders);
+    std::vector<EarlierCopy> copies = earlierCopiesIn(folders);
     const bool comparable = running != nullptr && !copies.empty();
     const std::string unedited = comparable ? configFileContent(*running) : "";
-    std::sort(copies.begin(), copies.end(), [](const LeftCopy& a, const LeftCopy& b) {
+    std::sort(copies.begin(), copies.end(), [](const EarlierCopy& a, const EarlierCopy& b) {
       return a.status.st_mtime > b.status.st_mtime;
     });
-    for (const LeftCopy& copy : copies) {
+    for (const EarlierCopy& copy : copies) {
       if (isOld(copy) || holds(copy, unedited)) {
-        removeLeft(copy);
+        removeCopy(copy);
       } else if (!isUnfinished(copy)) {
         announce(copy);
       }
@@ -158,15 +159,15 @@ void announceLeftEdits(const korvel::thrift::hub_module::HeadendConfig* running)
   }
 }
 
-void removeLeftEdits(const std::string& path) {
+void removeEarlierCopy(const std::string& path) {
   struct stat file {};
   if (stat(path.c_str(), &file) != 0) {
     return;
   }
   const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
-  for (const LeftCopy& copy : leftCopiesIn(folders)) {
+  for (const EarlierCopy& copy : earlierCopiesIn(folders)) {
     if (copy.status.st_ino == file.st_ino && copy.status.st_dev == file.st_dev) {
-      removeLeft(copy);
+      removeCopy(copy);
     }
   }
 }
