@@ -22,6 +22,7 @@
 #include "controller/config_file.h"
 #include "support/descriptor.h"
 #include "support/state_folder.h"
+#include "support/time_text.h"
 
 namespace lineup {
 
@@ -33,12 +34,10 @@ struct EarlierCopy {
   struct stat status;
 };
 
-/// Whether it is the user's own file and no longer locked by a console that runs.
-bool isOfEarlierConsole(int folder, const std::string& name, struct stat& status) {
-  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const Descriptor file(openat(folder, name.c_str(), kFlags));
-  return file.isOpen() && fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
-         status.st_uid == geteuid() && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
+/// Whether it is the user's own file and not locked by a console that runs.
+bool isOfEarlierConsole(const Folder& folder, const std::string& name, struct stat& status) {
+  const Descriptor file = openOwnFile(folder, name, O_RDONLY, status);
+  return file.isOpen() && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
 }
 
 std::vector<EarlierCopy> earlierCopiesIn(const Folder& folder) {
@@ -52,8 +51,7 @@ std::vector<EarlierCopy> earlierCopiesIn(const Folder& folder) {
   while (const dirent* const entry = readdir(entries.get())) {
     std::string name = entry->d_name;
     struct stat status {};
-    if (isCopyName(withoutSuffix(name)) &&
-        isOfEarlierConsole(folder.descriptor.number(), name, status)) {
+    if (isCopyName(withoutSuffix(name)) && isOfEarlierConsole(folder, name, status)) {
       copies.push_back({&folder, std::move(name), status});
     }
   }
@@ -98,13 +96,14 @@ bool isOld(const EarlierCopy& copy) {
 }
 
 /// Notes when it was announced first: its access time is set, and then it is made read-only.
-/// Returns whether that could be done; if not, it is announced for the first time once more.
-bool noteAnnounced(const EarlierCopy& copy) {
+/// Where that cannot be done it is announced for the first time once more.
+void noteAnnounced(const EarlierCopy& copy) {
   const int folder = copy.folder->descriptor.number();
   const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  return wasAnnounced(copy) ||
-         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
-          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
+  if (!wasAnnounced(copy) &&
+      utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0) {
+    fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
+  }
 }
 
 /// Whether it holds `content`, which is not empty, and nothing else.
@@ -112,7 +111,7 @@ bool holds(const EarlierCopy& copy, const std::string& content) {
   if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
     return false;
   }
-  std::ifstream file(pathIn(*copy.folder, copy.name), std::ios::binary);
+  std::ifstream file(pathIn(copy.folder->path, copy.name), std::ios::binary);
   using Bytes = std::istreambuf_iterator<char>;
   return std::equal(Bytes(file), Bytes(), content.begin(), content.end());
 }
@@ -124,7 +123,7 @@ bool isLineupctlAtHand() {
 }
 
 void announce(const EarlierCopy& copy) {
-  const std::string path = pathIn(*copy.folder, copy.name);
+  const std::string path = pathIn(copy.folder->path, copy.name);
   std::string line = "Changes of ";
   line += timeText("%Y-%m-%d %H:%M", copy.status.st_mtime);
   line += " that were not committed are in " + path + ": " + restoreCommand(path);
@@ -157,6 +156,10 @@ void announceEarlierCopies(const korvel::thrift::hub_module::HeadendConfig* runn
   } catch (...) {
     // Out of memory: they are announced another time.
   }
+}
+
+std::string restoreCommand(const std::string& path) {
+  return "\"restore " + path + "\"";
 }
 
 void removeEarlierCopy(const std::string& path) {

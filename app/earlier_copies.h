@@ -14,6 +14,9 @@ namespace lineup {
 /// null if that is not known.
 void announceEarlierCopies(const korvel::thrift::hub_module::HeadendConfig* running) noexcept;
 
+/// The command that restores the copy `path`, in quotes.
+std::string restoreCommand(const std::string& path);
+
 /// Removes the file `path` if it is such a copy.
 void removeEarlierCopy(const std::string& path);
 

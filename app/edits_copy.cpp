@@ -44,13 +44,12 @@ void EditsCopy::openFolders() {
   }
 }
 
-/// Opens a file beside the place that it will have.
-std::optional<EditsCopy::File> EditsCopy::openBeside(const Folder& folder, const std::string& name,
-                                                     const char* suffix) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+/// Creates a temporary file that is to be renamed to `name`.
+std::optional<EditsCopy::File> EditsCopy::createTemporary(const Folder& folder,
+                                                          const std::string& name,
+                                                          const char* suffix) {
   File file{&folder, name, name + suffix};
-  file.descriptor = Descriptor(
-      openat(folder.descriptor.number(), file.beside.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  file.descriptor = createFile(folder, file.temporaryName);
   if (!file.descriptor.isOpen()) {
     return std::nullopt;
   }
@@ -59,45 +58,45 @@ std::optional<EditsCopy::File> EditsCopy::openBeside(const Folder& folder, const
   return file;
 }
 
-/// Opens a file for a name that no other has. That of this second may be taken: process numbers
-/// come again in containers, and seconds on a board whose clock is not set.
+/// Creates a temporary file for a name that no other has. That of this second may be taken: process
+/// numbers come again in containers, and seconds on a board whose clock is not set.
 std::optional<EditsCopy::File> EditsCopy::openNew(const Folder& folder) {
   for (std::time_t time = std::time(nullptr);; ++time) {
-    std::optional<File> file = openBeside(folder, newCopyName(time), kUnfinishedSuffixes[0]);
+    std::optional<File> file = createTemporary(folder, newCopyName(time), kUnfinishedSuffixes[0]);
     if (!file) {
       if (errno != EEXIST) {
         return file;
       }
-      // The other order would miss one that is put into its place in between.
+      // The other order would miss one that is renamed in between.
     } else if (faccessat(folder.descriptor.number(), file->name.c_str(), F_OK,
                          AT_SYMLINK_NOFOLLOW) != 0) {
       return file;
     } else {
-      removeUnplaced(*file);
+      unlinkTemporary(*file);
     }
   }
 }
 
-/// Opens the file beside the copy, or beside the place that it will have in `folder`.
+/// Creates a temporary file for the copy, or for a new one in `folder`.
 std::optional<EditsCopy::File> EditsCopy::beginFile(const Folder& folder) const {
   const File& before = latest();
   if (before.folder != &folder) {
     return openNew(folder);
   }
-  const bool isFirst = before.beside.ends_with(kUnfinishedSuffixes[0]);
-  return openBeside(folder, before.name, kUnfinishedSuffixes[isFirst ? 1 : 0]);
+  const bool isFirst = before.temporaryName.ends_with(kUnfinishedSuffixes[0]);
+  return createTemporary(folder, before.name, kUnfinishedSuffixes[isFirst ? 1 : 0]);
 }
 
-/// Removes the file that is not in its place. Returns whether there was one: if not, it is in
-/// place.
-bool EditsCopy::removeUnplaced(const File& file) {
-  return unlinkat(file.folder->descriptor.number(), file.beside.c_str(), 0) == 0 || errno != ENOENT;
+/// Returns whether there was one: if not, it has been renamed.
+bool EditsCopy::unlinkTemporary(const File& file) {
+  return unlinkat(file.folder->descriptor.number(), file.temporaryName.c_str(), 0) == 0 ||
+         errno != ENOENT;
 }
 
-/// Renames the file into its place. Throws std::system_error.
-void EditsCopy::placeFile(const File& file) {
+/// Throws std::system_error.
+void EditsCopy::renameIntoPlace(const File& file) {
   const int folder = file.folder->descriptor.number();
-  if (renameat(folder, file.beside.c_str(), folder, file.name.c_str()) != 0) {
+  if (renameat(folder, file.temporaryName.c_str(), folder, file.name.c_str()) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
 }
@@ -110,9 +109,9 @@ void EditsCopy::fillFile(const File& file) const {
   }
 }
 
-/// Records whether the file was placed. Two that fail in one folder are one failure.
+/// Records whether the file was renamed into place. Two that fail in one folder are one failure.
 void EditsCopy::finishFile(File& file) {
-  if (removeUnplaced(file)) {
+  if (unlinkTemporary(file)) {
     if (file.folder == &folders_[firstFolder_]) {
       noteFailure();
     }
@@ -138,7 +137,7 @@ void EditsCopy::noteFailure() {
 void EditsCopy::writeNow(File file) {
   try {
     fillFile(file);
-    placeFile(file);
+    renameIntoPlace(file);
     fsync(file.folder->descriptor.number());
   } catch (...) {
     // No room, or no memory.
@@ -159,7 +158,7 @@ void EditsCopy::startWriter(File file) {
   if (child > 0) {
     (atWork_ ? waiting_ : atWork_) = Writer{std::move(file), child, std::move(end)};
   } else if (atWork_) {
-    removeUnplaced(file);
+    unlinkTemporary(file);
   } else {
     writeNow(std::move(file));
   }
@@ -180,10 +179,10 @@ void EditsCopy::runWriter(File file) {
   try {
     fillFile(file);
     file.descriptor = Descriptor();
-    placeFile(file);
+    renameIntoPlace(file);
     fsync(file.folder->descriptor.number());
   } catch (...) {
-    _exit(EXIT_FAILURE);
+    // The temporary file is left: finishFile() sees it.
   }
   _exit(EXIT_SUCCESS);
 }
@@ -205,7 +204,7 @@ void EditsCopy::dropWaiting() {
   kill(waiting_->child, SIGKILL);
   hasEnded(waiting_->child, 0);
   std::optional<Writer> dropped = std::exchange(waiting_, std::nullopt);
-  if (!removeUnplaced(dropped->file)) {  // the one before has ended just now
+  if (!unlinkTemporary(dropped->file)) {  // the one before has ended just now
     finishWriters(0);
     finishFile(dropped->file);
   }
@@ -335,9 +334,9 @@ bool EditsCopy::writeAtTheEnd(const Folder& folder) {
   last_ = *std::move(file);
   try {
     writeConfig(last_.descriptor.number(), editor_.config);
-    placeFile(last_);
+    renameIntoPlace(last_);
   } catch (...) {
-    removeUnplaced(last_);
+    unlinkTemporary(last_);
     last_ = File();
     return false;
   }
@@ -352,13 +351,13 @@ bool EditsCopy::writeAtTheEnd(const Folder& folder) {
   return true;
 }
 
-/// A write that blocked was broken off before its file was in its place or just after. The file
-/// itself goes last, as a child that is still at work may yet rename the other.
+/// A write that blocked was broken off before the rename or just after. Unlinks the temporary name
+/// first: a child that still runs could otherwise rename it after `name` was unlinked.
 void EditsCopy::removeUnfinished(const File& file) const {
   if (file.folder == nullptr || (file.folder == copy_.folder && file.name == copy_.name)) {
     return;
   }
-  removeUnplaced(file);
+  unlinkTemporary(file);
   unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
 }
 
@@ -369,7 +368,7 @@ void EditsCopy::say(const File& file, bool upToDate) {
     line += isThere(file) ? "; earlier ones " : "";
   }
   if (isThere(file)) {
-    const std::string path = pathIn(*file.folder, file.name);
+    const std::string path = pathIn(file.folder->path, file.name);
     line += "are in " + path + ": " + restoreCommand(path) + " brings them back and commits them";
   }
   log_function(LOG_LEVEL_WARNING, nullptr, "%s", line.c_str());

@@ -1,8 +1,9 @@
 // The copy of the pending edits that outlives the console.
 //
 // A copy is a configuration file, readable by the user alone, in the best of openFoldersForFiles().
-// It is written beside its place and renamed into it, so that it is whole or the one before, and is
-// locked (flock) while the console lives whose edits it holds.
+// It is written to a temporary file in the same folder and renamed over the previous copy: a reader
+// finds one or the other, complete. It is locked (flock) while the console lives whose edits it
+// holds.
 
 #pragma once
 
@@ -48,9 +49,9 @@ class EditsCopy {
  private:
   struct File {
     const Folder* folder = nullptr;
-    std::string name;         ///< in its place
-    std::string beside;       ///< while it is written
-    Descriptor descriptor{};  ///< open as long as the file is there; keeps it locked
+    std::string name;
+    std::string temporaryName;  ///< while it is written
+    Descriptor descriptor{};    ///< open as long as the file is there; keeps it locked
     std::optional<hub_module::HeadendConfig> content{};  ///< what it holds, or will
   };
 
@@ -62,12 +63,12 @@ class EditsCopy {
   };
 
   void openFolders();
-  static std::optional<File> openBeside(const Folder& folder, const std::string& name,
-                                        const char* suffix);
+  static std::optional<File> createTemporary(const Folder& folder, const std::string& name,
+                                             const char* suffix);
   static std::optional<File> openNew(const Folder& folder);
   std::optional<File> beginFile(const Folder& folder) const;
-  static bool removeUnplaced(const File& file);
-  static void placeFile(const File& file);
+  static bool unlinkTemporary(const File& file);
+  static void renameIntoPlace(const File& file);
   void fillFile(const File& file) const;
   void finishFile(File& file);
   void noteFailure();

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "support/time_text.h"
+
 namespace lineup {
 
 std::string newCopyName(std::time_t time) {
@@ -31,22 +33,6 @@ std::string withoutSuffix(const std::string& name) {
     }
   }
   return name;
-}
-
-std::string timeText(const char* format, std::time_t time) {
-  std::tm local{};
-  localtime_r(&time, &local);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), format, &local);
-  return text.data();
-}
-
-std::string pathIn(const Folder& folder, const std::string& name) {
-  return folder.path + (folder.path.ends_with('/') ? "" : "/") + name;
-}
-
-std::string restoreCommand(const std::string& path) {
-  return "\"restore " + path + "\"";
 }
 
 }  // namespace lineup

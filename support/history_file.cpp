@@ -32,15 +32,12 @@ std::optional<Folder> openFolder(IfMissing ifMissing) {
 
 /// Opens the file if it is the user's own, and closes it to others.
 Descriptor openFile(const Folder& folder, int flags) {
-  constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  Descriptor file(openat(folder.descriptor.number(), kFileName, flags | kFlags, kOwnerAlone));
   struct stat status {};
-  const bool isOwn = file.isOpen() && fstat(file.number(), &status) == 0 &&
-                     S_ISREG(status.st_mode) && status.st_uid == geteuid();
+  Descriptor file = openOwnFile(folder, kFileName, flags, status);
   const auto isClosed = [&] {
     return (status.st_mode & ALLPERMS) == kOwnerAlone || fchmod(file.number(), kOwnerAlone) == 0;
   };
-  return isOwn && isClosed() ? std::move(file) : Descriptor();
+  return file.isOpen() && isClosed() ? std::move(file) : Descriptor();
 }
 
 /// Waits until no other console writes the file, but for a second at most: one may be stopped.
@@ -106,8 +103,7 @@ bool append(int file, std::string_view text) {
 void replace(const Folder& folder, std::string_view content) {
   const int place = folder.descriptor.number();
   unlinkat(place, kNewName, 0);  // of a console that was killed
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const Descriptor file(openat(place, kNewName, kFlags, kOwnerAlone));
+  const Descriptor file = createFile(folder, kNewName);
   if (file.isOpen() && append(file.number(), content)) {
     renameat(place, kNewName, place, kFileName);
   } else {

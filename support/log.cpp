@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -19,6 +18,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include "support/time_text.h"
 
 namespace {
 
@@ -108,15 +109,6 @@ std::string formatted(const char* format, va_list arguments) {
   return owner == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(size));
 }
 
-std::string timeStamp() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%b %e %T ", &local);
-  return text.data();
-}
-
 }  // namespace
 
 void log_setup(int level, int targets, const char* program) {
@@ -140,5 +132,6 @@ void log_function(int level, const char* module, const char* format, ...) {
   if (onConsole) {
     writeToConsole(record + '\n');
   }
-  systemLog().send('<' + std::to_string(LOG_USER | level) + '>' + timeStamp() + record);
+  const std::string time = lineup::timeText("%b %e %T ", std::time(nullptr));
+  systemLog().send('<' + std::to_string(LOG_USER | level) + '>' + time + record);
 }

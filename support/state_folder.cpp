@@ -21,6 +21,7 @@ namespace {
 
 constexpr char kFolderName[] = "lineup-console";
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
 
 std::string variable(const char* name) {
   const char* const value = std::getenv(name);
@@ -97,7 +98,7 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing) {
   if (home.empty()) {
     return std::nullopt;
   }
-  const std::string path = home + (home.ends_with('/') ? "" : "/") + kFolderName;
+  const std::string path = pathIn(home, kFolderName);
   if (ifMissing == IfMissing::Create) {
     createFolders(path);
   }
@@ -124,6 +125,24 @@ std::vector<Folder> openFoldersForFiles(IfMissing ifMissing) {
   addFolder("/tmp", folders);
   std::erase_if(folders, [](const Folder& folder) { return !canBeTyped(folder.path); });
   return folders;
+}
+
+std::string pathIn(const std::string& folder, const std::string& name) {
+  return folder + (folder.ends_with('/') ? "" : "/") + name;
+}
+
+Descriptor openOwnFile(const Folder& folder, const std::string& name, int access,
+                       struct stat& status) {
+  const int flags = access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  Descriptor file(openat(folder.descriptor.number(), name.c_str(), flags, kOwnerAlone));
+  const bool isOwn = file.isOpen() && fstat(file.number(), &status) == 0 &&
+                     S_ISREG(status.st_mode) && status.st_uid == geteuid();
+  return isOwn ? std::move(file) : Descriptor();
+}
+
+Descriptor createFile(const Folder& folder, const std::string& name) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  return Descriptor(openat(folder.descriptor.number(), name.c_str(), kFlags, kOwnerAlone));
 }
 
 }  // namespace lineup

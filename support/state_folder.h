@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <sys/stat.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,5 +29,17 @@ std::optional<Folder> openStateFolder(IfMissing ifMissing);
 /// /tmp, as far as they can be opened and a command can name them: no blank, no control character,
 /// and UTF-8. The last two are shared with others.
 std::vector<Folder> openFoldersForFiles(IfMissing ifMissing);
+
+/// The path of `name` in the folder `folder`.
+std::string pathIn(const std::string& folder, const std::string& name);
+
+/// Opens the file `name`, with the flags `access` of open(), if it is a regular file of the user
+/// and no link, and sets `status` to its status. One that O_CREAT creates is closed to others.
+Descriptor openOwnFile(const Folder& folder, const std::string& name, int access,
+                       struct stat& status);
+
+/// Creates the file `name` for writing, closed to others. Not open, with the reason in errno, if
+/// that fails, as it does where the name is taken.
+Descriptor createFile(const Folder& folder, const std::string& name);
 
 }  // namespace lineup
