@@ -6,8 +6,8 @@
 
 namespace korveldb {
 
-tSqlite3parent::tSqlite3parent(const char* text, std::pmr::memory_resource* memory_)
-    : value(nullptr), memory(memory_) {
+tSqlite3parent::tSqlite3parent(const char* text, std::pmr::memory_resource* memory)
+    : value(nullptr), memory_(memory) {
   if (text != nullptr) {
     const std::size_t size = std::strlen(text) + 1;
     value = static_cast<char*>(memory->allocate(size, 1));
@@ -17,7 +17,7 @@ tSqlite3parent::tSqlite3parent(const char* text, std::pmr::memory_resource* memo
 
 tSqlite3parent::~tSqlite3parent() {
   if (value != nullptr) {
-    memory->deallocate(value, std::strlen(value) + 1, 1);
+    memory_->deallocate(value, std::strlen(value) + 1, 1);
   }
 }
 

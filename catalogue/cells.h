@@ -27,7 +27,7 @@ class tSqlite3parent {
   char* value;  // terminated; null for an SQL NULL
 
  private:
-  std::pmr::memory_resource* memory;
+  std::pmr::memory_resource* memory_;
 };
 
 /// One cell of an integer column. Its text need not be a number.

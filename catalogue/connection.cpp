@@ -54,26 +54,26 @@ bool execute(sqlite3* handle, const char* sql) {
 
 tSqlite3db::tSqlite3db(const std::string& fileName) {
   configureForOneThread();
-  sqlite3_open(fileName.c_str(), &handle);
+  sqlite3_open(fileName.c_str(), &handle_);
   // A connection runs one select, which reads each page once: a small page cache costs less than
   // SQLite's default of two megabytes.
-  execute(handle, "PRAGMA cache_size = 64");
+  execute(handle_, "PRAGMA cache_size = 64");
 }
 
 tSqlite3db::~tSqlite3db() {
-  if (inTransaction) {
+  if (inTransaction_) {
     log_function(LOG_LEVEL_ERROR, kModule,
                  "Closing DB connection while still in a transaction: executing rollback");
     rollbackTransaction();
   }
-  sqlite3_close(handle);
+  sqlite3_close(handle_);
 }
 
 bool tSqlite3db::exec(const std::string& sql) {
   constexpr int kTries = 3;
   int result = SQLITE_OK;
   for (int n = 0; n < kTries; ++n) {
-    result = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr);
+    result = sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr);
     if (result == SQLITE_OK) {
       return true;
     }
@@ -85,12 +85,12 @@ bool tSqlite3db::exec(const std::string& sql) {
 
 bool tSqlite3db::beginTransaction() {
   log_function(LOG_LEVEL_DEBUG, kModule, "DB: Begin transaction");
-  if (inTransaction) {
+  if (inTransaction_) {
     log_function(LOG_LEVEL_ERROR, kModule, "DB: Already in transaction");
     return false;
   }
   const bool begun = exec("BEGIN TRANSACTION");
-  inTransaction = true;
+  inTransaction_ = true;
   return begun;
 }
 
@@ -105,17 +105,17 @@ bool tSqlite3db::rollbackTransaction() {
 }
 
 bool tSqlite3db::endTransaction(const char* sql) {
-  if (!inTransaction) {
+  if (!inTransaction_) {
     log_function(LOG_LEVEL_ERROR, kModule, "DB: Not in transaction");
     return false;
   }
   const bool ended = exec(sql);
-  inTransaction = false;
+  inTransaction_ = false;
   return ended;
 }
 
-tReadingOnly::tReadingOnly(sqlite3* handle_, Clock::time_point deadline_)
-    : handle(handle_), deadline(deadline_) {
+tReadingOnly::tReadingOnly(sqlite3* handle, Clock::time_point deadline)
+    : handle_(handle), deadline_(deadline) {
   constexpr int kInstructionsBetweenCalls = 1000;  // of SQLite's virtual machine
   if (handle != nullptr) {
     const bool queryOnly = execute(handle, "PRAGMA query_only = 1");  // or it is out of memory
@@ -125,15 +125,15 @@ tReadingOnly::tReadingOnly(sqlite3* handle_, Clock::time_point deadline_)
 }
 
 tReadingOnly::~tReadingOnly() {
-  if (handle != nullptr) {
-    sqlite3_set_authorizer(handle, nullptr, nullptr);
-    sqlite3_progress_handler(handle, 0, nullptr, nullptr);
-    execute(handle, "PRAGMA query_only = 0");
+  if (handle_ != nullptr) {
+    sqlite3_set_authorizer(handle_, nullptr, nullptr);
+    sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
+    execute(handle_, "PRAGMA query_only = 0");
   }
 }
 
 int tReadingOnly::isOver(void* reading) {
-  const Clock::time_point end = static_cast<const tReadingOnly*>(reading)->deadline;
+  const Clock::time_point end = static_cast<const tReadingOnly*>(reading)->deadline_;
   return static_cast<int>(lineup::isSignalled() ||
                           (end != Clock::time_point::max() && Clock::now() > end));
 }

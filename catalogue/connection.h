@@ -24,7 +24,7 @@ class tSqlite3db {
 
   /// The connection, for selects; null if there was no memory for it. Never to be closed by the
   /// caller.
-  sqlite3* getHandle() const { return handle; }
+  sqlite3* getHandle() const { return handle_; }
 
   /// Runs a statement, whose rows are dropped, with up to three tries. False if all three failed.
   bool exec(const std::string& sql);
@@ -41,8 +41,8 @@ class tSqlite3db {
  private:
   bool endTransaction(const char* sql);
 
-  sqlite3* handle = nullptr;
-  bool inTransaction = false;
+  sqlite3* handle_ = nullptr;
+  bool inTransaction_ = false;
 };
 
 /// For its lifetime, a connection only reads: SQLite refuses to write rows (SQLITE_READONLY) and to
@@ -53,8 +53,8 @@ class tReadingOnly {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// `handle_` may be null.
-  explicit tReadingOnly(sqlite3* handle_, Clock::time_point deadline_ = Clock::time_point::max());
+  /// `handle` may be null.
+  explicit tReadingOnly(sqlite3* handle, Clock::time_point deadline = Clock::time_point::max());
   ~tReadingOnly();
   tReadingOnly(const tReadingOnly&) = delete;
   tReadingOnly& operator=(const tReadingOnly&) = delete;
@@ -62,8 +62,8 @@ class tReadingOnly {
  private:
   static int isOver(void* reading);
 
-  sqlite3* handle;
-  Clock::time_point deadline;
+  sqlite3* handle_;
+  Clock::time_point deadline_;
 };
 
 }  // namespace korveldb

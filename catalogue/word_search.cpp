@@ -82,21 +82,15 @@ bool holdsAll(const std::string& name, const std::vector<std::string>& words) {
   });
 }
 
-tStatement selectAll(sqlite3* catalogue, const tTable& table) {
-  const std::string select = std::string("SELECT * FROM ") + table.name;
-  sqlite3_stmt* compiled = nullptr;
-  if (sqlite3_prepare_v2(catalogue, select.c_str(), -1, &compiled, nullptr) != SQLITE_OK) {
-    fail(catalogue);
-  }
-  return tStatement(compiled);
-}
-
 /// The first table of each service id.
 using TablesByNumber = std::map<std::string, const char*>;
 
 void search(sqlite3* catalogue, const tTable& table, const std::vector<std::string>& words,
             TablesByNumber& tables, std::vector<FoundService>& found) {
-  const tStatement rows = selectAll(catalogue, table);
+  const tStatement rows = korveldb::prepareSelect(catalogue, "*", table.name);
+  if (!rows) {
+    fail(catalogue);
+  }
   int result = SQLITE_OK;
   while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
     const std::string number = textOf(rows, table.id);

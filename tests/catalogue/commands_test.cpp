@@ -8,7 +8,7 @@
 #include <string>
 
 #include "catalogue/build_dvb_services.h"
-#include "catalogue/find_available_services.h"
+#include "catalogue/service_names.h"
 #include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"

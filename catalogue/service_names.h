@@ -1,5 +1,4 @@
-// Finding the catalogue's available services by their name: the find commands of
-// model/lineup_editor.h, and completion.
+// The names of the catalogue's services, for completion.
 
 #pragma once
 
@@ -19,7 +18,7 @@ struct AvailableServiceName {
   int32_t type;      ///< the DVB service type
 };
 
-/// The time limit of each of the functions below, for which the Tab key blocks at most.
+/// Upper bound on the time that each function below takes; Tab blocks for as long.
 inline constexpr std::chrono::seconds kTimeForNames{5};
 
 /// Calls `visit` for every service of `kind`, or, if that is empty, of all kinds, table by table in
