@@ -137,7 +137,7 @@ void announce(const EarlierCopy& copy) {
 
 }  // namespace
 
-void announceEarlierCopies(const korvel::thrift::hub_module::HeadendConfig* running) noexcept {
+void announceEarlierCopies(const hub_module::HeadendConfig* running) noexcept {
   try {
     const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
     std::vector<EarlierCopy> copies = earlierCopiesIn(folders);

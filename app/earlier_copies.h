@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -12,7 +13,7 @@ namespace lineup {
 /// restore them. Removes those announced for the first time more than 30 days ago, unfinished
 /// copies as old, and copies of `running`, which hold no edits; it is what the controller runs, or
 /// null if that is not known.
-void announceEarlierCopies(const korvel::thrift::hub_module::HeadendConfig* running) noexcept;
+void announceEarlierCopies(const hub_module::HeadendConfig* running) noexcept;
 
 /// The command that restores the copy `path`, in quotes.
 std::string restoreCommand(const std::string& path);

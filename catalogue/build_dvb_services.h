@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -16,10 +17,10 @@ namespace lineup {
 ///
 /// Throws std::runtime_error "Service not found on DB" if there is no such row or the table cannot
 /// be read, and what parseIntegerList() does (not a runtime error).
-korvel::thrift::hub_module::DVBInputServiceConfig buildSatService(int32_t id);
-korvel::thrift::hub_module::DVBInputServiceConfig buildTdtService(int32_t id);
-korvel::thrift::hub_module::DVBInputServiceConfig buildCableService(int32_t id);
-korvel::thrift::hub_module::DVBInputServiceConfig buildIPService(int32_t id);
+hub_module::DVBInputServiceConfig buildSatService(int32_t id);
+hub_module::DVBInputServiceConfig buildTdtService(int32_t id);
+hub_module::DVBInputServiceConfig buildCableService(int32_t id);
+hub_module::DVBInputServiceConfig buildIPService(int32_t id);
 
 /// The items of a list column, which have commas between them, as they stand, blanks and empty
 /// items included. A trailing comma adds nothing, and an empty text has no items.

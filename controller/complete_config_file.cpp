@@ -21,7 +21,7 @@ namespace lineup {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 
 /// What no complete configuration is, and why.
 std::runtime_error incomplete(const std::string& reason) {

@@ -5,12 +5,13 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
 /// The configuration in the file `path`, "-" for standard input. Throws std::runtime_error, with
 /// the reason alone, unless the file holds exactly one configuration: every field that a writer
 /// writes, none that is unknown or given twice, and nothing but white space after it.
-korvel::thrift::hub_module::HeadendConfig readCompleteConfigFile(const std::string& path);
+hub_module::HeadendConfig readCompleteConfigFile(const std::string& path);
 
 }  // namespace lineup

@@ -15,8 +15,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 namespace {
 
 /// Lets `work` use the stack of transports and protocol over `descriptor`, which it then owns.

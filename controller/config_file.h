@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -15,19 +16,17 @@ enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_
 /// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing
 /// one is truncated and keeps its permissions. After
 /// CONFIG_FILE_FAILED the file holds a part at most.
-ConfigFileResult writeConfigFile(const std::string& path,
-                                 const korvel::thrift::hub_module::HeadendConfig& config);
+ConfigFileResult writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config);
 
 /// Writes `config` to the open file `descriptor`, as a file of writeConfigFile() holds it; syncs
 /// nothing. Throws what the Thrift library does: the file then holds a part at most.
-void writeConfig(int descriptor, const korvel::thrift::hub_module::HeadendConfig& config);
+void writeConfig(int descriptor, const hub_module::HeadendConfig& config);
 
 /// What such a file with `config` holds.
-std::string configFileContent(const korvel::thrift::hub_module::HeadendConfig& config);
+std::string configFileContent(const hub_module::HeadendConfig& config);
 
 /// Reads `path` over `config`, whose fields keep their values where the file has none. After
 /// CONFIG_FILE_FAILED `config` holds what had been read.
-ConfigFileResult readConfigFile(const std::string& path,
-                                korvel::thrift::hub_module::HeadendConfig& config);
+ConfigFileResult readConfigFile(const std::string& path, hub_module::HeadendConfig& config);
 
 }  // namespace lineup

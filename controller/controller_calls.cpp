@@ -8,8 +8,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 namespace {
 
 /// Takes the place of `target` as the record of a reply. A record's own read() keeps the fields

@@ -5,6 +5,7 @@
 
 #include "controller/controller_client.h"
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -14,22 +15,21 @@ namespace lineup {
 
 /// Replaces `target` by the configuration that is running. If the reply breaks off, `target` holds
 /// what had been read of it; on any other failure it is as it was.
-void fetchConfig(ControllerClient& client, korvel::thrift::hub_module::HeadendConfig& target);
+void fetchConfig(ControllerClient& client, hub_module::HeadendConfig& target);
 
 /// Sets `target` to the configuration that is running. Also throws std::runtime_error if the reply
 /// lacks a field that a configuration file has to have, as fetchConfig() would leave that at its
 /// default. On any failure `target` is as it was.
-void fetchCompleteConfig(ControllerClient& client,
-                         korvel::thrift::hub_module::HeadendConfig& target);
+void fetchCompleteConfig(ControllerClient& client, hub_module::HeadendConfig& target);
 
 /// Replaces `target` by the status, as fetchConfig() does by the configuration.
-void fetchStatus(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
+void fetchStatus(ControllerClient& client, hub_module::HeadendStatus& target);
 
 /// Sets `target` to an empty record with the RF inputs of the status; on any failure it is as it
 /// was. The flags of both say whether the reply had them.
-void fetchRFInputs(ControllerClient& client, korvel::thrift::hub_module::HeadendStatus& target);
+void fetchRFInputs(ControllerClient& client, hub_module::HeadendStatus& target);
 
 /// Sends `config`; on return the controller has accepted it.
-void sendConfig(ControllerClient& client, const korvel::thrift::hub_module::HeadendConfig& config);
+void sendConfig(ControllerClient& client, const hub_module::HeadendConfig& config);
 
 }  // namespace lineup

@@ -8,7 +8,7 @@ namespace lineup {
 
 namespace {
 
-using korvel::thrift::general::RFInputId;
+using general::RFInputId;
 
 struct InputName {
   const char* name;

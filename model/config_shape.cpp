@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
 namespace {
 
 using apache::thrift::protocol::TType;
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 
 /// Learns the shape of the record that is written to it. It writes nothing: its functions
 /// return 0, the number of bytes written.

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -25,8 +26,8 @@ inline constexpr std::array kInputTypes{kTdtInput, kSatInput, kCableInput, kIPIn
 /// Calls `visit` with the input type, the member (a pointer to it) and the setter of each mux that
 /// is set in `service`. There is one, but a record from elsewhere can have several.
 template <class Visit>
-void visitMuxes(const korvel::thrift::hub_module::DVBInputService& service, Visit visit) {
-  using Service = korvel::thrift::hub_module::DVBInputService;
+void visitMuxes(const hub_module::DVBInputService& service, Visit visit) {
+  using Service = hub_module::DVBInputService;
   const auto& has = service.__isset;
   if (has.lineupSATMux) {
     visit(kSatInput, &Service::lineupSATMux, &Service::__set_lineupSATMux);

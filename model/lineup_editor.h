@@ -9,12 +9,9 @@
 #include <vector>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
-
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
-namespace module = korvel::thrift::module;
 
 /// Edits one HeadendConfig for the length of a run. Created by main, used by one thread.
 ///

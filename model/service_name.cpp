@@ -2,8 +2,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 std::string serviceName(const hub_module::DVBInputServiceConfig& service) {
   return service.service.name;
 }

@@ -9,11 +9,9 @@
 #include <type_traits>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
-
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
 
 /// A word that a setting accepts and the value that it stands for.
 struct Choice {
