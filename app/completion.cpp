@@ -29,17 +29,12 @@ void offerInAnyCase(const std::string& word, const std::string& typed,
                     std::vector<Candidate>& candidates) {
   std::string upper = typed;
   upperCase(upper);
-  if (word.starts_with(upper)) {
-    candidates.push_back({word, ""});
-  }
+  offer(word, upper, candidates);
 }
 
 void offerNumber(int32_t number, const std::string& note, const std::string& typed,
                  std::vector<Candidate>& candidates) {
-  const std::string word = std::to_string(number);
-  if (word.starts_with(typed)) {
-    candidates.push_back({word, note});
-  }
+  offer(std::to_string(number), typed, candidates, note);
 }
 
 /// `name` as one word that "find" finds it by.
@@ -65,12 +60,17 @@ bool isStateFolder(const fs::path& folder) {
 
 }  // namespace
 
+void offer(std::string_view word, std::string_view typed, std::vector<Candidate>& candidates,
+           const std::string& note) {
+  if (word.starts_with(typed)) {
+    candidates.push_back({std::string(word), note});
+  }
+}
+
 std::vector<Candidate> completeChoice(const Setting& setting, const std::string& typed) {
   std::vector<Candidate> candidates;
   for (const Choice& choice : setting.choices) {
-    if (choice.word.starts_with(typed)) {
-      candidates.push_back({std::string(choice.word), ""});
-    }
+    offer(choice.word, typed, candidates);
   }
   return candidates;
 }

@@ -14,6 +14,10 @@
 
 namespace lineup {
 
+/// Adds `word` if it begins with `typed`.
+void offer(std::string_view word, std::string_view typed, std::vector<Candidate>& candidates,
+           const std::string& note = "");
+
 std::vector<Candidate> completeChoice(const Setting& setting, const std::string& typed);
 
 /// Case-insensitive, as the commands read the names.

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -28,6 +30,32 @@ template <class Map>
 std::string nameUnder(const Map& services, int32_t key) {
   const auto* const service = find(services, key);
   return service == nullptr ? "" : serviceName(*service);
+}
+
+/// The DVB service_type of the service under `key`, 0 if there is none.
+template <class Map>
+int32_t serviceTypeUnder(const Map& services, int32_t key) {
+  const auto* const service = find(services, key);
+  return service == nullptr ? 0 : service->service.serviceType;
+}
+
+/// Stores `service` under the smallest free key and returns the key.
+template <class Service>
+int32_t storeUnderFreeKey(LineupEditor& editor, std::map<int32_t, Service>& services,
+                          std::type_identity_t<Service> service) {
+  const int32_t key = LineupEditor::allocateServiceKey(services);
+  services[key] = std::move(service);  // its lists can be long
+  editor.pendingChanges = true;
+  return key;
+}
+
+template <class Entry>
+void appendEntry(const LineupEditor& editor, std::vector<Entry>& entries, int32_t key,
+                 LineupEntryKind::type kind) {
+  Entry& entry = entries.emplace_back();
+  entry.serviceKey = key;
+  entry.serviceKind = kind;
+  editor.entryName(entry);
 }
 
 /// The name of an entry for the service, empty if there is no such service.
@@ -77,41 +105,27 @@ int32_t numberIn(NumberRange range, const std::string& word, const char* message
 }  // namespace
 
 int32_t LineupEditor::storeDVBService(hub_module::DVBInputServiceConfig service) {
-  auto& services = config.lineupConfig.dvbInputServices;
-  const int32_t key = allocateServiceKey(services);
-  services[key] = std::move(service);  // its lists can be long
-  pendingChanges = true;
-  return key;
+  return storeUnderFreeKey(*this, config.lineupConfig.dvbInputServices, std::move(service));
 }
 
 int32_t LineupEditor::addEncService(const hub_module::ENCInputServiceConfig& enc) {
-  auto& services = config.lineupConfig.encInputServices;
-  const int32_t key = allocateServiceKey(services);
-  services[key] = enc;
-  pendingChanges = true;
-  return key;
+  return storeUnderFreeKey(*this, config.lineupConfig.encInputServices, enc);
 }
 
 int32_t LineupEditor::addEmptyService(int32_t serviceType) {
-  auto& services = config.lineupConfig.emptyInputServices;
-  const int32_t key = allocateServiceKey(services);
-  services[key].service.serviceType = serviceType;
-  pendingChanges = true;
-  return key;
+  hub_module::EmptyInputServiceConfig empty;
+  empty.service.serviceType = serviceType;
+  return storeUnderFreeKey(*this, config.lineupConfig.emptyInputServices, std::move(empty));
 }
 
 int32_t LineupEditor::entryServiceType(int32_t key, LineupEntryKind::type kind) const {
   switch (kind) {
-    case LineupEntryKind::DVB: {
-      const auto* dvb = find(config.lineupConfig.dvbInputServices, key);
-      return dvb == nullptr ? 0 : dvb->service.serviceType;
-    }
+    case LineupEntryKind::DVB:
+      return serviceTypeUnder(config.lineupConfig.dvbInputServices, key);
     case LineupEntryKind::ENC:
       return 1;
-    case LineupEntryKind::EMPTY: {
-      const auto* empty = find(config.lineupConfig.emptyInputServices, key);
-      return empty == nullptr ? 0 : empty->service.serviceType;
-    }
+    case LineupEntryKind::EMPTY:
+      return serviceTypeUnder(config.lineupConfig.emptyInputServices, key);
   }
   return 0;
 }
@@ -125,10 +139,7 @@ void LineupEditor::entryName(hub_module::LineupIPEntryConfig& entry) const {
 }
 
 void LineupEditor::addIPEntry(int32_t key, LineupEntryKind::type kind) {
-  auto& entry = config.lineupConfig.ipEntries.emplace_back();
-  entry.serviceKey = key;
-  entry.serviceKind = kind;
-  entryName(entry);
+  appendEntry(*this, config.lineupConfig.ipEntries, key, kind);
   pendingChanges = true;
 }
 
@@ -142,10 +153,7 @@ void LineupEditor::addRFEntry(int32_t key, LineupEntryKind::type kind) {
       return;
     }
   }
-  auto& entry = config.lineupConfig.rfEntries.emplace_back();
-  entry.serviceKey = key;
-  entry.serviceKind = kind;
-  entryName(entry);
+  appendEntry(*this, config.lineupConfig.rfEntries, key, kind);
 }
 
 void LineupEditor::clearLineup() {

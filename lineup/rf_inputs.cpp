@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "lineup/check_mark.h"
 #include "lineup/rf_input_names.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
@@ -62,7 +63,7 @@ void printStates(const std::map<RFInputId::type, bool>& states) {
   std::size_t position = 0;
   for (const auto& [id, enabled] : states) {
     names += rfInputName(id) + "   ";
-    marks += enabled ? "✓" : "✕";
+    marks += checkMark(enabled);
     marks += position < kPaddedMarks ? "      " : "";
     ++position;
   }

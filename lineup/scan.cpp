@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "lineup/check_mark.h"
 #include "lineup/scan_types.h"
 #include "model/lineup_editor.h"
 #include "support/line_input.h"
@@ -10,18 +11,10 @@
 
 namespace lineup {
 
-namespace {
-
-const char* mark(bool enabled) {
-  return enabled ? "✓" : "✕";
-}
-
-}  // namespace
-
 void LineupEditor::showTdtScan() const {
   const auto& global = config.lineupConfig.globalConfig;
-  std::cout << "\n\n    DVB-T   DVB-C   \n      " << mark(global.cofdmScanEnabled) << "       "
-            << mark(global.qamsScanEnabled) << "\n\n\n"
+  std::cout << "\n\n    DVB-T   DVB-C   \n      " << checkMark(global.cofdmScanEnabled) << "       "
+            << checkMark(global.qamsScanEnabled) << "\n\n\n"
             << std::flush;
 }
 

@@ -25,6 +25,10 @@ constexpr char kUsualPager[] =
     "export LESSSECURE=1 SHELL=/bin/false VISUAL=/bin/false EDITOR=/bin/false;"
     "command -v less >/dev/null 2>&1 && exec less -FRX; exec more";
 
+/// The shell's statuses for a command that it cannot run.
+constexpr int kCannotExecute = 126;
+constexpr int kNotFound = 127;
+
 /// What the shell is to run.
 const char* pagerCommand() {
   const char* const wanted = std::getenv("PAGER");
@@ -73,8 +77,7 @@ sigset_t awaitedWhile(const char* command) {
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
   dup2(text, STDIN_FILENO);
   execl("/bin/sh", "sh", "-c", command, nullptr);
-  constexpr int kNotRun = 127;  // as the shell says it
-  _exit(kNotRun);
+  _exit(kNotFound);
 }
 
 /// Takes SIGCHLD if it is pending or comes within `time`; returns whether it did.
@@ -146,8 +149,7 @@ bool showInPager(const std::string& text) {
     std::cout << "\r\n" << std::flush;  // from wherever it has left the cursor
   }
   throwIfSignalled();
-  constexpr int kNotFound = 127;
-  return !WIFEXITED(status) || WEXITSTATUS(status) < kNotFound - 1;
+  return !WIFEXITED(status) || WEXITSTATUS(status) < kCannotExecute;
 }
 
 }  // namespace lineup
