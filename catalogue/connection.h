@@ -47,8 +47,8 @@ class tSqlite3db {
 
 /// For its lifetime, a connection only reads: SQLite refuses to write rows (SQLITE_READONLY) and to
 /// compile what is neither that nor a select (SQLITE_AUTH), and interrupts a statement
-/// (SQLITE_INTERRUPT) when a signal is to end the program, or at the deadline. Sets the connection's
-/// authorizer, progress handler and "PRAGMA query_only".
+/// (SQLITE_INTERRUPT) when a signal is to end the program, or at the deadline. Sets the
+/// connection's authorizer, progress handler and "PRAGMA query_only".
 class tReadingOnly {
  public:
   using Clock = std::chrono::steady_clock;
