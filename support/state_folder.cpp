@@ -21,7 +21,7 @@ namespace {
 
 constexpr char kFolderName[] = "lineup-console";
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
+constexpr mode_t kModeOfFiles = S_IRUSR | S_IWUSR;
 
 std::string variable(const char* name) {
   const char* const value = std::getenv(name);
@@ -134,7 +134,7 @@ std::string pathIn(const std::string& folder, const std::string& name) {
 Descriptor openOwnFile(const Folder& folder, const std::string& name, int access,
                        struct stat& status) {
   const int flags = access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  Descriptor file(openat(folder.descriptor.number(), name.c_str(), flags, kOwnerAlone));
+  Descriptor file(openat(folder.descriptor.number(), name.c_str(), flags, kModeOfFiles));
   const bool isOwn = file.isOpen() && fstat(file.number(), &status) == 0 &&
                      S_ISREG(status.st_mode) && status.st_uid == geteuid();
   return isOwn ? std::move(file) : Descriptor();
@@ -142,7 +142,7 @@ Descriptor openOwnFile(const Folder& folder, const std::string& name, int access
 
 Descriptor createFile(const Folder& folder, const std::string& name) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  return Descriptor(openat(folder.descriptor.number(), name.c_str(), kFlags, kOwnerAlone));
+  return Descriptor(openat(folder.descriptor.number(), name.c_str(), kFlags, kModeOfFiles));
 }
 
 }  // namespace lineup
