@@ -38,7 +38,7 @@ def options_of(program):
 
 
 def usages():
-    """What the help says of each command of lineupctl: the words behind it."""
+    """What the help says of each command of lineupctl: the words after it."""
     return dict(re.findall(r"^  ([a-z]+)(.*)", output_of(f"{PROGRAMS}/lineupctl", "--help"), re.MULTILINE))
 
 
@@ -106,6 +106,14 @@ class ManPages(unittest.TestCase):
             words = re.search(rf"^ *(?:[a-z |]* )?{command}(?: \|[a-z |]*)?\) echo (--.*) ;;$",
                               completion_of("lineupctl"), re.MULTILINE)
             self.assertEqual(options_in(words[1] if words else ""), options_in(usage), command)
+
+    def test_documents_name_the_folder_that_the_package_brings_for_backups(self):
+        with open(f"{SOURCES}/packaging/debian/lineup-console.dirs", encoding="utf-8") as file:
+            folder = "/" + file.read().strip()
+        with open(f"{SOURCES}/README.md", encoding="utf-8") as file:
+            documents = {"README.md": file.read(), "lineupctl.1": page_of("lineupctl")}
+        for name, text in documents.items():
+            self.assertEqual(set(re.findall(r"apply --backup (\S+)", text)), {folder}, name)
 
     def test_every_option_is_explained(self):
         for program in EVERY_PROGRAM:
