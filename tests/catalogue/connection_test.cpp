@@ -11,6 +11,7 @@
 #include "support/log.h"
 #include "support/words.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
 namespace korveldb {

@@ -14,6 +14,7 @@
 #include "catalogue/connection.h"
 #include "support/words.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
 namespace korveldb {

@@ -290,7 +290,7 @@ TEST(ConfigDifference, TellsAServiceThatStaysFromOneThatGoesWithItsEntry) {
   EXPECT_EQ(configDifference(to, from), "RF lineup: added at 3: " + service);
 }
 
-TEST(ConfigDifference, SaysTheNumberWhereANewEntrysServiceHasALike) {
+TEST(ConfigDifference, NumbersTheServiceIfAnotherIsIdentical) {
   HeadendConfig from;
   from.lineupConfig.emptyInputServices[1].service.serviceType = 2;
   from.lineupConfig.rfEntries.resize(1);

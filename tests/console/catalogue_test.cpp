@@ -20,6 +20,7 @@
 #include "tests/support/catalogue_services.h"
 #include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -370,8 +371,7 @@ TEST_F(WithLittleMemory, RowsThatCannotBeCopiedEndTheConsoleAndTheEditsAreRescue
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.signal, SIGABRT);
   EXPECT_EQ(count(outcome.err, "intento"), 0) << outcome.err;
-  EXPECT_NE(outcome.err.find("The uncommitted changes are in " + folder.path()), std::string::npos)
-      << outcome.err;
+  EXPECT_NE(outcome.err.find(kUncommittedIn + folder.path()), std::string::npos) << outcome.err;
   EXPECT_NE(outcome.err.find("std::bad_alloc"), std::string::npos) << outcome.err;
 }
 

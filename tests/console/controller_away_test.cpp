@@ -39,7 +39,7 @@ struct Command {
   std::string line;                   ///< PATH in it stands for a file
   std::vector<std::string> calls;     ///< what it asks of the controller
   bool hasEdit = false;               ///< whether an edit is pending before it, and none after it
-  std::string printed{};              ///< behind the lines of the calls that fail
+  std::string printed{};              ///< after the lines of the calls that fail
   std::string inputs = "+---------";  ///< those of the controller before it
   std::string inputsAfter = inputs;   ///< and after it
   bool showsInputs = false;

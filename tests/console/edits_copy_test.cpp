@@ -51,11 +51,7 @@ class EditsCopy : public testing::Test {
     return start;
   }
 
-  std::vector<fs::path> files() const {
-    std::error_code none;
-    const fs::directory_iterator entries(state.file("lineup-console"), none);
-    return {begin(entries), end(entries)};
-  }
+  std::vector<fs::path> files() const { return pathsIn(state.file("lineup-console")); }
 
   /// The only file there is, if it holds `text`.
   std::string copyWith(const std::string& text) const {
@@ -380,7 +376,7 @@ TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
   EXPECT_NE(path, "");
   fs::remove(path);
   console.signal(SIGTERM);
-  EXPECT_NE(console.finish().out.find("The uncommitted changes are in "), std::string::npos);
+  EXPECT_NE(console.finish().out.find(kUncommittedIn), std::string::npos);
   EXPECT_NE(copyWith("{\"i32\":7}"), "");
 }
 

@@ -53,18 +53,14 @@ class Ending : public testing::Test {
     return start;
   }
 
-  std::vector<fs::path> copies() const {
-    std::error_code none;
-    const fs::directory_iterator files(folder.file("lineup-console"), none);
-    return {begin(files), end(files)};
-  }
+  std::vector<fs::path> copies() const { return pathsIn(folder.file("lineup-console")); }
 
   /// Expects one copy that "restore" sends with headend id 7, and that `outcome` names on
   /// standard error.
   void expectRescued(const Outcome& outcome, bool terminal) {
     const std::string path = expectCopy();
-    const std::string line = "The uncommitted changes are in " + path + ": \"restore " + path +
-                             "\" brings them back and commits them";
+    const std::string line =
+        kUncommittedIn + path + ": \"restore " + path + "\" brings them back and commits them";
     EXPECT_NE((terminal ? outcome.out : outcome.err).find(line), std::string::npos)
         << outcome.out << outcome.err;
   }
@@ -414,10 +410,10 @@ TEST_F(Ending, WithoutAStateFolderTheCopyIsInTheTemporaryFolderOrInTmp) {
       console.signal(SIGTERM);
       const Outcome outcome = console.finish();
       EXPECT_EQ(outcome.signal, SIGTERM);
-      const std::string intro = "The uncommitted changes are in ";
-      ASSERT_TRUE(outcome.err.starts_with(intro + expected + "/lineup-console-2")) << outcome.err;
+      ASSERT_TRUE(outcome.err.starts_with(kUncommittedIn + expected + "/lineup-console-2"))
+          << outcome.err;
       const std::string path =
-          outcome.err.substr(intro.size(), outcome.err.find(':') - intro.size());
+          outcome.err.substr(kUncommittedIn.size(), outcome.err.find(':') - kUncommittedIn.size());
       EXPECT_EQ(unlink(path.c_str()), 0);
     }
   }
@@ -444,7 +440,7 @@ TEST_F(Ending, ATemporaryFolderThatIsRelativeIsNamedFromTheRoot) {
   edit(console);
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
-  EXPECT_TRUE(outcome.err.starts_with("The uncommitted changes are in /")) << outcome.err;
+  EXPECT_TRUE(outcome.err.starts_with(kUncommittedIn + "/")) << outcome.err;
   EXPECT_EQ(outcome.err.find(" /tmp/lineup-console-2"), std::string::npos) << outcome.err;
   EXPECT_NE(outcome.err.find("\"restore /"), std::string::npos) << outcome.err;
 }

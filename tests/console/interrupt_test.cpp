@@ -46,7 +46,7 @@ class CtrlC : public testing::Test {
     EXPECT_EQ(session.console.finish().status, 0);
   }
 
-  /// Waits for the next prompt, behind whatever is said before it.
+  /// Waits for the next prompt, after whatever is said before it.
   static void awaitPrompt(Session& session) {
     session.console.readUntil("^C");
     session.console.readUntil("\r\n> ");
@@ -209,7 +209,7 @@ TEST_F(CtrlC, TwiceDuringACallEndsTheConsoleAndRescuesTheEdits) {
   interruptCall(session);
   const Outcome outcome = session.console.finish();
   EXPECT_EQ(outcome.signal, SIGINT);
-  EXPECT_NE(outcome.out.find("The uncommitted changes are in " + folder.path()), std::string::npos);
+  EXPECT_NE(outcome.out.find(kUncommittedIn + folder.path()), std::string::npos);
 }
 
 TEST_F(CtrlC, FollowedByAnotherSignalEndsTheConsole) {

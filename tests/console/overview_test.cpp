@@ -145,7 +145,7 @@ TEST_F(Overview, CtrlCTwiceDuringAFetchOfF2EndsTheConsoleAndRescuesTheEdits) {
   controller.release();
   const Outcome outcome = session.console.finish();
   EXPECT_EQ(outcome.signal, SIGINT);
-  EXPECT_NE(outcome.out.find("The uncommitted changes are in " + folder.path()), std::string::npos);
+  EXPECT_NE(outcome.out.find(kUncommittedIn + folder.path()), std::string::npos);
 }
 
 TEST_F(Overview, CtrlZDuringAFetchOfF2StopsTheConsoleAndFgGoesOn) {
@@ -423,7 +423,7 @@ TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
     session.console.signal(signal);
     const auto outcome = session.console.finish();
     EXPECT_EQ(outcome.signal, signal);
-    EXPECT_NE(outcome.out.find("The uncommitted changes are in "), std::string::npos);
+    EXPECT_NE(outcome.out.find(kUncommittedIn), std::string::npos);
   }
 }
 

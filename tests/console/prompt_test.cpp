@@ -19,7 +19,7 @@ using Methods = std::vector<std::string>;
 
 constexpr char kInvalid[] = "Invalid command. Try 'help'.\n";
 
-/// What "help" prints behind its first line.
+/// What "help" prints after its first line.
 constexpr char kHelp[] =
     R"text(  help                     This help
   show                     Show current lineup to be commited (also just pressing Return)

@@ -16,7 +16,7 @@ namespace lineup::test {
 
 /// One line typed at the prompt.
 struct Step {
-  std::string line;      ///< with a further line behind a line feed if the command asks for one
+  std::string line;      ///< with a further line after a line feed if the command asks for one
   std::string output{};  ///< all that it prints
   bool pending = true;   ///< whether the prompt after it says that there are changes
 };
@@ -51,7 +51,7 @@ inline void expectSession(const std::vector<Step>& steps) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-/// What the console has printed behind its greeting, which is expected.
+/// What the console has printed after its greeting, which is expected.
 inline std::string behindGreeting(const Outcome& outcome) {
   EXPECT_TRUE(outcome.out.starts_with(kGreeting)) << outcome.out;
   constexpr std::size_t kLength = std::string_view(kGreeting).size();

@@ -225,7 +225,7 @@ TEST_F(ReachableController, ThatAnswersGarbageMakesEachPrintItsLineAndChangeNoth
   }
 }
 
-// ---- failure within or behind the record
+// ---- failure within or after the record
 
 /// A configuration with much in it but no text: of a string cut short the library itself would
 /// leave a string of the claimed length.
@@ -307,7 +307,7 @@ TEST_F(ReachableController, CommitIsDoneOnlyWhenTheWholeReplyHasArrived) {
 
 TEST_F(ReachableController, AnotherSequenceNumberAndBytesBehindTheReplyLeaveTheCallDone) {
   controller_.setConfig(randomHeadendConfig(2));
-  controller_.answerAll({.sequenceOffset = 3, .behind = framed("more")});
+  controller_.answerAll({.sequenceOffset = 3, .after = framed("more")});
   EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), "");
   EXPECT_EQ(editor_.config, randomHeadendConfig(2));
   EXPECT_FALSE(editor_.pendingChanges);
@@ -331,7 +331,7 @@ TEST_F(RemoteCalls, ControllerMayComeAndGoBetweenCalls) {
 }
 
 TEST_F(ReachableController, ThatStaysSilentCostsTwentySeconds) {
-  controller_.answerAll({.sentBytes = 0, .stalls = true});
+  controller_.answerAll(stalled(false, 0));
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
   const auto waited = std::chrono::steady_clock::now() - start;

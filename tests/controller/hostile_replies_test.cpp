@@ -122,19 +122,14 @@ TEST_F(HostileReplies, ExceptionsAreRaisedAsWhatTheyAre) {
 }
 
 TEST_F(HostileReplies, ReplyWithoutAResultIsRefused) {
-  expectBytesRefused(framed(
-      binaryMessage("getHeadendConfig", apache::thrift::protocol::T_REPLY, 0,
-                    [](apache::thrift::protocol::TProtocol& body) { body.writeFieldStop(); })));
+  expectBytesRefused(framed(binaryMessage("getHeadendConfig", apache::thrift::protocol::T_REPLY, 0,
+                                          std::string(1, kFieldStop))));
 }
 
 TEST_F(HostileReplies, ResultOfAnotherTypeIsRefused) {
+  const std::string number("\x08\0\0\0\0\0\x05", 7);  // field 0, an i32
   expectBytesRefused(framed(binaryMessage("getHeadendConfig", apache::thrift::protocol::T_REPLY, 0,
-                                          [](apache::thrift::protocol::TProtocol& body) {
-                                            body.writeFieldBegin(
-                                                "success", apache::thrift::protocol::T_I32, 0);
-                                            body.writeI32(5);
-                                            body.writeFieldStop();
-                                          })));
+                                          number + kFieldStop)));
 }
 
 // ---- more or less than one message in one frame
@@ -144,8 +139,8 @@ TEST_F(HostileReplies, AnotherSequenceNumberIsTaken) {
 }
 
 TEST_F(HostileReplies, BytesBehindTheReplyAreTaken) {
-  expectTaken({.behind = "x"});
-  expectTaken({.behind = framed("another")});
+  expectTaken({.after = "x"});
+  expectTaken({.after = framed("another")});
 }
 
 TEST_F(HostileReplies, BytesBehindTheReplyInItsFrameAreTaken) {
@@ -218,10 +213,7 @@ struct Reply {
   std::string body{};
   std::string outcome{};  ///< what comes of it, as HostileMessages::outcomeOf() says it
 
-  std::string message() const {
-    return binaryMessage(method, type, 0, [](apache::thrift::protocol::TProtocol& /*body*/) {}) +
-           body;
-  }
+  std::string message() const { return binaryMessage(method, type, 0, body); }
 };
 
 /// The exception that each call declares, in the place that it has in every call's result.
@@ -272,7 +264,7 @@ std::vector<Reply> rightReplies() {
 
 class HostileMessages : public HostileReplies {
  protected:
-  /// What comes of a call that is answered with `bytes`, and nothing behind them.
+  /// What comes of a call that is answered with `bytes`, and nothing after them.
   std::string outcomeOf(const std::string& method, const std::string& bytes) {
     controller_.answerNext({.kind = Answer::kBytes, .bytes = bytes, .hangsUp = true});
     Client client = connect();
@@ -393,7 +385,7 @@ TEST_F(HostileClaims, InAConfigurationAreRefusedAtEveryDepthWithoutTheMemory) {
                 expectEveryClaimRefused("getHeadendConfig", randomHeadendConfig(1), claim);
               }
             }),
-            kMemoryLimit / 4);
+            kMemoryForAMegabyte / 4);
 }
 
 TEST_F(HostileClaims, InAStatusAreRefusedAtEveryDepthWithoutTheMemory) {
@@ -402,7 +394,7 @@ TEST_F(HostileClaims, InAStatusAreRefusedAtEveryDepthWithoutTheMemory) {
                 expectEveryClaimRefused("getHeadendStatus", randomHeadendStatus(1), claim);
               }
             }),
-            kMemoryLimit / 4);
+            kMemoryForAMegabyte / 4);
 }
 
 TEST_F(HostileClaims, InTheTextOfAnExceptionAreRefusedWithoutTheMemory) {
@@ -441,7 +433,7 @@ TEST_F(HostileClaims, InAnUnknownFieldAreRefused) {
 
 TEST_F(HostileClaims, OfOneElementMoreThanThereAreBytesLeftIsRefused) {
   // HeadendConfig { 1: LineupConfig { 5: list of 6 RFEntry, each an empty record } }: 6 bytes for
-  // the entries, 2 to end the records and 1 to end the result are left behind the list's header.
+  // the entries, 2 to end the records and 1 to end the result are left after the list's header.
   const auto reply = [](char count) {
     return recordReply("getHeadendConfig", std::string("\x0c\0\x01\x0f\0\x05\x0c\0\0\0", 10) +
                                                count + std::string(8, '\0'));
@@ -462,7 +454,7 @@ TEST_F(HostileClaims, OfAFrameOfTwoGigabytesTakeNoMemoryBeforeTheBytesArrive) {
               expectBytesRefused(kLargest + "short", true);
               expectBytesRefused(kLargest + std::string(kMegabyte, 'x'), true);
             }),
-            kMemoryLimit / 4);
+            kMemoryForAMegabyte / 4);
 }
 
 // ---- no limit on honest records

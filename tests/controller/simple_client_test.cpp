@@ -18,6 +18,7 @@
 
 #include "WebSrv.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {
@@ -43,11 +44,6 @@ class SimpleClientTest : public testing::Test {
     return Client("127.0.0.1", controller.port(), false, kLongMs, kLongMs, kLongMs);
   }
 };
-
-size_t openDescriptors() {
-  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-  return static_cast<size_t>(std::distance(begin(descriptors), end(descriptors)));
-}
 
 /// A socket that listens but never accepts, so that nobody reads what is sent to it.
 class DeafListener {
@@ -201,7 +197,7 @@ TEST_F(SimpleClientTest, ConnectTimeoutEndsTheWaitForAConnection) {
 
 TEST_F(SimpleClientTest, ReceiveTimeoutEndsTheWaitForAReply) {
   FakeController controller(0);
-  controller.answerNext({.sentBytes = 0, .stalls = true});
+  controller.answerNext(stalled(false, 0));
   Client client("127.0.0.1", controller.port(), false, 0, 100, 0);
   HeadendConfig config;
   EXPECT_EQ(transportError([&] { client.getHeadendConfig(config); }),
@@ -210,7 +206,7 @@ TEST_F(SimpleClientTest, ReceiveTimeoutEndsTheWaitForAReply) {
 
 TEST_F(SimpleClientTest, ReceiveTimeoutEndsTheWaitForTheRestOfAReply) {
   FakeController controller(0);
-  controller.answerNext({.sentBytes = 30, .stalls = true});
+  controller.answerNext(stalled(false, 30));
   Client client("127.0.0.1", controller.port(), false, 0, 100, 0);
   HeadendConfig config;
   EXPECT_EQ(transportError([&] { client.getHeadendConfig(config); }),

@@ -8,13 +8,14 @@
 #include <thread>
 #include <vector>
 
+#include "model/headend_places.h"
 #include "tests/ctl/ctl_process.h"
 #include "tests/support/catalogue_file.h"
 
 namespace lineup::test {
 namespace {
 
-const std::string kFile = "/etc/korvel/conf/ControllerTask/ControllerTask.sqlite";
+const std::string kFile = kCataloguePath;
 
 class CtlCatalogue : public testing::Test {
  protected:
@@ -122,7 +123,7 @@ TEST_F(CtlCatalogue, SaysWhyItCannotBeRead) {
   EXPECT_FALSE(std::filesystem::exists(kFile));
   { CatalogueWriter(kFile).execute("CREATE TABLE availableSatService(service_name)"); }
   expectCtl({"catalogue", "a"}, 3, "", kFile + ": no such table: availableTdtService");
-  fill(kFile, std::string(5000, 'x'));
+  writeFile(kFile, std::string(5000, 'x'));
   expectCtl({"catalogue"}, 3, "", kFile + ": file is not a database");
 }
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 namespace lineup::test {
 
 const char* const kCtlProgram = BUILT_LINEUPCTL;
@@ -22,10 +20,6 @@ void expectCtl(const std::vector<std::string>& words, int status, const std::str
   EXPECT_EQ(outcome.status, status) << outcome.signal;
   EXPECT_EQ(outcome.out, out);
   EXPECT_EQ(outcome.err, complaint.empty() ? "" : "lineupctl: " + complaint + "\n");
-}
-
-void fill(const std::string& path, const std::string& content) {
-  std::ofstream(path, std::ios::binary) << content;
 }
 
 }  // namespace lineup::test

@@ -2,16 +2,26 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "hub_module_types.h"
 #include "tests/support/console_process.h"
+#include "tests/support/encoding.h"
+#include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 
 /// The path of the lineupctl that was built along with the tests.
 extern const char* const kCtlProgram;
+
+/// What a failure of the controller begins with.
+inline const std::string kController = "127.0.0.1:9190: ";
 
 /// How to start lineupctl with these words.
 Start ctl(const std::vector<std::string>& words);
@@ -24,6 +34,30 @@ Outcome runCtl(const std::vector<std::string>& words, const std::string& input =
 void expectCtl(const std::vector<std::string>& words, int status, const std::string& out,
                const std::string& complaint = "", const std::string& input = "");
 
-void fill(const std::string& path, const std::string& content);
+/// The failure if there is no controller.
+inline const std::string kAway = kController + "socket open() error: Connection refused";
+
+inline korvel::thrift::hub_module::HeadendConfig withId(int32_t id) {
+  korvel::thrift::hub_module::HeadendConfig config;
+  config.headendGlobalConfig.headendId = id;
+  return config;
+}
+
+class Ctl : public testing::Test {
+ protected:
+  /// A file with the configuration.
+  std::string fileWith(const korvel::thrift::hub_module::HeadendConfig& config,
+                       const std::string& name = "config.json") {
+    writeFile(folder_.file(name), toJson(config));
+    return folder_.file(name);
+  }
+
+  TemporaryFolder folder_;
+};
+
+class CtlWithController : public Ctl {
+ protected:
+  FakeController controller_;
+};
 
 }  // namespace lineup::test

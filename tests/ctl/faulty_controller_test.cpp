@@ -45,7 +45,7 @@ class CtlWithFaultyController : public testing::Test {
   CtlWithFaultyController() {
     HeadendConfig config;
     config.headendGlobalConfig.headendId = 7;
-    fill(file_, toJson(config));
+    writeFile(file_, toJson(config));
     std::filesystem::create_directory(folder_.file("copies"));
   }
 
@@ -95,13 +95,13 @@ class CtlWithFaultyController : public testing::Test {
     controller.answerAll(fault);
     const Outcome outcome = runCtl({"wait", "--timeout", "0.3"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err.find("lineupctl: 127.0.0.1:9190: "), 0U) << outcome.err;
+    EXPECT_EQ(outcome.err.find("lineupctl: " + kController), 0U) << outcome.err;
   }
 
   static void expectFailure(const Outcome& outcome, const std::string& out) {
     EXPECT_EQ(outcome.status, 4) << outcome.signal;
     EXPECT_EQ(outcome.out, out);
-    EXPECT_EQ(outcome.err.find("lineupctl: 127.0.0.1:9190: "), 0U) << outcome.err;
+    EXPECT_EQ(outcome.err.find("lineupctl: " + kController), 0U) << outcome.err;
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
   }
 
@@ -119,36 +119,28 @@ TEST_F(CtlWithFaultyController, ThatIsAway) {
     expectFailure(runCtl(command.words), "");
   }
   expectNothingWritten();
-  expectCtl({"wait", "--timeout", "0.3"}, 1, "", "127.0.0.1:9190: no answer within 0.3 s");
+  expectCtl({"wait", "--timeout", "0.3"}, 1, "", kController + "no answer within 0.3 s");
 }
 
 TEST_F(CtlWithFaultyController, ThatIsNotReady) {
-  Answer fault;
-  fault.kind = Answer::kNotReady;
+  const Answer fault{.kind = Answer::kNotReady};
   expectEachCallToFail(fault);
   FakeController controller;
   controller.answerNext(fault);
   EXPECT_EQ(runCtl({"diff", file_}).err,
-            "lineupctl: 127.0.0.1:9190: the controller is not ready: starting\n");
+            "lineupctl: " + kController + "the controller is not ready: starting\n");
 }
 
 TEST_F(CtlWithFaultyController, ThatRefusesIsNotSaidToBeSilent) {
   FakeController controller;
-  Answer refusal;
-  refusal.kind = Answer::kNotReady;
-  Answer silence;
-  silence.sentBytes = 0;
-  silence.stalls = true;
-  controller.answerNext(refusal);
-  controller.answerAll(silence);
+  controller.answerNext({.kind = Answer::kNotReady});
+  controller.answerAll(stalled(false, 0));
   expectCtl({"wait", "--timeout", "3"}, 1, "",
-            "127.0.0.1:9190: the controller is not ready: starting; no better answer within 3 s");
+            kController + "the controller is not ready: starting; no better answer within 3 s");
 }
 
 TEST_F(CtlWithFaultyController, ThatAnswersWithAnException) {
-  Answer fault;
-  fault.kind = Answer::kApplicationException;
-  expectEachCallToFail(fault);
+  expectEachCallToFail(Answer{.kind = Answer::kApplicationException});
 }
 
 TEST_F(CtlWithFaultyController, ThatHangsUpAtOnceOrInTheMiddle) {
@@ -235,8 +227,9 @@ TEST_F(CtlWithFaultyController, ThatSendsEmptyRecordsIsNotTakenForOneWithSetting
   FakeController controller;
   controller.answerNext(empty);
   expectCtl({"show"}, 4, "",
-            "127.0.0.1:9190: the reply is no complete configuration: /lineupConfig lacks the field "
-            "\"globalConfig\"");
+            kController +
+                "the reply is no complete configuration: /lineupConfig lacks the field "
+                "\"globalConfig\"");
 }
 
 // A controller of another version may send more, and need not send what is optional.
@@ -252,8 +245,8 @@ TEST_F(CtlWithFaultyController, ThatSendsNoRecordAtAll) {
   expectEachCallToFail([](const std::string& call) {
     Answer answer;
     answer.kind = Answer::kBytes;
-    answer.bytes = framed(binaryMessage(call, apache::thrift::protocol::T_REPLY, 0,
-                                        [](auto& protocol) { protocol.writeFieldStop(); }));
+    answer.bytes = framed(
+        binaryMessage(call, apache::thrift::protocol::T_REPLY, 0, std::string(1, kFieldStop)));
     return answer;
   });
 }
@@ -286,13 +279,11 @@ TEST_F(CtlWithFaultyController, SaysThatItIsNotKnownWhetherWhatWasSentIsTakenOve
 
 TEST_F(CtlWithFaultyController, SaysThatARefusedConfigurationWasNotTakenOver) {
   FakeController controller;
-  Answer notReady;
-  notReady.kind = Answer::kNotReady;
   controller.answerNext(Answer());
-  controller.answerNext(notReady);
+  controller.answerNext({.kind = Answer::kNotReady});
   expectCtl(
       {"apply", file_}, 4, "id: 1 -> 7\n",
-      "127.0.0.1:9190: the controller is not ready: starting; " + file_ + " was not taken over");
+      kController + "the controller is not ready: starting; " + file_ + " was not taken over");
   EXPECT_EQ(controller.config(), HeadendConfig());
 }
 
@@ -300,26 +291,24 @@ TEST_F(CtlWithFaultyController, SaysThatARefusedConfigurationWasNotTakenOver) {
 TEST_F(CtlWithFaultyController, SaysThatNothingWasTakenOverWhereItCouldNotConnect) {
   HeadendConfig config;
   config.installerInfo.name = std::string(200'000, 'x');
-  fill(file_, toJson(config));
+  writeFile(file_, toJson(config));
   auto controller = std::make_unique<FakeController>();
   ConsoleProcess applying(ctl({"apply", file_}));
   controller->waitForClosed(1);
   controller.reset();
   const Outcome outcome = applying.finish();
   EXPECT_EQ(outcome.status, 4);
-  EXPECT_EQ(outcome.err, "lineupctl: 127.0.0.1:9190: socket open() error: Connection refused; " +
+  EXPECT_EQ(outcome.err, "lineupctl: " + kController + "socket open() error: Connection refused; " +
                              file_ + " was not taken over\n");
 }
 
 TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
   FakeController controller;
-  Answer notReady;
-  notReady.kind = Answer::kNotReady;
   controller.answerNext(Answer());
   controller.answerNext(Answer());
-  controller.answerNext(notReady);
+  controller.answerNext({.kind = Answer::kNotReady});
   expectCtl({"apply", file_}, 4, "id: 1 -> 7\n",
-            "127.0.0.1:9190: the controller is not ready: starting; " + file_ +
+            kController + "the controller is not ready: starting; " + file_ +
                 " was sent, but could not be read back");
 }
 
@@ -344,7 +333,7 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
   for (const Command& command : commands()) {
     early.emplace_back(ctl(command.words));
   }
-  expectCtl({"wait", "--timeout", "1"}, 1, "", "127.0.0.1:9190: no answer within 1 s");
+  expectCtl({"wait", "--timeout", "1"}, 1, "", kController + "no answer within 1 s");
   for (ConsoleProcess& process : early) {
     expectFailure(process.finish(), "");
   }

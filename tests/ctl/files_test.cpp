@@ -1,7 +1,6 @@
 // What lineupctl takes for a configuration in a file, and what it refuses before it connects.
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -17,6 +16,7 @@
 #include "tests/support/fake_controller.h"
 #include "tests/support/long_series.h"
 #include "tests/support/random_records.h"
+#include "tests/support/scratch_file.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -26,17 +26,12 @@ using korvel::thrift::hub_module::HeadendConfig;
 
 class CtlFiles : public testing::Test {
  protected:
-  ~CtlFiles() override { close(memory_); }
-
   /// Whether the content is taken for a configuration; `why` is the reason if not. The file is one
   /// in memory, as there are thousands.
   bool isTaken(const std::string& content, std::string* why = nullptr) const {
-    if (ftruncate(memory_, 0) != 0 ||
-        pwrite(memory_, content.data(), content.size(), 0) != std::ssize(content)) {
-      throw std::runtime_error("no file in memory");
-    }
+    memory_.fill(content);
     try {
-      readCompleteConfigFile("/proc/self/fd/" + std::to_string(memory_));
+      readCompleteConfigFile(memory_.path());
       return true;
     } catch (const std::runtime_error& error) {
       if (why != nullptr) {
@@ -73,7 +68,7 @@ class CtlFiles : public testing::Test {
   /// Runs the program with the content in the file, which it refuses without asking the controller.
   void expectRefusedByTheProgram(const std::string& content, const FakeController& controller,
                                  std::size_t at) const {
-    fill(file_, content);
+    writeFile(file_, content);
     const Outcome outcome = runCtl({"apply", file_});
     EXPECT_EQ(outcome.status, 3) << at;
     EXPECT_EQ(outcome.out, "") << at;
@@ -83,7 +78,7 @@ class CtlFiles : public testing::Test {
     EXPECT_EQ(controller.connections(), 0U) << at;
   }
 
-  const int memory_ = memfd_create("config", MFD_CLOEXEC);
+  ScratchFile memory_;
   TemporaryFolder folder_;
   const std::string file_ = folder_.file("config.json");
 };
@@ -92,7 +87,7 @@ TEST_F(CtlFiles, ThatAreAppliedAreSavedAgainByteForByte) {
   FakeController controller;
   for (uint32_t seed = 0; seed < 20; ++seed) {
     const std::string content = toJson(randomHeadendConfig(seed));
-    fill(file_, content);
+    writeFile(file_, content);
     ASSERT_EQ(runCtl({"apply", file_}).status, 0);
     ASSERT_EQ(controller.config(), randomHeadendConfig(seed));
     ASSERT_EQ(runCtl({"save", folder_.file("saved.json")}).status, 0);
@@ -111,7 +106,7 @@ TEST_F(CtlFiles, WithManyServicesAndAVeryLongNameAreTaken) {
   }
   lineup.dvbInputServices[1].service.name = std::string(25'000'000, 'n');
   lineup.dvbInputServices[1].service.intItems.resize(kServices);
-  fill(file_, toJson(config));
+  writeFile(file_, toJson(config));
   EXPECT_TRUE(readCompleteConfigFile(file_) == config);
 }
 
@@ -241,15 +236,15 @@ TEST_F(CtlFiles, WithATokenLeftOutOrOfAnotherKindAreRefused) {
   for (std::size_t number = 0; number < tokens.size(); number += kCaseStep) {
     const auto& [begin, end] = tokens[number];
     const std::string before = good.substr(0, begin);
-    const std::string behind = good.substr(end);
-    ASSERT_FALSE(isTaken(before + behind)) << begin;
+    const std::string after = good.substr(end);
+    ASSERT_FALSE(isTaken(before + after)) << begin;
     for (const std::string token : {"{", "]", ",", ":", "x", "\"unknown\"", "+101", "00", "1."}) {
       // A text may be another one, and the key of a map, too.
       if (good.substr(begin, end - begin) == token || (token[0] == '"' && good[begin] == '"')) {
         continue;
       }
       std::string other = before;
-      other.append(token).append(behind);
+      other.append(token).append(after);
       ASSERT_FALSE(isTaken(other)) << begin << " " << token;
     }
   }
@@ -293,7 +288,7 @@ TEST_F(CtlFiles, ThatAreRefusedAreRefusedBeforeAConnectionIsMade) {
       {"diff", file_},  {"diff", file_, "running"},
       {"show", file_},  {"apply", "--expect", file_, file_}};
   for (const auto& words : commands) {
-    fill(file_, good.substr(0, good.size() / 2));
+    writeFile(file_, good.substr(0, good.size() / 2));
     const Outcome outcome = runCtl(words);
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(outcome.out, "");

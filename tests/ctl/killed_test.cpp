@@ -84,7 +84,7 @@ class CtlKilled : public testing::Test {
     running_.headendGlobalConfig.headendId = 3;
     wanted_.headendGlobalConfig.headendId = 7;
     fs::create_directory(copies_);
-    fill(file_, toJson(wanted_));
+    writeFile(file_, toJson(wanted_));
   }
 
   /// Kills the command at each of its system calls; `prepare` comes before each run, `check` after.
@@ -115,7 +115,7 @@ class CtlKilled : public testing::Test {
   void makeOldCopies() {
     removeCopies();
     for (const std::string& name : kOldCopies) {
-      fill(copies_ + "/" + name, name);
+      writeFile(copies_ + "/" + name, name);
     }
   }
 
@@ -159,7 +159,7 @@ class CtlKilled : public testing::Test {
 TEST_F(CtlKilled, WhileItSavesLeavesTheOldFileOrTheNewOne) {
   const std::string saved = folder_.file("saved.json");
   killEverywhere(
-      {"save", saved}, [&] { fill(saved, "old"); },
+      {"save", saved}, [&] { writeFile(saved, "old"); },
       [&](FakeController&, bool killed) {
         const std::string content = contentOf(saved);
         EXPECT_TRUE(content == toJson(running_) || (killed && content == "old")) << content;

@@ -8,10 +8,10 @@
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/require.h"
 #include "tests/fuzz/round_trip.h"
-#include "tests/fuzz/scratch_file.h"
+#include "tests/support/scratch_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static lineup::fuzz::ScratchFile file;
+  static const lineup::test::ScratchFile file;
   file.fill({reinterpret_cast<const char*>(data), size});
   korvel::thrift::hub_module::HeadendConfig config;
   int result = lineup::CONFIG_FILE_NOT_OPENED;

@@ -1,9 +1,6 @@
 // fuzz_make_seeds FOLDER: writes the seeds that are made from a real headend's records into
 // FOLDER/reply and FOLDER/config_file. The other seeds are written by hand.
 
-#include <thrift/protocol/TBinaryProtocol.h>
-#include <thrift/protocol/TJSONProtocol.h>
-
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
@@ -15,15 +12,16 @@
 #include "WebSrv.h"
 #include "simulator/initial_state.h"
 #include "simulator/status.h"
-#include "tests/fuzz/round_trip.h"
+#include "tests/support/encoding.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace hub_module = korvel::thrift::hub_module;
-using apache::thrift::protocol::TBinaryProtocol;
-using apache::thrift::protocol::TJSONProtocol;
-using lineup::fuzz::encode;
+using apache::thrift::protocol::T_EXCEPTION;
+using apache::thrift::protocol::T_REPLY;
+using apache::thrift::protocol::TMessageType;
+using namespace lineup::test;
 
 /// A headend with a service of every kind in both lineups.
 hub_module::HeadendConfig withLineup(hub_module::HeadendConfig config) {
@@ -66,30 +64,23 @@ void write(const fs::path& path, const std::string& bytes) {
 }
 
 template <class Result, class Record>
-std::string result(const Record& record) {
-  Result reply;
-  reply.success = record;
-  reply.__isset.success = true;
-  return encode<TBinaryProtocol>(reply);
+std::string success(const Record& record) {
+  Result result;
+  result.success = record;
+  result.__isset.success = true;
+  return toBinary(result);
 }
 
 template <class Result>
 std::string refusal() {
-  Result reply;
-  reply.notReady.reason = "starting";
-  reply.__isset.notReady = true;
-  return encode<TBinaryProtocol>(reply);
+  Result result;
+  result.notReady.reason = "starting";
+  result.__isset.notReady = true;
+  return toBinary(result);
 }
 
-/// What the wire carries: frame and message headers before the result.
-std::string framed(const std::string& method, char type, const std::string& body) {
-  const auto number = [](std::size_t value) {
-    return std::string{static_cast<char>(value >> 24), static_cast<char>(value >> 16),
-                       static_cast<char>(value >> 8), static_cast<char>(value)};
-  };
-  const std::string message =
-      std::string("\x80\x01\x00", 3) + type + number(method.size()) + method + number(0) + body;
-  return number(message.size()) + message;
+std::string reply(const std::string& method, TMessageType type, const std::string& body) {
+  return framed(binaryMessage(method, type, 0, body));
 }
 
 // The first byte of a reply; see reply_fuzzer.cpp.
@@ -100,24 +91,27 @@ constexpr char kSmallPieces = 0x20;
 
 void writeReplies(const fs::path& folder, const hub_module::HeadendConfig& config,
                   const hub_module::HeadendStatus& status) {
-  const std::string configResult = result<hub_module::WebSrv_getHeadendConfig_result>(config);
-  const std::string statusResult = result<hub_module::WebSrv_getHeadendStatus_result>(status);
+  const std::string configResult = success<hub_module::WebSrv_getHeadendConfig_result>(config);
+  const std::string statusResult = success<hub_module::WebSrv_getHeadendStatus_result>(status);
   const std::string notReady = refusal<hub_module::WebSrv_getHeadendConfig_result>();
   const auto bare = [](char call) { return std::string(1, static_cast<char>(call | kBareResult)); };
   write(folder / "config", bare(kConfigCall) + configResult);
   write(folder / "status", bare(kStatusCall) + statusResult);
   write(folder / "config-not-ready", bare(kConfigCall) + notReady);
   write(folder / "config-framed",
-        std::string(1, kConfigCall) + framed("getHeadendConfig", 2, configResult));
-  write(folder / "status-in-pieces",
-        std::string(1, kSmallPieces | kStatusCall) + framed("getHeadendStatus", 2, statusResult));
-  write(folder / "set-config", std::string(1, 2) + framed("setHeadendConfig", 2, statusResult));
-  write(folder / "set-tdt", std::string(1, 3) + framed("setTDTRFInputConfig", 2, {'\0'}));
-  write(folder / "set-sat", std::string(1, 4) + framed("setSATRFInputConfig", 2, {'\0'}));
+        std::string(1, kConfigCall) + reply("getHeadendConfig", T_REPLY, configResult));
+  write(folder / "status-in-pieces", std::string(1, kSmallPieces | kStatusCall) +
+                                         reply("getHeadendStatus", T_REPLY, statusResult));
+  write(folder / "set-config",
+        std::string(1, 2) + reply("setHeadendConfig", T_REPLY, statusResult));
+  write(folder / "set-tdt",
+        std::string(1, 3) + reply("setTDTRFInputConfig", T_REPLY, std::string(1, kFieldStop)));
+  write(folder / "set-sat",
+        std::string(1, 4) + reply("setSATRFInputConfig", T_REPLY, std::string(1, kFieldStop)));
   const std::string unknownMethod(
       "\x0b\x00\x01\x00\x00\x00\x04oops\x08\x00\x02\x00\x00\x00\x01\x00", 19);
   write(folder / "exception",
-        std::string(1, kConfigCall) + framed("getHeadendConfig", 3, unknownMethod));
+        std::string(1, kConfigCall) + reply("getHeadendConfig", T_EXCEPTION, unknownMethod));
 }
 
 }  // namespace
@@ -133,10 +127,8 @@ int main(int argc, char** argv) {
   state.config = withLineup(state.config);
   writeReplies(folder / "reply", state.config,
                lineup::simulator::statusOf(state, {}, std::chrono::seconds(1)));
-  write(folder / "config_file" / "lineup.json", encode<TJSONProtocol>(state.config));
-  write(folder / "config_file" / "initial.json",
-        encode<TJSONProtocol>(lineup::simulator::initialState().config));
-  write(folder / "config_file" / "default.json",
-        encode<TJSONProtocol>(hub_module::HeadendConfig()));
+  write(folder / "config_file" / "lineup.json", toJson(state.config));
+  write(folder / "config_file" / "initial.json", toJson(lineup::simulator::initialState().config));
+  write(folder / "config_file" / "default.json", toJson(hub_module::HeadendConfig()));
   return EXIT_SUCCESS;
 }

@@ -3,9 +3,7 @@
 // The first byte of an input says which call is answered, how much of the reply the input holds and
 // in what pieces it arrives; the rest is the reply.
 
-#include <arpa/inet.h>
 #include <thrift/TApplicationException.h>
-#include <thrift/protocol/TBinaryProtocol.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -25,12 +23,13 @@
 #include "model/no_size_limits.h"
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/round_trip.h"
+#include "tests/support/encoding.h"
 
 namespace {
 
 namespace hub_module = korvel::thrift::hub_module;
 namespace general = korvel::thrift::general;
-using apache::thrift::protocol::TBinaryProtocol;
+namespace test = lineup::test;
 using apache::thrift::transport::TSocket;
 
 /// A connection whose peer has sent `reply` and nothing more.
@@ -65,20 +64,12 @@ constexpr uint8_t kBareResult = 0x08;   // the input lacks frame and message hea
 constexpr uint8_t kBareMessage = 0x10;  // the input lacks the frame's header
 constexpr uint8_t kSmallPieces = 0x20;
 
-std::string bigEndian(std::size_t number) {
-  const uint32_t bytes = htonl(static_cast<uint32_t>(number));
-  std::string text(sizeof(bytes), '\0');
-  std::memcpy(text.data(), &bytes, sizeof(bytes));
-  return text;
-}
-
 std::string replyFrom(uint8_t control, const std::string& method, std::string bytes) {
   if ((control & kBareResult) != 0) {
-    bytes = std::string("\x80\x01\x00\x02", 4) + bigEndian(method.size()) + method + bigEndian(0) +
-            bytes;
+    bytes = test::binaryMessage(method, apache::thrift::protocol::T_REPLY, 0, bytes);
   }
   if ((control & (kBareResult | kBareMessage)) != 0) {
-    bytes = bigEndian(bytes.size()) + bytes;
+    bytes = test::framed(bytes);
   }
   return bytes;
 }

@@ -73,7 +73,7 @@ def random_status(seed):
 
 
 def read_file(path):
-    """The configuration that a file holds, and what the file holds behind it."""
+    """The configuration that a file holds, and what the file holds after it."""
     with open(path, "rb") as file:
         transport = TTransport.TMemoryBuffer(file.read())
     config = HeadendConfig()

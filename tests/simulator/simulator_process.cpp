@@ -4,9 +4,6 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <utility>
 
@@ -15,19 +12,6 @@
 namespace lineup::test {
 
 const char* const kSimulatorProgram = HEADEND_SIMULATOR;
-
-std::vector<std::string> namesIn(const TemporaryFolder& folder) {
-  std::vector<std::string> result;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-    result.push_back(entry.path().filename().string());
-  }
-  std::sort(result.begin(), result.end());
-  return result;
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
 
 Connection::Connection(int port) {
   using namespace apache::thrift;

@@ -16,11 +16,6 @@ namespace lineup::test {
 /// The path of the simulator that was built along with the tests.
 extern const char* const kSimulatorProgram;
 
-/// The names in the folder, sorted.
-std::vector<std::string> namesIn(const TemporaryFolder& folder);
-
-void writeFile(const std::string& path, const std::string& text);
-
 /// A connection to the simulator and the generated client on it, without limits of size.
 class Connection {
  public:

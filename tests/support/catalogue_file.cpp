@@ -1,8 +1,6 @@
 #include "tests/support/catalogue_file.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace lineup::test {
@@ -115,15 +113,6 @@ CatalogueLock::CatalogueLock(const std::string& path) : writer_(path) {
 
 void CatalogueLock::release() {
   writer_.execute("COMMIT");
-}
-
-std::map<std::string, std::string> filesIn(const std::string& folder) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    std::ifstream file(entry.path(), std::ios::binary);
-    files[entry.path().filename()] = {std::istreambuf_iterator<char>(file), {}};
-  }
-  return files;
 }
 
 }  // namespace lineup::test

@@ -30,7 +30,7 @@ class CatalogueWriter {
   /// Runs one or more statements.
   void execute(const std::string& sql);
 
-  /// Makes the four tables, empty, in one transaction. Each has `extraColumns` columns behind those
+  /// Makes the four tables, empty, in one transaction. Each has `extraColumns` columns after those
   /// that the console knows.
   void createTables(std::size_t extraColumns = 0);
 
@@ -62,8 +62,5 @@ class CatalogueLock {
  private:
   CatalogueWriter writer_;
 };
-
-/// The files in `folder`, by name, and their bytes.
-std::map<std::string, std::string> filesIn(const std::string& folder);
 
 }  // namespace lineup::test

@@ -171,7 +171,7 @@ TEST(EndingSignals, AnotherSignalBehindAnInterruptOfACommandEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGTERM);
 }
 
-TEST(EndingSignals, AnInterruptIsNoneOfACommandThatIsNotInterruptibleOrOver) {
+TEST(EndingSignals, AnInterruptOutsideAnInterruptibleCommandEndsTheProgram) {
   catchEndingSignals();
   { const InterruptibleCommand over(true); }
   const InterruptibleCommand command(false);
@@ -277,7 +277,7 @@ TEST(EndingSignals, OneThatWasHeldBackAtTheStartIsCaught) {
   }
 }
 
-TEST(EndingSignals, OneThatWasIgnoredAtTheStartIsCaughtUnlessItMayBe) {
+TEST(EndingSignals, OnlyHupIntAndQuitStayIgnored) {
   for (const int signal : endingSignals()) {
     if (signal != SIGHUP && signal != SIGINT && signal != SIGQUIT) {
       expectCaught(signal, [signal] { std::signal(signal, SIG_IGN); });

@@ -14,14 +14,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 
 #include "WebSrv.h"
-#include "tests/support/encoding.h"
 
 namespace lineup::test {
 
@@ -31,8 +29,6 @@ using apache::thrift::TApplicationException;
 using apache::thrift::protocol::T_EXCEPTION;
 using apache::thrift::protocol::T_REPLY;
 using apache::thrift::protocol::TBinaryProtocol;
-using apache::thrift::protocol::TMessageType;
-using apache::thrift::protocol::TProtocol;
 using apache::thrift::transport::TMemoryBuffer;
 using namespace korvel::thrift::hub_module;
 namespace general = korvel::thrift::general;
@@ -92,26 +88,9 @@ void sendAll(int socket, std::string_view bytes, const Answer& answer) {
 
 }  // namespace
 
-std::string binaryMessage(const std::string& name, TMessageType type, int32_t sequence,
-                          const std::function<void(TProtocol&)>& writeBody) {
-  const auto buffer = std::make_shared<TMemoryBuffer>();
-  TBinaryProtocol protocol(buffer);
-  protocol.writeMessageBegin(name, type, sequence);
-  writeBody(protocol);
-  return buffer->getBufferAsString();
-}
-
-std::string framed(const std::string& message) {
-  const uint32_t size = htonl(static_cast<uint32_t>(message.size()));
-  std::string frame(sizeof(size), '\0');
-  std::memcpy(frame.data(), &size, sizeof(size));
-  return frame + message;
-}
-
 std::string recordReply(const std::string& method, const std::string& record) {
   const std::string successField{'\x0c', '\0', '\0'};
-  return framed(binaryMessage(method, T_REPLY, 0, [](TProtocol& /*body*/) {}) + successField +
-                record + '\0');
+  return framed(binaryMessage(method, T_REPLY, 0, successField + record + '\0'));
 }
 
 FakeController::FakeController(uint16_t port) {
@@ -345,7 +324,7 @@ bool FakeController::answerCall(int socket, const std::string& request) {
       next_.pop_front();
     }
     untilRelease = releases_ + 1;
-    bytes = answerBytes(call, answer) + answer.behind;
+    bytes = answerBytes(call, answer) + answer.after;
     calls_.push_back(call);
     calls_.back().connection = connections_;
     changed_.notify_all();
@@ -368,7 +347,7 @@ std::string FakeController::answerBytes(const ReceivedCall& call, const Answer& 
   const std::string& name = answer.name.empty() ? call.method : answer.name;
   const int32_t sequence = call.sequence + answer.sequenceOffset;
   const auto message = [&](const std::string& body) {
-    return framed(binaryMessage(name, answer.type, sequence, [](TProtocol& /*body*/) {}) + body);
+    return framed(binaryMessage(name, answer.type, sequence, body));
   };
   switch (answer.kind) {
     case Answer::kResult:
@@ -376,9 +355,9 @@ std::string FakeController::answerBytes(const ReceivedCall& call, const Answer& 
     case Answer::kNotReady:
       return message(notReady());
     case Answer::kApplicationException:
-      return framed(binaryMessage(name, T_EXCEPTION, sequence, [](TProtocol& protocol) {
-        TApplicationException(TApplicationException::INTERNAL_ERROR, "broken").write(&protocol);
-      }));
+      return framed(binaryMessage(
+          name, T_EXCEPTION, sequence,
+          toBinary(TApplicationException(TApplicationException::INTERNAL_ERROR, "broken"))));
     case Answer::kBytes:
       return answer.bytes;
   }

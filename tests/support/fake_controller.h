@@ -9,7 +9,6 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <limits>
 #include <mutex>
 #include <string>
@@ -18,6 +17,7 @@
 
 #include "hub_module_types.h"
 #include "model/headend_places.h"
+#include "tests/support/encoding.h"
 
 namespace lineup::test {
 
@@ -50,27 +50,19 @@ struct Answer {
   std::string name{};  ///< a method name in place of the call's own
   apache::thrift::protocol::TMessageType type = apache::thrift::protocol::T_REPLY;
   int32_t sequenceOffset = 0;  ///< added to the call's sequence number
-  std::string behind{};        ///< bytes sent together with the answer, behind its frame
+  std::string after{};         ///< bytes sent together with the answer, after its frame
   size_t sentBytes = kAll;     ///< how much of all this is sent, the frame's header counted
   bool hangsUp = false;        ///< closes the connection then, also when all was sent
-  bool stalls = false;         ///< then silence until release() instead of hanging up or going on
-  bool goesOn = false;         ///< release() then lets it send the rest instead
+  bool stalls = false;         ///< sends `sentBytes`, then nothing until release()
+  bool goesOn = false;         ///< release() sends the rest; otherwise it closes the connection
   bool byteByByte = false;     ///< each byte in a packet of its own
-  std::chrono::milliseconds pause{0};  ///< behind each packet
+  std::chrono::milliseconds pause{0};  ///< after each packet
 };
 
 /// An answer of which the first bytes come, and the rest does, or does not, after release().
-inline Answer stalled(bool goesOn) {
-  return {.sentBytes = 5, .stalls = true, .goesOn = goesOn};
+inline Answer stalled(bool goesOn, size_t sentBytes = 5) {
+  return {.sentBytes = sentBytes, .stalls = true, .goesOn = goesOn};
 }
-
-/// The bytes of a message of the binary protocol: its header, then what `writeBody` writes.
-std::string binaryMessage(
-    const std::string& name, apache::thrift::protocol::TMessageType type, int32_t sequence,
-    const std::function<void(apache::thrift::protocol::TProtocol&)>& writeBody);
-
-/// `message` behind the four bytes that give its length.
-std::string framed(const std::string& message);
 
 /// The frame with which getHeadendConfig or getHeadendStatus (`method`) returns the record whose
 /// binary encoding is `record`, which may be broken.
@@ -104,7 +96,8 @@ class FakeController {
   /// system allows, so that a large one blocks whoever sends it.
   void readSlowly(size_t bytesASecond);
 
-  /// Ends the silence of the calls that are stalled now; their connections are closed.
+  /// Ends the silence of the stalled calls. Those whose answer `goesOn` get the rest; the others'
+  /// connections are closed.
   void release();
 
   /// The calls received so far.

@@ -19,14 +19,10 @@ std::string logged(int level, int targets, Write write) {
   return testing::internal::GetCapturedStderr();
 }
 
-bool endsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 TEST(Log, ConsoleTargetWritesARecordToStandardError) {
   const std::string text = logged(7, 3, [] { log_function(3, "db", "code %d", 5); });
   EXPECT_EQ(text.compare(0, 15, "lineup-console["), 0) << text;
-  EXPECT_TRUE(endsWith(text, "]: [db] code 5\n")) << text;
+  EXPECT_TRUE(text.ends_with("]: [db] code 5\n")) << text;
 }
 
 TEST(Log, ARecordBeginsWithTheProgramThatIsGiven) {
@@ -40,7 +36,7 @@ TEST(Log, ARecordBeginsWithTheProgramThatIsGiven) {
 
 TEST(Log, ModuleMayBeNull) {
   const std::string text = logged(7, 3, [] { log_function(7, nullptr, "%s: late", "operation"); });
-  EXPECT_TRUE(endsWith(text, "]: operation: late\n")) << text;
+  EXPECT_TRUE(text.ends_with("]: operation: late\n")) << text;
 }
 
 TEST(Log, RecordsAboveTheLevelAreDropped) {
@@ -55,7 +51,7 @@ TEST(Log, SyslogTargetAloneWritesNothingToStandardError) {
 TEST(Log, ALongRecordIsWhole) {
   const std::string longText(5000, 'x');
   const std::string text = logged(7, 3, [&] { log_function(3, "db", "%s", longText.c_str()); });
-  EXPECT_TRUE(endsWith(text, longText + "\n"));
+  EXPECT_TRUE(text.ends_with(longText + "\n"));
 }
 
 /// Replaces standard error for its lifetime.
@@ -89,7 +85,7 @@ TEST(Log, AStandardErrorThatNobodyReadsIsNotWaitedFor) {
   text.resize(static_cast<std::size_t>(read(ends[0], text.data(), text.size())));
   EXPECT_NE(text.find("number 100\n"), std::string::npos);
   EXPECT_EQ(text.find("number 9999\n"), std::string::npos);
-  EXPECT_TRUE(endsWith(text, "\n"));
+  EXPECT_TRUE(text.ends_with("\n"));
 }
 
 }  // namespace

@@ -10,10 +10,10 @@
 
 namespace lineup::test {
 
-/// What "no megabyte of input takes more" means in bytes.
-inline constexpr int64_t kMemoryLimit = int64_t{64} * 1024 * 1024;
+/// The memory that one megabyte of input may take.
+inline constexpr int64_t kMemoryForAMegabyte = int64_t{64} * 1024 * 1024;
 
-/// The figure behind `name` ("VmRSS:", "VmHWM:") in the status of a process, in bytes.
+/// The figure after `name` ("VmRSS:", "VmHWM:") in the status of a process, in bytes.
 inline int64_t memoryFigure(const std::string& name, const std::string& process = "self") {
   std::ifstream status("/proc/" + process + "/status");
   std::string word;

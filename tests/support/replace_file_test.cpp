@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -35,14 +34,7 @@ class ReplaceFile : public testing::Test {
     EXPECT_EQ(names(), before);
   }
 
-  std::vector<std::string> names() const {
-    std::vector<std::string> result;
-    for (const auto& entry : fs::directory_iterator(folder_.path())) {
-      result.push_back(entry.path().filename());
-    }
-    std::sort(result.begin(), result.end());
-    return result;
-  }
+  std::vector<std::string> names() const { return namesIn(folder_.path()); }
 
   TemporaryFolder folder_;
   const std::string file_ = folder_.file("file");

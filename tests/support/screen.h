@@ -9,8 +9,9 @@
 
 namespace lineup::test {
 
-/// A terminal's screen that understands what programs send to xterm and vt100. Every letter takes
-/// one column; what does not change the text, such as colours, is left out.
+/// A terminal's screen that understands what programs send to xterm and vt100. A letter takes
+/// as many columns as wcwidth() says, a combining one none. What does not change the text, such as
+/// colours, is left out.
 class Screen {
  public:
   Screen(std::size_t rows, std::size_t columns);
@@ -19,7 +20,7 @@ class Screen {
   /// std::runtime_error for a sequence that it does not know.
   void show(std::string_view output);
 
-  /// Takes a new size, with lines wrapped anew for it. Where the cursor is behind a line that then
+  /// Takes a new size, with lines wrapped anew for it. Where the cursor is after a line that then
   /// fills its rows, it comes to the next row, or waits in the last column, as in tmux.
   void resize(std::size_t rows, std::size_t columns, bool cursorWaits = false);
 

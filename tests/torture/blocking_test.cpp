@@ -227,7 +227,7 @@ TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
   const Outcome outcome = end(console, std::chrono::seconds(45 / none.haste + 10));
   EXPECT_EQ(outcome.signal, SIGTERM);
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
-  EXPECT_NE((outcome.out + outcome.err).find("The uncommitted changes are in "), std::string::npos);
+  EXPECT_NE((outcome.out + outcome.err).find(kUncommittedIn), std::string::npos);
   expectCopy(folder, controller, outcome.out);
 }
 

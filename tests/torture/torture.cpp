@@ -98,9 +98,9 @@ constexpr Kind kKinds[] = {
     {"copy", Effect::None},    {"malloc", Effect::NoMemory}, {"new", Effect::NoMemory},
 };
 
-/// Whether calls of the kind fail in the session. The libraries that edit lines crash without
-/// memory; there the console's own allocations fail.
-/// Elsewhere they come with malloc, unless a sanitizer has operators of its own.
+/// Whether calls of the kind fail in the session. On a terminal malloc is not failed: libedit and
+/// libtinfo crash. There operator new is failed instead; elsewhere it is covered by malloc, except
+/// with sanitizers.
 bool applies(const Kind& kind, const Session& session) {
   const std::string name = kind.name;
   const bool mallocFails = !session.terminal;
@@ -132,15 +132,11 @@ struct Step {
   bool pendingAfter;
 };
 
-bool startsWith(const std::string& text, std::size_t at, const std::string& beginning) {
-  return text.compare(at, beginning.size(), beginning) == 0;
-}
-
 bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-/// Cuts the output at the prompts, which stand at the beginning of a line or behind another prompt.
+/// Cuts the output at the prompts, which stand at the beginning of a line or after another prompt.
 std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>& lines) {
   std::vector<Step> steps;
   std::string line;
@@ -148,8 +144,9 @@ std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>
   bool pending = false;
   bool promptMayBegin = true;
   for (std::size_t at = 0; at < out.size();) {
-    const bool pendingPrompt = promptMayBegin && startsWith(out, at, kPendingPrompt);
-    if (pendingPrompt || (promptMayBegin && startsWith(out, at, kPrompt))) {
+    const std::string_view rest = std::string_view(out).substr(at);
+    const bool pendingPrompt = promptMayBegin && rest.starts_with(kPendingPrompt);
+    if (pendingPrompt || (promptMayBegin && rest.starts_with(kPrompt))) {
       steps.push_back({line, printed, pending, pendingPrompt});
       line = steps.size() <= lines.size() ? lines[steps.size() - 1] : "";
       pending = pendingPrompt;
@@ -215,12 +212,12 @@ bool commits(const Step& step) {
 }
 
 bool commitsOrReplaces(const Step& step) {
-  return commits(step) || step.line == "reset" || startsWith(step.line, 0, "restore ");
+  return commits(step) || step.line == "reset" || step.line.starts_with("restore ");
 }
 
 bool callsController(const Step& step) {
-  return commitsOrReplaces(step) || startsWith(step.line, 0, "rfinput ") ||
-         (startsWith(step.line, 0, "save ") && !step.pendingBefore);
+  return commitsOrReplaces(step) || step.line.starts_with("rfinput ") ||
+         (step.line.starts_with("save ") && !step.pendingBefore);
 }
 
 bool failed(const Step& step) {
