@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
-#include <regex>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -18,6 +17,7 @@
 #include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/matches.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
@@ -102,8 +102,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
     std::error_code none;
     int copies = 0;
     for (const auto& entry : fs::recursive_directory_iterator(folder.path(), none)) {
-      if (std::regex_match(entry.path().filename().string(),
-                           std::regex("lineup-console-[-0-9]+.json"))) {
+      if (matches(entry.path().filename().string(), "lineup-console-[-0-9]+[.]json")) {
         ++copies;
         EXPECT_EQ(lineup::readCompleteConfigFile(entry.path()).headendGlobalConfig.headendId, id);
       }
