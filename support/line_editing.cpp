@@ -58,7 +58,7 @@ class TerminalLineEditor {
   void replaceOrRing(const std::optional<EditedLine>& line);
 
   void handleSignals();
-  void letStop(int signal);
+  void letStop();
   void startAgain();
 
   LibeditLine line_{[this](wchar_t& key) { return giveKey(key); }};
@@ -341,19 +341,17 @@ void TerminalLineEditor::handleSignals() {
   if (acceptPending(SIGCONT)) {
     startAgain();
   }
-  for (const int signal : {SIGTSTP, SIGQUIT}) {
-    if (isPending(signal)) {
-      letStop(signal);
-    }
+  if (isPending(SIGTSTP)) {
+    letStop();
   }
 }
 
-/// Lets `signal` stop or end the program, with the terminal in the mode in which it was found.
-void TerminalLineEditor::letStop(int signal) {
+/// Lets SIGTSTP stop the program, with the terminal in the mode in which it was found.
+void TerminalLineEditor::letStop() {
   display_.markPastes(false);
   input_.end();
   {  // stops here, unless it was continued already: the system has discarded the stop then
-    const UnblockedSignals delivered(signalSet({signal}));
+    const UnblockedSignals delivered(signalSet({SIGTSTP}));
   }
   throwIfSignalled();
   startAgain();

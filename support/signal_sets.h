@@ -47,7 +47,7 @@ inline bool isIgnored(int signal) {
 /// The signals that concern the terminal and not the program's end. They are blocked while a line
 /// is edited, so that none is acted on within the editing library.
 inline sigset_t terminalSignals() {
-  return signalSet({SIGWINCH, SIGTSTP, SIGCONT, SIGQUIT});
+  return signalSet({SIGWINCH, SIGTSTP, SIGCONT});
 }
 
 /// The signals that do not end a program by default, or must be neither caught nor blocked: a fault

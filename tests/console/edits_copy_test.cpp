@@ -15,7 +15,6 @@
 #include <functional>
 #include <iomanip>
 #include <optional>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -322,6 +321,17 @@ TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
     EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
   }
   EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(EditsCopy, ThatWasAnnouncedBeforeTheClockWasSetIsAnnouncedAnew) {
+  const std::string path = leave();
+  ConsoleProcess(start("dumb")).readUntil("Enter 'help'");
+  setTimes(path, 100);
+  ConsoleProcess console(start("dumb"));
+  EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
+  struct stat status {};
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_GT(status.st_atime, std::time(nullptr) - kDay) << "the month begins now";
 }
 
 TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {

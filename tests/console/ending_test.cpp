@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
-#include <regex>
 #include <string>
 #include <system_error>
 #include <tuple>
@@ -25,6 +24,7 @@
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/matches.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
@@ -77,8 +77,7 @@ class Ending : public testing::Test {
     EXPECT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
     const std::string name = files[0].filename().string();
-    EXPECT_TRUE(std::regex_match(name, std::regex("lineup-console-[0-9]{8}-[0-9]{6}-[0-9]+.json")))
-        << name;
+    EXPECT_TRUE(matches(name, "lineup-console-[0-9]{8}-[0-9]{6}-[0-9]+[.]json")) << name;
     const Outcome restored = runConsole({}, "restore " + path + "\n");
     EXPECT_NE(restored.out.find("Restored config from: " + path), std::string::npos);
     EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
@@ -316,6 +315,23 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
     console.signal(SIGTERM);
     console.waitForEnd();
     EXPECT_EQ(console.finish().signal, SIGTERM);
+    fs::remove(expectCopy());
+  }
+}
+
+TEST_F(Ending, AtThePromptOfAStoppedTerminalItEndsAllTheSame) {
+  for (const int signal : {SIGTERM, SIGQUIT}) {
+    controller.setConfig({});
+    Start stopped = start(true);
+    stopped.environment["TERM"] = "xterm";
+    ConsoleProcess console(stopped);
+    edit(console);
+    console.send(kCtrlS);
+    console.send("x");
+    console.waitUntilBlocked();
+    console.signal(signal);
+    console.waitForEnd();
+    EXPECT_EQ(console.finish().signal, signal);
     fs::remove(expectCopy());
   }
 }
