@@ -82,7 +82,8 @@ bool isUnfinished(const EarlierCopy& copy) {
   return withoutSuffix(copy.name) != copy.name;
 }
 
-/// Until a clock is set it begins at 1970: an announcement then says nothing of how long ago it was.
+/// Until a clock is set it begins at 1970: an announcement then says nothing of how long ago it
+/// was.
 bool wasAnnounced(const EarlierCopy& copy) {
   constexpr std::time_t kClockIsSet = 1'577'836'800;  // 2020-01-01
   return (copy.status.st_mode & S_IWUSR) == 0 && copy.status.st_atime >= kClockIsSet;
