@@ -299,7 +299,8 @@ TEST_F(Select, VirtualTablesAreRead) {
     const auto before = filesIn(folder.path());
     const tSqlite3db db(path);
     const std::string search = module == "rtree" ? "" : "WHERE availableTdtService MATCH '18'";
-    for (const std::string& filter : {std::string(), std::string("WHERE service_id = 17"), search}) {
+    for (const std::string& filter :
+         {std::string(), std::string("WHERE service_id = 17"), search}) {
       const auto list = tAvailableTdtService::doSelect(db.getHandle(), filter.c_str());
       ASSERT_EQ(list->rows.size(), 1U);
       EXPECT_EQ(list->rows[0].asInt(0), 17);
