@@ -101,6 +101,13 @@ def add_times(what, figures, peer, aim):
             note=f"CPU {console.cpu / other.cpu:.2f}")
 
 
+def add_processor_times(what, figures, peer, aim):
+    """For what the simulator takes part in, whose own time is for the most part the wall time."""
+    console, other = figures
+    add_row(f"{what}, processor time", shown(console.cpu), peer, shown(other.cpu), console.cpu / other.cpu, aim,
+            note=f"wall {console.wall / other.wall:.2f}")
+
+
 def script(folder, name, lines):
     path = folder / name
     path.write_text("\n".join(lines) + "\n")
@@ -119,21 +126,14 @@ def output_of(command):
 
 
 def start_simulator():
-    simulator = subprocess.Popen([BIN / "headend-simulator", "--in-memory"], stdout=subprocess.PIPE, text=True)
-    while "ready" not in simulator.stdout.readline():
-        pass
-    # What it says of each call is taken from it by a process that does nothing else.
-    subprocess.Popen(["cat"], stdin=simulator.stdout, stdout=subprocess.DEVNULL)
-    simulator.stdout.close()
+    ready, end = os.pipe()
+    simulator = subprocess.Popen([BIN / "headend-simulator", "--in-memory", "--ready-fd", str(end)], pass_fds=[end],
+                                 stdout=subprocess.DEVNULL)
+    os.close(end)
+    if not os.read(ready, 16):
+        sys.exit("the simulator does not start")
+    os.close(ready)
     return simulator
-
-
-def start_controller():
-    controller = subprocess.Popen([BIN / "bench-controller"], stderr=subprocess.DEVNULL)
-    while subprocess.run([BARE, "size"], stdout=subprocess.DEVNULL,
-                         stderr=subprocess.DEVNULL).returncode != 0:
-        pass
-    return controller
 
 
 def stop(process):
@@ -188,11 +188,9 @@ def make_big_catalogue():
 def start(_folder, _lineups):
     figures = compare(f"{CONSOLE} --version", "sqlite3 -version", "redis-cli --version", EMPTY,
                       runs=200, shell=False)
-    console = figures[0]
     for other, peer, aim in zip(figures[1:], ["sqlite3 -version", "redis-cli --version", "empty program"],
                                 [1, 1, 1.2]):
-        add_row("start to exit, `--version`, processor time", shown(console.cpu), peer, shown(other.cpu),
-                console.cpu / other.cpu, aim, note=f"wall {console.wall / other.wall:.2f}")
+        add_processor_times("start to exit, `--version`", (figures[0], other), peer, aim)
 
 
 def first_prompt(folder, _lineups):
@@ -211,35 +209,35 @@ def calls(folder, lineups):
         for command, call in (("reset", "fetch"), ("commit", "commit")):
             session = console_session(script(folder, command, [command] * times))
             figures = compare(session, f"{BARE} {call} {times}", runs=3)
-            add_times(f"{call} of {count:,} services", figures, "bare client", 1.05)
+            add_processor_times(f"{call} of {count:,} services", figures, "bare client", 1.05)
 
 
 def entries(folder, lineups):
-    walls = []
+    times = []
     for count in (1000, 10_000):
         session = script(folder, "addenc", ["addenc 3 0"] * count + ["commit"])
         sets = script(folder, "sets", [f"SET service:{i} ENC" for i in range(count)])
         figures = compare(console_session(session), f"{REDIS} < {sets}", runs=3,
                           prepare=[f"{CONSOLE} --restore {lineups[0]}", f"{REDIS} flushall"])
-        walls.append(figures[0].wall)
-        add_times(f'{count:,} "addenc", commit', figures, "redis-cli, SET", 1)
-    add_growth('"addenc", commit: growth from 1,000 to 10,000', walls)
+        times.append(figures[0].cpu)
+        add_processor_times(f'{count:,} "addenc", commit', figures, "redis-cli, SET", 1)
+    add_growth('"addenc", commit: growth from 1,000 to 10,000', times)
 
 
 def reserved_slots(folder, lineups):
     for what, service_type in (("filling them", 1), ("matching none", 2)):
-        walls = []
+        times = []
         for count in (1000, 10_000):
             half = count // 2
             session = script(folder, "slots",
                              [f"rfaddempty {service_type}"] * half + ["rfaddenc 3 0"] * half)
-            walls.append(compare(console_session(session), runs=3,
-                                 prepare=[f"{CONSOLE} --restore {lineups[0]}"])[0].wall)
-        add_growth(f"half reserving slots, half {what}: growth", walls)
+            times.append(compare(console_session(session), runs=3,
+                                 prepare=[f"{CONSOLE} --restore {lineups[0]}"])[0].cpu)
+        add_growth(f"half reserving slots, half {what}: growth", times)
 
 
-def add_growth(what, walls):
-    add_row(what, shown(walls[1]), "1,000 of them", shown(walls[0]), walls[1] / walls[0], 11)
+def add_growth(what, times):
+    add_row(f"{what}, processor time", shown(times[1]), "1,000 of them", shown(times[0]), times[1] / times[0], 11)
 
 
 def show(folder, lineups):
@@ -262,7 +260,7 @@ def files(folder, lineups):
         for what, session, bare in (("save", saves, f"{BARE} save {times} {copy}"),
                                     ("restore", restores, f"{BARE} restore {times} {lineups[count]}")):
             figures = compare(f"LD_PRELOAD={NO_SYNC} {console_session(session)}", bare, runs=3)
-            add_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
+            add_processor_times(f'"{what}" of {count:,} services', figures, "bare JSON protocol", 1.1)
 
 
 def ctl(folder, lineups):
@@ -290,11 +288,8 @@ def ctl(folder, lineups):
             ("--format=csv", "-csv -header", "SELECT * FROM rf"),
             ("--format=json", "-json", "SELECT * FROM rfEntries; SELECT * FROM ipEntries; SELECT * FROM services")):
         figures = compare(f"{CTL} show {options}".strip(), f"sqlite3 {shell} {database} '{rows}'", runs=5)
-        # By processor time: the controller, which makes the reply meanwhile, takes as long as both.
-        own, other = figures
-        add_row(f"`lineupctl show {options}".strip() + "` of 10,000 services, processor time", shown(own.cpu),
-                "sqlite3, as many rows", shown(other.cpu), own.cpu / other.cpu,
-                1.5 if options == "" else float("inf"), note=f"wall {own.wall / other.wall:.2f}")
+        add_processor_times(f"`lineupctl show {options}".strip() + "` of 10,000 services", figures,
+                            "sqlite3, as many rows", 1.5 if options == "" else float("inf"))
     # What the wall time of these is made of: the fetch, or the library's reading of JSON.
     for command, bare, peer in (("show", f"{BARE} fetch", "bare client, fetch alone"),
                                 ("show --format=csv", f"{BARE} fetch", "bare client, fetch alone"),
@@ -410,14 +405,12 @@ def print_table():
         print("| " + " | ".join("–" if cell == "inf" else cell for cell in row.cells()) + " |")
 
 
-# The catalogue is the simulator's, which removes it at its end; "find" changes it.
-ON_SIMULATOR = [start, first_prompt, memory, find]
-# Taking a configuration over costs the simulator twice as much as this one, which says nothing of it.
-ON_CONTROLLER = [calls, entries, reserved_slots, show, files, ctl, sizes]
+# "find" comes last: it changes the simulator's catalogue.
+MEASUREMENTS = [start, first_prompt, memory, calls, entries, reserved_slots, show, files, ctl, sizes, find]
 
 
 def main():
-    unknown = set(CHOSEN) - {measure.__name__ for measure in ON_SIMULATOR + ON_CONTROLLER}
+    unknown = set(CHOSEN) - {measure.__name__ for measure in MEASUREMENTS}
     if unknown:
         sys.exit(f"no such measurement: {' '.join(unknown)}")
     with tempfile.TemporaryDirectory(dir=BUILD) as name:
@@ -425,20 +418,13 @@ def main():
         redis = start_redis(folder)
         simulator = start_simulator()
         lineups = make_lineups(folder, (0, 10, 100, 1000, 10_000))
-        measure_all(ON_SIMULATOR, folder, lineups)
+        for measure in MEASUREMENTS:
+            if not CHOSEN or measure.__name__ in CHOSEN:
+                restore(lineups[0])
+                measure(folder, lineups)
         stop(simulator)
-        controller = start_controller()
-        measure_all(ON_CONTROLLER, folder, lineups)
-        stop(controller)
         stop(redis)
     print_table()
-
-
-def measure_all(measurements, folder, lineups):
-    for measure in measurements:
-        if not CHOSEN or measure.__name__ in CHOSEN:
-            restore(lineups[0])
-            measure(folder, lineups)
 
 
 main()
