@@ -76,15 +76,19 @@ def shown(seconds):
 
 
 def compare(*commands, runs, shell=True, prepare=None):
-    """The figures of the commands, in their order."""
-    options = ["--style", "none", "--warmup", "1", "--runs", str(3 if QUICK else runs)]
+    """The figures of the commands, in their order. They take turns, so that all of them meet a machine
+    that becomes slower or faster: long ones after each run, short ones after as many as are asked for."""
+    rounds, each = (ROUNDS, runs) if runs > 10 else (ROUNDS * runs, 1)
+    if QUICK:
+        rounds, each = ROUNDS, 3
+    options = ["--style", "none", "--warmup", "0" if each == 1 else "1", "--runs", str(each)]
     options += ["--shell", "sh"] if shell else ["-N"]
     if prepare:
         options += [word for command in prepare for word in ("--prepare", command)]
     times = [[] for _ in commands]
     cpu = [[] for _ in commands]
     with tempfile.NamedTemporaryFile() as export:
-        for _ in range(ROUNDS):
+        for _ in range(rounds):
             subprocess.run(["hyperfine", *options, "--export-json", export.name, *commands], check=True,
                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             results = json.loads(Path(export.name).read_text())["results"]
