@@ -99,14 +99,13 @@ bool isOld(const EarlierCopy& copy) {
 }
 
 /// Notes when it was announced first: its access time is set, and then it is made read-only.
-/// Where that cannot be done it is announced for the first time once more.
-void noteAnnounced(const EarlierCopy& copy) {
+/// Returns whether that is noted; else it is announced for the first time once more.
+bool noteAnnounced(const EarlierCopy& copy) {
   const int folder = copy.folder->descriptor.number();
   const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  if (!wasAnnounced(copy) &&
-      utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0) {
-    fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
-  }
+  return wasAnnounced(copy) ||
+         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
+          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
 }
 
 /// Whether it holds `content`, which is not empty, and nothing else.
