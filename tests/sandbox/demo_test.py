@@ -7,6 +7,7 @@ import glob
 import os
 import pty
 import select
+import signal
 import subprocess
 import sys
 import tempfile
@@ -120,6 +121,25 @@ class Demo(unittest.TestCase):
         with tempfile.TemporaryDirectory() as temporary:
             self.leave_edits(HEADEND_DEMO_FOLDER="/dev/null/demo", TMPDIR=temporary)
             self.assertRegex(" ".join(self.copies(temporary)), r"/lineup-console/lineup-console-[^/ ]*$")
+
+    def test_it_ends_when_its_terminal_closes(self):
+        for _ in range(10):  # the signals of the terminal and of its own meet differently
+            child, terminal = pty.fork()
+            if child == 0:
+                os.execve(DEMO, [DEMO, *self.options()], environment())
+            said = b""
+            while b"> " not in said:
+                said += os.read(terminal, 4096)
+            os.write(terminal, b"id 9\n")
+            while b"(changes to commit) > " not in said or not self.copies(self.folder):
+                said += os.read(terminal, 4096) if select.select([terminal], [], [], 0.05)[0] else b""
+            os.close(terminal)
+            deadline = time.monotonic() + TIMEOUT
+            while os.waitpid(child, os.WNOHANG)[0] == 0:
+                if time.monotonic() > deadline:
+                    os.kill(child, signal.SIGKILL)
+                    self.fail("it goes on")
+                time.sleep(0.05)
 
     def test_a_console_that_ends_by_itself_as_ctrl_c_comes_gives_its_status(self):
         programs = tempfile.mkdtemp(dir=os.path.dirname(self.folder))
