@@ -14,7 +14,7 @@ namespace {
 
 using Row = TextTable::Row;
 
-/// The widest that a column gets. A longer cell moves those behind it in its own line, instead of
+/// The widest that a column gets. A longer cell moves those after it in its own line, instead of
 /// filling all other lines with as many blanks.
 constexpr std::size_t kWidestColumn = 256;
 
@@ -27,7 +27,7 @@ std::string headingOf(std::string name) {
 /// each.
 void addLine(std::string& text, const Row& row, const std::size_t* shown,
              const std::vector<std::size_t>& widths) {
-  std::size_t missing = 0;  // blanks up to the next column; none behind the last cell
+  std::size_t missing = 0;  // blanks up to the next column; none after the last cell
   for (std::size_t column = 0; column < widths.size(); ++column) {
     if (!row[column].empty()) {
       text.append(missing, ' ');

@@ -17,9 +17,9 @@ struct Completion {
   std::wstring inserted{};            ///< in their place
 };
 
-/// Completes the last word of `begun`, a line up to its cursor, behind which a blank may follow, to
+/// Completes the last word of `begun`, a line up to its cursor, after which a blank may follow, to
 /// what `candidates`, one or more, have in common. They are listed where that is no more than what
-/// was typed, and one that has a note is. One alone gets a blank behind it, unless there is one or
+/// was typed, and one that has a note is. One alone gets a blank after it, unless there is one or
 /// it ends with '/'.
 Completion completeWord(const std::string& begun, bool blankFollows,
                         const std::vector<Candidate>& candidates);

@@ -14,7 +14,7 @@
 
 namespace lineup {
 
-/// The prompt with the line behind it, written to standard output.
+/// The prompt with the line after it, written to standard output.
 class LineDisplay {
  public:
   /// `line` has to outlive it.
@@ -34,7 +34,7 @@ class LineDisplay {
   /// Shows the line as it is now.
   void draw();
 
-  /// Shows the line, `mark` behind its cursor, and what is written next below it.
+  /// Shows the line, `mark` after its cursor, and what is written next below it.
   void leave(const std::string& mark = "");
 
   /// Shows the line without its line feed, as it was entered, and what is written next below it.

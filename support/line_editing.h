@@ -14,7 +14,7 @@ enum class Edited { Line, Dropped, End };
 /// call.
 bool canEditLines();
 
-/// Reads a line behind `prompt`, edited by the person at the terminal; any of `aids` may be empty.
+/// Reads a line after `prompt`, edited by the person at the terminal; any of `aids` may be empty.
 /// `line` is empty unless the result is Line. Throws EndedBySignal as readCommandLine() does,
 /// except that SIGINT drops the line. Between two calls the terminal is in the mode in which it was
 /// found, and what was typed ahead is kept. Only where canEditLines().

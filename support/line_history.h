@@ -9,7 +9,7 @@
 
 namespace lineup {
 
-/// The last thousand lines, each once, the oldest first. The line being edited counts as one behind
+/// The last thousand lines, each once, the oldest first. The line being edited counts as one after
 /// the last.
 class LineHistory {
  public:

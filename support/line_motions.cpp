@@ -20,16 +20,16 @@ std::size_t lineEnd(const std::wstring& line, std::size_t /*place*/) {
 using Does = LineMotion::Does;
 constexpr LineMotion kMotions[] = {
     {key::kLeft, Does::Move, letterBefore},
-    {key::kRight, Does::Move, letterBehind},
+    {key::kRight, Does::Move, letterAfter},
     {key::kWordLeft, Does::Move, wordBefore},
-    {key::kWordRight, Does::Move, wordBehind},
+    {key::kWordRight, Does::Move, wordAfter},
     {key::kBeginning, Does::Move, lineBegin},
     {key::kEnd, Does::Move, lineEnd},
     {key::kBackspace, Does::Erase, letterBefore},
     {key::kRubout, Does::Erase, letterBefore},
-    {key::kDelete, Does::Erase, letterBehind},
-    {key::kEndOfInput, Does::Erase, letterBehind},
-    {key::kEraseWord, Does::EraseAndKeep, wordBehind},
+    {key::kDelete, Does::Erase, letterAfter},
+    {key::kEndOfInput, Does::Erase, letterAfter},
+    {key::kEraseWord, Does::EraseAndKeep, wordAfter},
     {key::kEraseWordBefore, Does::EraseAndKeep, wordBefore},
     {key::kEraseToBlank, Does::EraseAndKeep, blankBefore},
     {key::kEraseToBeginning, Does::EraseAndKeep, lineBegin},
@@ -47,7 +47,7 @@ const LineMotion* motionOf(wchar_t key) {
 
 std::optional<EditedLine> transpose(const EditedLine& line) {
   const std::wstring& text = line.text;
-  const std::size_t end = letterBehind(text, line.cursor);
+  const std::size_t end = letterAfter(text, line.cursor);
   const std::size_t middle = letterBefore(text, end);
   const std::size_t begin = letterBefore(text, middle);
   if (begin == middle) {

@@ -25,7 +25,7 @@ struct LineMotion {
 const LineMotion* motionOf(wchar_t key);
 
 /// `line` with the letters before and at its cursor exchanged, or the last two, and the cursor
-/// behind them; none if there are not two.
+/// after them; none if there are not two.
 std::optional<EditedLine> transpose(const EditedLine& line);
 
 }  // namespace lineup

@@ -32,9 +32,9 @@ std::size_t before(const std::wstring& line, std::size_t place, Kind kind, bool 
   return place;
 }
 
-std::size_t behind(const std::wstring& line, std::size_t place, Kind kind, bool are) {
+std::size_t after(const std::wstring& line, std::size_t place, Kind kind, bool are) {
   while (place < line.size() && kind(line[place]) == are) {
-    place = letterBehind(line, place);
+    place = letterAfter(line, place);
   }
   return place;
 }
@@ -49,7 +49,7 @@ std::size_t letterBefore(const std::wstring& line, std::size_t place) {
   return place;
 }
 
-std::size_t letterBehind(const std::wstring& line, std::size_t place) {
+std::size_t letterAfter(const std::wstring& line, std::size_t place) {
   place += place < line.size() ? 1 : 0;
   while (place < line.size() && hasNoColumn(line[place])) {
     ++place;
@@ -61,8 +61,8 @@ std::size_t wordBefore(const std::wstring& line, std::size_t place) {
   return before(line, before(line, place, isOfWord, false), isOfWord, true);
 }
 
-std::size_t wordBehind(const std::wstring& line, std::size_t place) {
-  return behind(line, behind(line, place, isOfWord, false), isOfWord, true);
+std::size_t wordAfter(const std::wstring& line, std::size_t place) {
+  return after(line, after(line, place, isOfWord, false), isOfWord, true);
 }
 
 std::size_t blankBefore(const std::wstring& line, std::size_t place) {

@@ -7,7 +7,7 @@
 
 namespace lineup {
 
-// A letter is a character and those behind it that have no column of their own, such as combining
+// A letter is a character and those after it that have no column of their own, such as combining
 // marks. A word is made of letters, digits and what is usual in names and URLs. A place is the
 // number of characters before it; each function returns one between letters.
 
@@ -21,13 +21,13 @@ struct EditedLine {
 std::size_t letterBefore(const std::wstring& line, std::size_t place);
 
 /// Where the letter at `place` ends.
-std::size_t letterBehind(const std::wstring& line, std::size_t place);
+std::size_t letterAfter(const std::wstring& line, std::size_t place);
 
 /// Where the word before `place` begins.
 std::size_t wordBefore(const std::wstring& line, std::size_t place);
 
-/// Where the word at or behind `place` ends.
-std::size_t wordBehind(const std::wstring& line, std::size_t place);
+/// Where the word at or after `place` ends.
+std::size_t wordAfter(const std::wstring& line, std::size_t place);
 
 /// Where the text between blanks before `place` begins.
 std::size_t blankBefore(const std::wstring& line, std::size_t place);

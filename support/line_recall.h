@@ -22,10 +22,10 @@ class LineRecall {
   /// Adds `line`, for later consoles too, unless it is empty or the same as the last one.
   void remember(const std::string& line);
 
-  /// Begins another line, behind the last of the history.
+  /// Begins another line, after the last of the history.
   void begin();
 
-  /// The line before the one that is edited, whose text is now `text`, or the one behind it, with
+  /// The line before the one that is edited, whose text is now `text`, or the one after it, with
   /// the cursor at its end; none if there is none. Behind the last one is what was typed.
   std::optional<EditedLine> older(const std::wstring& text);
   std::optional<EditedLine> newer(const std::wstring& text);

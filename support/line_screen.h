@@ -15,7 +15,7 @@ struct TerminalAbilities {
   std::string eraseToEndOfLine;     ///< from the cursor
   std::string eraseToEndOfDisplay;  ///< from the cursor
   std::string clear;                ///< erases all and moves the cursor to the first row
-  bool wraps = true;                ///< what is written behind the last column goes to the next row
+  bool wraps = true;                ///< what is written after the last column goes to the next row
 };
 
 /// How many rows a line of `text` takes on a terminal of `columns`, which wraps it.

@@ -1,4 +1,4 @@
-// Sets of signals, those that end a program among them, and blocking them for a while or not.
+// Sets of signals, those that end a program among them, and changes of the signal mask for a while.
 
 #pragma once
 

@@ -100,7 +100,7 @@ bool TerminalInput::readByte(char& byte) {
     if (usualMode && readsAnswer_ && !lineEnds_.inPaste()) {
       lineEnds_.forget();
     }
-    // The line feed is left until here: behind the last line it may be for another program.
+    // The line feed is left until here: after the last line it may be for another program.
     if (!lineEnds_.areCompletedBy(byte, usualMode, [this] { return moreFollows(); })) {
       cameInUsualMode_ = usualMode;
       cameAtOnce_ = atOnce;
@@ -162,7 +162,7 @@ void TerminalInput::lineEnded(wchar_t key) {
   readPasteEnd();
 }
 
-/// Reads the mark behind the last line of a paste, if that is all there is: the line may be the one
+/// Reads the mark after the last line of a paste, if that is all there is: the line may be the one
 /// that leaves the terminal to another program.
 void TerminalInput::readPasteEnd() {
   constexpr std::string_view kMark = "\x1b[201~";

@@ -39,7 +39,7 @@ class TerminalInput {
   /// KeyReader::read(). Throws EndedBySignal as soon as a signal is caught.
   bool readKey(wchar_t& key, bool escapeAlone);
 
-  /// The key that was read last, a Return or a line feed, ends a line. Reads the mark behind a
+  /// The key that was read last, a Return or a line feed, ends a line. Reads the mark after a
   /// paste that ends with it.
   void lineEnded(wchar_t key);
 

@@ -15,7 +15,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// What the terminals send behind the escape character.
+/// What the terminals send after the escape character.
 struct Sequence {
   std::wstring_view bytes;
   wchar_t key;
@@ -182,7 +182,7 @@ bool KeyReader::readSequence(wchar_t first, std::wstring& sequence) {
   }
 }
 
-/// Reads characters from `first` to `last`, and the one behind them, which ends the sequence.
+/// Reads characters from `first` to `last`, and the one after them, which ends the sequence.
 bool KeyReader::readRest(wchar_t first, wchar_t last, std::wstring& sequence) {
   constexpr std::size_t kLongest = 8;  // of those that are known
   wchar_t character = 0;

@@ -51,7 +51,7 @@ constexpr wchar_t kF3 = 0x86;
 constexpr wchar_t kPasteBegins = 0x87;  ///< where the terminal brackets what is pasted
 constexpr wchar_t kPasteEnds = 0x88;
 
-constexpr wchar_t kFirstLetterBeyondAscii = 0xa0;  ///< behind the control characters of Latin 1
+constexpr wchar_t kFirstLetterBeyondAscii = 0xa0;  ///< after the control characters of Latin 1
 
 /// Whether `code` is a letter, to be inserted, and none of the above.
 bool isLetter(wchar_t code);

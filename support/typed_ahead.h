@@ -37,7 +37,7 @@ class TypedAhead {
 /// the two are one. Finds the line feeds that belong to the Return before them.
 ///
 /// In the terminal's usual mode a Return looks like a line feed. What then decides is what people
-/// do not do: they send no line feed, and have nothing more typed at once behind a Return.
+/// do not do: they send no line feed, and have nothing more typed at once after a Return.
 ///
 /// A terminal may send a Return in place of a line feed that is pasted. Within a paste of which it
 /// marks beginning and end, two Returns are one end, too.
@@ -46,8 +46,8 @@ class LineEnds {
   struct End {
     char byte;          ///< a Return or a line feed
     bool usualMode;     ///< in which it came
-    bool atOnce;        ///< whether it came at once behind the byte before it
-    bool moreFollowed;  ///< whether something came at once behind it
+    bool atOnce;        ///< whether it came at once after the byte before it
+    bool moreFollowed;  ///< whether something came at once after it
   };
 
   /// A line has ended so.
@@ -61,7 +61,7 @@ class LineEnds {
   bool inPaste() const { return inPaste_; }
 
   /// Whether `byte`, the next one, belongs to that end. `moreFollows` says whether something comes
-  /// at once behind it.
+  /// at once after it.
   bool areCompletedBy(char byte, bool usualMode, const std::function<bool()>& moreFollows);
 
  private:
