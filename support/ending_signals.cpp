@@ -192,9 +192,9 @@ timespec asTimespec(std::chrono::nanoseconds duration) {
 int pollFor(pollfd* descriptors, nfds_t count, const timespec* timeout) {
   int result = 0;
   {
-    const BlockedSignals blocked(endingSignals());
+    const SignalMask blocked(SIG_BLOCK, endingSignals());
     throwIfSignalled();
-    result = ppoll(descriptors, count, timeout, &blocked.maskBefore());
+    result = ppoll(descriptors, count, timeout, &blocked.before());
   }
   throwIfSignalled();  // also for one that came together with input, and stayed pending
   return result;
@@ -237,7 +237,7 @@ void throwIfHungUp(int terminal) {
 }
 
 void forgetInterrupt() {
-  const BlockedSignals blocked(endingSignals());
+  const SignalMask blocked(SIG_BLOCK, endingSignals());
   if (caughtSignal == SIGINT) {
     caughtSignal = 0;
     overdue = 0;
@@ -312,7 +312,7 @@ bool waitForInput(std::span<pollfd> inputs, milliseconds timeout) {
 }
 
 void beginEnding(int signal) {
-  const BlockedSignals blocked(endingSignals());
+  const SignalMask blocked(SIG_BLOCK, endingSignals());
   interrupted = 0;
   caughtSignal = signal;
   startTimer(kUntilOverdue, kUntilTheEnd);
@@ -333,13 +333,13 @@ void endBySignal(int signal) {
 }
 
 RemoteCallUnderWay::RemoteCallUnderWay(seconds longest) {
-  const BlockedSignals blocked(endingSignals());
+  const SignalMask blocked(SIG_BLOCK, endingSignals());
   throwIfSignalled();
   remoteCall = static_cast<std::sig_atomic_t>(longest.count());
 }
 
 RemoteCallUnderWay::~RemoteCallUnderWay() {
-  const BlockedSignals blocked(endingSignals());
+  const SignalMask blocked(SIG_BLOCK, endingSignals());
   remoteCall = 0;
   if (caughtSignal != 0) {
     startTimer();

@@ -120,7 +120,7 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   ended_ = nullptr;
   std::cout.flush();
 
-  const BlockedSignals blocked(terminalSignals());
+  const SignalMask blocked(SIG_BLOCK, terminalSignals());
   input_.begin();  // before the prompt, so that what is typed on seeing it is not echoed twice
   display_.begin();
   const char* const result = line_.read();
@@ -351,7 +351,7 @@ void TerminalLineEditor::letStop() {
   display_.markPastes(false);
   input_.end();
   {  // stops here, unless it was continued already: the system has discarded the stop then
-    const UnblockedSignals delivered(signalSet({SIGTSTP}));
+    const SignalMask delivered(SIG_UNBLOCK, signalSet({SIGTSTP}));
   }
   throwIfSignalled();
   startAgain();

@@ -27,10 +27,10 @@ class InputEnded {
 std::string textOf(const std::function<std::string()>& overview, bool mayWait,
                    TerminalInput& input) {
   std::optional<InputEnded> ended;
-  std::optional<UnblockedSignals> unblocked;
+  std::optional<SignalMask> unblocked;
   if (mayWait) {
     ended.emplace(input);
-    unblocked.emplace(terminalSignals());
+    unblocked.emplace(SIG_UNBLOCK, terminalSignals());
   }
   std::string text = overview();
   throwIfSignalled();

@@ -52,19 +52,6 @@ Descriptor fileWith(std::string_view text) {
   return file;
 }
 
-/// For its lifetime, the interrupt and quit keys are the pager's, and `mask` is the signal mask.
-class PagerSignals {
- public:
-  explicit PagerSignals(const sigset_t& mask) { pthread_sigmask(SIG_SETMASK, &mask, &before_); }
-  ~PagerSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  PagerSignals(const PagerSignals&) = delete;
-  PagerSignals& operator=(const PagerSignals&) = delete;
-
- private:
-  const TerminalSignalsIgnored keys_{};
-  sigset_t before_{};
-};
-
 /// The signals that are waited for while `command` runs. All others do what they do.
 sigset_t awaitedWhile(const char* command) {
   return canBeStopped(command) ? signalSet({SIGCHLD}) : signalSet({SIGCHLD, SIGTSTP});
@@ -135,7 +122,8 @@ bool showInPager(const std::string& text) {
   }
   int status = 0;
   {
-    const PagerSignals pagerSignals(awaited);
+    const TerminalSignalsIgnored keys;  // they are the pager's
+    const SignalMask mask(SIG_SETMASK, awaited);
     const pid_t child = fork();
     if (child == 0) {
       runPager(command, file.number());

@@ -68,43 +68,28 @@ void forEachEndingSignal(Work work) {
   }
 }
 
-/// Blocks `signals`, for its lifetime, in addition to those that are blocked already. One that
-/// arrives meanwhile is pending, and delivered after.
-class BlockedSignals {
+/// Changes the signal mask for its lifetime. A signal that is blocked is pending until it is
+/// unblocked, and delivered then.
+class SignalMask {
  public:
-  explicit BlockedSignals(const sigset_t& signals) {
-    pthread_sigmask(SIG_BLOCK, &signals, &maskBefore_);
-  }
-  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr); }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
+  /// `how` is SIG_BLOCK, SIG_UNBLOCK or SIG_SETMASK, as for pthread_sigmask().
+  SignalMask(int how, const sigset_t& signals) { pthread_sigmask(how, &signals, &before_); }
+  ~SignalMask() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalMask(const SignalMask&) = delete;
+  SignalMask& operator=(const SignalMask&) = delete;
 
   /// The mask that was in force before.
-  const sigset_t& maskBefore() const { return maskBefore_; }
+  const sigset_t& before() const { return before_; }
 
  private:
-  sigset_t maskBefore_;
-};
-
-/// Unblocks `signals` for its lifetime. One that is pending is delivered at once.
-class UnblockedSignals {
- public:
-  explicit UnblockedSignals(const sigset_t& signals) {
-    pthread_sigmask(SIG_UNBLOCK, &signals, &maskBefore_);
-  }
-  ~UnblockedSignals() { pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr); }
-  UnblockedSignals(const UnblockedSignals&) = delete;
-  UnblockedSignals& operator=(const UnblockedSignals&) = delete;
-
- private:
-  sigset_t maskBefore_;
+  sigset_t before_;
 };
 
 /// Blocks, for its lifetime, the signals that end the program, unless they are ignored: what is
 /// done meanwhile is done whole.
 class BlockedEndingSignals {
  public:
-  BlockedEndingSignals() : signals_(signalsNotIgnored()), blocked_(signals_) {}
+  BlockedEndingSignals() : signals_(signalsNotIgnored()), mask_(SIG_BLOCK, signals_) {}
 
   /// Whether one is pending that ends the program after the lifetime.
   bool isAnyPending() const {
@@ -112,7 +97,7 @@ class BlockedEndingSignals {
     bool isAny = false;
     forEachEndingSignal([&](int signal) {
       isAny = isAny || (sigismember(&pending, signal) == 1 && sigismember(&signals_, signal) == 1 &&
-                        sigismember(&blocked_.maskBefore(), signal) == 0);
+                        sigismember(&mask_.before(), signal) == 0);
     });
     return isAny;
   }
@@ -129,7 +114,7 @@ class BlockedEndingSignals {
   }
 
   const sigset_t signals_;
-  const BlockedSignals blocked_;
+  const SignalMask mask_;
 };
 
 }  // namespace lineup
