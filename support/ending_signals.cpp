@@ -246,8 +246,7 @@ void forgetInterrupt() {
   }
 }
 
-InterruptibleCommand::InterruptibleCommand(bool interruptible)
-    : interruptible_(interruptible && commandRuns == 0) {
+InterruptibleCommand::InterruptibleCommand(bool interruptible) : interruptible_(interruptible) {
   if (interruptible_) {
     letInterruptsThrough(true);
     commandRuns = 1;

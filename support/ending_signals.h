@@ -35,8 +35,8 @@
 
 namespace lineup {
 
-/// Thrown where the program may end because of a signal. Not a std::exception: nothing but main
-/// catches it.
+/// Thrown where the program may end because of a signal. Not a std::exception: what handles errors
+/// lets it pass.
 struct EndedBySignal {
   int signal;
 };
@@ -72,7 +72,7 @@ void forgetInterrupt();
 /// as ever, and whoever catches it asks isInterrupted() and calls forgetInterrupt().
 class InterruptibleCommand {
  public:
-  /// Without `interruptible`, or within the lifetime of another one, nothing changes.
+  /// Without `interruptible` nothing changes. There is one at a time.
   explicit InterruptibleCommand(bool interruptible);
   ~InterruptibleCommand();
   InterruptibleCommand(const InterruptibleCommand&) = delete;
