@@ -98,14 +98,15 @@ bool isOld(const EarlierCopy& copy) {
   return (isUnfinished(copy) || wasAnnounced(copy)) && since < std::time(nullptr) - kMonth;
 }
 
-/// Notes when it was announced first: its access time is set, and then it is made read-only.
-/// Returns whether that is noted; else it is announced for the first time once more.
-bool noteAnnounced(const EarlierCopy& copy) {
+/// Notes when it was announced first: its access time is set, and then it is made read-only. If
+/// either fails, it is announced for the first time once more.
+void noteAnnounced(const EarlierCopy& copy) {
   const int folder = copy.folder->descriptor.number();
   const std::array<timespec, 2> now{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
-  return wasAnnounced(copy) ||
-         (utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0 &&
-          fchmodat(folder, copy.name.c_str(), S_IRUSR, 0) == 0);
+  if (!wasAnnounced(copy) &&
+      utimensat(folder, copy.name.c_str(), now.data(), AT_SYMLINK_NOFOLLOW) == 0) {
+    [[maybe_unused]] const int noted = fchmodat(folder, copy.name.c_str(), S_IRUSR, 0);
+  }
 }
 
 /// Whether it holds `content`, which is not empty, and nothing else.
