@@ -1,8 +1,8 @@
 #include "app/function_keys.h"
 
 #include "compare/config_difference.h"
-#include "compare/config_tables.h"
 #include "model/lineup_editor.h"
+#include "print/config_tables.h"
 
 namespace lineup {
 

@@ -4,8 +4,8 @@
 #include "compare/input_difference.h"
 #include "compare/json_difference.h"
 #include "compare/lineup_difference.h"
-#include "compare/named_json_writer.h"
-#include "compare/setting_words.h"
+#include "print/named_json_writer.h"
+#include "print/setting_words.h"
 
 namespace lineup {
 

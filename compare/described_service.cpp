@@ -1,7 +1,7 @@
 #include "compare/described_service.h"
 
-#include "compare/printed_text.h"
 #include "model/input_types.h"
+#include "print/printed_text.h"
 
 namespace lineup {
 

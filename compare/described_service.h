@@ -5,8 +5,8 @@
 #include <string>
 
 #include "compare/difference_lines.h"
-#include "compare/service_words.h"
 #include "hub_module_types.h"
+#include "print/service_words.h"
 
 namespace lineup {
 

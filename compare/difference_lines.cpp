@@ -3,8 +3,8 @@
 #include <set>
 
 #include "compare/json_difference.h"
-#include "compare/named_json_writer.h"
-#include "compare/printed_text.h"
+#include "print/named_json_writer.h"
+#include "print/printed_text.h"
 
 namespace lineup {
 

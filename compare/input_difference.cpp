@@ -4,8 +4,8 @@
 
 #include "compare/difference_lines.h"
 #include "compare/json_difference.h"
-#include "compare/printed_text.h"
-#include "compare/setting_words.h"
+#include "print/printed_text.h"
+#include "print/setting_words.h"
 
 namespace lineup {
 

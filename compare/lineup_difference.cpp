@@ -10,10 +10,10 @@
 #include "compare/described_service.h"
 #include "compare/difference_lines.h"
 #include "compare/entry_matches.h"
-#include "compare/printed_text.h"
 #include "compare/service_matches.h"
-#include "compare/service_words.h"
 #include "model/service_name.h"
+#include "print/printed_text.h"
+#include "print/service_words.h"
 
 namespace lineup {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "compare/service_words.h"
 #include "model/input_types.h"
+#include "print/service_words.h"
 
 namespace lineup {
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "catalogue/word_search.h"
-#include "compare/text_table.h"
 #include "ctl/commands.h"
 #include "ctl/files.h"
+#include "print/text_table.h"
 
 namespace lineup::ctl {
 

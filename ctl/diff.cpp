@@ -4,11 +4,11 @@
 
 #include "compare/config_difference.h"
 #include "compare/json_difference.h"
-#include "compare/named_json_writer.h"
-#include "compare/printed_text.h"
 #include "ctl/commands.h"
 #include "ctl/files.h"
 #include "ctl/sources.h"
+#include "print/named_json_writer.h"
+#include "print/printed_text.h"
 
 namespace lineup::ctl {
 

@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-#include "compare/printed_text.h"
+#include "print/printed_text.h"
 #include "support/descriptor.h"
 
 namespace lineup::ctl {

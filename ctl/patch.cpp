@@ -8,11 +8,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "compare/named_json_reader.h"
-#include "compare/named_json_writer.h"
-#include "compare/printed_text.h"
 #include "ctl/failure.h"
 #include "ctl/files.h"
+#include "print/named_json_reader.h"
+#include "print/named_json_writer.h"
+#include "print/printed_text.h"
 
 namespace lineup::ctl {
 

@@ -4,12 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "compare/config_tables.h"
-#include "compare/named_json_writer.h"
 #include "ctl/commands.h"
 #include "ctl/controller.h"
 #include "ctl/files.h"
 #include "ctl/sources.h"
+#include "print/config_tables.h"
+#include "print/named_json_writer.h"
 
 namespace lineup::ctl {
 

@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "compare/json_difference.h"
-#include "compare/named_json_reader.h"
-#include "compare/named_json_writer.h"
-#include "compare/printed_text.h"
+#include "print/named_json_reader.h"
+#include "print/named_json_writer.h"
+#include "print/printed_text.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {

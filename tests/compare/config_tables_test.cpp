@@ -1,4 +1,4 @@
-#include "compare/config_tables.h"
+#include "print/config_tables.h"
 
 #include <gtest/gtest.h>
 

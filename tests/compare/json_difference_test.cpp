@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "compare/named_json_writer.h"
+#include "print/named_json_writer.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {

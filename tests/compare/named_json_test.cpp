@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "compare/named_json_reader.h"
-#include "compare/named_json_writer.h"
+#include "print/named_json_reader.h"
+#include "print/named_json_writer.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {

@@ -1,4 +1,4 @@
-// Reading a configuration from named JSON, which compare/named_json_writer.h describes.
+// Reading a configuration from named JSON, which print/named_json_writer.h describes.
 
 #pragma once
 

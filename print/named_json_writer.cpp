@@ -1,4 +1,4 @@
-#include "compare/named_json_writer.h"
+#include "print/named_json_writer.h"
 
 #include <thrift/protocol/TVirtualProtocol.h>
 #include <thrift/transport/TTransportUtils.h>
@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "compare/printed_text.h"
+#include "print/printed_text.h"
 
 namespace lineup {
 

@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "compare/text_table.h"
 #include "hub_module_types.h"
+#include "print/text_table.h"
 
 namespace lineup {
 

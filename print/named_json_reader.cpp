@@ -1,4 +1,4 @@
-#include "compare/named_json_reader.h"
+#include "print/named_json_reader.h"
 
 #include <thrift/protocol/TVirtualProtocol.h>
 #include <thrift/transport/TTransportUtils.h>
@@ -13,8 +13,8 @@
 #include <system_error>
 #include <vector>
 
-#include "compare/printed_text.h"
 #include "model/config_shape.h"
+#include "print/printed_text.h"
 
 namespace lineup {
 

@@ -1,4 +1,4 @@
-#include "compare/config_tables.h"
+#include "print/config_tables.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "compare/service_words.h"
-#include "compare/setting_words.h"
+#include "print/service_words.h"
+#include "print/setting_words.h"
 
 namespace lineup {
 

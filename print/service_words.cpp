@@ -1,9 +1,9 @@
-#include "compare/service_words.h"
+#include "print/service_words.h"
 
 #include <string>
 
-#include "compare/setting_words.h"
 #include "model/input_types.h"
+#include "print/setting_words.h"
 
 namespace lineup {
 

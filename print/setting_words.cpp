@@ -1,4 +1,4 @@
-#include "compare/setting_words.h"
+#include "print/setting_words.h"
 
 #include <optional>
 #include <span>

@@ -1,11 +1,11 @@
-#include "compare/text_table.h"
+#include "print/text_table.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
 #include <utility>
 
-#include "compare/printed_text.h"
+#include "print/printed_text.h"
 #include "support/words.h"
 
 namespace lineup {

@@ -1,4 +1,4 @@
-#include "compare/printed_text.h"
+#include "print/printed_text.h"
 
 #include <algorithm>
 
