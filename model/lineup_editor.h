@@ -76,7 +76,7 @@ class LineupEditor {
   void sendSATRFInputConfig(general::RFInputId::type id,
                             const hub_module::SATRFInputConfig& satConfig);
 
-  // ---- controller/: configuration files and the dump
+  // ---- controller/: configuration files
 
   /// Writes the configuration to `path`: the controller's, fetched first, when nothing is pending,
   /// else the edited one. Says "Saved config to: " even if that failed, unless a signal cut it
@@ -88,6 +88,8 @@ class LineupEditor {
   /// an interrupt before the controller has taken it, throws EndedBySignal and leaves `config` as
   /// it was.
   void restoreConfig(const std::string& path);
+
+  // ---- print/: the command "show"
 
   /// Prints `config` field by field.
   void showLineup() const;

@@ -1,5 +1,3 @@
-#include "controller/dump.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "model/lineup_editor.h"
+#include "print/show_command.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "controller/config_file.h"
-#include "controller/dump.h"
+#include "print/show_command.h"
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/require.h"
 #include "tests/fuzz/round_trip.h"

@@ -17,10 +17,10 @@
 #include <utility>
 
 #include "WebSrv.h"
-#include "controller/dump.h"
 #include "controller/reply_protocol.h"
 #include "controller/reply_transport.h"
 #include "model/no_size_limits.h"
+#include "print/show_command.h"
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/round_trip.h"
 #include "tests/support/encoding.h"

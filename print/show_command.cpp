@@ -1,4 +1,4 @@
-#include "controller/dump.h"
+#include "print/show_command.h"
 
 #include <thrift/protocol/TDebugProtocol.h>
 #include <thrift/transport/TBufferTransports.h>

@@ -1,4 +1,4 @@
-// The configuration as text for the eye.
+// The command "show".
 
 #pragma once
 
@@ -9,8 +9,8 @@
 
 namespace lineup {
 
-/// Every field of `config` in the layout of the Thrift debug protocol, which shortens strings of
-/// more than 256 bytes to their first 16.
+/// Every field of `config`, as LineupEditor::showLineup() prints it: in the layout of the Thrift
+/// debug protocol, which shortens strings of more than 256 bytes to their first 16.
 std::string configDebugString(const hub_module::HeadendConfig& config);
 
 }  // namespace lineup
