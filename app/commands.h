@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "model/lineup_editor.h"
-#include "support/line_input.h"
+#include "terminal/line_input.h"
 
 namespace lineup {
 

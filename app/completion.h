@@ -10,7 +10,7 @@
 
 #include "model/lineup_editor.h"
 #include "model/settings.h"
-#include "support/line_input.h"
+#include "terminal/line_input.h"
 
 namespace lineup {
 

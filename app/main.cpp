@@ -12,10 +12,10 @@
 #include "model/lineup_editor.h"
 #include "support/closed_streams.h"
 #include "support/ending_signals.h"
-#include "support/line_input.h"
 #include "support/log.h"
 #include "support/memory_limit.h"
 #include "support/output.h"
+#include "terminal/line_input.h"
 
 namespace lineup {
 

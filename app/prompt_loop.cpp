@@ -9,8 +9,8 @@
 #include "app/function_keys.h"
 #include "model/lineup_editor.h"
 #include "support/ending_signals.h"
-#include "support/line_editing.h"
-#include "support/line_input.h"
+#include "terminal/line_editing.h"
+#include "terminal/line_input.h"
 
 namespace lineup {
 

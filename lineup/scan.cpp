@@ -6,8 +6,8 @@
 #include "lineup/check_mark.h"
 #include "lineup/scan_types.h"
 #include "model/lineup_editor.h"
-#include "support/line_input.h"
 #include "support/words.h"
+#include "terminal/line_input.h"
 
 namespace lineup {
 

@@ -15,7 +15,7 @@
 #include "simulator/catalogue.h"
 #include "simulator/initial_state.h"
 #include "simulator/status.h"
-#include "support/line_input.h"
+#include "terminal/line_input.h"
 #include "tests/fuzz/memory_limit.h"
 #include "tests/fuzz/require.h"
 #include "tests/fuzz/surroundings.h"

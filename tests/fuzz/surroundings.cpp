@@ -19,7 +19,7 @@
 
 #include "model/headend_places.h"
 #include "support/ending_signals.h"
-#include "support/line_input.h"
+#include "terminal/line_input.h"
 #include "tests/fuzz/require.h"
 
 namespace lineup::fuzz {
@@ -87,7 +87,7 @@ void removeFiles() {
 
 }  // namespace lineup::fuzz
 
-// ---- in place of support/line_input.cpp and support/ending_signals.cpp
+// ---- in place of terminal/line_input.cpp and support/ending_signals.cpp
 
 namespace lineup {
 

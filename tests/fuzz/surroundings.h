@@ -3,7 +3,7 @@
 //
 // The targets are linked so that connect, getaddrinfo, open, sync, syncfs, sqlite3_open,
 // sqlite3_close and sqlite3_progress_handler come here (see CMakeLists.txt); the functions of
-// support/line_input.h and support/ending_signals.h are replaced.
+// terminal/line_input.h and support/ending_signals.h are replaced.
 
 #pragma once
 
@@ -17,7 +17,7 @@ namespace lineup::fuzz {
 /// called once.
 void beQuiet();
 
-/// What the functions of support/line_input.h deliver from now on, line by line.
+/// What the functions of terminal/line_input.h deliver from now on, line by line.
 void setInput(std::string text);
 
 /// The connection to the catalogue that the console is given whenever it opens one, for filling it.

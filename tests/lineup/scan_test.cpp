@@ -7,7 +7,7 @@
 
 #include "lineup/scan_types.h"
 #include "model/lineup_editor.h"
-#include "support/line_input.h"
+#include "terminal/line_input.h"
 #include "tests/support/expect_refused.h"
 #include "tests/support/streams.h"
 

@@ -1,4 +1,4 @@
-#include "support/column_list.h"
+#include "terminal/column_list.h"
 
 #include <gtest/gtest.h>
 

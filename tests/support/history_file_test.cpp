@@ -1,4 +1,4 @@
-#include "support/history_file.h"
+#include "terminal/history_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

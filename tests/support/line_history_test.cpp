@@ -1,4 +1,4 @@
-#include "support/line_history.h"
+#include "terminal/line_history.h"
 
 #include <gtest/gtest.h>
 

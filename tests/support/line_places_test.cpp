@@ -1,4 +1,4 @@
-#include "support/line_places.h"
+#include "terminal/line_places.h"
 
 #include <gtest/gtest.h>
 

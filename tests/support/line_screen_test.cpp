@@ -1,4 +1,4 @@
-#include "support/line_screen.h"
+#include "terminal/line_screen.h"
 
 #include <gtest/gtest.h>
 

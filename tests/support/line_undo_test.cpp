@@ -1,11 +1,11 @@
-#include "support/line_undo.h"
+#include "terminal/line_undo.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 
-#include "support/terminal_keys.h"
+#include "terminal/terminal_keys.h"
 
 namespace lineup::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "support/terminal_keys.h"
+#include "terminal/terminal_keys.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "support/typed_ahead.h"
+#include "terminal/typed_ahead.h"
 
 #include <gtest/gtest.h>
 
