@@ -6,11 +6,12 @@
 #include <iterator>
 #include <map>
 
+#include "model/services.h"
+
 namespace lineup {
 
 namespace hub_module = korvel::thrift::hub_module;
 using hub_module::LineupConfig;
-using hub_module::LineupEntryKind;
 
 namespace {
 
@@ -28,16 +29,7 @@ struct Reference {
 };
 
 bool hasService(const LineupConfig& lineup, const ServiceReference& service) {
-  switch (service.first) {
-    case LineupEntryKind::DVB:
-      return lineup.dvbInputServices.contains(service.second);
-    case LineupEntryKind::ENC:
-      return lineup.encInputServices.contains(service.second);
-    case LineupEntryKind::EMPTY:
-      return lineup.emptyInputServices.contains(service.second);
-    default:
-      return false;
-  }
+  return visitService(lineup, service.first, service.second, [](const auto& /*service*/) {});
 }
 
 /// `alone` says in which of the two configurations `lineup` is.

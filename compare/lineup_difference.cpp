@@ -11,7 +11,7 @@
 #include "compare/difference_lines.h"
 #include "compare/entry_matches.h"
 #include "compare/service_matches.h"
-#include "model/service_name.h"
+#include "model/services.h"
 #include "print/printed_text.h"
 #include "print/service_words.h"
 

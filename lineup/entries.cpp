@@ -9,7 +9,7 @@
 
 #include "lineup/encoder_inputs.h"
 #include "model/lineup_editor.h"
-#include "model/service_name.h"
+#include "model/services.h"
 #include "support/words.h"
 
 namespace lineup {
@@ -17,27 +17,6 @@ namespace lineup {
 namespace {
 
 using hub_module::LineupEntryKind;
-
-/// The service under `key`, or null.
-template <class Map>
-const typename Map::mapped_type* find(const Map& services, int32_t key) {
-  const auto found = services.find(key);
-  return found == services.end() ? nullptr : &found->second;
-}
-
-/// The name of the service under `key`, empty if there is none.
-template <class Map>
-std::string nameUnder(const Map& services, int32_t key) {
-  const auto* const service = find(services, key);
-  return service == nullptr ? "" : serviceName(*service);
-}
-
-/// The DVB service_type of the service under `key`, 0 if there is none.
-template <class Map>
-int32_t serviceTypeUnder(const Map& services, int32_t key) {
-  const auto* const service = find(services, key);
-  return service == nullptr ? 0 : service->service.serviceType;
-}
 
 /// Stores `service` under the smallest free key and returns the key.
 template <class Service>
@@ -61,15 +40,9 @@ void appendEntry(const LineupEditor& editor, std::vector<Entry>& entries, int32_
 /// The name of an entry for the service, empty if there is no such service.
 std::string nameOfEntry(const hub_module::LineupConfig& lineup, int32_t key,
                         LineupEntryKind::type kind) {
-  switch (kind) {
-    case LineupEntryKind::DVB:
-      return nameUnder(lineup.dvbInputServices, key);
-    case LineupEntryKind::ENC:
-      return nameUnder(lineup.encInputServices, key);
-    case LineupEntryKind::EMPTY:
-      return nameUnder(lineup.emptyInputServices, key);
-  }
-  return "";
+  std::string name;
+  visitService(lineup, kind, key, [&](const auto& service) { name = serviceName(service); });
+  return name;
 }
 
 /// The first slot of the RF lineup reserved for services of `serviceType`, or null.
@@ -119,15 +92,10 @@ int32_t LineupEditor::addEmptyService(int32_t serviceType) {
 }
 
 int32_t LineupEditor::entryServiceType(int32_t key, LineupEntryKind::type kind) const {
-  switch (kind) {
-    case LineupEntryKind::DVB:
-      return serviceTypeUnder(config.lineupConfig.dvbInputServices, key);
-    case LineupEntryKind::ENC:
-      return 1;
-    case LineupEntryKind::EMPTY:
-      return serviceTypeUnder(config.lineupConfig.emptyInputServices, key);
-  }
-  return 0;
+  int32_t type = kind == LineupEntryKind::ENC ? 1 : 0;  // where there is no such service
+  visitService(config.lineupConfig, kind, key,
+               [&](const auto& service) { type = serviceType(service); });
+  return type;
 }
 
 void LineupEditor::entryName(hub_module::LineupRFEntryConfig& entry) const {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "model/input_types.h"
+#include "model/services.h"
 #include "print/setting_words.h"
 
 namespace lineup {
@@ -33,30 +34,12 @@ std::string sourceOf(const hub_module::DVBInputService& service, const HeadendCo
   return source;
 }
 
-ServiceWords noService(LineupEntryKind::type kind, int32_t key) {
-  return {kindWord(kind), "no service " + std::to_string(key), "", ""};
-}
-
-template <class Services>
-ServiceWords wordsUnder(const Services& services, int32_t key, LineupEntryKind::type kind,
-                        const HeadendConfig& config) {
-  const auto found = services.find(key);
-  return found == services.end() ? noService(kind, key) : wordsOf(found->second, config);
-}
-
 }  // namespace
 
 std::string kindWord(int32_t kind) {
-  switch (kind) {
-    case LineupEntryKind::DVB:
-      return "DVB";
-    case LineupEntryKind::ENC:
-      return "ENC";
-    case LineupEntryKind::EMPTY:
-      return "EMPTY";
-    default:
-      return unknownWord(kind);
-  }
+  const auto found = hub_module::_LineupEntryKind_VALUES_TO_NAMES.find(kind);
+  return found == hub_module::_LineupEntryKind_VALUES_TO_NAMES.end() ? unknownWord(kind)
+                                                                     : found->second;
 }
 
 std::string muxUrl(const HeadendConfig& config, const std::string& uuid) {
@@ -73,32 +56,30 @@ ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
                      const HeadendConfig& config) {
   const hub_module::DVBInputService& dvb = service.service;
   return {nameOfInputType(dvb.inputType), sourceOf(dvb, config), std::to_string(dvb.sid),
-          std::to_string(dvb.serviceType)};
+          std::to_string(serviceType(service))};
 }
 
 ServiceWords wordsOf(const hub_module::ENCInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
   const std::string slot = std::to_string(service.address.slot);
   const std::string input = std::to_string(service.address.port);
-  return {kindWord(LineupEntryKind::ENC), "slot " + slot + " input " + input, "", "1"};
+  return {kindWord(LineupEntryKind::ENC), "slot " + slot + " input " + input, "",
+          std::to_string(serviceType(service))};
 }
 
 ServiceWords wordsOf(const hub_module::EmptyInputServiceConfig& service,
                      const HeadendConfig& /*config*/) {
-  return {kindWord(LineupEntryKind::EMPTY), "", "", std::to_string(service.service.serviceType)};
+  return {kindWord(LineupEntryKind::EMPTY), "", "", std::to_string(serviceType(service))};
 }
 
 ServiceWords entryWords(const HeadendConfig& config, LineupEntryKind::type kind, int32_t key) {
-  const hub_module::LineupConfig& lineup = config.lineupConfig;
-  switch (kind) {
-    case LineupEntryKind::DVB:
-      return wordsUnder(lineup.dvbInputServices, key, kind, config);
-    case LineupEntryKind::ENC:
-      return wordsUnder(lineup.encInputServices, key, kind, config);
-    case LineupEntryKind::EMPTY:
-      return wordsUnder(lineup.emptyInputServices, key, kind, config);
+  ServiceWords words;
+  const bool isThere = visitService(config.lineupConfig, kind, key,
+                                    [&](const auto& service) { words = wordsOf(service, config); });
+  if (!isThere) {
+    words = {kindWord(kind), "no service " + std::to_string(key), "", ""};
   }
-  return noService(kind, key);
+  return words;
 }
 
 }  // namespace lineup

@@ -1,4 +1,4 @@
-#include "model/service_name.h"
+#include "model/services.h"
 
 namespace lineup {
 
@@ -12,6 +12,18 @@ std::string serviceName(const hub_module::ENCInputServiceConfig& service) {
 
 std::string serviceName(const hub_module::EmptyInputServiceConfig& /*service*/) {
   return "EMPTY SLOT";
+}
+
+int32_t serviceType(const hub_module::DVBInputServiceConfig& service) {
+  return service.service.serviceType;
+}
+
+int32_t serviceType(const hub_module::ENCInputServiceConfig& /*service*/) {
+  return 1;
+}
+
+int32_t serviceType(const hub_module::EmptyInputServiceConfig& service) {
+  return service.service.serviceType;
 }
 
 }  // namespace lineup

@@ -1,0 +1,47 @@
+// The services that the entries of lineups name.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "hub_module_types.h"
+#include "model/namespaces.h"
+
+namespace lineup {
+
+/// The name that a new entry gets from the service that it names: the DVB service's own, "ENC
+/// SLOT/INPUT" for an encoder's input, "EMPTY SLOT" for a reservation.
+std::string serviceName(const hub_module::DVBInputServiceConfig& service);
+std::string serviceName(const hub_module::ENCInputServiceConfig& service);
+std::string serviceName(const hub_module::EmptyInputServiceConfig& service);
+
+/// Its DVB service_type; 1 for an encoder's input.
+int32_t serviceType(const hub_module::DVBInputServiceConfig& service);
+int32_t serviceType(const hub_module::ENCInputServiceConfig& service);
+int32_t serviceType(const hub_module::EmptyInputServiceConfig& service);
+
+/// Calls `visit` with the service of `lineup` that an entry of this kind (LineupEntryKind) and key
+/// names. Returns false if there is none.
+template <class Visit>
+bool visitService(const hub_module::LineupConfig& lineup, int32_t kind, int32_t key, Visit visit) {
+  const auto visitIn = [&](const auto& services) {
+    const auto found = services.find(key);
+    if (found != services.end()) {
+      visit(found->second);
+    }
+    return found != services.end();
+  };
+  switch (kind) {
+    case hub_module::LineupEntryKind::DVB:
+      return visitIn(lineup.dvbInputServices);
+    case hub_module::LineupEntryKind::ENC:
+      return visitIn(lineup.encInputServices);
+    case hub_module::LineupEntryKind::EMPTY:
+      return visitIn(lineup.emptyInputServices);
+    default:
+      return false;
+  }
+}
+
+}  // namespace lineup
