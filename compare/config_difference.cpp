@@ -11,7 +11,7 @@ namespace lineup {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 using nlohmann::json;
 
 /// Whether only `to` has a PLS list, and items in it, whose lines imply the list.

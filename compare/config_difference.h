@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -24,7 +25,7 @@ namespace lineup {
 ///    ...", and items of the PLS list, as "addpls" takes them: "PLS item 2: Gold 5 -> Root 5".
 ///  - Everything else by its path in the named JSON: "/installerInfo/name: "a" -> "b"".
 /// Texts of the records are quoted, and control characters in them escaped.
-std::string configDifference(const korvel::thrift::hub_module::HeadendConfig& from,
-                             const korvel::thrift::hub_module::HeadendConfig& to);
+std::string configDifference(const hub_module::HeadendConfig& from,
+                             const hub_module::HeadendConfig& to);
 
 }  // namespace lineup

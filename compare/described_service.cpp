@@ -5,8 +5,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 namespace {
 
 template <class Mux>

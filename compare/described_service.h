@@ -6,6 +6,7 @@
 
 #include "compare/difference_lines.h"
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 #include "print/service_words.h"
 
 namespace lineup {
@@ -21,14 +22,14 @@ struct AlsoDescribed {
 
 /// Copies the fields that the words cover from `service` to `other`, so that a comparison finds the
 /// rest.
-void copyDescribedFields(korvel::thrift::hub_module::DVBInputServiceConfig& other,
-                         const korvel::thrift::hub_module::DVBInputServiceConfig& service,
+void copyDescribedFields(hub_module::DVBInputServiceConfig& other,
+                         const hub_module::DVBInputServiceConfig& service,
                          const AlsoDescribed& also);
-void copyDescribedFields(korvel::thrift::hub_module::ENCInputServiceConfig& other,
-                         const korvel::thrift::hub_module::ENCInputServiceConfig& service,
+void copyDescribedFields(hub_module::ENCInputServiceConfig& other,
+                         const hub_module::ENCInputServiceConfig& service,
                          const AlsoDescribed& also);
-void copyDescribedFields(korvel::thrift::hub_module::EmptyInputServiceConfig& other,
-                         const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
+void copyDescribedFields(hub_module::EmptyInputServiceConfig& other,
+                         const hub_module::EmptyInputServiceConfig& service,
                          const AlsoDescribed& also);
 
 /// ", /filteredPids/0 100" for each field of a new service that its words do not cover and that has
@@ -38,7 +39,7 @@ std::string notDescribed(const Service& service, const AlsoDescribed& also, Serv
   copyDescribedFields(expected, service, also);
   return expected == service ? "" : otherFields(expected, service);
 }
-std::string notDescribed(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
+std::string notDescribed(const hub_module::DVBInputServiceConfig& service,
                          const AlsoDescribed& also);
 
 }  // namespace lineup

@@ -10,7 +10,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
 using hub_module::LineupConfig;
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include "compare/service_matches.h"
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -20,9 +21,8 @@ struct EntryMatches {
 /// Matches entries by the services that they refer to, which are `from` and `to` in the order of
 /// the entries; those that refer to the same service in their order. As few as possible are moved.
 EntryMatches matchEntries(const std::vector<ServiceReference>& from,
-                          const korvel::thrift::hub_module::LineupConfig& fromLineup,
+                          const hub_module::LineupConfig& fromLineup,
                           const std::vector<ServiceReference>& to,
-                          const korvel::thrift::hub_module::LineupConfig& toLineup,
-                          const ServiceMatches& services);
+                          const hub_module::LineupConfig& toLineup, const ServiceMatches& services);
 
 }  // namespace lineup

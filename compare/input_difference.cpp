@@ -9,7 +9,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
 using hub_module::HeadendConfig;
 using hub_module::IPInput;
 using hub_module::IPMux;

@@ -5,11 +5,12 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
 /// The lines of configDifference() on entries and services.
-std::string lineupDifferences(const korvel::thrift::hub_module::HeadendConfig& from,
-                              const korvel::thrift::hub_module::HeadendConfig& to);
+std::string lineupDifferences(const hub_module::HeadendConfig& from,
+                              const hub_module::HeadendConfig& to);
 
 }  // namespace lineup

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -31,11 +32,10 @@ using ServiceMatches = std::map<int32_t, SameServices>;
 /// Services are the same whatever their keys and other fields if they are received from the same
 /// muxes with the same SID (DVB), have the same address (ENC) or the same type (EMPTY). Those under
 /// the same key are matched first, then the others in the order of their keys.
-ServiceMatches matchServices(const korvel::thrift::hub_module::LineupConfig& from,
-                             const korvel::thrift::hub_module::LineupConfig& to);
+ServiceMatches matchServices(const hub_module::LineupConfig& from,
+                             const hub_module::LineupConfig& to);
 
 /// The services that are the same as another one of their lineup.
-std::set<ServiceReference> duplicatedServices(
-    const korvel::thrift::hub_module::LineupConfig& lineup);
+std::set<ServiceReference> duplicatedServices(const hub_module::LineupConfig& lineup);
 
 }  // namespace lineup

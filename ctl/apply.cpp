@@ -17,7 +17,7 @@ namespace lineup::ctl {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 
 /// The configuration to send: the file's, patched.
 HeadendConfig wantedConfig(const Arguments& arguments) {

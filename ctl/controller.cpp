@@ -8,8 +8,6 @@
 
 namespace lineup::ctl {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 namespace {
 
 /// Makes one call over a connection of its own.

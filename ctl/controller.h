@@ -6,6 +6,7 @@
 
 #include "ctl/failure.h"
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup::ctl {
 
@@ -16,11 +17,11 @@ std::string controllerPlace();
 
 /// The configuration that the controller holds. A reply without a field that a configuration file
 /// has to have is a failure.
-korvel::thrift::hub_module::HeadendConfig runningConfig();
+hub_module::HeadendConfig runningConfig();
 
 /// The RF inputs of the controller's status, the rest of which is left out. A reply without them is
 /// a failure.
-korvel::thrift::hub_module::HeadendStatus runningRFInputs();
+hub_module::HeadendStatus runningRFInputs();
 
 /// A call that had no effect: the controller could not be reached, or refused it.
 class NotSent : public Failure {
@@ -36,6 +37,6 @@ class Unreachable : public NotSent {
 
 /// Sends `config` to the controller. Any failure but NotSent leaves open whether the controller has
 /// taken it.
-void send(const korvel::thrift::hub_module::HeadendConfig& config);
+void send(const hub_module::HeadendConfig& config);
 
 }  // namespace lineup::ctl

@@ -14,7 +14,7 @@ namespace lineup::ctl {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 using nlohmann::json;
 
 bool isInUtf8(const json& value) {

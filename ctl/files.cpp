@@ -18,8 +18,6 @@
 
 namespace lineup::ctl {
 
-namespace hub_module = korvel::thrift::hub_module;
-
 namespace {
 
 /// Reads what there is, and waits for it where the descriptor does not block. 0 at the end,

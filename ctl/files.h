@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup::ctl {
 
@@ -17,7 +18,7 @@ std::string fileName(const std::string& path);
 std::string textInFile(const std::string& path);
 
 /// The configuration in a file, "-" for standard input.
-korvel::thrift::hub_module::HeadendConfig configInFile(const std::string& path);
+hub_module::HeadendConfig configInFile(const std::string& path);
 
 /// Puts a file at `path`, in place of the one that is there, with the ending signals blocked.
 void writeFile(const std::string& path, const std::string& content);

@@ -18,7 +18,7 @@ namespace lineup::ctl {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 using nlohmann::json;
 
 /// The library's message, without the name of the exception, in brackets, that it begins with.

@@ -5,12 +5,12 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup::ctl {
 
 /// `config` with the patch in the file `path`, "-" for standard input. Throws Failure, with the
 /// operation and the reason.
-korvel::thrift::hub_module::HeadendConfig patched(
-    const korvel::thrift::hub_module::HeadendConfig& config, const std::string& path);
+hub_module::HeadendConfig patched(const hub_module::HeadendConfig& config, const std::string& path);
 
 }  // namespace lineup::ctl

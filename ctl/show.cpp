@@ -15,7 +15,7 @@ namespace lineup::ctl {
 
 namespace {
 
-using korvel::thrift::hub_module::HeadendConfig;
+using hub_module::HeadendConfig;
 
 /// A part of a configuration as people read it.
 struct Section {

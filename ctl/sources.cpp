@@ -9,7 +9,7 @@ bool isController(const std::string& source) {
   return source == "running";
 }
 
-korvel::thrift::hub_module::HeadendConfig configIn(const std::string& source) {
+hub_module::HeadendConfig configIn(const std::string& source) {
   return isController(source) ? runningConfig() : configInFile(source);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup::ctl {
 
@@ -12,6 +13,6 @@ namespace lineup::ctl {
 bool isController(const std::string& source);
 
 /// The configuration in a SOURCE: "running", a file, or "-" for standard input. Throws Failure.
-korvel::thrift::hub_module::HeadendConfig configIn(const std::string& source);
+hub_module::HeadendConfig configIn(const std::string& source);
 
 }  // namespace lineup::ctl

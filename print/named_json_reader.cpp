@@ -226,8 +226,8 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
 
 }  // namespace
 
-korvel::thrift::hub_module::HeadendConfig configFromJson(const json& value) {
-  korvel::thrift::hub_module::HeadendConfig config;
+hub_module::HeadendConfig configFromJson(const json& value) {
+  hub_module::HeadendConfig config;
   JsonReader reader(value, headendConfigShape());
   config.read(&reader);
   return config;

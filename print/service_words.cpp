@@ -8,7 +8,6 @@
 
 namespace lineup {
 
-namespace hub_module = korvel::thrift::hub_module;
 using hub_module::HeadendConfig;
 using hub_module::LineupEntryKind;
 

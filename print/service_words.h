@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup {
 
@@ -29,20 +30,19 @@ inline std::string muxPlace(const std::string& uuid) {
   return uuid;
 }
 
-ServiceWords wordsOf(const korvel::thrift::hub_module::DVBInputServiceConfig& service,
-                     const korvel::thrift::hub_module::HeadendConfig& config);
-ServiceWords wordsOf(const korvel::thrift::hub_module::ENCInputServiceConfig& service,
-                     const korvel::thrift::hub_module::HeadendConfig& config);
-ServiceWords wordsOf(const korvel::thrift::hub_module::EmptyInputServiceConfig& service,
-                     const korvel::thrift::hub_module::HeadendConfig& config);
+ServiceWords wordsOf(const hub_module::DVBInputServiceConfig& service,
+                     const hub_module::HeadendConfig& config);
+ServiceWords wordsOf(const hub_module::ENCInputServiceConfig& service,
+                     const hub_module::HeadendConfig& config);
+ServiceWords wordsOf(const hub_module::EmptyInputServiceConfig& service,
+                     const hub_module::HeadendConfig& config);
 
 /// The service of `config` that an entry of this kind and key refers to. If there is none, `source`
 /// says so.
-ServiceWords entryWords(const korvel::thrift::hub_module::HeadendConfig& config,
-                        korvel::thrift::hub_module::LineupEntryKind::type kind, int32_t key);
+ServiceWords entryWords(const hub_module::HeadendConfig& config,
+                        hub_module::LineupEntryKind::type kind, int32_t key);
 
 /// The URL of the IP mux, or its UUID if no IP input has it.
-std::string muxUrl(const korvel::thrift::hub_module::HeadendConfig& config,
-                   const std::string& uuid);
+std::string muxUrl(const hub_module::HeadendConfig& config, const std::string& uuid);
 
 }  // namespace lineup

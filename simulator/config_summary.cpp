@@ -5,8 +5,6 @@
 
 namespace lineup::simulator {
 
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
 using hub_module::HeadendConfig;
 
 namespace {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/namespaces.h"
 
 namespace lineup::simulator {
 
@@ -12,11 +13,11 @@ namespace lineup::simulator {
 std::string onOff(bool on);
 
 /// For example "3 RF entries, 2 IP entries, modulation QAM".
-std::string summary(const korvel::thrift::hub_module::HeadendConfig& config);
+std::string summary(const hub_module::HeadendConfig& config);
 
 /// The summary of `next`, then what else is different in it from `previous`, for example
 /// "...; headend id 4, country ITALY", "...; other changes" or "...; no change".
-std::string summaryOfChange(const korvel::thrift::hub_module::HeadendConfig& previous,
-                            const korvel::thrift::hub_module::HeadendConfig& next);
+std::string summaryOfChange(const hub_module::HeadendConfig& previous,
+                            const hub_module::HeadendConfig& next);
 
 }  // namespace lineup::simulator

@@ -11,9 +11,6 @@
 
 namespace lineup::simulator {
 
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
-
 namespace {
 
 void report(const char* call, const std::string& text) {

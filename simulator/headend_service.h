@@ -7,6 +7,7 @@
 #include <set>
 
 #include "WebSrv.h"
+#include "model/namespaces.h"
 #include "simulator/faults.h"
 #include "simulator/state_store.h"
 
@@ -19,11 +20,11 @@ struct BrokenOff {};
 /// Answers every call and prints one line for it on standard output: the call's name and what it
 /// changed. Calls from several threads take turns. A change that cannot be stored is refused with
 /// an error that the client sees, and changes nothing.
-class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
+class HeadendService : public hub_module::WebSrvIf {
  public:
-  using HeadendConfig = korvel::thrift::hub_module::HeadendConfig;
-  using HeadendStatus = korvel::thrift::hub_module::HeadendStatus;
-  using RFInputId = korvel::thrift::general::RFInputId;
+  using HeadendConfig = hub_module::HeadendConfig;
+  using HeadendStatus = hub_module::HeadendStatus;
+  using RFInputId = general::RFInputId;
 
   /// Serves the headend in `store`, without the RF inputs `absentInputs` and with `faults`. Until
   /// `startupTime` has passed, every call is refused with ControllerTaskIsNotReady.
@@ -33,17 +34,14 @@ class HeadendService : public korvel::thrift::hub_module::WebSrvIf {
   void getHeadendConfig(HeadendConfig& result) override;
   void getHeadendStatus(HeadendStatus& result) override;
   void setHeadendConfig(HeadendStatus& result, const HeadendConfig& config) override;
-  void setTDTRFInputConfig(const korvel::thrift::hub_module::TDTRFInputConfig& tdt1,
-                           const korvel::thrift::hub_module::TDTRFInputConfig& tdt2) override;
-  void setSATRFInputConfig(RFInputId::type id,
-                           const korvel::thrift::hub_module::SATRFInputConfig& config) override;
-  void setLineupConfig(HeadendStatus& result,
-                       const korvel::thrift::hub_module::LineupConfig& config) override;
-  void setHeadendGlobalConfig(
-      HeadendStatus& result,
-      const korvel::thrift::hub_module::HeadendGlobalConfig& config) override;
+  void setTDTRFInputConfig(const hub_module::TDTRFInputConfig& tdt1,
+                           const hub_module::TDTRFInputConfig& tdt2) override;
+  void setSATRFInputConfig(RFInputId::type id, const hub_module::SATRFInputConfig& config) override;
+  void setLineupConfig(HeadendStatus& result, const hub_module::LineupConfig& config) override;
+  void setHeadendGlobalConfig(HeadendStatus& result,
+                              const hub_module::HeadendGlobalConfig& config) override;
   void setRFInputsScanConfig(HeadendStatus& result,
-                             const korvel::thrift::hub_module::RFInputsScanConfig& config) override;
+                             const hub_module::RFInputsScanConfig& config) override;
   /// True if every lineup entry has its service and the headend id is in its range.
   bool validateHeadendConfig(const HeadendConfig& config) override;
   /// A simulated scan finds at once what was there before.

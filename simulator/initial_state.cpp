@@ -3,10 +3,9 @@
 #include <array>
 #include <cstdint>
 
-namespace lineup::simulator {
+#include "model/namespaces.h"
 
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
+namespace lineup::simulator {
 
 namespace {
 

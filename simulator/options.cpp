@@ -12,8 +12,6 @@
 
 namespace lineup::simulator {
 
-namespace general = korvel::thrift::general;
-
 const char kHelpText[] =
     R"(Usage: headend-simulator [OPTION]...
 Stands in for the headend's controller on 127.0.0.1: answers its calls, keeps the

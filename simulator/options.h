@@ -9,6 +9,7 @@
 
 #include "general_types.h"
 #include "model/headend_places.h"
+#include "model/namespaces.h"
 #include "simulator/faults.h"
 
 namespace lineup::simulator {
@@ -19,7 +20,7 @@ struct Options {
   std::string catalogueFile = kCataloguePath;
   bool writeCatalogue = true;
   bool replaceCatalogue = false;
-  std::set<korvel::thrift::general::RFInputId::type> absentInputs;
+  std::set<general::RFInputId::type> absentInputs;
   std::chrono::seconds startupTime{0};
   std::vector<Fault> faults;
   bool inMemory = false;        ///< no state file

@@ -86,7 +86,7 @@ class UnlimitedFramedTransportFactory : public TTransportFactory {
   }
 };
 
-class Processor : public korvel::thrift::hub_module::WebSrvProcessor {
+class Processor : public hub_module::WebSrvProcessor {
  public:
   using WebSrvProcessor::WebSrvProcessor;
 
@@ -128,7 +128,7 @@ int Server::port() const {
   return socket_->getPort();
 }
 
-bool Server::serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
+bool Server::serveUntilSignal(const std::shared_ptr<hub_module::WebSrvIf>& service,
                               const std::function<void()>& atSignal) {
   TThreadedServer server(std::make_shared<Processor>(service), socket_,
                          std::make_shared<UnlimitedFramedTransportFactory>(),

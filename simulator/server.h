@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "WebSrv.h"
+#include "model/namespaces.h"
 
 namespace apache::thrift::transport {
 class TServerSocket;
@@ -31,7 +32,7 @@ class Server {
 
   /// Answers calls until one of these signals, which every thread must have blocked; calls that
   /// have begun are finished, `atSignal` may hurry them. Returns false if serving failed before.
-  bool serveUntilSignal(const std::shared_ptr<korvel::thrift::hub_module::WebSrvIf>& service,
+  bool serveUntilSignal(const std::shared_ptr<hub_module::WebSrvIf>& service,
                         const std::function<void()>& atSignal);
 
  private:

@@ -6,9 +6,7 @@
 
 namespace lineup::simulator {
 
-namespace hub_module = korvel::thrift::hub_module;
-namespace general = korvel::thrift::general;
-using korvel::thrift::module::ModuleSlot;
+using module::ModuleSlot;
 
 namespace {
 
