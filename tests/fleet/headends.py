@@ -1,4 +1,4 @@
-"""What the tests beside a fleet share: scripts/fleet runs them, in the folder with its inventory."""
+"""What the tests beside a fleet share: sandbox/headend-fleet runs them, in the folder with its inventory."""
 
 import json
 import os

@@ -1,6 +1,6 @@
 """Five headends under one playbook: what is changed, what is said, and what is left of faults.
 
-Run by scripts/fleet 5.
+Run by sandbox/headend-fleet 5.
 """
 
 import glob

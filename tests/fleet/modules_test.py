@@ -1,6 +1,6 @@
 """The modules on one headend, over ssh: what they change, what they say, and what they leave behind.
 
-Run by scripts/fleet 1.
+Run by sandbox/headend-fleet 1.
 """
 
 import json

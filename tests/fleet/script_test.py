@@ -1,4 +1,4 @@
-"""scripts/fleet itself: that nothing of it is left, however it ends.
+"""sandbox/headend-fleet itself: that nothing of it is left, however it ends.
 
 Usage: script_test.py PROJECT
 """
@@ -15,7 +15,7 @@ import time
 import unittest
 
 PROJECT = sys.argv.pop(1)
-FLEET = os.path.join(PROJECT, "scripts/fleet")
+FLEET = os.path.join(PROJECT, "sandbox/headend-fleet")
 PATIENCE = 120
 CANNOT = 77
 
@@ -110,8 +110,9 @@ class Fleet(unittest.TestCase):
 
     def test_installs_no_server_where_systemd_would_start_it(self):
         with tempfile.TemporaryDirectory() as project:
-            os.mkdir(os.path.join(project, "scripts"))
-            fleet = shutil.copy(FLEET, os.path.join(project, "scripts/fleet"))
+            for folder in ("sandbox", "scripts"):
+                os.mkdir(os.path.join(project, folder))
+            fleet = shutil.copy(FLEET, os.path.join(project, "sandbox/headend-fleet"))
             installer = os.path.join(project, "scripts/install-packages")
             with open(installer, "w", encoding="utf-8") as script:
                 script.write('#!/bin/sh\necho "installs $*"; exit 3\n')
@@ -121,7 +122,7 @@ class Fleet(unittest.TestCase):
             for prepare, result in (
                     ("", (3, "installs openssh-server\n")),
                     ("mkdir -p /run/systemd/system && ",
-                     (CANNOT, "scripts/fleet: no fleet on this machine: openssh-server is not installed, "
+                     (CANNOT, "sandbox/headend-fleet: no fleet on this machine: openssh-server is not installed, "
                               "and would begin to serve this machine if it were\n"))):
                 done = subprocess.run(
                     ["env", "-u", "FLEET_PROGRAMS", "unshare", "--mount", "--propagation", "private",
