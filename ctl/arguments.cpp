@@ -53,27 +53,8 @@ std::string nextOption(const std::vector<char*>& words) {
 Arguments::Arguments(std::vector<std::string> words, std::span<const Option> options,
                      std::size_t least, std::size_t most) {
   const std::string command = words.at(0);
-  const std::vector<option> known = longOptions(options);
   std::vector<char*> pointers = pointersTo(words);
-  optind = 0;  // a parse starts afresh, whatever was parsed before
-  opterr = 0;
-  const Option help = {"help", false};
-  while (true) {
-    const std::string word = nextOption(pointers);
-    int index = 0;
-    // The colon tells a missing value from an unknown option.
-    const int found =
-        getopt_long(static_cast<int>(words.size()), pointers.data(), ":", known.data(), &index);
-    if (found == -1) {
-      break;
-    }
-    if (found == ':' || found == '?') {
-      refuse(command + ": " +
-             (found == ':' ? word + " needs a value" : "there is no option " + word));
-    }
-    const auto number = static_cast<std::size_t>(index);
-    add(command, number < options.size() ? options[number] : help, optarg);
-  }
+  readOptions(command, pointers, options);
   if (has("help")) {
     return;
   }
@@ -85,6 +66,32 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   }
   if (operands_.size() > most) {
     refuse(command + ": \"" + operands_[most] + "\" is one operand too many");
+  }
+}
+
+/// Reads the options among `words`, which end with null, and moves the operands behind them, from
+/// `optind` on.
+void Arguments::readOptions(const std::string& command, std::vector<char*>& words,
+                            std::span<const Option> options) {
+  const std::vector<option> known = longOptions(options);
+  const auto count = static_cast<int>(words.size() - 1);
+  optind = 0;  // a parse starts afresh, whatever was parsed before
+  opterr = 0;
+  const Option help = {"help", false};
+  while (true) {
+    const std::string word = nextOption(words);
+    int index = 0;
+    // The colon tells a missing value from an unknown option.
+    const int found = getopt_long(count, words.data(), ":", known.data(), &index);
+    if (found == -1) {
+      return;
+    }
+    if (found == ':' || found == '?') {
+      refuse(command + ": " +
+             (found == ':' ? word + " needs a value" : "there is no option " + word));
+    }
+    const auto number = static_cast<std::size_t>(index);
+    add(command, number < options.size() ? options[number] : help, optarg);
   }
 }
 

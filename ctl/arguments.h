@@ -46,6 +46,8 @@ class Arguments {
   std::string choice(const std::string& option, std::span<const char* const> choices) const;
 
  private:
+  void readOptions(const std::string& command, std::vector<char*>& words,
+                   std::span<const Option> options);
   void add(const std::string& command, const Option& option, const char* value);
 
   std::map<std::string, std::vector<std::string>> options_;
