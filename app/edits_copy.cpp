@@ -251,7 +251,7 @@ bool EditsCopy::update() noexcept {
   return true;
 }
 
-/// Has the copy written in the first folder in which a file can be made.
+/// Starts to write the copy in the first folder in which a file can be made.
 void EditsCopy::beginWriting() {
   openFolders();
   if (waiting_) {

@@ -71,9 +71,8 @@ int run(const CommandLineOptions& options) {
   routeThriftOutputToLog();
   catchEndingSignals();
   LineupEditor editor;
-  using Copy = EditsCopy;
   const bool onTerminal = isatty(STDIN_FILENO) == 1;
-  Copy copy(editor, onTerminal ? Copy::When::WhileEditing : Copy::When::AtTheEnd);
+  EditsCopy copy(editor, onTerminal ? EditsCopy::When::WhileEditing : EditsCopy::When::AtTheEnd);
   const WrittenWhenForced written(copy);
   whenTypingPauses([&copy] { return copy.update(); });
   try {

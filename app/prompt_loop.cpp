@@ -29,7 +29,7 @@ bool runLine(LineupEditor& editor, const std::string& line) {
   return true;
 }
 
-/// Likewise; an interrupt ends only the line.
+/// Does what runLine() does; an interrupt ends only the line.
 bool runInterruptibly(LineupEditor& editor, const std::string& line) {
   try {
     return runLine(editor, line);
@@ -56,7 +56,7 @@ void LineupEditor::runPromptLoop() {
       .f2 = [this] { return changesToCommit(config); },
       .f3 = [this] { return lineupTables(config); },
   };
-  // From here on, lest Ctrl-C right after Return end the console.
+  // For the whole loop: Ctrl-C right after Return is not to end the console either.
   const InterruptibleCommand eachCommand(canEditLines());
   std::string line;
   while (true) {

@@ -72,8 +72,8 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
   }
 }
 
-/// Likewise, and compares what then runs with `wanted`. Signals are blocked until the outcome has
-/// been printed.
+/// Sends `wanted` likewise, and compares it with what then runs. Signals are blocked until the
+/// outcome has been printed.
 void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
   const BlockedEndingSignals uninterrupted;
   try {

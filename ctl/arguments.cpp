@@ -69,7 +69,7 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> opt
   }
 }
 
-/// Reads the options among `words`, which end with null, and moves the operands behind them, from
+/// Reads the options among `words`, which end with null, and moves the operands after them, from
 /// `optind` on.
 void Arguments::readOptions(const std::string& command, std::vector<char*>& words,
                             std::span<const Option> options) {

@@ -34,8 +34,8 @@ void runOut(int /*signal*/) {
   _exit(kDiffers);
 }
 
-/// Has SIGALRM end the program by runOut(), also where it was started with the signal blocked or
-/// pending.
+/// Makes runOut() the handler of SIGALRM, also where the program was started with the signal
+/// blocked or pending.
 void listenForAlarm() {
   std::signal(SIGALRM, SIG_IGN);  // which discards a pending one
   std::signal(SIGALRM, runOut);

@@ -83,7 +83,7 @@ class JsonWriter : public apache::thrift::protocol::TVirtualProtocol<JsonWriter<
 
   bool keyIsNext() const { return !open_.empty() && open_.back().keyIsNext; }
 
-  /// Behind a value of a map comes a key.
+  /// After a value of a map comes a key.
   void beginValue() {
     if (!open_.empty()) {
       open_.back().keyIsNext = open_.back().isMap;

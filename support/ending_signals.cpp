@@ -61,8 +61,8 @@ timeval inTime(microseconds duration) {
   return {static_cast<time_t>(whole.count()), static_cast<suseconds_t>((duration - whole).count())};
 }
 
-/// Has the handler of the timer called after `first`, and then again and again: some callers try
-/// again what was interrupted, and an interrupt may come just before the call that blocks.
+/// Starts the timer, whose handler is called after `first` and then again and again: some callers
+/// try again what was interrupted, and an interrupt may come just before the call that blocks.
 void startTimer(microseconds first, microseconds untilTheEnd) {
   const auto whole = std::chrono::duration_cast<seconds>(untilTheEnd);
   end = now();

@@ -69,7 +69,7 @@ void throwIfHungUp(int terminal);
 void forgetInterrupt();
 
 /// For its lifetime, SIGINT ends the command that runs and not the program: EndedBySignal is thrown
-/// as ever, and whoever catches it asks isInterrupted() and calls forgetInterrupt().
+/// all the same, and what catches it asks isInterrupted() and calls forgetInterrupt().
 class InterruptibleCommand {
  public:
   /// Without `interruptible` nothing changes. There is one at a time.
@@ -112,9 +112,9 @@ bool waitForInput(std::span<pollfd> inputs, std::chrono::milliseconds timeout);
 /// Begins the end of the program by `signal`: what is left to do has three seconds.
 void beginEnding(int signal);
 
-/// Has `work` called when the end of the program is forced because something blocks. It runs in a
-/// child process, forked in a signal handler wherever the program was, so it may fail. It has a
-/// second, and its end is waited for. Null for none.
+/// Sets what is called when the end of the program is forced because something blocks; null for
+/// nothing. `work` runs in a child process, forked in a signal handler wherever the program was, so
+/// it may fail. It has a second, and its end is waited for.
 void whenEndIsForced(void (*work)());
 
 /// Ends the program by `signal` with its default action.

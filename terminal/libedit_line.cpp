@@ -81,8 +81,8 @@ void LibeditLine::bindKeys() {
   }
 }
 
-/// Whether libedit edits, which it is given a line for. Where the terminal failed when libedit
-/// looked at it, libedit says so nowhere: it reads no line, or has every key for a letter.
+/// Whether libedit edits, tried with a line of keys. Where the terminal failed when libedit looked
+/// at it, libedit does not say so: it reads no line, or takes every key for a letter.
 bool LibeditLine::edits() {
   el_set(
       lib_, EL_GETCFN, +[](EditLine* /*lib*/, wchar_t* key) {

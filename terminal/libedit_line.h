@@ -54,7 +54,7 @@ class LibeditLine {
   /// Erases `count` letters before the cursor.
   void eraseBefore(std::size_t count);
 
-  /// Has libedit take over what the above have done.
+  /// Makes libedit take over what the above have done.
   void refresh();
 
   /// To be called before ReadKey returns a key: libedit may add it to the line.

@@ -52,7 +52,7 @@ class LineDisplay {
   /// Whether the screen has room for the line and `text`.
   bool hasRoomFor(const std::string& text) const;
 
-  /// Has the terminal mark what is pasted ("bracketed paste"), or no longer.
+  /// Tells the terminal to mark what is pasted ("bracketed paste"), or no longer to.
   void markPastes(bool on);
 
   /// Says that a key has no effect now.

@@ -26,7 +26,7 @@ class LineRecall {
   void begin();
 
   /// The line before the one that is edited, whose text is now `text`, or the one after it, with
-  /// the cursor at its end; none if there is none. Behind the last one is what was typed.
+  /// the cursor at its end; none if there is none. After the last one is what was typed.
   std::optional<EditedLine> older(const std::wstring& text);
   std::optional<EditedLine> newer(const std::wstring& text);
 

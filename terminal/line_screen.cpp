@@ -239,7 +239,7 @@ std::string LineScreen::resize(std::size_t rows, std::size_t columns) {
   const std::size_t cursorRow = picture.cursorRow;
   const std::size_t hidden = std::min(top_, cursorRow);
   const std::size_t up = std::min(cursorRow - hidden, rows - 1);
-  // Behind a row that is full, the cursor may still wait in its last column: a blank moves it.
+  // After a row that is full, the cursor may still wait in its last column: a blank moves it.
   const bool isBehindFullRow =
       cursor_ >= text_.size() && cursorRow > 0 && picture.cursorColumn == 0;
   begin(rows, columns);

@@ -6,7 +6,7 @@
 
 namespace lineup {
 
-/// Has the user's pager show `text` on the terminal: $PAGER, or "less -FRX", or else "more".
+/// Shows `text` on the terminal in the user's pager: $PAGER, or "less -FRX", or else "more".
 /// Returns when it has ended, in whatever mode it leaves the terminal. Keys that interrupt or quit
 /// are the pager's. Ctrl-Z stops $PAGER and this program; it ends "less" and "more", and SIGTSTP,
 /// which the caller has blocked, is then still pending. Throws EndedBySignal if another signal is
