@@ -5,18 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "print/named_json_writer.h"
-#include "tests/support/random_records.h"
-
 namespace lineup::test {
 namespace {
 
 using nlohmann::json;
-
-TEST(PatchBetween, IsEmptyForEqualRecords) {
-  const json value = namedJson(randomHeadendConfig(1));
-  EXPECT_EQ(patchBetween(value, value), json::array());
-}
 
 TEST(PatchBetween, SaysOneElementPutInFrontInOneOperation) {
   EXPECT_EQ(patchBetween({{"a", {1, 2, 3}}}, {{"a", {0, 1, 2, 3}}}),
