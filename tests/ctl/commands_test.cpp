@@ -156,23 +156,6 @@ TEST_F(Ctl, ShowsAFileWithoutAController) {
             "position,name,kind,source,SID,type\n", "", toJson(config));
 }
 
-TEST_F(Ctl, ShowsColumnsAsWideAsOnATerminalInAnyLocale) {
-  HeadendConfig config;
-  for (const char* const name : {"漢字ＴＶ", "Espan\u0303a", "a\n", "Canal 1"}) {
-    config.lineupConfig.rfEntries.emplace_back().name = name;
-  }
-  Start start = ctl({"show", "--section=rf", fileWith(config)});
-  for (const char* const locale : {"C", "C.UTF-8"}) {
-    start.environment["LC_ALL"] = locale;
-    EXPECT_EQ(run(start).out,
-              "RF lineup\nPOSITION  NAME      KIND  SOURCE        SID  TYPE\n"
-              "1         漢字ＴＶ  DVB   no service 0\n"
-              "2         Espan\u0303a    DVB   no service 0\n"
-              "3         a\\n       DVB   no service 0\n"
-              "4         Canal 1   DVB   no service 0\n");
-  }
-}
-
 TEST_F(Ctl, ShowsTheWholeRecordAsJson) {
   HeadendConfig config = randomHeadendConfig(3);
   config.installerInfo.name = "Latin-1 \xe9";
@@ -182,6 +165,28 @@ TEST_F(Ctl, ShowsTheWholeRecordAsJson) {
   EXPECT_EQ(value["headendGlobalConfig"]["networkId"], config.headendGlobalConfig.networkId);
   EXPECT_EQ(value["lineupConfig"]["rfEntries"].size(), config.lineupConfig.rfEntries.size());
   EXPECT_EQ(value["installerInfo"]["name"], "Latin-1 \xef\xbf\xbd");
+}
+
+TEST_F(CtlWithController, RefusesAFileBeforeItConnects) {
+  const std::string file = fileWith(withId(7));
+  writeFile(file, contentOf(file).substr(0, 100));
+  for (const Words& words : std::vector<Words>{{"apply", file},
+                                               {"apply", "--dry-run", file},
+                                               {"diff", file},
+                                               {"diff", file, "running"},
+                                               {"show", file},
+                                               {"apply", "--expect", file, file}}) {
+    const Outcome outcome = runCtl(words);
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_TRUE(outcome.err.starts_with("lineupctl: " + file + ": is no complete configuration: "))
+        << outcome.err;
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
+  }
+  const std::string none = folder_.file("none");
+  expectCtl({"apply", none}, 3, "", none + ": No such file or directory");
+  expectCtl({"apply", folder_.path()}, 3, "", folder_.path() + ": Is a directory");
+  EXPECT_EQ(controller_.connections(), 0U);
 }
 
 TEST_F(Ctl, TakesDotSlashRunningForAFile) {

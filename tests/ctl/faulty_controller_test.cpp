@@ -6,11 +6,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -43,9 +43,7 @@ struct Command {
 class CtlWithFaultyController : public testing::Test {
  protected:
   CtlWithFaultyController() {
-    HeadendConfig config;
-    config.headendGlobalConfig.headendId = 7;
-    writeFile(file_, toJson(config));
+    writeFile(file_, toJson(withId(7)));
     std::filesystem::create_directory(folder_.file("copies"));
   }
 
@@ -67,7 +65,7 @@ class CtlWithFaultyController : public testing::Test {
     expectEachCallToFail([&](const std::string& /*call*/) { return fault; });
   }
 
-  /// The same with the faults that `faultFor` returns for the calls.
+  /// Likewise, with the faults that `faultFor` returns for the calls.
   void expectEachCallToFail(const std::function<Answer(const std::string& call)>& faultFor) {
     for (const Command& command : commands()) {
       for (std::size_t call = 0; call < command.calls.size(); ++call) {
@@ -122,13 +120,10 @@ TEST_F(CtlWithFaultyController, ThatIsAway) {
   expectCtl({"wait", "--timeout", "0.3"}, 1, "", kController + "no answer within 0.3 s");
 }
 
-TEST_F(CtlWithFaultyController, ThatIsNotReady) {
-  const Answer fault{.kind = Answer::kNotReady};
-  expectEachCallToFail(fault);
+TEST_F(CtlWithFaultyController, ThatIsNotReadyIsSaidToBe) {
   FakeController controller;
-  controller.answerNext(fault);
-  EXPECT_EQ(runCtl({"diff", file_}).err,
-            "lineupctl: " + kController + "the controller is not ready: starting\n");
+  controller.answerNext({.kind = Answer::kNotReady});
+  expectCtl({"diff", file_}, 4, "", kController + "the controller is not ready: starting");
 }
 
 TEST_F(CtlWithFaultyController, ThatRefusesIsNotSaidToBeSilent) {
@@ -139,121 +134,45 @@ TEST_F(CtlWithFaultyController, ThatRefusesIsNotSaidToBeSilent) {
             kController + "the controller is not ready: starting; no better answer within 3 s");
 }
 
-TEST_F(CtlWithFaultyController, ThatAnswersWithAnException) {
-  expectEachCallToFail(Answer{.kind = Answer::kApplicationException});
-}
-
-TEST_F(CtlWithFaultyController, ThatHangsUpAtOnceOrInTheMiddle) {
-  Answer fault;
-  fault.hangsUp = true;
-  for (const std::size_t sent : {0U, 3U, 4U, 40U}) {
-    fault.sentBytes = sent;
-    expectEachCallToFail(fault);
-  }
-}
-
-TEST_F(CtlWithFaultyController, ThatAnswersAnotherCall) {
-  Answer fault;
-  fault.name = "getSomethingElse";
-  expectEachCallToFail(fault);
-}
-
-TEST_F(CtlWithFaultyController, ThatSendsNonsense) {
-  Answer fault;
-  fault.kind = Answer::kBytes;
-  fault.bytes = framed("this is no message");
-  expectEachCallToFail(fault);
-  fault.bytes = "HTTP/1.1 400 Bad Request\r\n\r\n";
-  fault.hangsUp = true;
-  expectEachCallToFail(fault);
-}
-
-/// The right reply to `call`, with `record` in place of the encoded record.
-Answer replyOf(const std::string& call, const std::string& record) {
+/// A fault that any call may meet.
+struct Fault {
+  const char* name;
   Answer answer;
-  answer.kind = Answer::kBytes;
-  answer.bytes = recordReply(call, record);
-  return answer;
+};
+
+void PrintTo(const Fault& fault, std::ostream* out) {
+  *out << fault.name;
 }
 
-std::string rightRecord(const std::string& call) {
-  return call == kGetConfig ? toBinary(HeadendConfig()) : toBinary(HeadendStatus());
+class CtlWithFault : public CtlWithFaultyController, public testing::WithParamInterface<Fault> {};
+
+TEST_P(CtlWithFault, SaysSoAtEachCallOfEachCommand) {
+  expectEachCallToFail(GetParam().answer);
 }
 
-TEST_F(CtlWithFaultyController, ThatSendsARecordWhichIsCutOrOfAnotherSize) {
-  for (const std::size_t missing : {1U, 2U, 30U}) {
-    expectEachCallToFail([&](const std::string& call) {
-      const std::string record = rightRecord(call);
-      return replyOf(call, record.substr(0, record.size() - missing));
-    });
-  }
-  for (const int more : {-1, 1, 1'000'000}) {  // in the length that the frame claims
-    expectEachCallToFail([&](const std::string& call) {
-      Answer answer = replyOf(call, rightRecord(call));
-      const auto length = static_cast<uint32_t>(static_cast<int>(answer.bytes.size()) - 4 + more);
-      for (unsigned byte = 0; byte < 4; ++byte) {
-        answer.bytes[byte] = static_cast<char>(length >> (24 - 8 * byte));
-      }
-      answer.hangsUp = true;
-      return answer;
-    });
-  }
-}
+// What else a reply may have that it should not, is refused where replies are read.
+INSTANTIATE_TEST_SUITE_P(
+    Controller, CtlWithFault,
+    testing::Values(Fault{"NotReady", {.kind = Answer::kNotReady}},
+                    Fault{"ApplicationException", {.kind = Answer::kApplicationException}},
+                    Fault{"HangUpAtOnce", {.sentBytes = 0, .hangsUp = true}},
+                    Fault{"HangUpInTheMiddle", {.sentBytes = 40, .hangsUp = true}},
+                    Fault{"AnotherCall", {.name = "getSomethingElse"}},
+                    Fault{"Nonsense", {.kind = Answer::kBytes, .bytes = framed("no message")}}),
+    [](const auto& instance) { return instance.param.name; });
 
-// It answers with the other call's record under the name of this one, or with an empty record.
+// What is sent back with a configuration is not used.
 TEST_F(CtlWithFaultyController, ThatSendsAnotherRecordThanItIsAskedFor) {
-  for (const std::string& configLie : {toBinary(HeadendStatus()), std::string(1, '\0')}) {
-    for (const std::string& statusLie : {toBinary(HeadendConfig()), std::string(1, '\0')}) {
-      expectEachCallToFail([&](const std::string& call) {
-        // What is sent back with a configuration is not used.
-        return call == kSetConfig ? replyOf("setHeadendSomething", rightRecord(call))
-                                  : replyOf(call, call == kGetConfig ? configLie : statusLie);
-      });
-    }
-  }
-}
-
-// A client would take their fields for the defaults.
-TEST_F(CtlWithFaultyController, ThatSendsEmptyRecordsIsNotTakenForOneWithSettings) {
-  std::string record;
-  for (const char id : {'\1', '\2', '\3', '\4'}) {
-    record += std::string("\x0c\0", 2) + id + '\0';
-  }
-  record += std::string("\x0d\0\5\x0b\x0c\0\0\0\0", 9) + '\0';  // and a map without elements
-  const Answer empty = replyOf(kGetConfig, record);
-  expectEachCallToFail([&](const std::string& call) {
-    return call == kGetConfig ? empty : replyOf("getHeadendSomething", "");
-  });
-  FakeController controller;
-  controller.answerNext(empty);
-  expectCtl({"show"}, 4, "",
-            kController +
-                "the reply is no complete configuration: /lineupConfig lacks the field "
-                "\"globalConfig\"");
-}
-
-// A controller of another version may send more, and need not send what is optional.
-TEST_F(CtlWithFaultyController, ThatSendsFieldsUnknownHereIsUnderstood) {
-  const std::string record = toBinary(HeadendConfig());
-  const std::string unknown("\x0c\x03\xe7\x08\0\x01\0\0\0\x07\0", 11);  // a record with an i32
-  FakeController controller;
-  controller.answerNext(replyOf(kGetConfig, record.substr(0, record.size() - 1) + unknown + '\0'));
-  expectCtl({"diff", file_}, 1, "id: 1 -> 7\n");
-}
-
-TEST_F(CtlWithFaultyController, ThatSendsNoRecordAtAll) {
   expectEachCallToFail([](const std::string& call) {
-    Answer answer;
-    answer.kind = Answer::kBytes;
-    answer.bytes = framed(
-        binaryMessage(call, apache::thrift::protocol::T_REPLY, 0, std::string(1, kFieldStop)));
-    return answer;
+    const std::string record =
+        call == kGetConfig ? toBinary(HeadendStatus()) : toBinary(HeadendConfig());
+    return recordAnswer(call == kSetConfig ? "setHeadendSomething" : call, record);
   });
 }
 
 // What it sends back with the configuration says nothing of what runs; reading back does.
 TEST_F(CtlWithFaultyController, ThatSaysItHasTakenOverWhatItHasNotIsFoundOut) {
-  const Answer lie = replyOf(kSetConfig, toBinary(HeadendStatus()));
+  const Answer lie = recordAnswer(kSetConfig, toBinary(HeadendStatus()));
   for (const Words& words : {Words{"apply", file_}, Words{"apply", "--expect", "running", file_}}) {
     FakeController controller;
     controller.answerNext(Answer());
@@ -263,28 +182,29 @@ TEST_F(CtlWithFaultyController, ThatSaysItHasTakenOverWhatItHasNotIsFoundOut) {
   }
 }
 
-TEST_F(CtlWithFaultyController, SaysThatItIsNotKnownWhetherWhatWasSentIsTakenOver) {
+/// Applies a file to a controller that answers the first `good` calls and the next with `fault`;
+/// expects a complaint that ends with `ending`.
+void expectApplyToEndWith(const std::string& file, int good, const Answer& fault,
+                          const std::string& ending) {
   FakeController controller;
-  Answer torn;
-  torn.sentBytes = 10;
-  torn.hangsUp = true;
-  controller.answerNext(Answer());
-  controller.answerNext(torn);
-  const Outcome outcome = runCtl({"apply", file_});
+  for (int call = 0; call < good; ++call) {
+    controller.answerNext(Answer());
+  }
+  controller.answerNext(fault);
+  const Outcome outcome = runCtl({"apply", file});
   EXPECT_EQ(outcome.status, 4);
-  EXPECT_NE(outcome.err.find("; whether " + file_ + " was taken over is not known\n"),
-            std::string::npos)
-      << outcome.err;
+  EXPECT_EQ(outcome.out, "id: 1 -> 7\n");
+  EXPECT_TRUE(outcome.err.starts_with("lineupctl: " + kController)) << outcome.err;
+  EXPECT_TRUE(outcome.err.ends_with(ending + "\n")) << outcome.err;
 }
 
-TEST_F(CtlWithFaultyController, SaysThatARefusedConfigurationWasNotTakenOver) {
-  FakeController controller;
-  controller.answerNext(Answer());
-  controller.answerNext({.kind = Answer::kNotReady});
-  expectCtl(
-      {"apply", file_}, 4, "id: 1 -> 7\n",
-      kController + "the controller is not ready: starting; " + file_ + " was not taken over");
-  EXPECT_EQ(controller.config(), HeadendConfig());
+TEST_F(CtlWithFaultyController, SaysWhatIsKnownOfWhatWasSent) {
+  const Answer refusal{.kind = Answer::kNotReady};
+  expectApplyToEndWith(file_, 1, {.sentBytes = 10, .hangsUp = true},
+                       "; whether " + file_ + " was taken over is not known");
+  expectApplyToEndWith(file_, 1, refusal, ": starting; " + file_ + " was not taken over");
+  expectApplyToEndWith(file_, 2, refusal,
+                       ": starting; " + file_ + " was sent, but could not be read back");
 }
 
 // Its output is more than a pipe holds, so that it waits before it sends.
@@ -355,11 +275,8 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
 // Each byte begins the time-out anew, whether a signal is pending or not.
 TEST_F(CtlWithFaultyController, ThatAnswersSlowlyIsHeardToTheEndAlsoAfterASignal) {
   FakeController controller;
-  Answer slow;
-  slow.byteByByte = true;
-  slow.pause = std::chrono::milliseconds(30);
   controller.answerNext(Answer());
-  controller.answerNext(slow);
+  controller.answerNext({.byteByByte = true, .pause = std::chrono::milliseconds(30)});
   ConsoleProcess applying(ctl({"apply", file_}));
   controller.waitForCalls(2);
   const auto begin = std::chrono::steady_clock::now();

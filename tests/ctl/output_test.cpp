@@ -99,12 +99,9 @@ TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
 }
 
 TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
-  Answer lie;
-  lie.kind = Answer::kBytes;
-  lie.bytes = recordReply("getHeadendConfig", toBinary(withId(1)));
   controller_.answerNext(Answer());
   controller_.answerNext(stalled(true, 0));
-  controller_.answerNext(lie);
+  controller_.answerNext(recordAnswer("getHeadendConfig", toBinary(withId(1))));
   const std::string file = fileWith(withId(7));
   ConsoleProcess applying(ctl({"apply", file}));
   controller_.waitForCalls(2);

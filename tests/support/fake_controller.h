@@ -68,6 +68,11 @@ inline Answer stalled(bool goesOn, size_t sentBytes = 5) {
 /// binary encoding is `record`, which may be broken.
 std::string recordReply(const std::string& method, const std::string& record);
 
+/// That frame as an answer.
+inline Answer recordAnswer(const std::string& method, const std::string& record) {
+  return {.kind = Answer::kBytes, .bytes = recordReply(method, record)};
+}
+
 class FakeController {
  public:
   /// Listens on 127.0.0.1; port 0 takes a free one. Throws std::system_error if it cannot.

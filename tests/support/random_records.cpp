@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/encoding.h"
+
 namespace lineup::test {
 
 namespace {
@@ -243,6 +245,16 @@ HeadendConfig randomHeadendConfig(uint32_t seed) {
 }
 HeadendStatus randomHeadendStatus(uint32_t seed) {
   return randomRecord<HeadendStatus>(seed);
+}
+
+uint32_t shortConfigSeed() {
+  uint32_t shortest = 0;
+  for (uint32_t seed = 1; seed < 50; ++seed) {
+    if (toJson(randomHeadendConfig(seed)).size() < toJson(randomHeadendConfig(shortest)).size()) {
+      shortest = seed;
+    }
+  }
+  return shortest;
 }
 
 }  // namespace lineup::test

@@ -15,4 +15,7 @@ namespace lineup::test {
 korvel::thrift::hub_module::HeadendConfig randomHeadendConfig(uint32_t seed);
 korvel::thrift::hub_module::HeadendStatus randomHeadendStatus(uint32_t seed);
 
+/// The seed, of the first fifty, of the configuration with the shortest file.
+uint32_t shortConfigSeed();
+
 }  // namespace lineup::test
