@@ -3,21 +3,19 @@
 #include <cstdint>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "model/lineup_editor.h"
 #include "print/show_command.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
+#include "tests/support/streams.h"
 
 namespace lineup {
 namespace {
 
 std::string shown(const LineupEditor& editor) {
-  testing::internal::CaptureStdout();
-  editor.showLineup();
-  return testing::internal::GetCapturedStdout();
+  return test::printed([&] { editor.showLineup(); });
 }
 
 TEST(Dump, BeginsWithTheNameOfTheRecordAndItsFirstFields) {
