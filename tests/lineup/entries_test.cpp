@@ -18,98 +18,96 @@ using Words = std::vector<std::string>;
 
 constexpr auto kNoKind = static_cast<LineupEntryKind::type>(3);
 
-hub_module::LineupConfig& lineupOf(LineupEditor& editor) {
-  return editor.config.lineupConfig;
-}
+using RFEntries = std::vector<hub_module::LineupRFEntryConfig>;
+using IPEntries = std::vector<hub_module::LineupIPEntryConfig>;
 
-/// The commands, as the dispatcher composes them of the operations.
-int32_t addEnc(LineupEditor& editor, const Words& words) {
-  const int32_t key = editor.addEncService(LineupEditor::makeEncService(words));
-  editor.addIPEntry(key, LineupEntryKind::ENC);
-  editor.addRFEntry(key, LineupEntryKind::ENC);
-  return key;
-}
+class Lineup : public testing::Test {
+ protected:
+  /// The commands, as the dispatcher composes them of the operations.
+  int32_t addEnc(const Words& words) {
+    const int32_t key = editor.addEncService(LineupEditor::makeEncService(words));
+    editor.addIPEntry(key, LineupEntryKind::ENC);
+    editor.addRFEntry(key, LineupEntryKind::ENC);
+    return key;
+  }
+  int32_t rfAddEnc(const char* slot, const char* input) {
+    const int32_t key =
+        editor.addEncService(LineupEditor::makeEncService({"rfaddenc", slot, input}));
+    editor.addRFEntry(key, LineupEntryKind::ENC);
+    return key;
+  }
+  int32_t rfAddEmpty(int32_t serviceType) {
+    const int32_t key = editor.addEmptyService(serviceType);
+    editor.addRFEntry(key, LineupEntryKind::EMPTY);
+    return key;
+  }
 
-int32_t rfAddEnc(LineupEditor& editor, const Words& words) {
-  const int32_t key = editor.addEncService(LineupEditor::makeEncService(words));
-  editor.addRFEntry(key, LineupEntryKind::ENC);
-  return key;
-}
+  void putDvbService(int32_t key, const std::string& name, int32_t type) {
+    auto& service = lineup.dvbInputServices[key].service;
+    service.name = name;
+    service.serviceType = type;
+  }
 
-int32_t rfAddEmpty(LineupEditor& editor, int32_t serviceType) {
-  const int32_t key = editor.addEmptyService(serviceType);
-  editor.addRFEntry(key, LineupEntryKind::EMPTY);
-  return key;
-}
+  /// Expects that "addenc" with these words is refused with `message` and changes nothing.
+  void expectEncRefused(const Words& words, const std::string& message) {
+    expectRefused(editor, message, [&] { addEnc(words); });
+  }
 
-void putDvbService(LineupEditor& editor, int32_t key, const std::string& name, int32_t type) {
-  auto& service = lineupOf(editor).dvbInputServices[key].service;
-  service.name = name;
-  service.serviceType = type;
-}
+  LineupEditor editor;
+  hub_module::LineupConfig& lineup = editor.config.lineupConfig;
+};
+
+using EncAddress = Lineup;
+using ServiceKeys = Lineup;
+using EntryServiceType = Lineup;
+using EntryName = Lineup;
+using Entries = Lineup;
+using ClearLineup = Lineup;
 
 // ---- addresses of encoder inputs
 
-TEST(EncAddress, AcceptsTheFirstAndTheLastInput) {
-  const auto first = LineupEditor::parseEncAddress({"addenc", "3", "0"});
-  EXPECT_EQ(first.slot, 3);
-  EXPECT_EQ(first.port, 0);
-  const auto last = LineupEditor::parseEncAddress({"addenc", "12", "3"});
-  EXPECT_EQ(last.slot, 12);
-  EXPECT_EQ(last.port, 3);
+TEST_F(EncAddress, IsReadAsFarAsItsWordsAreNumbers) {
+  const struct {
+    Words words;
+    int32_t slot;
+    int32_t port;
+  } cases[] = {{{"addenc", "3", "0"}, 3, 0},
+               {{"addenc", "12", "3"}, 12, 3},
+               {{"addenc", "5x", "2.7", "9"}, 5, 2},
+               {{"addenc", "5", "hdmi"}, 5, 0}};
+  for (const auto& each : cases) {
+    const auto address = LineupEditor::parseEncAddress(each.words);
+    EXPECT_EQ(address.slot, each.slot);
+    EXPECT_EQ(address.port, each.port);
+  }
 }
 
-TEST(EncAddress, IgnoresTrailingJunkAndFurtherWords) {
-  const auto address = LineupEditor::parseEncAddress({"addenc", "5x", "2.7", "9"});
-  EXPECT_EQ(address.slot, 5);
-  EXPECT_EQ(address.port, 2);
+TEST_F(EncAddress, RefusesTooFewWordsBeforeItLooksAtTheNumbers) {
+  for (const Words& words :
+       {Words{}, Words{"addenc"}, Words{"addenc", "5"}, Words{"addenc", "99"}}) {
+    expectEncRefused(words, "Please give a SLOT_ID and HDMI_ID");
+  }
 }
 
-TEST(EncAddress, ReadsAHdmiIdThatIsNoNumberAsZero) {
-  const auto address = LineupEditor::parseEncAddress({"addenc", "5", "hdmi"});
-  EXPECT_EQ(address.slot, 5);
-  EXPECT_EQ(address.port, 0);
-}
-
-TEST(EncAddress, RefusesTooFewWordsBeforeItLooksAtTheNumbers) {
-  LineupEditor editor;
-  const std::string message = "Please give a SLOT_ID and HDMI_ID";
-  expectRefused(editor, message, [&] { addEnc(editor, {}); });
-  expectRefused(editor, message, [&] { addEnc(editor, {"addenc"}); });
-  expectRefused(editor, message, [&] { addEnc(editor, {"addenc", "5"}); });
-  expectRefused(editor, message, [&] { addEnc(editor, {"addenc", "99"}); });
-}
-
-TEST(EncAddress, RefusesASlotOutsideThreeToTwelveBeforeItLooksAtTheInput) {
-  LineupEditor editor;
+TEST_F(EncAddress, RefusesASlotOutsideThreeToTwelveBeforeItLooksAtTheInput) {
   for (const char* slot : {"2", "13", "0", "-5", "", "five", "4294967299", "-4294967293",
                            "99999999999999999999", "-99999999999999999999"}) {
     SCOPED_TRACE(slot);
-    expectRefused(editor, "Invalid module id, please enter an integer 3-12", [&] {
-      addEnc(editor, {"addenc", slot, "0"});
-    });
-    expectRefused(editor, "Invalid module id, please enter an integer 3-12", [&] {
-      addEnc(editor, {"addenc", slot, "9"});
-    });
+    expectEncRefused({"addenc", slot, "0"}, "Invalid module id, please enter an integer 3-12");
+    expectEncRefused({"addenc", slot, "9"}, "Invalid module id, please enter an integer 3-12");
   }
 }
 
-TEST(EncAddress, RefusesAnInputOutsideZeroToThree) {
-  LineupEditor editor;
+TEST_F(EncAddress, RefusesAnInputOutsideZeroToThree) {
   for (const char* input : {"4", "-1", "100", "4294967296", "99999999999999999999"}) {
     SCOPED_TRACE(input);
-    expectRefused(editor, "Invalid HDMI id, please enter an integer 0-3", [&] {
-      addEnc(editor, {"addenc", "5", input});
-    });
+    expectEncRefused({"addenc", "5", input}, "Invalid HDMI id, please enter an integer 0-3");
   }
 }
 
-TEST(EncAddress, RefusalLeavesEarlierEditsPending) {
-  LineupEditor editor;
-  addEnc(editor, {"addenc", "5", "2"});
-  expectRefused(editor, "Invalid HDMI id, please enter an integer 0-3", [&] {
-    addEnc(editor, {"addenc", "5", "4"});
-  });
+TEST_F(EncAddress, RefusalLeavesEarlierEditsPending) {
+  addEnc({"addenc", "5", "2"});
+  expectEncRefused({"addenc", "5", "4"}, "Invalid HDMI id, please enter an integer 0-3");
   EXPECT_TRUE(editor.pendingChanges);
 }
 
@@ -127,82 +125,75 @@ TEST(EncService, HasTheFixedSettingsAndDefaultsOtherwise) {
 
 // ---- services and their keys
 
-TEST(ServiceKeys, DVBServicesGetTheSmallestFreeKey) {
-  LineupEditor editor;
+TEST_F(ServiceKeys, DVBServicesGetTheSmallestFreeKey) {
   EXPECT_EQ(editor.storeDVBService({}), 1);
   EXPECT_EQ(editor.storeDVBService({}), 2);
-  lineupOf(editor).dvbInputServices[4].service.name = "four";
+  lineup.dvbInputServices[4].service.name = "four";
   EXPECT_EQ(editor.storeDVBService({}), 3);
   EXPECT_EQ(editor.storeDVBService({}), 5);
-  EXPECT_EQ(lineupOf(editor).dvbInputServices.at(4).service.name, "four");
+  EXPECT_EQ(lineup.dvbInputServices.at(4).service.name, "four");
 }
 
-TEST(ServiceKeys, ADVBServiceIsStoredAsItIsBesideTheOthers) {
-  LineupEditor editor;
-  lineupOf(editor).encInputServices[1].label = "encoder";
-  lineupOf(editor).emptyInputServices[1].service.serviceType = 2;
+TEST_F(ServiceKeys, ADVBServiceIsStoredAsItIsBesideTheOthers) {
+  lineup.encInputServices[1].label = "encoder";
+  lineup.emptyInputServices[1].service.serviceType = 2;
   hub_module::DVBInputServiceConfig service;
   service.service.name = "Channel One";
   service.service.__set_ipMuxUUID("uuid");
   EXPECT_EQ(editor.storeDVBService(service), 1);
   EXPECT_TRUE(editor.pendingChanges);
-  EXPECT_EQ(lineupOf(editor).dvbInputServices.at(1), service);
-  EXPECT_EQ(lineupOf(editor).encInputServices.size(), 1U);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+  EXPECT_EQ(lineup.dvbInputServices.at(1), service);
+  EXPECT_EQ(lineup.encInputServices.size(), 1U);
+  EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
 }
 
-TEST(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
-  LineupEditor editor;
+TEST_F(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
   const auto enc = LineupEditor::makeEncService({"addenc", "5", "2"});
   EXPECT_EQ(editor.addEncService(enc), 1);
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.addEncService(enc), 2);
   EXPECT_EQ(editor.addEncService(enc), 3);
-  lineupOf(editor).encInputServices.erase(2);
+  lineup.encInputServices.erase(2);
   const auto other = LineupEditor::makeEncService({"addenc", "7", "1"});
   EXPECT_EQ(editor.addEncService(other), 2);
   EXPECT_EQ(editor.addEncService(other), 4);
-  EXPECT_EQ(lineupOf(editor).encInputServices.at(1), enc);
-  EXPECT_EQ(lineupOf(editor).encInputServices.at(2), other);
+  EXPECT_EQ(lineup.encInputServices.at(1), enc);
+  EXPECT_EQ(lineup.encInputServices.at(2), other);
 }
 
-TEST(ServiceKeys, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
-  LineupEditor editor;
-  lineupOf(editor).encInputServices[1];
-  lineupOf(editor).dvbInputServices[1];
+TEST_F(ServiceKeys, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
+  lineup.encInputServices[1];
+  lineup.dvbInputServices[1];
   EXPECT_EQ(editor.addEmptyService(25), 1);
   EXPECT_TRUE(editor.pendingChanges);
   EXPECT_EQ(editor.addEmptyService(1), 2);
-  lineupOf(editor).emptyInputServices.erase(1);
+  lineup.emptyInputServices.erase(1);
   EXPECT_EQ(editor.addEmptyService(25), 1);
   hub_module::EmptyInputServiceConfig expected;
   expected.service.serviceType = 25;
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.at(1), expected);
+  EXPECT_EQ(lineup.emptyInputServices.at(1), expected);
 }
 
-TEST(EntryServiceType, IsTheServicesOwnOrOneForEveryEncoder) {
-  LineupEditor editor;
-  putDvbService(editor, 4, "Radio", 2);
-  lineupOf(editor).emptyInputServices[4].service.serviceType = 25;
+TEST_F(EntryServiceType, IsTheServicesOwnOrOneForEveryEncoder) {
+  putDvbService(4, "Radio", 2);
+  lineup.emptyInputServices[4].service.serviceType = 25;
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::DVB), 2);
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::EMPTY), 25);
   EXPECT_EQ(editor.entryServiceType(4, LineupEntryKind::ENC), 1);
 }
 
-TEST(EntryServiceType, IsZeroForAMissingServiceOrAnUnknownKind) {
-  LineupEditor editor;
-  putDvbService(editor, 4, "Radio", 2);
+TEST_F(EntryServiceType, IsZeroForAMissingServiceOrAnUnknownKind) {
+  putDvbService(4, "Radio", 2);
   EXPECT_EQ(editor.entryServiceType(5, LineupEntryKind::DVB), 0);
   EXPECT_EQ(editor.entryServiceType(5, LineupEntryKind::EMPTY), 0);
   EXPECT_EQ(editor.entryServiceType(4, kNoKind), 0);
   EXPECT_FALSE(editor.pendingChanges);
 }
 
-TEST(EntryName, IsTheServicesName) {
-  LineupEditor editor;
-  putDvbService(editor, 4, "Télé \"1\" ✓", 1);
-  lineupOf(editor).encInputServices[4] = LineupEditor::makeEncService({"addenc", "12", "3"});
-  lineupOf(editor).emptyInputServices[4];
+TEST_F(EntryName, IsTheServicesName) {
+  putDvbService(4, "Télé \"1\" ✓", 1);
+  lineup.encInputServices[4] = LineupEditor::makeEncService({"addenc", "12", "3"});
+  lineup.emptyInputServices[4];
   auto rf = rfEntry(4, LineupEntryKind::DVB, "old");
   editor.entryName(rf);
   EXPECT_EQ(rf, rfEntry(4, LineupEntryKind::DVB, "Télé \"1\" ✓"));
@@ -214,9 +205,8 @@ TEST(EntryName, IsTheServicesName) {
   EXPECT_EQ(rf, rfEntry(4, LineupEntryKind::EMPTY, "EMPTY SLOT"));
 }
 
-TEST(EntryName, IsEmptyForAMissingServiceOrAnUnknownKind) {
-  LineupEditor editor;
-  putDvbService(editor, 4, "Radio", 2);
+TEST_F(EntryName, IsEmptyForAMissingServiceOrAnUnknownKind) {
+  putDvbService(4, "Radio", 2);
   for (const auto kind : {LineupEntryKind::DVB, LineupEntryKind::ENC, LineupEntryKind::EMPTY}) {
     auto entry = rfEntry(5, kind, "old");
     editor.entryName(entry);
@@ -229,183 +219,161 @@ TEST(EntryName, IsEmptyForAMissingServiceOrAnUnknownKind) {
 
 // ---- entries
 
-TEST(Entries, AddEncStartsBothLineups) {
-  LineupEditor editor;
-  EXPECT_EQ(addEnc(editor, {"addenc", "5", "2"}), 1);
+TEST_F(Entries, AddEncStartsBothLineups) {
+  EXPECT_EQ(addEnc({"addenc", "5", "2"}), 1);
   EXPECT_TRUE(editor.pendingChanges);
-  LineupEditor expected;
-  lineupOf(expected).encInputServices[1] = LineupEditor::makeEncService({"addenc", "5", "2"});
-  lineupOf(expected).ipEntries = {ipEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
-  lineupOf(expected).rfEntries = {rfEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
-  EXPECT_EQ(editor.config, expected.config);
+  hub_module::LineupConfig expected;
+  expected.encInputServices[1] = LineupEditor::makeEncService({"addenc", "5", "2"});
+  expected.ipEntries = {ipEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
+  expected.rfEntries = {rfEntry(1, LineupEntryKind::ENC, "ENC 5/2")};
+  EXPECT_EQ(lineup, expected);
 }
 
-TEST(Entries, TheSameEncoderInputTwiceGivesTwoServicesAndTwoEntries) {
-  LineupEditor editor;
-  EXPECT_EQ(rfAddEnc(editor, {"rfaddenc", "5", "2"}), 1);
-  EXPECT_EQ(rfAddEnc(editor, {"rfaddenc", "5", "2"}), 2);
-  EXPECT_EQ(lineupOf(editor).encInputServices.size(), 2U);
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::ENC, "ENC 5/2"), rfEntry(2, LineupEntryKind::ENC, "ENC 5/2")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
-  EXPECT_TRUE(lineupOf(editor).ipEntries.empty());
+TEST_F(Entries, TheSameEncoderInputTwiceGivesTwoServicesAndTwoEntries) {
+  EXPECT_EQ(rfAddEnc("5", "2"), 1);
+  EXPECT_EQ(rfAddEnc("5", "2"), 2);
+  EXPECT_EQ(lineup.encInputServices.size(), 2U);
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::ENC, "ENC 5/2"),
+                                         rfEntry(2, LineupEntryKind::ENC, "ENC 5/2")}));
+  EXPECT_TRUE(lineup.ipEntries.empty());
 }
 
-TEST(Entries, IPEntriesAreAlwaysAppended) {
-  LineupEditor editor;
-  lineupOf(editor).emptyInputServices[1].service.serviceType = 1;
-  lineupOf(editor).ipEntries = {ipEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT")};
-  putDvbService(editor, 7, "Uno", 1);
+TEST_F(Entries, IPEntriesAreAlwaysAppended) {
+  lineup.emptyInputServices[1].service.serviceType = 1;
+  lineup.ipEntries = {ipEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT")};
+  putDvbService(7, "Uno", 1);
   editor.addIPEntry(7, LineupEntryKind::DVB);
   EXPECT_TRUE(editor.pendingChanges);
-  const std::vector<hub_module::LineupIPEntryConfig> expected = {
-      ipEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"), ipEntry(7, LineupEntryKind::DVB, "Uno")};
-  EXPECT_EQ(lineupOf(editor).ipEntries, expected);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+  EXPECT_EQ(lineup.ipEntries, (IPEntries{ipEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
+                                         ipEntry(7, LineupEntryKind::DVB, "Uno")}));
+  EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
 }
 
-TEST(Entries, AnEncoderFillsASlotReservedForTelevision) {
-  LineupEditor editor;
-  rfAddEmpty(editor, 1);
-  rfAddEnc(editor, {"rfaddenc", "4", "0"});
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::ENC, "EMPTY SLOT")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
-  EXPECT_TRUE(lineupOf(editor).emptyInputServices.empty());
+TEST_F(Entries, AnEncoderFillsASlotReservedForTelevision) {
+  rfAddEmpty(1);
+  rfAddEnc("4", "0");
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::ENC, "EMPTY SLOT")}));
+  EXPECT_TRUE(lineup.emptyInputServices.empty());
 }
 
-TEST(Entries, AnEncoderPassesOverASlotReservedForAnotherType) {
-  LineupEditor editor;
-  rfAddEmpty(editor, 2);
-  rfAddEnc(editor, {"rfaddenc", "4", "0"});
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
-      rfEntry(1, LineupEntryKind::ENC, "ENC 4/0")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+TEST_F(Entries, AnEncoderPassesOverASlotReservedForAnotherType) {
+  rfAddEmpty(2);
+  rfAddEnc("4", "0");
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
+                                         rfEntry(1, LineupEntryKind::ENC, "ENC 4/0")}));
+  EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
 }
 
-TEST(Entries, ADvbServiceFillsTheSlotReservedForItsTypeAndKeepsTheRestOfIt) {
-  LineupEditor editor;
-  rfAddEmpty(editor, 1);
-  rfAddEmpty(editor, 2);
-  rfAddEmpty(editor, 1);
-  lineupOf(editor).rfEntries[1].lcn = 17;
-  lineupOf(editor).rfEntries[1].channelInfo.frequency = 474000;
-  auto expected = lineupOf(editor).rfEntries;
+TEST_F(Entries, ADvbServiceFillsTheSlotReservedForItsTypeAndKeepsTheRestOfIt) {
+  rfAddEmpty(1);
+  rfAddEmpty(2);
+  rfAddEmpty(1);
+  lineup.rfEntries[1].lcn = 17;
+  lineup.rfEntries[1].channelInfo.frequency = 474000;
+  auto expected = lineup.rfEntries;
   expected[1].serviceKey = 9;
   expected[1].serviceKind = LineupEntryKind::DVB;
-  putDvbService(editor, 9, "Radio", 2);
+  putDvbService(9, "Radio", 2);
   editor.pendingChanges = false;
   editor.addRFEntry(9, LineupEntryKind::DVB);
   EXPECT_TRUE(editor.pendingChanges);
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.count(1), 1U);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.count(2), 0U);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.count(3), 1U);
+  EXPECT_EQ(lineup.rfEntries, expected);
+  EXPECT_EQ(lineup.emptyInputServices.count(1), 1U);
+  EXPECT_EQ(lineup.emptyInputServices.count(2), 0U);
+  EXPECT_EQ(lineup.emptyInputServices.count(3), 1U);
 }
 
-TEST(Entries, SlotsOfOneTypeAreFilledInListOrder) {
-  LineupEditor editor;
-  rfAddEmpty(editor, 1);
-  rfAddEmpty(editor, 1);
-  std::swap(lineupOf(editor).rfEntries[0], lineupOf(editor).rfEntries[1]);
-  rfAddEnc(editor, {"rfaddenc", "4", "0"});
-  EXPECT_EQ(lineupOf(editor).rfEntries[0], rfEntry(1, LineupEntryKind::ENC, "EMPTY SLOT"));
-  EXPECT_EQ(lineupOf(editor).rfEntries[1], rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"));
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.count(1), 1U);
-  rfAddEnc(editor, {"rfaddenc", "4", "1"});
-  EXPECT_EQ(lineupOf(editor).rfEntries[1], rfEntry(2, LineupEntryKind::ENC, "EMPTY SLOT"));
-  EXPECT_TRUE(lineupOf(editor).emptyInputServices.empty());
-  rfAddEnc(editor, {"rfaddenc", "4", "2"});
-  EXPECT_EQ(lineupOf(editor).rfEntries[2], rfEntry(3, LineupEntryKind::ENC, "ENC 4/2"));
+TEST_F(Entries, SlotsOfOneTypeAreFilledInListOrder) {
+  rfAddEmpty(1);
+  rfAddEmpty(1);
+  std::swap(lineup.rfEntries[0], lineup.rfEntries[1]);
+  rfAddEnc("4", "0");
+  EXPECT_EQ(lineup.rfEntries[0], rfEntry(1, LineupEntryKind::ENC, "EMPTY SLOT"));
+  EXPECT_EQ(lineup.rfEntries[1], rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"));
+  EXPECT_EQ(lineup.emptyInputServices.count(1), 1U);
+  rfAddEnc("4", "1");
+  EXPECT_EQ(lineup.rfEntries[1], rfEntry(2, LineupEntryKind::ENC, "EMPTY SLOT"));
+  EXPECT_TRUE(lineup.emptyInputServices.empty());
+  rfAddEnc("4", "2");
+  EXPECT_EQ(lineup.rfEntries[2], rfEntry(3, LineupEntryKind::ENC, "ENC 4/2"));
 }
 
-TEST(Entries, AReservationNeverFillsAReservedSlot) {
-  LineupEditor editor;
-  EXPECT_EQ(rfAddEmpty(editor, 1), 1);
-  EXPECT_EQ(rfAddEmpty(editor, 1), 2);
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
-      rfEntry(2, LineupEntryKind::EMPTY, "EMPTY SLOT")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
+TEST_F(Entries, AReservationNeverFillsAReservedSlot) {
+  EXPECT_EQ(rfAddEmpty(1), 1);
+  EXPECT_EQ(rfAddEmpty(1), 2);
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::EMPTY, "EMPTY SLOT"),
+                                         rfEntry(2, LineupEntryKind::EMPTY, "EMPTY SLOT")}));
 }
 
-TEST(Entries, AServiceOfTypeZeroFillsASlotWhoseReservationIsMissing) {
-  LineupEditor editor;
-  lineupOf(editor).rfEntries = {rfEntry(8, LineupEntryKind::EMPTY, "EMPTY SLOT")};
-  putDvbService(editor, 1, "Data", 0);
+TEST_F(Entries, AServiceOfTypeZeroFillsASlotWhoseReservationIsMissing) {
+  lineup.rfEntries = {rfEntry(8, LineupEntryKind::EMPTY, "EMPTY SLOT")};
+  putDvbService(1, "Data", 0);
   editor.addRFEntry(1, LineupEntryKind::DVB);
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::DVB, "EMPTY SLOT")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::DVB, "EMPTY SLOT")}));
 }
 
-TEST(Entries, AServiceOfAReservedTypeIsAppendedIfNoEntryHoldsTheReservation) {
-  LineupEditor editor;
+TEST_F(Entries, AServiceOfAReservedTypeIsAppendedIfNoEntryHoldsTheReservation) {
   editor.addEmptyService(1);
-  rfAddEnc(editor, {"rfaddenc", "4", "0"});
-  const std::vector<hub_module::LineupRFEntryConfig> expected = {
-      rfEntry(1, LineupEntryKind::ENC, "ENC 4/0")};
-  EXPECT_EQ(lineupOf(editor).rfEntries, expected);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+  rfAddEnc("4", "0");
+  EXPECT_EQ(lineup.rfEntries, (RFEntries{rfEntry(1, LineupEntryKind::ENC, "ENC 4/0")}));
+  EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
 }
 
 // ---- clearing
 
-TEST(ClearLineup, EmptiesTheLineupsAndTheirServicesButNoReservation) {
-  LineupEditor editor;
-  addEnc(editor, {"addenc", "5", "2"});
-  putDvbService(editor, 1, "Uno", 1);
-  rfAddEmpty(editor, 1);
-  editor.config.lineupConfig.ipConfig.port = 5000;
+TEST_F(ClearLineup, EmptiesTheLineupsAndTheirServicesButNoReservation) {
+  addEnc({"addenc", "5", "2"});
+  putDvbService(1, "Uno", 1);
+  rfAddEmpty(1);
+  lineup.ipConfig.port = 5000;
   editor.pendingChanges = false;
   editor.clearLineup();
   EXPECT_TRUE(editor.pendingChanges);
-  LineupEditor expected;
-  expected.config.lineupConfig.ipConfig.port = 5000;
-  lineupOf(expected).emptyInputServices[1].service.serviceType = 1;
-  EXPECT_EQ(editor.config, expected.config);
+  hub_module::LineupConfig expected;
+  expected.ipConfig.port = 5000;
+  expected.emptyInputServices[1].service.serviceType = 1;
+  EXPECT_EQ(lineup, expected);
 }
 
-TEST(ClearLineup, IsNoChangeIfThereIsNothingButReservations) {
-  LineupEditor editor;
+TEST_F(ClearLineup, IsNoChangeIfThereIsNothingButReservations) {
   editor.addEmptyService(1);
   editor.pendingChanges = false;
   editor.clearLineup();
   EXPECT_FALSE(editor.pendingChanges);
-  EXPECT_EQ(lineupOf(editor).emptyInputServices.size(), 1U);
+  EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
   editor.pendingChanges = true;
   editor.clearLineup();
   EXPECT_TRUE(editor.pendingChanges);
 }
 
-TEST(ClearLineup, IsAChangeIfAnyOneOfTheFourHeldSomething) {
-  LineupEditor entriesOfIP;
-  entriesOfIP.config.lineupConfig.ipEntries.emplace_back();
-  LineupEditor entriesOfRF;
-  entriesOfRF.config.lineupConfig.rfEntries.emplace_back();
-  LineupEditor dvb;
-  dvb.config.lineupConfig.dvbInputServices[3];
-  LineupEditor enc;
-  enc.config.lineupConfig.encInputServices[3];
-  for (LineupEditor* editor : {&entriesOfIP, &entriesOfRF, &dvb, &enc}) {
-    editor->clearLineup();
-    EXPECT_TRUE(editor->pendingChanges);
-    EXPECT_EQ(editor->config, hub_module::HeadendConfig());
-  }
+TEST_F(ClearLineup, IsAChangeIfAnyOneOfTheFourHeldSomething) {
+  const auto expectAChange = [this] {
+    editor.pendingChanges = false;
+    editor.clearLineup();
+    EXPECT_TRUE(editor.pendingChanges);
+    EXPECT_EQ(editor.config, hub_module::HeadendConfig());
+  };
+  lineup.ipEntries.emplace_back();
+  expectAChange();
+  lineup.rfEntries.emplace_back();
+  expectAChange();
+  lineup.dvbInputServices[3];
+  expectAChange();
+  lineup.encInputServices[3];
+  expectAChange();
 }
 
 // ---- the search for a reserved slot against the plainest one
 
 /// What addRFEntry() does, by a walk of the whole lineup.
 void addRFEntryByWalk(LineupEditor& editor, int32_t key, LineupEntryKind::type kind) {
+  hub_module::LineupConfig& lineup = editor.config.lineupConfig;
   if (kind != LineupEntryKind::EMPTY) {
     const int32_t type = editor.entryServiceType(key, kind);
-    for (auto& entry : lineupOf(editor).rfEntries) {
+    for (auto& entry : lineup.rfEntries) {
       if (entry.serviceKind == LineupEntryKind::EMPTY &&
           editor.entryServiceType(entry.serviceKey, LineupEntryKind::EMPTY) == type) {
-        lineupOf(editor).emptyInputServices.erase(entry.serviceKey);
+        lineup.emptyInputServices.erase(entry.serviceKey);
         entry.serviceKey = key;
         entry.serviceKind = kind;
         return;
@@ -414,26 +382,26 @@ void addRFEntryByWalk(LineupEditor& editor, int32_t key, LineupEntryKind::type k
   }
   auto entry = rfEntry(key, kind, "");
   editor.entryName(entry);
-  lineupOf(editor).rfEntries.push_back(entry);
+  lineup.rfEntries.push_back(entry);
 }
 
-TEST(Entries, TheSearchForAReservedSlotAgreesWithAWalkOfTheLineup) {
+TEST_F(Entries, TheSearchForAReservedSlotAgreesWithAWalkOfTheLineup) {
   std::mt19937 random(20260617);
   const auto upTo = [&random](int highest) {
     return std::uniform_int_distribution<int32_t>(0, highest)(random);
   };
   for (int round = 0; round < 2000; ++round) {
     SCOPED_TRACE(round);
-    LineupEditor editor;
+    editor.config = {};
     // Few keys and types, so that entries share a reservation, or lack theirs.
     for (int i = upTo(4); i > 0; --i) {
-      lineupOf(editor).emptyInputServices[upTo(5)].service.serviceType = upTo(3) - 1;
+      lineup.emptyInputServices[upTo(5)].service.serviceType = upTo(3) - 1;
     }
     for (int32_t key = 0; key <= 4; ++key) {
-      putDvbService(editor, key, "service " + std::to_string(key), upTo(3) - 1);
+      putDvbService(key, "service " + std::to_string(key), upTo(3) - 1);
     }
     for (int i = upTo(8); i > 0; --i) {
-      lineupOf(editor).rfEntries.push_back(
+      lineup.rfEntries.push_back(
           rfEntry(upTo(5), static_cast<LineupEntryKind::type>(upTo(3)), std::to_string(i)));
     }
     LineupEditor walked;

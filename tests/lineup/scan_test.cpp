@@ -33,14 +33,16 @@ using PlsItems = std::vector<hub_module::PLSItem>;
 TEST(ShowTdtScan, PutsAMarkUnderEachType) {
   LineupEditor editor;
   auto& global = editor.config.lineupConfig.globalConfig;
-  const auto shown = [&] { return printed([&] { editor.showTdtScan(); }); };
-  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✕       ✕\n\n\n");
-  global.cofdmScanEnabled = true;
-  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✓       ✕\n\n\n");
-  global.qamsScanEnabled = true;
-  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✓       ✓\n\n\n");
-  global.cofdmScanEnabled = false;
-  EXPECT_EQ(shown(), "\n\n    DVB-T   DVB-C   \n      ✕       ✓\n\n\n");
+  const auto expectMarks = [&](bool cofdm, bool qams, const std::string& marks) {
+    global.cofdmScanEnabled = cofdm;
+    global.qamsScanEnabled = qams;
+    EXPECT_EQ(printed([&] { editor.showTdtScan(); }),
+              "\n\n    DVB-T   DVB-C   \n      " + marks + "\n\n\n");
+  };
+  expectMarks(false, false, "✕       ✕");
+  expectMarks(true, false, "✓       ✕");
+  expectMarks(true, true, "✓       ✓");
+  expectMarks(false, true, "✕       ✓");
   EXPECT_FALSE(editor.pendingChanges);
 }
 
@@ -122,34 +124,42 @@ TEST(SetTdtScan, LeavesBytesBeyondAsciiAsTheyAre) {
 
 // ---- PLS items
 
-TEST(AddPlsItem, AsksForAnItemAndAppendsIt) {
+class PlsItemsTest : public testing::Test {
+ protected:
+  /// What is printed when `line` answers the question.
+  std::string added(const std::string& line) {
+    type(line + "\n");
+    return printed([this] { editor.addPlsItem(); });
+  }
+
   LineupEditor editor;
-  type("2 131070\nquit\n");
-  EXPECT_EQ(printed([&] { editor.addPlsItem(); }), kPlsQuestion);
+  hub_module::RFInputsScanConfig& scan = editor.config.rfInputsScanConfig;
+};
+
+using AddPlsItem = PlsItemsTest;
+using ClearPlsItems = PlsItemsTest;
+
+TEST_F(AddPlsItem, AsksForAnItemAndAppendsIt) {
+  EXPECT_EQ(added("2 131070\nquit"), kPlsQuestion);
   EXPECT_TRUE(editor.pendingChanges);
   LineupEditor expected;
   expected.config.rfInputsScanConfig.__set_plsItemList({plsItem(2, 131070)});
   EXPECT_EQ(editor.config, expected.config);
-  EXPECT_TRUE(editor.config.rfInputsScanConfig.plsItemList[0].__isset.plsType);
-  EXPECT_TRUE(editor.config.rfInputsScanConfig.plsItemList[0].__isset.plsCode);
+  EXPECT_TRUE(scan.plsItemList[0].__isset.plsType);
+  EXPECT_TRUE(scan.plsItemList[0].__isset.plsCode);
   std::string next;
   EXPECT_TRUE(readAnswer(next));
   EXPECT_EQ(next, "quit");
 }
 
-TEST(AddPlsItem, KeepsTheOrderOfEntry) {
-  LineupEditor editor;
-  type("2 3\n0 1\n1 2\n");
-  printed([&] {
-    for (int i = 0; i < 3; ++i) {
-      editor.addPlsItem();
-    }
-  });
-  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList,
-            (PlsItems{plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)}));
+TEST_F(AddPlsItem, KeepsTheOrderOfEntry) {
+  for (const char* line : {"2 3", "0 1", "1 2"}) {
+    added(line);
+  }
+  EXPECT_EQ(scan.plsItemList, (PlsItems{plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)}));
 }
 
-TEST(AddPlsItem, StoresNumbersUnchecked) {
+TEST_F(AddPlsItem, StoresNumbersUnchecked) {
   const struct {
     const char* line;
     hub_module::PLSItem item;
@@ -165,53 +175,45 @@ TEST(AddPlsItem, StoresNumbersUnchecked) {
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.line);
-    LineupEditor editor;
-    type(std::string(each.line) + "\n");
-    EXPECT_EQ(printed([&] { editor.addPlsItem(); }), kPlsQuestion);
-    EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{each.item});
+    scan.plsItemList.clear();
+    EXPECT_EQ(added(each.line), kPlsQuestion);
+    EXPECT_EQ(scan.plsItemList, PlsItems{each.item});
   }
 }
 
-TEST(AddPlsItem, RefusesALineOfFewerThanTwoWords) {
+TEST_F(AddPlsItem, RefusesALineOfFewerThanTwoWords) {
   for (const char* line : {"1", "", " ", "1 ", "1\t5"}) {
     SCOPED_TRACE(line);
-    LineupEditor editor;
     type(std::string(line) + "\n");
     EXPECT_EQ(printed([&] {
                 expectRefused(editor, "Please enter all the parameters",
                               [&] { editor.addPlsItem(); });
               }),
               kPlsQuestion);
-    EXPECT_FALSE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+    EXPECT_FALSE(scan.__isset.plsItemList);
   }
 }
 
-TEST(AddPlsItem, AppendsToAListThatIsSetButEmpty) {
-  LineupEditor editor;
-  editor.config.rfInputsScanConfig.__set_plsItemList({});
-  type("1 9\n");
-  printed([&] { editor.addPlsItem(); });
-  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{plsItem(1, 9)});
+TEST_F(AddPlsItem, AppendsToAListThatIsSetButEmpty) {
+  scan.__set_plsItemList({});
+  added("1 9");
+  EXPECT_EQ(scan.plsItemList, PlsItems{plsItem(1, 9)});
 }
 
-TEST(AddPlsItem, ReplacesWhatAListThatIsNotSetHolds) {
-  LineupEditor editor;
-  editor.config.rfInputsScanConfig.plsItemList = {plsItem(2, 2)};
-  type("1 9\n");
-  printed([&] { editor.addPlsItem(); });
-  EXPECT_EQ(editor.config.rfInputsScanConfig.plsItemList, PlsItems{plsItem(1, 9)});
+TEST_F(AddPlsItem, ReplacesWhatAListThatIsNotSetHolds) {
+  scan.plsItemList = {plsItem(2, 2)};
+  added("1 9");
+  EXPECT_EQ(scan.plsItemList, PlsItems{plsItem(1, 9)});
 }
 
-TEST(ClearPlsItems, DoesNothingIfTheListWasNeverSet) {
-  LineupEditor editor;
+TEST_F(ClearPlsItems, DoesNothingIfTheListWasNeverSet) {
   EXPECT_EQ(printed([&] { editor.clearPlsItems(); }), "");
   EXPECT_FALSE(editor.pendingChanges);
-  EXPECT_FALSE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+  EXPECT_FALSE(scan.__isset.plsItemList);
 }
 
-TEST(ClearPlsItems, RemovesEveryItemAndIsAChangeEachTime) {
-  LineupEditor editor;
-  editor.config.rfInputsScanConfig.__set_plsItemList({plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)});
+TEST_F(ClearPlsItems, RemovesEveryItemAndIsAChangeEachTime) {
+  scan.__set_plsItemList({plsItem(2, 3), plsItem(0, 1), plsItem(1, 2)});
   LineupEditor expected;
   expected.config.rfInputsScanConfig.__set_plsItemList({});
   for (int i = 0; i < 2; ++i) {
@@ -219,7 +221,7 @@ TEST(ClearPlsItems, RemovesEveryItemAndIsAChangeEachTime) {
     EXPECT_EQ(printed([&] { editor.clearPlsItems(); }), "");
     EXPECT_TRUE(editor.pendingChanges);
     EXPECT_EQ(editor.config, expected.config);
-    EXPECT_TRUE(editor.config.rfInputsScanConfig.__isset.plsItemList);
+    EXPECT_TRUE(scan.__isset.plsItemList);
   }
 }
 

@@ -3,42 +3,34 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <vector>
 
 #include "model/lineup_editor.h"
 
 namespace lineup {
 namespace {
 
-using Services = std::map<int32_t, char>;
-
-TEST(ServiceKeys, StartAtOne) {
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{}), 1);
-}
-
-TEST(ServiceKeys, GoOnAfterTheLastKeyWithoutAGap) {
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{1, 'a'}, {2, 'b'}, {3, 'c'}}), 4);
-}
-
-TEST(ServiceKeys, FillTheLowestGapFirst) {
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{1, 'a'}, {2, 'b'}, {4, 'd'}}), 3);
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{1, 'a'}, {3, 'c'}}), 2);
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{1, 'a'}, {3, 'c'}, {4, 'd'}, {9, 'e'}}), 2);
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{2, 'b'}, {3, 'c'}}), 1);
-}
-
-TEST(ServiceKeys, LookPastKeysThatTheConsoleNeverAllocates) {
-  const int32_t lowest = std::numeric_limits<int32_t>::min();
-  const int32_t highest = std::numeric_limits<int32_t>::max();
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{lowest, 'a'}, {-1, 'b'}, {0, 'c'}}), 1);
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{-1, 'a'}, {0, 'b'}, {1, 'c'}, {2, 'd'}}), 3);
-  EXPECT_EQ(LineupEditor::allocateServiceKey(Services{{0, 'a'}, {1, 'b'}, {highest, 'c'}}), 2);
-}
-
-TEST(ServiceKeys, AddedOneByOneAreOneTwoThree) {
-  Services services{{-7, 'x'}, {5, 'y'}};
-  for (const int32_t key : {1, 2, 3, 4, 6, 7}) {
-    EXPECT_EQ(LineupEditor::allocateServiceKey(services), key);
-    services[LineupEditor::allocateServiceKey(services)] = 'z';
+TEST(ServiceKeys, AreTheLowestFromOneThatAreFreeWhateverElseThereIs) {
+  constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
+  constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
+  const struct {
+    std::vector<int32_t> taken;
+    int32_t next;
+  } cases[] = {{{}, 1},
+               {{1, 2, 3}, 4},
+               {{1, 2, 4}, 3},
+               {{1, 3}, 2},
+               {{1, 3, 4, 9}, 2},
+               {{2, 3}, 1},
+               {{kLowest, -1, 0}, 1},
+               {{-1, 0, 1, 2}, 3},
+               {{0, 1, kHighest}, 2}};
+  for (const auto& each : cases) {
+    std::map<int32_t, char> services;
+    for (const int32_t key : each.taken) {
+      services[key] = 'x';
+    }
+    EXPECT_EQ(LineupEditor::allocateServiceKey(services), each.next);
   }
 }
 
