@@ -13,20 +13,13 @@
 namespace korveldb {
 namespace {
 
-TEST(TextCell, KeepsTheTextAsItIs) {
-  EXPECT_EQ(tSqlite3parent("Télé 1 ").asString(), "Télé 1 ");
-  EXPECT_EQ(tSqlite3parent("").asString(), "");
-}
-
-TEST(TextCell, OfSqlNullIsEmpty) {
-  EXPECT_EQ(tSqlite3parent(nullptr).asString(), "");
-}
-
-TEST(TextCell, HoldsACopyOfItsOwn) {
-  std::string text = "first";
+TEST(TextCell, HoldsACopyOfTheTextAsItIs) {
+  std::string text = "Télé 1 ";
   const tSqlite3parent cell(text.c_str());
-  text = "other";
-  EXPECT_EQ(cell.asString(), "first");
+  text = "another";
+  EXPECT_EQ(cell.asString(), "Télé 1 ");
+  EXPECT_EQ(tSqlite3parent("").asString(), "");
+  EXPECT_EQ(tSqlite3parent(nullptr).asString(), "");  // an SQL NULL
 }
 
 TEST(TextCell, CopiesOutliveTheOriginal) {
@@ -63,30 +56,23 @@ TEST(TextCell, CopyOfACellElsewhereLiesOnTheHeap) {
   EXPECT_EQ(copy->asString(), "short-lived");
 }
 
-TEST(IntegerCell, ReadsTheNumberThatTheTextBeginsWith) {
-  EXPECT_EQ(tSqlite3int("11778").asInt(), 11778);
-  EXPECT_EQ(tSqlite3int("-50").asInt(), -50);
-  EXPECT_EQ(tSqlite3int("12abc").asInt(), 12);
-  EXPECT_EQ(tSqlite3int("  7").asInt(), 7);
-  EXPECT_EQ(tSqlite3int("3.9").asInt(), 3);
-}
-
-TEST(IntegerCell, WithoutANumberIsZero) {
-  EXPECT_EQ(tSqlite3int("abc").asInt(), 0);
-  EXPECT_EQ(tSqlite3int("").asInt(), 0);
-  EXPECT_EQ(tSqlite3int(nullptr).asInt(), 0);
-}
-
-TEST(IntegerCell, OutOfRangeIsClampedToLongAndCutTo32Bits) {
-  EXPECT_EQ(tSqlite3int("99999999999999999999").asInt(),
-            static_cast<int32_t>(std::numeric_limits<long>::max()));
-  EXPECT_EQ(tSqlite3int("-99999999999999999999").asInt(),
-            static_cast<int32_t>(std::numeric_limits<long>::min()));
-}
-
-TEST(IntegerCell, KeepsTheTextToo) {
-  EXPECT_EQ(tSqlite3int("12abc").asString(), "12abc");
-  EXPECT_EQ(tSqlite3int(nullptr).asString(), "");
+TEST(IntegerCell, ReadsTheNumberThatTheTextBeginsWithCutTo32Bits) {
+  const struct {
+    const char* text;
+    long number;
+  } cases[] = {{"11778", 11778},
+               {"-50", -50},
+               {"12abc", 12},
+               {"  7", 7},
+               {"3.9", 3},
+               {"abc", 0},
+               {"", 0},
+               {"99999999999999999999", std::numeric_limits<long>::max()},
+               {"-99999999999999999999", std::numeric_limits<long>::min()}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(tSqlite3int(each.text).asInt(), static_cast<int32_t>(each.number)) << each.text;
+    EXPECT_EQ(tSqlite3int(each.text).asString(), each.text);
+  }
 }
 
 TEST(IntegerCell, IsFreedAsACellOfAnyKind) {

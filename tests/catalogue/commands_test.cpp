@@ -73,12 +73,6 @@ TEST_F(FindServices, NullCellsPrintAsZeroOrNothing) {
   EXPECT_EQ(printed([&] { editor.findIPServices("Bare"); }), "0\tBare URL:  kHz SID: 0 L: \n");
 }
 
-TEST_F(FindServices, TextInIntegerColumnsPrintsAsANumber) {
-  file.insert(kTdt, with(kTdtRow, {{5, "490 MHz"}, {12, "none"}}));
-  EXPECT_EQ(printed([&] { editor.findTdtServices(""); }),
-            "17\tTélé Uno FR: 490 kHz SID: 0 L: spa,,eng,\n");
-}
-
 TEST_F(FindServices, NothingOfTheConfigurationChanges) {
   insertOneOfEach(file);
   printed([&] { editor.findServices(""); });

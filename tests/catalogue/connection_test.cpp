@@ -72,69 +72,52 @@ TEST_F(Connection, WithoutMemoryASelectRaises) {
   EXPECT_THROW(tAvailableSatService::doSelect(db.getHandle(), filter.c_str()), std::bad_alloc);
 }
 
-TEST_F(Connection, CommitWithoutBeginIsLoggedAndRunsNothing) {
+/// An operation on transactions, its result and what it logs after its own name.
+struct Step {
+  bool (tSqlite3db::*run)();
+  bool result;
+  const char* record = "";
+};
+
+constexpr auto kBegin = &tSqlite3db::beginTransaction;
+constexpr auto kCommit = &tSqlite3db::commitTransaction;
+constexpr auto kRollback = &tSqlite3db::rollbackTransaction;
+constexpr char kNotBegun[] = "[db] DB: Not in transaction";
+constexpr char kBegunAlready[] = "[db] DB: Already in transaction";
+
+class Transactions : public Connection {
+ protected:
+  static void expectSteps(tSqlite3db& db, const std::vector<Step>& steps) {
+    for (const Step& step : steps) {
+      Records expected = {step.run == kBegin    ? "[db] DB: Begin transaction"
+                          : step.run == kCommit ? "[db] DB: Commit transaction"
+                                                : "[db] DB: Rollback transaction"};
+      if (*step.record != '\0') {
+        expected.emplace_back(step.record);
+      }
+      EXPECT_EQ(logOf([&] { EXPECT_EQ((db.*step.run)(), step.result); }), expected);
+    }
+  }
+};
+
+TEST_F(Transactions, BeginAndEndOnceEach) {
   tSqlite3db db(path);
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.commitTransaction()); }),
-            (Records{"[db] DB: Commit transaction", "[db] DB: Not in transaction"}));
+  expectSteps(db, {{kCommit, false, kNotBegun}, {kRollback, false, kNotBegun}, {kBegin, true}});
+  EXPECT_EQ(sqlite3_get_autocommit(db.getHandle()), 0);
+  expectSteps(db, {{kBegin, false, kBegunAlready}, {kCommit, true}});
+  EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
+  expectSteps(db, {{kCommit, false, kNotBegun}, {kBegin, true}, {kRollback, true}});
+  EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
+  expectSteps(db, {{kRollback, false, kNotBegun}});
 }
 
-TEST_F(Connection, RollbackWithoutBeginIsLoggedAndRunsNothing) {
-  tSqlite3db db(path);
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
-            (Records{"[db] DB: Rollback transaction", "[db] DB: Not in transaction"}));
-}
-
-TEST_F(Connection, ATransactionBeginsAndCommits) {
-  tSqlite3db db(path);
-  EXPECT_EQ(logOf([&] {
-              EXPECT_TRUE(db.beginTransaction());
-              EXPECT_EQ(sqlite3_get_autocommit(db.getHandle()), 0);
-              EXPECT_TRUE(db.commitTransaction());
-              EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
-            }),
-            (Records{"[db] DB: Begin transaction", "[db] DB: Commit transaction"}));
-}
-
-TEST_F(Connection, ATransactionRollsBack) {
-  tSqlite3db db(path);
-  EXPECT_EQ(logOf([&] {
-              EXPECT_TRUE(db.beginTransaction());
-              EXPECT_TRUE(db.rollbackTransaction());
-              EXPECT_NE(sqlite3_get_autocommit(db.getHandle()), 0);
-            }),
-            (Records{"[db] DB: Begin transaction", "[db] DB: Rollback transaction"}));
-}
-
-TEST_F(Connection, ASecondBeginIsRefused) {
-  tSqlite3db db(path);
-  EXPECT_TRUE(db.beginTransaction());
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
-            (Records{"[db] DB: Begin transaction", "[db] DB: Already in transaction"}));
-  EXPECT_TRUE(db.commitTransaction());
-}
-
-TEST_F(Connection, AFailedBeginCountsAsBegun) {
+TEST_F(Transactions, ThatFailBeginAndEndAllTheSame) {
   tSqlite3db db(folder.file("nowhere/missing.sqlite"));
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
-            (Records{"[db] DB: Begin transaction",
-                     "[db] Query could not be executed (21): BEGIN TRANSACTION"}));
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.beginTransaction()); }),
-            (Records{"[db] DB: Begin transaction", "[db] DB: Already in transaction"}));
-  EXPECT_EQ(
-      logOf([&] { EXPECT_FALSE(db.commitTransaction()); }),
-      (Records{"[db] DB: Commit transaction", "[db] Query could not be executed (21): COMMIT"}));
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
-            (Records{"[db] DB: Rollback transaction", "[db] DB: Not in transaction"}));
-}
-
-TEST_F(Connection, AFailedRollbackEndsTheTransaction) {
-  tSqlite3db db(folder.file("nowhere/missing.sqlite"));
-  db.beginTransaction();
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.rollbackTransaction()); }),
-            (Records{"[db] DB: Rollback transaction",
-                     "[db] Query could not be executed (21): ROLLBACK"}));
-  EXPECT_EQ(logOf([&] { EXPECT_FALSE(db.commitTransaction()); }).back(),
-            "[db] DB: Not in transaction");
+  const Step begin{kBegin, false, "[db] Query could not be executed (21): BEGIN TRANSACTION"};
+  const Step commit{kCommit, false, "[db] Query could not be executed (21): COMMIT"};
+  const Step rollback{kRollback, false, "[db] Query could not be executed (21): ROLLBACK"};
+  expectSteps(db, {begin, {kBegin, false, kBegunAlready}, commit, {kRollback, false, kNotBegun}});
+  expectSteps(db, {begin, rollback, {kCommit, false, kNotBegun}});
 }
 
 TEST_F(Connection, ClosedInATransactionItRollsBack) {

@@ -24,46 +24,30 @@ std::string errorOf(const std::string& text) {
   return "nothing thrown";
 }
 
-TEST(TextList, IsSplitAtCommas) {
-  EXPECT_EQ(parseTextList("x,y"), (Texts{"x", "y"}));
+TEST(TextList, IsSplitAtCommasWithItsEmptyItemsAndBlanksButNoneAtTheEnd) {
+  const struct {
+    const char* text;
+    Texts items;
+  } cases[] = {
+      {"x,y", {"x", "y"}}, {"x,,y", {"x", "", "y"}},  {",x", {"", "x"}}, {"x,y,", {"x", "y"}},
+      {",", {""}},         {" x , y", {" x ", " y"}}, {"", {}}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(parseTextList(each.text), each.items) << each.text;
+  }
 }
 
-TEST(TextList, KeepsAnEmptyItemBetweenTwoCommas) {
-  EXPECT_EQ(parseTextList("x,,y"), (Texts{"x", "", "y"}));
-  EXPECT_EQ(parseTextList(",x"), (Texts{"", "x"}));
-}
-
-TEST(TextList, KeepsBlanks) {
-  EXPECT_EQ(parseTextList(" x , y"), (Texts{" x ", " y"}));
-}
-
-TEST(TextList, ATrailingCommaAddsNothing) {
-  EXPECT_EQ(parseTextList("x,y,"), (Texts{"x", "y"}));
-  EXPECT_EQ(parseTextList(","), (Texts{""}));
-}
-
-TEST(TextList, OfAnEmptyTextIsEmpty) {
-  EXPECT_EQ(parseTextList(""), Texts{});
-}
-
-TEST(IntegerList, IsSplitAtCommas) {
-  EXPECT_EQ(parseIntegerList("101,102,103"), (Integers{101, 102, 103}));
-}
-
-TEST(IntegerList, OfAnEmptyTextIsEmpty) {
-  EXPECT_EQ(parseIntegerList(""), Integers{});
-}
-
-TEST(IntegerList, ATrailingCommaAddsNothing) {
-  EXPECT_EQ(parseIntegerList("101,102,"), (Integers{101, 102}));
-}
-
-TEST(IntegerList, AcceptsBlanksSignsAndWhatFollowsTheDigits) {
-  EXPECT_EQ(parseIntegerList(" 1,-2,+3,12x,0x10"), (Integers{1, -2, 3, 12, 0}));
-}
-
-TEST(IntegerList, ReachesToTheEndsOf32Bits) {
-  EXPECT_EQ(parseIntegerList("2147483647,-2147483648"), (Integers{2147483647, -2147483647 - 1}));
+TEST(IntegerList, IsSplitAtCommasAndReadAsFarAsItsItemsAreNumbers) {
+  const struct {
+    const char* text;
+    Integers items;
+  } cases[] = {{"101,102,103", {101, 102, 103}},
+               {"101,102,", {101, 102}},
+               {"", {}},
+               {" 1,-2,+3,12x,0x10", {1, -2, 3, 12, 0}},
+               {"2147483647,-2147483648", {2147483647, -2147483647 - 1}}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(parseIntegerList(each.text), each.items) << each.text;
+  }
 }
 
 TEST(IntegerList, AnItemWithoutDigitsIsAnInvalidArgument) {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -44,61 +45,43 @@ class Select : public testing::Test {
     return lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
   }
 
+  /// What the table's select with the filter gives, over a connection of its own.
+  template <class Table>
+  std::unique_ptr<tRowList> selected(const char* filter = nullptr) const {
+    const tSqlite3db db(path);
+    return Table::doSelect(db.getHandle(), filter);
+  }
+
   TemporaryFolder folder;
   const std::string path = folder.file("catalogue.sqlite");
 };
 
-TEST_F(Select, EveryColumnOfEveryTableIsRead) {
-  CatalogueFile file(path);
-  file.insert(kSat, cellsNamedByPosition(25));
-  file.insert(kTdt, cellsNamedByPosition(17));
-  file.insert(kCable, cellsNamedByPosition(17));
-  file.insert(kIP, cellsNamedByPosition(13));
-  const tSqlite3db db(path);
-
-  const auto expectNamedByPosition = [](const auto& list, std::size_t columns) {
+TEST_F(Select, EveryColumnOfEveryTableIsReadAsAnIntegerOrAText) {
+  const auto expectNamedByPosition = [](const auto& list, const std::string& types) {
     ASSERT_EQ(list->rows.size(), 1U);
     const auto& row = list->rows[0];
-    ASSERT_EQ(row.columns.size(), columns);
-    ASSERT_EQ(row.flags.size(), columns);
-    for (std::size_t column = 0; column < columns; ++column) {
-      EXPECT_EQ(row.columns[column]->asString(), "c" + std::to_string(column));
+    ASSERT_EQ(row.columns.size(), types.size());
+    ASSERT_EQ(row.flags.size(), types.size());
+    for (std::size_t column = 0; column < types.size(); ++column) {
+      const auto* const cell = row.columns[column].get();
+      EXPECT_EQ(cell->asString(), "c" + std::to_string(column));
+      EXPECT_EQ(dynamic_cast<const tSqlite3int*>(cell) != nullptr, types[column] == 'I') << column;
       EXPECT_FALSE(row.flags[column]);
     }
   };
-  expectNamedByPosition(tAvailableSatService::doSelect(db.getHandle(), nullptr), 25);
-  expectNamedByPosition(tAvailableTdtService::doSelect(db.getHandle(), nullptr), 17);
-  expectNamedByPosition(tAvailableCableService::doSelect(db.getHandle(), nullptr), 17);
-  expectNamedByPosition(tAvailableIPService::doSelect(db.getHandle(), nullptr), 13);
-}
-
-TEST_F(Select, ColumnsAreIntegersOrTextsByTheirPosition) {
-  const auto typesOf = [](const auto& row) {
-    std::string types;
-    for (const auto& cell : row.columns) {
-      types += dynamic_cast<const tSqlite3int*>(cell.get()) != nullptr ? 'I' : 'S';
-    }
-    return types;
-  };
   CatalogueFile file(path);
-  for (const char* table : {kSat, kTdt, kCable, kIP}) {
-    file.insert(table, {});
+  for (const char* const table : {kSat, kTdt, kCable, kIP}) {
+    file.insert(table, cellsNamedByPosition(25));
   }
-  const tSqlite3db db(path);
-  EXPECT_EQ(typesOf(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows[0]),
-            "IIISISIIIIIIIISISIIISIISS");
-  EXPECT_EQ(typesOf(tAvailableTdtService::doSelect(db.getHandle(), nullptr)->rows[0]),
-            "IIIIIIIIISISIIISS");
-  EXPECT_EQ(typesOf(tAvailableCableService::doSelect(db.getHandle(), nullptr)->rows[0]),
-            "IIIIIIIIIIISIIISS");
-  EXPECT_EQ(typesOf(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows[0]),
-            "ISSIISISIIISS");
+  expectNamedByPosition(selected<tAvailableSatService>(), "IIISISIIIIIIIISISIIISIISS");
+  expectNamedByPosition(selected<tAvailableTdtService>(), "IIIIIIIIISISIIISS");
+  expectNamedByPosition(selected<tAvailableCableService>(), "IIIIIIIIIIISIIISS");
+  expectNamedByPosition(selected<tAvailableIPService>(), "ISSIISISIIISS");
 }
 
 TEST_F(Select, NullCellsAreZeroOrEmpty) {
   CatalogueFile(path).insert(kSat, {});
-  const tSqlite3db db(path);
-  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  const auto list = selected<tAvailableSatService>();
   ASSERT_EQ(list->rows.size(), 1U);
   EXPECT_EQ(list->rows[0].asInt(11), 0);
   EXPECT_EQ(list->rows[0].asText(11), "0");
@@ -107,8 +90,7 @@ TEST_F(Select, NullCellsAreZeroOrEmpty) {
 
 TEST_F(Select, TextInAnIntegerColumnGivesTheNumberItBeginsWith) {
   CatalogueFile(path).insert(kSat, {{7, "11778 MHz"}, {17, "none"}});
-  const tSqlite3db db(path);
-  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  const auto list = selected<tAvailableSatService>();
   EXPECT_EQ(list->rows[0].asInt(7), 11778);
   EXPECT_EQ(list->rows[0].asText(7), "11778");
   EXPECT_EQ(list->rows[0].asInt(17), 0);
@@ -121,8 +103,7 @@ TEST_F(Select, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
     cells[0] = number;
     file.insert(kSat, cells);
   }
-  const tSqlite3db db(path);
-  const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+  const auto list = selected<tAvailableSatService>();
   ASSERT_EQ(list->rows.size(), 3U);
   for (std::size_t row = 0; row < 3; ++row) {
     EXPECT_EQ(list->rows[row].asInt(0), static_cast<int>(row) + 1);
@@ -133,9 +114,7 @@ TEST_F(Select, RowsKeepTheirOrderAndAlignmentWithMoreColumnsThanKnown) {
 TEST_F(Select, ColumnsThatTheResultLacksAreNull) {
   // Only a second statement typed into a name brings this about.
   const CatalogueFile file(path);
-  const tSqlite3db db(path);
-  const auto list =
-      tAvailableSatService::doSelect(db.getHandle(), "WHERE 0; SELECT 5 UNION SELECT 6");
+  const auto list = selected<tAvailableSatService>("WHERE 0; SELECT 5 UNION SELECT 6");
   ASSERT_EQ(list->rows.size(), 2U);
   EXPECT_EQ(list->rows[0].asInt(0), 5);
   EXPECT_EQ(list->rows[0].asInt(1), 0);
@@ -145,9 +124,8 @@ TEST_F(Select, ColumnsThatTheResultLacksAreNull) {
 
 TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
-  const tSqlite3db db(path);
   EXPECT_EQ(errorsOf([&] {
-              const auto list = tAvailableSatService::doSelect(db.getHandle(), "WHERE 0");
+              const auto list = selected<tAvailableSatService>("WHERE 0");
               ASSERT_NE(list, nullptr);
               EXPECT_TRUE(list->rows.empty());
             }),
@@ -156,8 +134,7 @@ TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
 
 TEST_F(Select, AListIsFreedAndSoIsNone) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
-  const tSqlite3db db(path);
-  tAvailableSatService::freeList(tAvailableSatService::doSelect(db.getHandle(), nullptr));
+  tAvailableSatService::freeList(selected<tAvailableSatService>());
   tAvailableSatService::freeList(nullptr);
 }
 
@@ -192,10 +169,9 @@ TEST_F(Select, FilterArgumentsAreInsertedAsTheyAre) {
 
 TEST_F(Select, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
   CatalogueFile(path).execute("DROP TABLE availableTdtService");
-  const tSqlite3db db(path);
   const auto start = steady_clock::now();
   const Lines lines = errorsOf([&] {
-    const auto list = tAvailableTdtService::doSelect(db.getHandle(), nullptr);
+    const auto list = selected<tAvailableTdtService>();
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->rows.empty());
   });
@@ -280,9 +256,7 @@ TEST_F(Select, RowsAreNotWritten) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
   const auto before = filesIn(folder.path());
   const Lines lines = errorsOf([&] {
-    const tSqlite3db db(path);
-    const char* const filter = "; DELETE FROM availableSatService";
-    EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), filter)->rows.empty());
+    EXPECT_TRUE(selected<tAvailableSatService>("; DELETE FROM availableSatService")->rows.empty());
   });
   ASSERT_EQ(lines.size(), 9U);
   EXPECT_EQ(lines[1], "[ERROR_DB]doSelect: attempt to write a readonly database");
@@ -297,11 +271,10 @@ TEST_F(Select, VirtualTablesAreRead) {
                  module + "(service_id, service_name, other)");
     file.execute("INSERT INTO availableTdtService VALUES(17, 18, 19)");
     const auto before = filesIn(folder.path());
-    const tSqlite3db db(path);
     const std::string search = module == "rtree" ? "" : "WHERE availableTdtService MATCH '18'";
     for (const std::string& filter :
          {std::string(), std::string("WHERE service_id = 17"), search}) {
-      const auto list = tAvailableTdtService::doSelect(db.getHandle(), filter.c_str());
+      const auto list = selected<tAvailableTdtService>(filter.c_str());
       ASSERT_EQ(list->rows.size(), 1U);
       EXPECT_EQ(list->rows[0].asInt(0), 17);
       EXPECT_EQ(list->rows[0].asInt(1), 18);
@@ -320,8 +293,7 @@ TEST_F(Select, ViewsOnViewsAndCompoundSelectsAreRead) {
   file.insert(kTdt, {{0, "17"}});
   file.execute(views + "CREATE VIEW availableTdtService AS SELECT * FROM view40 " +
                "WHERE (SELECT abs(count(*)) FROM view0) = 1");
-  const tSqlite3db db(path);
-  EXPECT_EQ(tAvailableTdtService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U);
+  EXPECT_EQ(selected<tAvailableTdtService>()->rows.size(), 1U);
 }
 
 TEST_F(Select, WhatFollowsASelectMayWrite) {
@@ -344,8 +316,7 @@ TEST_F(Select, RowsInTheLogBesideASmallFileAreRead) {
       "UPDATE availableIPService SET service_name = hex(zeroblob(750000)) "
       "WHERE service_id = 17");
   ASSERT_LT(std::filesystem::file_size(path), 100'000U);
-  const tSqlite3db db(path);
-  const auto list = tAvailableIPService::doSelect(db.getHandle(), nullptr);
+  const auto list = selected<tAvailableIPService>();
   ASSERT_EQ(list->rows.size(), static_cast<std::size_t>(kRows));
   EXPECT_EQ(list->rows[16].asText(7), std::string(1'500'000, '0'));
   EXPECT_EQ(list->rows.back().asText(7), "Channel 22000");
@@ -358,9 +329,8 @@ TEST_F(Select, AViewMayTakeHundredsOfMillionsOfSteps) {
   file.execute(
       "CREATE VIEW availableSatService AS SELECT max(i) FROM (WITH RECURSIVE n(i) AS (VALUES(1) "
       "UNION ALL SELECT i + 1 FROM n LIMIT 10000000) SELECT i FROM n)");
-  const tSqlite3db db(path);
   EXPECT_EQ(errorsOf([&] {
-              const auto list = tAvailableSatService::doSelect(db.getHandle(), nullptr);
+              const auto list = selected<tAvailableSatService>();
               ASSERT_EQ(list->rows.size(), 1U);
               EXPECT_EQ(list->rows[0].asInt(0), 10'000'000);
             }),
@@ -372,17 +342,11 @@ TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
     CatalogueFile file(path);
     file.execute("PRAGMA journal_mode=WAL");
     file.insert(kSat, {{15, "17"}});
-    const tSqlite3db db(path);
-    EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U)
-        << "with its writer connected";
+    EXPECT_EQ(selected<tAvailableSatService>()->rows.size(), 1U) << "with its writer connected";
   }
   const auto before = filesIn(folder.path());
   ASSERT_EQ(before.size(), 1U);
-  {
-    const tSqlite3db db(path);
-    EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U)
-        << "on its own";
-  }
+  EXPECT_EQ(selected<tAvailableSatService>()->rows.size(), 1U) << "on its own";
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
