@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <csignal>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +44,11 @@ class SimulatorProcess {
   void signal(int number) const { process_.signal(number); }
   /// Waits for its end, as after a signal.
   Outcome finish() { return process_.finish(); }
+  /// Ends it as a service manager does.
+  Outcome end() {
+    signal(SIGTERM);
+    return finish();
+  }
 
  private:
   ConsoleProcess process_;

@@ -35,6 +35,11 @@ void expectRefusal(const Outcome& outcome, const std::string& message) {
   EXPECT_EQ(outcome.err, "headend-simulator: " + message + "\n");
 }
 
+/// Runs a simulator with this file for its state, which it is to refuse.
+Outcome runWithState(const std::string& path) {
+  return runSimulator({"--port", "0", "--no-catalogue", "--state", path});
+}
+
 void expectUsageError(const std::vector<std::string>& arguments, const std::string& message) {
   const Outcome outcome = runSimulator(arguments);
   EXPECT_EQ(outcome.status, 1);
@@ -107,37 +112,27 @@ TEST(SimulatorOptions, VersionIsTheProjects) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST(SimulatorOptions, UnknownOptionIsRefusedWithAHint) {
-  expectUsageError({"--nonsense"}, "unknown option '--nonsense'");
-  expectUsageError({"-x"}, "unknown option '-x'");
-  expectUsageError({"--help=yes"}, "unknown option '--help=yes'");
-}
-
-TEST(SimulatorOptions, MissingArgumentIsRefused) {
-  expectUsageError({"--port"}, "option '--port' needs an argument");
-}
-
-TEST(SimulatorOptions, OperandIsRefused) {
-  expectUsageError({"catalogue.sqlite"}, "unexpected argument 'catalogue.sqlite'");
-}
-
-TEST(SimulatorOptions, NumberOutOfRangeIsRefused) {
-  expectUsageError({"--port", "65536"}, "--port needs a number from 0 to 65535, not '65536'");
-  expectUsageError({"--port", "-1"}, "--port needs a number from 0 to 65535, not '-1'");
-  expectUsageError({"--port", "91x"}, "--port needs a number from 0 to 65535, not '91x'");
-  expectUsageError({"--not-ready", ""}, "--not-ready needs a number from 0 to 86400, not ''");
-}
-
-TEST(SimulatorOptions, DescriptorThatIsNotOpenIsRefused) {
-  expectUsageError({"--ready-fd", "77"}, "--ready-fd needs an open file descriptor, not '77'");
-}
-
-TEST(SimulatorOptions, EmptyPathIsRefused) {
-  expectUsageError({"--state", ""}, "--state needs a file name");
-  expectUsageError({"--catalogue="}, "--catalogue needs a file name");
-}
-
-TEST(SimulatorOptions, InputThatNoHeadendHasIsRefused) {
+TEST(SimulatorOptions, ThatCannotBeTakenAreRefusedWithAHint) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* message;
+  } cases[] = {
+      {{"--nonsense"}, "unknown option '--nonsense'"},
+      {{"-x"}, "unknown option '-x'"},
+      {{"--help=yes"}, "unknown option '--help=yes'"},
+      {{"--port"}, "option '--port' needs an argument"},
+      {{"catalogue.sqlite"}, "unexpected argument 'catalogue.sqlite'"},
+      {{"--port", "65536"}, "--port needs a number from 0 to 65535, not '65536'"},
+      {{"--port", "-1"}, "--port needs a number from 0 to 65535, not '-1'"},
+      {{"--port", "91x"}, "--port needs a number from 0 to 65535, not '91x'"},
+      {{"--not-ready", ""}, "--not-ready needs a number from 0 to 86400, not ''"},
+      {{"--ready-fd", "77"}, "--ready-fd needs an open file descriptor, not '77'"},
+      {{"--state", ""}, "--state needs a file name"},
+      {{"--catalogue="}, "--catalogue needs a file name"},
+  };
+  for (const auto& each : cases) {
+    expectUsageError(each.arguments, each.message);
+  }
   for (const std::string name : {"SAT9", "SAT", "TDTALL", "SATALL", ""}) {
     expectUsageError({"--without-input", name},
                      "--without-input needs TDT1, TDT2 or SAT1 to SAT8, not '" + name + "'");
@@ -166,8 +161,7 @@ TEST(SimulatorPort, IsFreeAtOnceAfterAnEndWithOpenConnections) {
   Connection connection = first.connect();
   hub_module::HeadendConfig config;
   connection->getHeadendConfig(config);
-  first.signal(SIGTERM);
-  EXPECT_EQ(first.finish().status, 0);
+  EXPECT_EQ(first.end().status, 0);
   const SimulatorProcess second(folder, {}, first.port());
   EXPECT_EQ(second.port(), first.port());
   EXPECT_EQ(headendName(second), "Simulated headend");
@@ -177,14 +171,14 @@ TEST(SimulatorPort, IsFreeAtOnceAfterAnEndWithOpenConnections) {
 
 TEST(SimulatorReadiness, IsWrittenToADescriptorWhichIsClosedThen) {
   const TemporaryFolder folder;
-  Start start;
-  start.program = "sh";
-  start.folder = folder.path();
   // The substitution ends when nobody has the pipe open any more.
-  start.arguments = {"-c",
-                     "port=$(\"$1\" --port 0 --state state --no-catalogue --ready-fd 3 3>&1 >log & "
-                     "echo $! >pid); cat log; echo \"$port\"; kill $(cat pid)",
-                     "sh", kSimulatorProgram};
+  const Start start{
+      .program = "sh",
+      .arguments = {"-c",
+                    "port=$(\"$1\" --port 0 --state state --no-catalogue --ready-fd 3 3>&1 >log & "
+                    "echo $! >pid); cat log; echo \"$port\"; kill $(cat pid)",
+                    "sh", kSimulatorProgram},
+      .folder = folder.path()};
   const Outcome outcome = run(start);
   const std::string ready = "headend-simulator: ready on 127.0.0.1:";
   ASSERT_EQ(outcome.out.substr(0, ready.size()), ready);
@@ -193,11 +187,11 @@ TEST(SimulatorReadiness, IsWrittenToADescriptorWhichIsClosedThen) {
 }
 
 TEST(SimulatorReadiness, DescriptorIsClosedWithoutALineWhenTheStartFails) {
-  Start start;
-  start.program = "sh";
-  start.arguments = {"-c",
-                     "\"$1\" --port 0 --state /dev/null --ready-fd 3 3>&1 >/dev/null 2>&1 | wc -c",
-                     "sh", kSimulatorProgram};
+  const Start start{
+      .program = "sh",
+      .arguments = {"-c",
+                    "\"$1\" --port 0 --state /dev/null --ready-fd 3 3>&1 >/dev/null 2>&1 | wc -c",
+                    "sh", kSimulatorProgram}};
   EXPECT_EQ(run(start).out, "0\n");
 }
 
@@ -220,13 +214,10 @@ TEST_P(SimulatorSignals, EndItCleanly) {
 INSTANTIATE_TEST_SUITE_P(All, SimulatorSignals, testing::Values(SIGTERM, SIGINT, SIGHUP, SIGQUIT));
 
 TEST(SimulatorSignal, ThatIsIgnoredFromTheStartDoesNotEndIt) {
-  Start start;
-  start.program = "sh";
-  start.arguments = {"-c",          "trap '' INT HUP; exec \"$@\"",
-                     "sh",          kSimulatorProgram,
-                     "--port",      "0",
-                     "--in-memory", "--no-catalogue",
-                     "--delay",     "all=0.3"};
+  const Start start{
+      .program = "sh",
+      .arguments = {"-c", "trap '' INT HUP; exec \"$@\"", "sh", kSimulatorProgram, "--port", "0",
+                    "--in-memory", "--no-catalogue", "--delay", "all=0.3"}};
   ConsoleProcess simulator(start);
   const std::string ready = simulator.readUntil("\n");
   const int port = std::stoi(ready.substr(ready.rfind(':') + 1));
@@ -247,8 +238,7 @@ TEST(SimulatorSignal, EndsItWhileClientsStall) {
   const RawConnection halfway(simulator.port());
   halfway.send(std::string("\0\0\1\0half a frame", 16));
   EXPECT_EQ(headendName(simulator), "Simulated headend");
-  simulator.signal(SIGTERM);
-  EXPECT_EQ(simulator.finish().status, 0);
+  EXPECT_EQ(simulator.end().status, 0);
 }
 
 // ---- clients
@@ -370,8 +360,7 @@ TEST(SimulatorFaults, DelayHoldsNeitherOtherCallsNorTheEnd) {
   std::thread late([&] { errorOf([&] { headendName(simulator); }); });
   hub_module::HeadendStatus status;
   simulator.connect()->getHeadendStatus(status);
-  simulator.signal(SIGTERM);
-  EXPECT_EQ(simulator.finish().status, 0);
+  EXPECT_EQ(simulator.end().status, 0);
   late.join();
 }
 
@@ -392,10 +381,8 @@ TEST(SimulatorFaults, ThatCannotBeReadAreRefused) {
 }
 
 TEST(SimulatorLines, HaveTheTimeInFrontWithTimestamps) {
-  const TemporaryFolder folder;
-  Start start;
-  start.program = kSimulatorProgram;
-  start.arguments = {"--port", "0", "--in-memory", "--no-catalogue", "--timestamps"};
+  const Start start{.program = kSimulatorProgram,
+                    .arguments = {"--port", "0", "--in-memory", "--no-catalogue", "--timestamps"}};
   ConsoleProcess process(start);
   const std::string line = process.readUntil("\n");
   EXPECT_TRUE(matches(line,
@@ -411,20 +398,17 @@ TEST(SimulatorLines, HaveTheTimeInFrontWithTimestamps) {
 /// What is below /etc/korvel while the simulator runs there and afterwards, with a line between.
 std::string filesOfARun(const std::string& options, const std::string& before = "") {
   const TemporaryFolder folder;
-  Start start;
-  start.program = HEADEND_SANDBOX_PROGRAM;
-  start.arguments = {
-      "sh",
-      "-c",
-      "cd \"$2\"; place=/etc/korvel/conf/ControllerTask; rm -r /etc/korvel/conf\n" + before +
-          "\nport=$(\"$1\" --ready-fd 3 " + options +
-          " 3>&1 >log 2>&1 & echo $! >pid)\n"
-          "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; echo $port\n"
-          "kill $(cat pid); while kill -0 $(cat pid); do sleep 0.02; done 2>/dev/null\n"
-          "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; mkdir -p $place",
-      "sh",
-      kSimulatorProgram,
-      folder.path()};
+  const Start start{
+      .program = HEADEND_SANDBOX_PROGRAM,
+      .arguments = {
+          "sh", "-c",
+          "cd \"$2\"; place=/etc/korvel/conf/ControllerTask; rm -r /etc/korvel/conf\n" + before +
+              "\nport=$(\"$1\" --ready-fd 3 " + options +
+              " 3>&1 >log 2>&1 & echo $! >pid)\n"
+              "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; echo $port\n"
+              "kill $(cat pid); while kill -0 $(cat pid); do sleep 0.02; done 2>/dev/null\n"
+              "find /etc/korvel -mindepth 1 -name '[^.]*' | sort; mkdir -p $place",
+          "sh", kSimulatorProgram, folder.path()}};
   return run(start).out;
 }
 
@@ -459,10 +443,8 @@ TEST(SimulatorEnd, LeavesFilesThatOptionsName) {
 TEST(SimulatorState, IsMadeInFoldersThatDoNotExistYet) {
   const TemporaryFolder folder;
   const std::string state = folder.file("a/b/state.json");
-  SimulatorProcess simulator(folder, {"--state", state});
+  const SimulatorProcess simulator(folder, {"--state", state});
   EXPECT_TRUE(std::filesystem::exists(state));
-  simulator.signal(SIGTERM);
-  simulator.finish();
 }
 
 TEST(SimulatorState, InUseByAnotherSimulatorIsRefused) {
@@ -470,21 +452,15 @@ TEST(SimulatorState, InUseByAnotherSimulatorIsRefused) {
   const SimulatorProcess running(folder);
   const std::string refusal =
       "the state file " + folder.file("state.json") + " is in use by another process";
-  const std::vector<std::string> other{"--port", "0", "--no-catalogue", "--state",
-                                       folder.file("state.json")};
-  expectRefusal(runSimulator(other), refusal);
+  expectRefusal(runWithState(folder.file("state.json")), refusal);
   setHeadendName(running, "the file is a new one now");
-  expectRefusal(runSimulator(other), refusal);
+  expectRefusal(runWithState(folder.file("state.json")), refusal);
 }
 
 TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
   const TemporaryFolder folder;
   const std::string path = folder.file("state.json");
-  {
-    SimulatorProcess simulator(folder);
-    simulator.signal(SIGTERM);
-    simulator.finish();
-  }
+  SimulatorProcess(folder).end();
   const std::string whole = contentOf(path);
   for (const std::string& damaged :
        {std::string(), whole.substr(0, whole.size() / 2), whole.substr(0, whole.size() - 1),
@@ -492,7 +468,7 @@ TEST(SimulatorState, DamagedFileIsRefusedAndKept) {
         // A file in which the console has saved a configuration.
         std::string(R"({"1":{"rec":{}},"2":{"rec":{"1":{"i32":4}}}})")}) {
     writeFile(path, damaged);
-    const Outcome outcome = runSimulator({"--port", "0", "--no-catalogue", "--state", path});
+    const Outcome outcome = runWithState(path);
     EXPECT_EQ(outcome.status, 1) << damaged;
     EXPECT_EQ(outcome.out, "");
     const std::string begin =
@@ -508,8 +484,7 @@ TEST(SimulatorState, ThatIsNoRegularFileIsRefused) {
   mkfifo(folder.file("fifo").c_str(), 0600);
   for (const std::string& path :
        {folder.file(""), folder.file("fifo"), std::string("/dev/full"), std::string("/dev/null")}) {
-    expectRefusal(runSimulator({"--port", "0", "--no-catalogue", "--state", path}),
-                  "cannot use " + path + ": it is no regular file");
+    expectRefusal(runWithState(path), "cannot use " + path + ": it is no regular file");
   }
 }
 
@@ -518,9 +493,8 @@ TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
   const std::string path = folder.file("state.json");
   writeFile(path, "secret");
   chmod(path.c_str(), 0);
-  Start start;
-  start.program = kSimulatorProgram;
-  start.arguments = {"--port", "0", "--no-catalogue", "--state", path};
+  const Start start{.program = kSimulatorProgram,
+                    .arguments = {"--port", "0", "--no-catalogue", "--state", path}};
   expectRefusal(run(withoutPowers("-dac_override,-dac_read_search", start)),
                 "cannot open " + path + ": Permission denied");
 }
@@ -530,17 +504,10 @@ constexpr char kWithoutState[] = "; --state names another file, --in-memory does
 TEST(SimulatorState, WhereThereIsNoRoomIsRefused) {
   const TemporaryFolder folder;
   const std::string path = folder.file("state.json");
-  Start start;
-  start.program = "sh";
-  start.arguments = {"-c",
-                     "trap '' XFSZ; ulimit -S -f 0; exec \"$@\"",
-                     "sh",
-                     kSimulatorProgram,
-                     "--port",
-                     "0",
-                     "--no-catalogue",
-                     "--state",
-                     path};
+  const Start start{
+      .program = "sh",
+      .arguments = {"-c", "trap '' XFSZ; ulimit -S -f 0; exec \"$@\"", "sh", kSimulatorProgram,
+                    "--port", "0", "--no-catalogue", "--state", path}};
   expectRefusal(run(start), "cannot write " + path + ": File too large" + kWithoutState);
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>());
 }
@@ -549,8 +516,7 @@ TEST(SimulatorState, WhereNoFileCanBeIsRefused) {
   const TemporaryFolder folder;
   writeFile(folder.file("file"), "");
   const std::string path = folder.file("file/state.json");
-  expectRefusal(runSimulator({"--port", "0", "--no-catalogue", "--state", path}),
-                "cannot write " + path + ": Not a directory" + kWithoutState);
+  expectRefusal(runWithState(path), "cannot write " + path + ": Not a directory" + kWithoutState);
 }
 
 TEST(SimulatorState, ThatCannotBeStoredIsNotTakenOver) {
@@ -611,8 +577,7 @@ TEST(SimulatorState, HoldsTheLastChangeOrTheOneBeforeWhenKilled) {
     const int name = std::stoi(headendName(again));
     EXPECT_GE(name, answered);
     EXPECT_LE(name, answered + 1);
-    again.signal(SIGTERM);
-    again.finish();
+    again.end();
   }
 }
 
