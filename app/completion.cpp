@@ -137,7 +137,7 @@ std::vector<Candidate> completeFile(const std::string& typed) {
     const std::string name = entry->path().filename();
     if (name.ends_with(ending) && name.starts_with(begun) && isHidden(name) == isHidden(begun) &&
         isOneWord(name)) {
-      std::error_code unknown;  // a link that leads nowhere is no folder
+      std::error_code unknown;  // a link that leads nowhere is not a folder
       const char* const slash = fs::is_directory(entry->path(), unknown) ? "/" : "";
       candidates.push_back({folder + name + slash, ""});
     }

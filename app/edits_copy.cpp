@@ -283,7 +283,7 @@ void EditsCopy::remove() noexcept {
   removeFile(copy_);
 }
 
-/// If the file is gone, its name may be another's: it is not unlinked.
+/// Unlinks the file and forgets it. If it is gone, its name may be another's, and stays.
 void EditsCopy::removeFile(File& file) noexcept {
   if (isThere(file)) {
     unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
@@ -304,8 +304,8 @@ void EditsCopy::leave() noexcept {
       say(copy_, true);
       return;
     }
-    const File unfinished =
-        std::exchange(last_, File());  // set if an earlier leave() was interrupted
+    // Set if an earlier leave() was interrupted.
+    const File unfinished = std::exchange(last_, File());
     openFolders();
     for (const Folder& folder : folders_) {
       if (writeAtTheEnd(folder)) {

@@ -22,7 +22,7 @@ enum class WordReading {
 /// The command of one setting.
 struct SettingCommand {
   const Setting& setting;
-  const char* invalid;            ///< message for a word that is no choice
+  const char* invalid;            ///< message for a word that is not a choice
   const char* missing = invalid;  ///< message for a line without a word, unless `show` is set
   const char* already;            ///< before the word, when the value is held already
   const char* changed;            ///< after a change...

@@ -16,7 +16,7 @@ namespace lineup {
 ///    1". It implies that the service itself was added or removed, unless another line says it is
 ///    in no lineup. "added" also lists fields that differ from the defaults, or from the entry
 ///    removed at that position, and the service's number if another service is identical.
-///  - Services: those in no lineup, and what differs in one. Services are matched by the place
+///  - Services: those in no lineup, and the fields that differ. Services are matched by the place
 ///    that they are received from and their SID (DVB), or by their address (ENC). A new service
 ///    adds the fields that its entries do not show and that are not at their defaults; a service
 ///    that replaces another under its number, the other fields that differ. The numbers of other

@@ -14,8 +14,8 @@ namespace lineup {
 enum ConfigFileResult { CONFIG_FILE_OK = 0, CONFIG_FILE_NOT_OPENED = -1, CONFIG_FILE_FAILED = -2 };
 
 /// Writes `config` to `path`. A new file is readable and writable by its owner alone; an existing
-/// one is truncated and keeps its permissions. After
-/// CONFIG_FILE_FAILED the file holds a part at most.
+/// one is truncated and keeps its permissions. After CONFIG_FILE_FAILED the file holds a part at
+/// most.
 ConfigFileResult writeConfigFile(const std::string& path, const hub_module::HeadendConfig& config);
 
 /// Writes `config` to the open file `descriptor`, as a file of writeConfigFile() holds it; syncs

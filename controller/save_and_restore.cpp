@@ -35,8 +35,7 @@ void LineupEditor::saveConfig(const std::string& path) {
 
 void LineupEditor::restoreConfig(const std::string& path) {
   const uint64_t commitsBefore = commits;
-  hub_module::HeadendConfig restored =
-      config;  // `config` is replaced only when the reading is over
+  hub_module::HeadendConfig restored = config;  // which is replaced when the reading is over
   const bool complete = readUnlessSignalled(path, restored);
   hub_module::HeadendConfig before = std::exchange(config, std::move(restored));
   try {

@@ -12,7 +12,7 @@ enum Status {
   kDone = 0,
   kDiffers = 1,     ///< or an expectation that does not hold, or a wait that ran out
   kUsage = 2,       ///< the command line is wrong
-  kFile = 3,        ///< a file, the output or the catalogue
+  kFile = 3,        ///< a file, the output, the catalogue or memory
   kController = 4,  ///< it cannot be reached, refuses or breaks off
   kOtherConfig = 5  ///< the headend runs something else than what was sent
 };

@@ -15,8 +15,9 @@ namespace lineup {
 
 /// Edits one HeadendConfig for the length of a run. Created by main, used by one thread.
 ///
-/// Operations change `config` in memory and set `pendingChanges`; only commitHeadendConfig() and
-/// the RF input operations reach the controller. Unless an operation says otherwise:
+/// Operations change `config` in memory and set `pendingChanges`. The controller gets the edits by
+/// commitHeadendConfig(), which restoreConfig() and runTypeMode() call; RF inputs are switched by
+/// calls of their own. Unless an operation says otherwise:
 ///  - what the user is told goes to std::cout, each line flushed;
 ///  - a refused argument or a failed lookup is thrown as std::runtime_error whose what() is the
 ///    whole text for the user, and `config` is then as it was;
@@ -114,7 +115,7 @@ class LineupEditor {
 
   // ---- lineup/: entries of the RF and IP lineups
 
-  /// The smallest integer of at least 1 that is no key of `services`, which may have any other
+  /// The smallest integer of at least 1 that is not a key of `services`, which may have any other
   /// keys.
   template <class Service>
   static int32_t allocateServiceKey(const std::map<int32_t, Service>& services);

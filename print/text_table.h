@@ -26,8 +26,8 @@ TextTable::Row rowOf(Cells... cells) {
 }
 
 /// The table for the eye: the names of its columns in upper case, then a line for each row, in
-/// columns two blanks apart as a terminal shows them, in any locale. Control characters and what is
-/// no UTF-8 are escaped. A cell wider than 256 columns of the terminal is wider than its own.
+/// columns two blanks apart as a terminal shows them, in any locale. Control characters and bytes
+/// that are not UTF-8 are escaped. A column is at most 256 wide: a wider cell hangs over, uncut.
 std::string tableText(TextTable table);
 
 /// The table under its title, which says "none" where there are no rows.

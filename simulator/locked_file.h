@@ -10,7 +10,7 @@
 namespace lineup::simulator {
 
 /// Whether there is a file at `path`; false too if stat() fails. Throws
-/// std::runtime_error naming the path if it is no regular file but a folder or a device.
+/// std::runtime_error naming the path if it is not a regular file but a folder or a device.
 bool fileExists(const std::string& path);
 
 /// Puts a file with `contents` at `path`, making the folders above it, by way of a temporary file

@@ -21,7 +21,7 @@ struct Folder {
 enum class IfMissing { Leave, Create };
 
 /// The user's own folder: $XDG_STATE_HOME/lineup-console or, where that variable is not set to an
-/// absolute path, ~/.local/state/lineup-console. It is no symbolic link, belongs to the user and
+/// absolute path, ~/.local/state/lineup-console. It is not a symbolic link, belongs to the user and
 /// has mode 0700, to which it is set if need be. Returns nothing if there is no such folder.
 std::optional<Folder> openStateFolder(IfMissing ifMissing);
 

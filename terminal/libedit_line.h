@@ -24,8 +24,8 @@ namespace lineup {
 class LibeditLine {
  public:
   /// Gives libedit the next key, a letter or one that ends the line or the input. Returns 1 then, 0
-  /// at the end of input, or -1 to end the line. What other keys do it does itself, and calls
-  /// refresh() then. Must not throw.
+  /// at the end of input, or -1 to end the line. It acts on any other key itself, calls refresh()
+  /// and waits for the next. Must not throw.
   using ReadKey = std::function<int(wchar_t& key)>;
 
   explicit LibeditLine(ReadKey readKey) : readKey_(std::move(readKey)) {}

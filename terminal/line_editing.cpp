@@ -139,7 +139,7 @@ Edited TerminalLineEditor::edit(const std::string& prompt, const LineAids& aids,
   return result != nullptr ? Edited::Line : endWithoutLine();
 }
 
-/// Whether the line was, and not the program.
+/// Whether it was the line that was ended, and not the program.
 bool TerminalLineEditor::wasInterrupted() const {
   try {
     std::rethrow_exception(ended_);
@@ -276,7 +276,7 @@ bool TerminalLineEditor::search(wchar_t& key) {
   return false;
 }
 
-/// Returns whether `key` is one that does so.
+/// Moves the cursor or erases if `key` does so; returns whether it does.
 bool TerminalLineEditor::moveOrErase(wchar_t key) {
   const LineMotion* const motion = motionOf(key);
   if (motion == nullptr) {

@@ -81,8 +81,8 @@ class Input {
 bool readPlainLine(const std::string& prompt, std::string& line) {
   static Input input;
   std::cout << prompt << std::flush;
-  throwIfSignalled();  // perhaps nobody reads the output; the next line may be in the buffer
-                       // already
+  // Perhaps nobody reads the output, and the next line is in the buffer already.
+  throwIfSignalled();
   return input.readLine(line);
 }
 

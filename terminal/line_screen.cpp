@@ -88,8 +88,8 @@ LineScreen::Picture LineScreen::layOut(const std::wstring& text, std::size_t cur
   if (cursor >= text.size()) {
     const bool isFull = picture.rows.back().size() == columns;
     if (isFull) {
-      picture.rows.push_back(
-          {" "});  // written, so that the terminal keeps the two rows as one line
+      // Written, so that the terminal keeps the two rows as one line.
+      picture.rows.push_back({" "});
     }
     picture.cursorRow = picture.rows.size() - 1;
     picture.cursorColumn = isFull ? 0 : picture.rows.back().size();

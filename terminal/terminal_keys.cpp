@@ -66,11 +66,11 @@ constexpr wchar_t kToOneByte = 0x40;           // from that second character
 constexpr wchar_t kSequenceInOneByte = 0x9b;   // CSI, for "ESC ["
 constexpr wchar_t kStringEndInOneByte = 0x9c;  // ST
 
-// Keys that one presses follow each other more slowly, what a terminal sends more quickly.
+// Keys that a person presses come further apart, the bytes of one sequence closer together.
 constexpr milliseconds kSequenceGoesOn(500);
 constexpr milliseconds kStringBegins(50);
 
-/// Keys with Shift end with what goes on in other sequences.
+/// rxvt ends the sequences of keys with Shift by '$', which is followed by more in others.
 bool isOfRxvtWithShift(const std::wstring& sequence) {
   const std::size_t numberEnd = sequence.find_first_not_of(L"0123456789", 1);
   return sequence[0] == L'[' && numberEnd > 1 && numberEnd + 1 == sequence.size() &&
@@ -94,7 +94,7 @@ bool KeyReader::read(wchar_t& key, bool escapeAlone) {
   return false;
 }
 
-/// Nothing where the sequence that was read is no key.
+/// Nothing where the sequence that was read is not a key.
 std::optional<wchar_t> KeyReader::readKey(bool escapeAlone) {
   wchar_t character = 0;
   if (!readCharacter(character)) {
