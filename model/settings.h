@@ -126,7 +126,7 @@ inline constexpr auto kQamsScanEnabledField = [](auto& config) -> auto& {
 
 /// A setting that is one field, one of those above.
 template <auto field>
-constexpr Setting fieldSetting(std::string_view command, std::span<const Choice> choices) {
+consteval Setting fieldSetting(std::string_view command, std::span<const Choice> choices) {
   return {command, choices,
           [](const hub_module::HeadendConfig& config) -> std::optional<int32_t> {
             return field(config);
@@ -137,7 +137,7 @@ constexpr Setting fieldSetting(std::string_view command, std::span<const Choice>
           }};
 }
 
-constexpr Setting countrySetting() {
+consteval Setting countrySetting() {
   return {"country", kCountries,
           [](const hub_module::HeadendConfig& config) -> std::optional<int32_t> {
             const hub_module::HeadendGlobalConfig& global = config.headendGlobalConfig;
@@ -150,7 +150,7 @@ constexpr Setting countrySetting() {
           "not set"};
 }
 
-constexpr Setting drmSetting() {
+consteval Setting drmSetting() {
   return {"drm", kDrmStates,
           [](const hub_module::HeadendConfig& config) -> std::optional<int32_t> {
             const auto& drm = config.lineupConfig.globalConfig.drmConfig;

@@ -15,7 +15,7 @@ namespace lineup {
 /// which no letter has.
 namespace key {
 
-constexpr wchar_t control(char letter) {
+consteval wchar_t control(char letter) {
   return static_cast<wchar_t>(letter & 0x1f);
 }
 
