@@ -18,9 +18,9 @@
 #include "tests/console/session.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/catalogue_services.h"
-#include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -123,9 +123,9 @@ TEST_F(CatalogueCommands, ATypedSelectMayReadButNothingElse) {
   };
   const auto before = filesIn(kFolder);
   ASSERT_EQ(before.size(), 1U);
-  std::vector<std::unique_ptr<ConsoleProcess>> consoles;  // side by side: each waits six seconds
+  std::vector<std::unique_ptr<ProgramProcess>> consoles;  // side by side: each waits six seconds
   for (const std::string& name : names) {
-    consoles.push_back(std::make_unique<ConsoleProcess>(Start{}));
+    consoles.push_back(std::make_unique<ProgramProcess>(Start{}));
     consoles.back()->send("findsat " + name + "\n");
   }
   for (std::size_t index = 0; index < names.size(); ++index) {
@@ -139,8 +139,8 @@ TEST_F(CatalogueCommands, ATypedSelectMayReadButNothingElse) {
 TEST_F(CatalogueCommands, AMissingCatalogueHasNoServices) {
   file.reset();
   std::filesystem::remove(kPath);
-  ConsoleProcess finding{Start{}};
-  ConsoleProcess adding{Start{}};
+  ProgramProcess finding{Start{}};
+  ProgramProcess adding{Start{}};
   finding.send("find\n");
   adding.send("adddvb 17\n");
 
@@ -160,7 +160,7 @@ TEST_F(CatalogueCommands, AMissingCatalogueHasNoServices) {
 
 TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
   CatalogueLock lock(kPath);
-  ConsoleProcess console{Start{}};
+  ProgramProcess console{Start{}};
   console.send("findip\nipadddvb 19\n");
   console.readErrorsUntil(retryLine(kIP, 0));
   lock.release();
@@ -171,7 +171,7 @@ TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
 
 TEST_F(CatalogueCommands, CtrlCAndOtherSignalsEndASelectThatTakesForever) {
   for (const int signal : {SIGINT, SIGTERM}) {
-    ConsoleProcess console{Start{}};
+    ProgramProcess console{Start{}};
     console.send(
         "findsat x';WITH\tRECURSIVE\tn(i)AS(SELECT\t1\tUNION\tALL\tSELECT\ti+1\tFROM\tn)"
         "SELECT\tmax(i)FROM\tn;--\n");
@@ -305,7 +305,7 @@ TEST_F(CatalogueCommands, ACompletionLeavesOutWhatTakesTooLong) {
   Start start;
   start.terminal = true;
   start.environment = {{"TERM", "xterm"}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"LC_CTYPE", {}}};
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil("> ");
   console.send("adddvb 17\t");
   EXPECT_NO_THROW(console.readUntil("17  Télé Uno (TDT)"));
@@ -314,7 +314,7 @@ TEST_F(CatalogueCommands, ACompletionLeavesOutWhatTakesTooLong) {
 #ifndef SANITIZED  // which needs memory of its own
 
 TEST_F(CatalogueCommands, TheConsolesMemoryIsLimited) {
-  ConsoleProcess console{Start{}};
+  ProgramProcess console{Start{}};
   console.readUntil("> ");
   rlimit limit{};
   ASSERT_EQ(prlimit(console.pid(), RLIMIT_DATA, nullptr, &limit), 0);
@@ -327,7 +327,7 @@ TEST_F(CatalogueCommands, AHundredThousandServicesFitIntoHalfOfASmallBoardsMemor
   file->fill(
       kSat, 100'000,
       "i, i, i, i, i, i, i, i, i, i, i, i, i, i, i, i, 'Service ' || i, i, i, i, i, i, i, i, i");
-  ConsoleProcess console{Start{}};
+  ProgramProcess console{Start{}};
   console.readUntil("> ");
   const rlimit limit{256 << 20, 256 << 20};
   prlimit(console.pid(), RLIMIT_DATA, &limit, nullptr);
@@ -350,7 +350,7 @@ class WithLittleMemory : public CatalogueCommands {
 
   static constexpr rlim_t kMemory = 64 << 20;
   TemporaryFolder folder;
-  ConsoleProcess console{Start{.environment = {{"XDG_STATE_HOME", folder.path()}}}};
+  ProgramProcess console{Start{.environment = {{"XDG_STATE_HOME", folder.path()}}}};
 };
 
 TEST_F(WithLittleMemory, ASelectThatNeedsMoreFailsAndTheConsoleGoesOn) {

@@ -207,7 +207,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
 
  protected:
   const Command command_ = GetParam();
-  ConsoleProcess console_{Start{}};
+  ProgramProcess console_{Start{}};
 };
 
 TEST_P(EveryCommandOfAController, WorksWheneverThereIsOne) {

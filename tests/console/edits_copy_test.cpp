@@ -24,11 +24,11 @@
 #include "controller/complete_config_file.h"
 #include "controller/config_file.h"
 #include "hub_module_types.h"
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/copies_in_tmp.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -74,14 +74,14 @@ class EditsCopy : public testing::Test {
     }
   }
 
-  static void type(ConsoleProcess& console, const std::string& line, const char* prompt) {
+  static void type(ProgramProcess& console, const std::string& line, const char* prompt) {
     console.send(line + "\n");
     console.readUntil("\n");  // the echo
     console.readUntil(prompt);
   }
 
   /// Runs the first line of a console, whose call the controller refuses.
-  void haveRefused(ConsoleProcess& console, const std::string& line) {
+  void haveRefused(ProgramProcess& console, const std::string& line) {
     console.readUntil("\n> ");
     controller.answerNext({.kind = Answer::kNotReady});
     type(console, line, "> ");
@@ -89,7 +89,7 @@ class EditsCopy : public testing::Test {
 
   /// The path of a copy that a console left which was killed.
   std::string leave() {
-    ConsoleProcess console(start("dumb"));
+    ProgramProcess console(start("dumb"));
     console.readUntil("> ");
     type(console, "id 7", kPending);
     std::string path = awaitCopyWith("{\"i32\":7}");
@@ -118,7 +118,7 @@ class EditsCopyOn : public EditsCopy, public testing::WithParamInterface<const c
 TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
   std::string path;
   {
-    ConsoleProcess console(start(GetParam()));
+    ProgramProcess console(start(GetParam()));
     console.readUntil("> ");
     type(console, "id 7", kPending);
     path = awaitCopyWith("{\"i32\":7}");
@@ -129,7 +129,7 @@ TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
   struct stat status {};
   ASSERT_EQ(stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
-  ConsoleProcess next(start(GetParam()));
+  ProgramProcess next(start(GetParam()));
   const std::string begin = next.readUntil("Enter 'help'");
   EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
   next.readUntil("\n> ");
@@ -139,7 +139,7 @@ TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
 }
 
 TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
-  ConsoleProcess console(start(GetParam()));
+  ProgramProcess console(start(GetParam()));
   console.readUntil("> ");
   type(console, "id 7", kPending);
   const std::string path = awaitCopyWith("{\"i32\":7}");
@@ -155,7 +155,7 @@ TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
 
 TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
   for (const char* end : {"quit\n", "\x04"}) {
-    ConsoleProcess console(start(GetParam()));
+    ProgramProcess console(start(GetParam()));
     console.readUntil("> ");
     type(console, "id 7", kPending);
     awaitCopyWith("{\"i32\":7}");
@@ -168,7 +168,7 @@ TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
 }
 
 TEST_P(EditsCopyOn, IsWrittenBeforeTheNextCommandBegins) {
-  ConsoleProcess console(start(GetParam()));
+  ProgramProcess console(start(GetParam()));
   console.readUntil("> ");
   controller.answerNext(stalled(false));
   console.send("id 7\ncommit\n");
@@ -183,7 +183,7 @@ TEST_P(EditsCopyOn, IsWrittenBeforeTheNextCommandBegins) {
 INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"));
 
 TEST_F(EditsCopy, IsNotWrittenAgainWithoutAChange) {
-  ConsoleProcess console(start("xterm"));
+  ProgramProcess console(start("xterm"));
   console.readUntil("> ");
   type(console, "id 7", kPending);
   const std::string path = awaitCopyWith("{\"i32\":7}");
@@ -202,7 +202,7 @@ TEST_F(EditsCopy, IsNotWrittenAgainWithoutAChange) {
 TEST_F(EditsCopy, IsNotWrittenOnPipesBeforeTheEnd) {
   Start pipes = start("dumb");
   pipes.terminal = false;
-  ConsoleProcess console(pipes);
+  ProgramProcess console(pipes);
   console.readUntil("> ");
   console.send("id 7\n");
   console.readUntil(kPending);
@@ -214,11 +214,11 @@ TEST_F(EditsCopy, IsNotWrittenOnPipesBeforeTheEnd) {
 }
 
 TEST_F(EditsCopy, OfAConsoleThatRunsIsNotAnnounced) {
-  ConsoleProcess console(start("xterm"));
+  ProgramProcess console(start("xterm"));
   console.readUntil("> ");
   type(console, "id 7", kPending);
   awaitCopyWith("{\"i32\":7}");
-  ConsoleProcess other(start("xterm"));
+  ProgramProcess other(start("xterm"));
   EXPECT_EQ(other.readUntil("Enter 'help'").find("not committed"), std::string::npos);
 }
 
@@ -226,7 +226,7 @@ TEST_F(EditsCopy, IsAnnouncedWithoutLineupctlWhereThatIsNotAtHand) {
   const std::string path = leave();
   Start start = this->start("dumb");
   start.environment["LINEUPCTL"] = "";
-  ConsoleProcess next(start);
+  ProgramProcess next(start);
   const std::string begin = next.readUntil("Enter 'help'");
   EXPECT_NE(begin.find("\"restore " + path + "\" sends them at once\r\n"), std::string::npos)
       << begin;
@@ -235,7 +235,7 @@ TEST_F(EditsCopy, IsAnnouncedWithoutLineupctlWhereThatIsNotAtHand) {
 TEST_F(EditsCopy, ThatIsNotTakenStays) {
   const std::string path = leave();
   for (int count = 0; count < 2; ++count) {
-    ConsoleProcess console(start("dumb"));
+    ProgramProcess console(start("dumb"));
     EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
     console.send("quit\n");
     console.finish();
@@ -245,7 +245,7 @@ TEST_F(EditsCopy, ThatIsNotTakenStays) {
 
 TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
   controller.setConfig(readCompleteConfigFile(leave()));
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_TRUE(files().empty());
 }
@@ -255,7 +255,7 @@ TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
   HeadendConfig other = readCompleteConfigFile(path);
   other.headendGlobalConfig.headendId = 8;
   controller.setConfig(other);
-  ConsoleProcess(start("dumb")).readUntil(announcement(path));
+  ProgramProcess(start("dumb")).readUntil(announcement(path));
   EXPECT_NE(copyWith("{\"i32\":7}"), "");
 }
 
@@ -266,7 +266,7 @@ TEST_F(EditsCopy, OfWhatTheControllerRunsIsAnnouncedIfThatIsNotKnown) {
   std::ofstream(path) << content;
   for (const Answer& answer : {Answer{.kind = Answer::kNotReady}, Answer{.sentBytes = 20}}) {
     controller.answerNext(answer);
-    ConsoleProcess console(start("dumb"));
+    ProgramProcess console(start("dumb"));
     const std::string begin = console.readUntil("Enter 'help'");
     EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
   }
@@ -275,7 +275,7 @@ TEST_F(EditsCopy, OfWhatTheControllerRunsIsAnnouncedIfThatIsNotKnown) {
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
   const std::string path = leave();
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   console.readUntil("> ");
   controller.answerNext({.kind = Answer::kNotReady});
   console.send("restore " + path + "\nquit\n");
@@ -285,7 +285,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
   const std::string path = leave();
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   haveRefused(console, "restore " + path);
   type(console, "commit", "> ");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
@@ -294,7 +294,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
   const std::string path = leave();
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   haveRefused(console, "restore " + path);
   type(console, "reset", "> ");
   type(console, "id 8", kPending);
@@ -304,11 +304,11 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
 
 TEST_F(EditsCopy, ThatWasAnnouncedAMonthAgoGoes) {
   const std::string path = leave();
-  ConsoleProcess(start("dumb")).readUntil("Enter 'help'");
+  ProgramProcess(start("dumb")).readUntil("Enter 'help'");
   setTimes(path, std::time(nullptr) - 29 * kDay);
-  ConsoleProcess(start("dumb")).readUntil(announcement(path));
+  ProgramProcess(start("dumb")).readUntil(announcement(path));
   setTimes(path, std::time(nullptr) - 31 * kDay);
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_TRUE(files().empty());
 }
@@ -317,7 +317,7 @@ TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
   const std::string path = leave();
   setTimes(path, 100);  // a clock that was not set yet
   for (int count = 0; count < 2; ++count) {
-    ConsoleProcess console(start("dumb"));
+    ProgramProcess console(start("dumb"));
     EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
   }
   EXPECT_TRUE(fs::exists(path));
@@ -325,9 +325,9 @@ TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
 
 TEST_F(EditsCopy, ThatWasAnnouncedBeforeTheClockWasSetIsAnnouncedAnew) {
   const std::string path = leave();
-  ConsoleProcess(start("dumb")).readUntil("Enter 'help'");
+  ProgramProcess(start("dumb")).readUntil("Enter 'help'");
   setTimes(path, 100);
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
   struct stat status {};
   ASSERT_EQ(stat(path.c_str(), &status), 0);
@@ -340,7 +340,7 @@ TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {
   fs::copy_file(path, unfinished);
   for (const bool old : {false, true}) {
     setTimes(unfinished, std::time(nullptr) - (old ? 31 : 29) * kDay);
-    ConsoleProcess console(start("dumb"));
+    ProgramProcess console(start("dumb"));
     EXPECT_EQ(console.readUntil("Enter 'help'").find(unfinished), std::string::npos);
     EXPECT_NE(fs::exists(unfinished), old);
   }
@@ -348,7 +348,7 @@ TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {
 }
 
 TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   console.readUntil("> ");
   constexpr int kSeconds = 600;
   for (std::time_t time = std::time(nullptr), end = time + kSeconds; time < end; ++time) {
@@ -377,7 +377,7 @@ TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
 }
 
 TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
-  ConsoleProcess console(start("xterm"));
+  ProgramProcess console(start("xterm"));
   console.readUntil("> ");
   type(console, "id 7", kPending);
   fs::remove(awaitCopyWith("{\"i32\":7}"));
@@ -396,13 +396,13 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
   std::ofstream(old) << "{}";
   fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(24 * 365));
   fs::create_symlink(old, state.file("lineup-console/lineup-console-20260101-000000-1.json"));
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
   EXPECT_EQ(files().size(), 2U);
 }
 
 TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
-  ConsoleProcess console(start("dumb"));
+  ProgramProcess console(start("dumb"));
   console.readUntil("> ");
   std::string lines;
   for (int count = 0; count < 20; ++count) {
@@ -416,7 +416,7 @@ TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
 TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
   Start full = start("xterm");
   full.environment["TMPDIR"] = std::nullopt;
-  ConsoleProcess console(full);
+  ProgramProcess console(full);
   console.readUntil("> ");
   type(console, "id 7", kPending);
   awaitCopyWith("{\"i32\":7}");
@@ -438,7 +438,7 @@ TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
   shell.program = "/bin/sh";
   shell.arguments = {"-c", std::string("exec ") + kConsoleProgram};
   shell.environment["TMPDIR"] = std::nullopt;
-  ConsoleProcess console(shell);
+  ProgramProcess console(shell);
   console.readUntil("> ");
   type(console, "id 7", kPending);
   const std::string path = awaitCopyWith("{\"i32\":7}");

@@ -20,11 +20,11 @@
 
 #include "tests/console/keys.h"
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
 #include "tests/support/matches.h"
+#include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 
@@ -35,7 +35,7 @@ using korvel::thrift::hub_module::HeadendStatus;
 namespace fs = std::filesystem;
 
 /// Waits for the console's first prompt and leaves an edit pending.
-void edit(ConsoleProcess& console) {
+void edit(ProgramProcess& console) {
   console.readUntil("> ");
   console.send("id 7\n");
   console.readUntil(kPending);
@@ -95,7 +95,7 @@ class EndingBySignal : public Ending, public testing::WithParamInterface<std::tu
   /// does not. Expects the end by the signal.
   Outcome signalDuringCommit(bool goesOn) {
     const auto [signal, terminal] = GetParam();
-    ConsoleProcess console(start(terminal));
+    ProgramProcess console(start(terminal));
     edit(console);
     controller.answerNext(stalled(goesOn));
     console.send("commit\n");
@@ -111,7 +111,7 @@ class EndingBySignal : public Ending, public testing::WithParamInterface<std::tu
 
 TEST_P(EndingBySignal, AtThePromptPendingEditsAreRescued) {
   const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   edit(console);
   console.signal(signal);
   const Outcome outcome = console.finish();
@@ -121,7 +121,7 @@ TEST_P(EndingBySignal, AtThePromptPendingEditsAreRescued) {
 
 TEST_P(EndingBySignal, WithNothingPendingNothingIsWritten) {
   const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   console.readUntil("> ");
   console.signal(signal);
   const Outcome outcome = console.finish();
@@ -146,7 +146,7 @@ TEST_P(EndingBySignal, EditsThatARemoteCallUnderWayFailedToCommitAreRescued) {
 
 TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
   const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   console.readUntil("> ");
   console.send("id 7\nfindsat O'Neil\n");
   if (terminal) {
@@ -163,7 +163,7 @@ TEST_P(EndingBySignal, WhileACommandWaitsTheWaitIsCutShort) {
 
 TEST_P(EndingBySignal, WhileNobodyReadsTheOutputItEndsAllTheSame) {
   const auto [signal, terminal] = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   edit(console);
   std::string lines;
   for (int count = 0; count < 200; ++count) {
@@ -187,7 +187,7 @@ TEST_P(EndingBySignal, WhileANamedPipeIsWaitedForItEndsAllTheSame) {
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   for (const std::string command : {"save ", "restore "}) {
     controller.setConfig({});
-    ConsoleProcess console(start(terminal));
+    ProgramProcess console(start(terminal));
     edit(console);
     console.send(command + pipe + "\n");
     console.waitUntilBlocked();
@@ -212,7 +212,7 @@ TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
   controller.answerNext(stalled(true));
   Start typeMode = start(false);
   typeMode.arguments = {"--type", "skyit"};
-  ConsoleProcess console(typeMode);
+  ProgramProcess console(typeMode);
   controller.waitForCalls(1);
   console.signal(SIGTERM);
   controller.release();
@@ -228,7 +228,7 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
     status.satRFInputs[static_cast<korvel::thrift::general::RFInputId::type>(id)];
   }
   controller.setStatus(status);
-  ConsoleProcess console(start(false));
+  ProgramProcess console(start(false));
   console.readUntil("> ");
   controller.answerNext({});
   controller.answerNext(stalled(true));
@@ -246,7 +246,7 @@ class EndingByException : public Ending, public testing::WithParamInterface<bool
 
 TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
   const bool terminal = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   console.readUntil("> ");
   console.send("id 7\nrfinput enable SAT1\n");
   const Outcome outcome = console.finish();
@@ -258,7 +258,7 @@ TEST_P(EndingByException, AnInputMissingFromTheStatusAbortsAfterTheRescue) {
 TEST_P(EndingByException, AMalformedListOfTheCatalogueAbortsAfterTheRescue) {
   const bool terminal = GetParam();
   CatalogueFile(kCataloguePath).insert(kSat, {{15, "17"}, {24, "101,,103"}});
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   console.readUntil("> ");
   console.send("id 7\nadddvb 17\n");
   const Outcome outcome = console.finish();
@@ -269,7 +269,7 @@ TEST_P(EndingByException, AMalformedListOfTheCatalogueAbortsAfterTheRescue) {
 
 TEST_P(EndingByException, WithNothingPendingNothingIsWritten) {
   const bool terminal = GetParam();
-  ConsoleProcess console(start(terminal));
+  ProgramProcess console(start(terminal));
   console.readUntil("> ");
   console.send("rfinput enable SAT1\n");
   const Outcome outcome = console.finish();
@@ -291,7 +291,7 @@ TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
   Start shell = start(false);
   shell.program = "/bin/sh";
   shell.arguments = {"-c", command};
-  ConsoleProcess console(shell);
+  ProgramProcess console(shell);
   ASSERT_EQ(write(master, "id 7\n", 5), 5);
   while (!fs::exists(elsewhere.file("out")) || fs::file_size(elsewhere.file("out")) < 100) {
     usleep(10'000);
@@ -307,7 +307,7 @@ TEST_F(Ending, OnAStoppedTerminalItEndsAllTheSame) {
     controller.setConfig({});
     Start stopped = start(true);
     stopped.environment["TERM"] = type;
-    ConsoleProcess console(stopped);
+    ProgramProcess console(stopped);
     edit(console);
     console.send(kCtrlS);
     console.send("show\n");
@@ -324,7 +324,7 @@ TEST_F(Ending, AtThePromptOfAStoppedTerminalItEndsAllTheSame) {
     controller.setConfig({});
     Start stopped = start(true);
     stopped.environment["TERM"] = "xterm";
-    ConsoleProcess console(stopped);
+    ProgramProcess console(stopped);
     edit(console);
     console.send(kCtrlS);
     console.send("x");
@@ -343,7 +343,7 @@ TEST_F(Ending, AFileThatWasReadInPartIsNotRescued) {
   text.pop_back();
   fs::remove(file);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-  ConsoleProcess console(start(false));
+  ProgramProcess console(start(false));
   console.readUntil("> ");
   console.send("id 7\nrestore " + file + "\n");
   const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
@@ -363,7 +363,7 @@ TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
     lines += "show\n";
   }
   for (int attempt = 0; attempt < 10; ++attempt) {
-    ConsoleProcess console(start(false));
+    ProgramProcess console(start(false));
     console.readUntil("> ");
     console.send(lines);
     console.waitUntilBlocked();
@@ -383,7 +383,7 @@ TEST_F(Ending, AnOutputThatIsReadAgainWithinASecondIsNotCutShort) {
 }
 
 TEST_F(Ending, AReaderThatGoesAwayEndsItBeforeTheNextCommand) {
-  ConsoleProcess console(start(false));
+  ProgramProcess console(start(false));
   edit(console);
   console.stopReading();
   const std::string saved = elsewhere.file("saved");
@@ -395,7 +395,7 @@ TEST_F(Ending, AReaderThatGoesAwayEndsItBeforeTheNextCommand) {
 }
 
 TEST_F(Ending, AReaderThatGoesAwayWithNothingPendingLeavesNothing) {
-  ConsoleProcess console(start(false));
+  ProgramProcess console(start(false));
   console.readUntil("> ");
   console.stopReading();
   console.send("help\n");
@@ -421,7 +421,7 @@ TEST_F(Ending, WithoutAStateFolderTheCopyIsInTheTemporaryFolderOrInTmp) {
       Start misled = start(false);
       misled.environment["XDG_STATE_HOME"] = state;
       misled.environment["TMPDIR"] = temporary;
-      ConsoleProcess console(misled);
+      ProgramProcess console(misled);
       edit(console);
       console.signal(SIGTERM);
       const Outcome outcome = console.finish();
@@ -439,7 +439,7 @@ TEST_F(Ending, TheStateFolderIsMadeInTheHomeFolder) {
   Start home = start(false);
   home.environment["XDG_STATE_HOME"] = "not/from/the/root";
   home.environment["HOME"] = folder.path();
-  ConsoleProcess console(home);
+  ProgramProcess console(home);
   edit(console);
   console.signal(SIGTERM);
   const std::string state = folder.file(".local/state/lineup-console");
@@ -452,7 +452,7 @@ TEST_F(Ending, ATemporaryFolderThatIsRelativeIsNamedFromTheRoot) {
   relative.folder = elsewhere.path();
   relative.environment["XDG_STATE_HOME"] = "/proc/none";
   relative.environment["TMPDIR"] = ".";
-  ConsoleProcess console(relative);
+  ProgramProcess console(relative);
   edit(console);
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
@@ -465,7 +465,7 @@ TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   Start shell = start(false);
   shell.program = "/bin/sh";
   shell.arguments = {"-c", std::string("ulimit -S -f 0; exec ") + kConsoleProgram};
-  ConsoleProcess console(shell);
+  ProgramProcess console(shell);
   edit(console);
   // Beyond the limit on the size of a file there is no more room than on a full disk.
   const std::string saved = elsewhere.file("saved");
@@ -492,7 +492,7 @@ TEST_F(Ending, AnIgnoredHangUpStaysIgnored) {
   Start shell = start(false);
   shell.program = "/bin/sh";
   shell.arguments = {"-c", std::string("trap '' HUP; exec ") + kConsoleProgram};
-  ConsoleProcess console(shell);
+  ProgramProcess console(shell);
   console.readUntil("> ");
   console.signal(SIGHUP);
   console.send("id 7\nquit\n");

@@ -13,9 +13,9 @@
 
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
-#include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {

@@ -21,10 +21,10 @@
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/screen.h"
 #include "tests/support/temporary_folder.h"
@@ -430,7 +430,7 @@ TEST_P(Editing, ALineLongerThanAnyScreenIsReadToItsLastLetter) {
     Start start = onTerminal(GetParam());
     start.rows = rows;
     start.columns = columns;
-    ConsoleProcess console(start);
+    ProgramProcess console(start);
     console.readUntil("for help");
     while (console.echoes()) {  // of the prompt there may be no room for more than the end
       usleep(1'000);
@@ -454,7 +454,7 @@ TEST_P(Editing, WindowsOfAbsurdSizesTakeNoMemory) {
   Start start = onTerminal(GetParam());
   start.rows = 65'000;
   start.columns = 65'000;
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil("> ");
   console.send("id 3");
   console.readUntil("id 3");
@@ -1227,7 +1227,7 @@ TEST_F(OnATerminal, PastesAreMarkedOnlyWhileALineIsEdited) {
   Start start = onTerminal();
   start.environment["PAGER"] = "echo pager; cat; echo end";
   start.rows = 3;
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil(std::string("> ") + kMarksOn);
   const auto expectBetweenLines = [&](const std::string& keys, const std::string& output) {
     console.send(keys);
@@ -1249,7 +1249,7 @@ TEST_F(OnATerminal, PastesAreNotMarkedWhileTheConsoleIsStopped) {
   start.program = "/bin/sh";
   start.arguments = {
       "-c", "set -m; " + std::string(kConsoleProgram) + "; echo stopped; read go; fg >/dev/null"};
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil(std::string("> ") + kMarksOn);
   console.send(kCtrlZ);
   console.readUntil(kMarksOff);
@@ -1260,13 +1260,13 @@ TEST_F(OnATerminal, PastesAreNotMarkedWhileTheConsoleIsStopped) {
 
 TEST_F(OnATerminal, OfEveryUsualKindIsAskedToMarkPastes) {
   for (const char* const type : {"xterm", "screen", "tmux-256color", "linux", "vt220", "no-such"}) {
-    ConsoleProcess console(onTerminal(type));
+    ProgramProcess console(onTerminal(type));
     console.readUntil(std::string("> ") + kMarksOn);
   }
 }
 
 TEST_F(OnATerminal, ThatMayNotKnowTheControlSequencesIsNotAskedToMarkPastes) {
-  ConsoleProcess console(onTerminal("vt52"));
+  ProgramProcess console(onTerminal("vt52"));
   console.readUntil("> ");
   console.send("quit\r");
   EXPECT_EQ(console.finish().out.find("2004"), std::string::npos);
@@ -1395,7 +1395,7 @@ INSTANTIATE_TEST_SUITE_P(Terminals, PlainReading,
 std::string typeSession(const std::string& program, const Start& like) {
   Start start = like;
   start.program = program;
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil("> ");
   for (const char* line : {"id 3x\x7f\n", "\n", "addpls\n2 13\n", "find\tx\n", "é\x7f\n"}) {
     console.send(line);
@@ -1451,7 +1451,7 @@ TEST_F(OnATerminal, WithOneOfInputAndOutputElsewhereLinesAreNotEdited) {
     Start start = onTerminal();
     start.program = "/bin/sh";
     start.arguments = {"-c", command};
-    ConsoleProcess console(start);
+    ProgramProcess console(start);
     console.readUntil("> ");
     console.send(command.ends_with("cat") ? "id 3\n" : "");
     console.readUntil("(changes to commit) > ");

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tests/console/session.h"
-#include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 
 namespace lineup::test {
 namespace {
@@ -194,7 +194,7 @@ TEST_F(Prompt, CommitSendsTheConfigurationAndClearsThePrompt) {
 }
 
 TEST_F(Prompt, AFailedCommitKeepsTheChangesPending) {
-  ConsoleProcess console({});
+  ProgramProcess console({});
   console.send("id 7\n");
   console.readUntil(kPending);
   controller.answerNext({.kind = Answer::kNotReady});
@@ -215,7 +215,7 @@ TEST_F(Prompt, ResetDropsTheEditsAndClearsThePrompt) {
 }
 
 TEST_F(Prompt, AFailedResetKeepsTheEdits) {
-  ConsoleProcess console({});
+  ProgramProcess console({});
   console.send("id 7\n");
   console.readUntil(kPending);
   controller.answerNext({.sentBytes = 0});
@@ -237,7 +237,7 @@ TEST(PromptWithoutController, WorksOnTheDefaultConfiguration) {
 }
 
 TEST(PromptWithoutController, CommitsToOneThatComesLate) {
-  ConsoleProcess console(Start{});
+  ProgramProcess console(Start{});
   console.readUntil(std::string(kFetchFailed) + kGreeting + "> ");
   console.send("id 7\n");
   console.readUntil(std::string(kIdChanged) + kPending);
@@ -264,7 +264,7 @@ TEST(PromptOnATerminal, CtrlDWithPendingChangesPrintsTheNote) {
   Start start;
   start.terminal = true;
   start.environment["TERM"] = "dumb";
-  ConsoleProcess console(start);
+  ProgramProcess console(start);
   console.readUntil("> ");
   console.send("rfmod qam\n");
   console.readUntil(kPending);

@@ -20,8 +20,8 @@
 
 #include "model/headend_places.h"
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -195,7 +195,7 @@ std::string play(const Session& session) {
   start.environment = {
       {"TERM", session.terminal}, {"LANG", "C.UTF-8"}, {"LC_ALL", {}}, {"PAGER", "cat"}};
   try {
-    ConsoleProcess console(start);
+    ProgramProcess console(start);
     console.readUntil("for help");
     for (const Step& step : session.steps) {
       if (step.size.rows > 0) {

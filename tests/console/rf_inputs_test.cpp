@@ -68,7 +68,7 @@ TEST_F(RFInputCommands, StatusShowsWhichInputsAreSwitchedOn) {
 // ---- switching
 
 TEST_F(RFInputCommands, SwitchesASatelliteInputAndShowsTheTableAfterTheWait) {
-  ConsoleProcess console(Start{});
+  ProgramProcess console(Start{});
   console.readUntil("> ");
   console.send("rfinput enable sat1\n");
   controller.waitForCalls(3);

@@ -69,7 +69,7 @@ TEST_F(ScanCommands, APlsItemIsTakenFromALastLineWithoutALineFeed) {
 }
 
 TEST_F(ScanCommands, ThePlsQuestionIsOutBeforeItsLineIsTyped) {
-  ConsoleProcess console(Start{});
+  ProgramProcess console(Start{});
   console.readUntil("> ");
   console.send("addpls\n");
   EXPECT_EQ(console.readUntil("131070 \n"), kPlsQuestion);

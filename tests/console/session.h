@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
+#include "tests/support/program_process.h"
 
 namespace lineup::test {
 

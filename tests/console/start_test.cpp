@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 
 namespace lineup::test {
 namespace {

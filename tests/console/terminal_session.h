@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 #include "tests/support/screen.h"
 
 namespace lineup::test {
@@ -59,7 +59,7 @@ class Session {
     }
   }
 
-  ConsoleProcess console;
+  ProgramProcess console;
   Screen screen;
 };
 

@@ -214,8 +214,8 @@ TEST_F(CtlWithController, TheLastOfTwoConcurrentAppliesSucceeds) {
   const std::string two = fileWith(withId(8), "two.json");
   for (int round = 0; round < 20; ++round) {
     controller_.setConfig(withId(1));
-    ConsoleProcess first(ctl({"apply", "--expect", expected, one}));
-    ConsoleProcess second(ctl({"apply", "--expect", expected, two}));
+    ProgramProcess first(ctl({"apply", "--expect", expected, one}));
+    ProgramProcess second(ctl({"apply", "--expect", expected, two}));
     const Outcome firstOutcome = first.finish();
     const Outcome secondOutcome = second.finish();
     const int firstStatus = firstOutcome.status;

@@ -82,7 +82,7 @@ TEST_F(CtlCatalogue, SaysCellsThatAreNoWholeNumbersAsTexts) {
 TEST_F(CtlCatalogue, WaitsForACatalogueThatIsBeingWritten) {
   makeCatalogue();
   CatalogueLock lock(kFile);
-  ConsoleProcess asking(ctl({"catalogue", "velaria"}));
+  ProgramProcess asking(ctl({"catalogue", "velaria"}));
   asking.waitUntilBlocked();
   lock.release();
   EXPECT_EQ(asking.finish().status, 0);

@@ -286,7 +286,7 @@ TEST_F(Ctl, LeavesTheFileAsItIsIfTheControllerIsAway) {
 // ---- wait
 
 TEST_F(Ctl, WaitsUntilTheControllerAnswers) {
-  ConsoleProcess waiting(ctl({"wait"}));
+  ProgramProcess waiting(ctl({"wait"}));
   waiting.waitUntilBlocked();
   FakeController controller;
   EXPECT_EQ(waiting.finish().status, 0);

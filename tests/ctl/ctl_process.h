@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "hub_module_types.h"
-#include "tests/support/console_process.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {

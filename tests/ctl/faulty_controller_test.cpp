@@ -213,7 +213,7 @@ TEST_F(CtlWithFaultyController, SaysThatNothingWasTakenOverWhereItCouldNotConnec
   config.installerInfo.name = std::string(200'000, 'x');
   writeFile(file_, toJson(config));
   auto controller = std::make_unique<FakeController>();
-  ConsoleProcess applying(ctl({"apply", file_}));
+  ProgramProcess applying(ctl({"apply", file_}));
   controller->waitForClosed(1);
   controller.reset();
   const Outcome outcome = applying.finish();
@@ -244,22 +244,22 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
   SimulatorProcess simulator(folder_, faults, kControllerPort);
   const auto begin = std::chrono::steady_clock::now();
   // At their later calls: the status, the sending and the reading back.
-  std::deque<ConsoleProcess> late;
+  std::deque<ProgramProcess> late;
   for (const Words& words : {Words{"show"}, Words{"apply", file_}, Words{"apply", file_}}) {
     late.emplace_back(ctl(words));
     EXPECT_EQ(simulator.nextLine().find("getHeadendConfig: "), 0U);
   }
-  std::deque<ConsoleProcess> early;
+  std::deque<ProgramProcess> early;
   for (const Command& command : commands()) {
     early.emplace_back(ctl(command.words));
   }
   expectCtl({"wait", "--timeout", "1"}, 1, "", kController + "no answer within 1 s");
-  for (ConsoleProcess& process : early) {
+  for (ProgramProcess& process : early) {
     expectFailure(process.finish(), "");
   }
   expectFailure(late[0].finish(), "");
   std::set<std::string> said;
-  for (ConsoleProcess* const process : {&late[1], &late[2]}) {
+  for (ProgramProcess* const process : {&late[1], &late[2]}) {
     const Outcome outcome = process->finish();
     EXPECT_EQ(outcome.status, 4);
     EXPECT_EQ(outcome.out.find("id: 1 -> 7\n"), 0U) << outcome.out;
@@ -277,7 +277,7 @@ TEST_F(CtlWithFaultyController, ThatAnswersSlowlyIsHeardToTheEndAlsoAfterASignal
   FakeController controller;
   controller.answerNext(Answer());
   controller.answerNext({.byteByByte = true, .pause = std::chrono::milliseconds(30)});
-  ConsoleProcess applying(ctl({"apply", file_}));
+  ProgramProcess applying(ctl({"apply", file_}));
   controller.waitForCalls(2);
   const auto begin = std::chrono::steady_clock::now();
   applying.signal(SIGTERM);

@@ -69,7 +69,7 @@ TEST_F(Ctl, WaitsForAnOutputThatDoesNotBlock) {
   fcntl(ends[1], F_SETFL, O_NONBLOCK);
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
-  ConsoleProcess showing(
+  ProgramProcess showing(
       redirected("show --format=json " + file, ">&" + std::to_string(writing.number())));
   writing = Descriptor();
   EXPECT_TRUE(slowlyRead(reading.number()) == expected);
@@ -86,7 +86,7 @@ TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
   fcntl(ends[1], F_SETFD, FD_CLOEXEC);
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
-  ConsoleProcess showing(redirected("show -", "<&" + std::to_string(reading.number())));
+  ProgramProcess showing(redirected("show -", "<&" + std::to_string(reading.number())));
   for (const std::string& part : {file.substr(0, 600), file.substr(600)}) {
     showing.waitUntilBlocked();
     EXPECT_EQ(write(writing.number(), part.data(), part.size()), static_cast<ssize_t>(part.size()));
@@ -103,7 +103,7 @@ TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
   controller_.answerNext(stalled(true, 0));
   controller_.answerNext(recordAnswer("getHeadendConfig", toBinary(withId(1))));
   const std::string file = fileWith(withId(7));
-  ConsoleProcess applying(ctl({"apply", file}));
+  ProgramProcess applying(ctl({"apply", file}));
   controller_.waitForCalls(2);
   applying.stopReading();
   controller_.release();
@@ -123,7 +123,7 @@ TEST_F(Ctl, ItsStatusHoldsAlsoIfNobodyReadsItsErrors) {
 
 TEST_F(CtlWithController, ASignalEndsIt) {
   controller_.answerAll(stalled(false, 0));
-  ConsoleProcess asking(ctl({"diff", fileWith(withId(7))}));
+  ProgramProcess asking(ctl({"diff", fileWith(withId(7))}));
   controller_.waitForCalls(1);
   asking.signal(SIGTERM);
   EXPECT_EQ(asking.finish().signal, SIGTERM);
@@ -140,7 +140,7 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
     controller_.setConfig(withId(1));
     controller_.answerNext(Answer());
     controller_.answerNext(stalled(true, 0));
-    ConsoleProcess applying(ctl({"apply", file}));
+    ProgramProcess applying(ctl({"apply", file}));
     controller_.waitForCalls(calls += 2);
     applying.signal(signal);
     applying.waitUntilHeldBack(signal);
@@ -159,7 +159,7 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
 TEST_F(CtlWithController, ASignalThatWasBlockedBeforeIsNoEnd) {
   controller_.answerNext(Answer());
   controller_.answerNext(stalled(true, 0));
-  ConsoleProcess applying(
+  ProgramProcess applying(
       Start{.program = "env",
             .arguments = {"--block-signal=TERM", kCtlProgram, "apply", fileWith(withId(7))}});
   controller_.waitForCalls(2);

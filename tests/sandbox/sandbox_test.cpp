@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 
 namespace lineup::test {
 namespace {
@@ -155,7 +155,7 @@ TEST_F(Sandbox, KeepsTheWorkingFolder) {
 }
 
 TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
-  ConsoleProcess process(
+  ProgramProcess process(
       sandboxedShell("trap 'exit 3' TERM; echo up; while :; do sleep 0.01; done"));
   process.readUntil("up\n");
   process.signal(SIGTERM);
@@ -163,7 +163,7 @@ TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
 }
 
 TEST_F(Sandbox, TakesTheCommandWithItWhenItIsKilled) {
-  ConsoleProcess process(sandboxedShell("echo up; exec sleep 1000"));
+  ProgramProcess process(sandboxedShell("echo up; exec sleep 1000"));
   process.readUntil("up\n");
   process.signal(SIGKILL);
   EXPECT_EQ(process.finish().signal, SIGKILL);
@@ -173,7 +173,7 @@ TEST_F(Sandbox, LeavesCtrlCToTheCommand) {
   Start start =
       sandboxedShell("trap 'echo caught; exit 5' INT; echo up; while :; do sleep 0.01; done");
   start.terminal = true;
-  ConsoleProcess process(start);
+  ProgramProcess process(start);
   process.readUntil("up");
   process.send("\x03");
   EXPECT_EQ(process.readUntil("caught\r\n"), "\r\n^Ccaught\r\n");
@@ -184,7 +184,7 @@ TEST_F(Sandbox, AllowsJobControl) {
   Start start = sandboxed({"bash", "--norc", "--noprofile", "-i"});
   start.terminal = true;
   start.columns = 300;
-  ConsoleProcess process(start);
+  ProgramProcess process(start);
   process.send(
       "sh -c 'trap \"echo resu\"med CONT; echo runn\"\"ing; while :; do read line; done'\n");
   process.readUntil("running");
@@ -201,7 +201,7 @@ TEST_F(Sandbox, AllowsJobControl) {
 }
 
 TEST_F(OwnNamespaces, StandSideBySide) {
-  ConsoleProcess first(sandboxedShell(kListener));
+  ProgramProcess first(sandboxedShell(kListener));
   first.readUntil("up\n");
   EXPECT_EQ(run(sandboxedShell(kListener), "\n").out, "up\n");
   EXPECT_EQ(first.finish().status, 1);  // the listener's input has ended
@@ -299,7 +299,7 @@ TEST_F(MachinesOwn, FilesAreNotOverwritten) {
 }
 
 TEST_F(MachinesOwn, PortInUseIsRefused) {
-  ConsoleProcess process(
+  ProgramProcess process(
       machine("{ read go; HEADEND_SANDBOX=shared $SANDBOX echo ran; echo $? >&2\n"
               "  ls -A /etc/korvel; echo; } | " +
               std::string(kListener)));
@@ -314,7 +314,7 @@ TEST_F(MachinesOwn, PortInUseIsRefused) {
 }
 
 TEST_F(MachinesOwn, SandboxesComeOneAfterAnother) {
-  ConsoleProcess process(machine(
+  ProgramProcess process(machine(
       "export HEADEND_SANDBOX=shared; mkfifo /etc/korvel/end\n"
       "$SANDBOX sh -c 'touch $CATALOGUE; echo first; read line </etc/korvel/end; echo ended' &\n"
       "read line\n"

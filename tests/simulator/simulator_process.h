@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "WebSrv.h"
-#include "tests/support/console_process.h"
 #include "tests/support/file_content.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -51,7 +51,7 @@ class SimulatorProcess {
   }
 
  private:
-  ConsoleProcess process_;
+  ProgramProcess process_;
   int port_ = 0;
 };
 

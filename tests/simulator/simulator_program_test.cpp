@@ -218,7 +218,7 @@ TEST(SimulatorSignal, ThatIsIgnoredFromTheStartDoesNotEndIt) {
       .program = "sh",
       .arguments = {"-c", "trap '' INT HUP; exec \"$@\"", "sh", kSimulatorProgram, "--port", "0",
                     "--in-memory", "--no-catalogue", "--delay", "all=0.3"}};
-  ConsoleProcess simulator(start);
+  ProgramProcess simulator(start);
   const std::string ready = simulator.readUntil("\n");
   const int port = std::stoi(ready.substr(ready.rfind(':') + 1));
   simulator.signal(SIGHUP);
@@ -383,7 +383,7 @@ TEST(SimulatorFaults, ThatCannotBeReadAreRefused) {
 TEST(SimulatorLines, HaveTheTimeInFrontWithTimestamps) {
   const Start start{.program = kSimulatorProgram,
                     .arguments = {"--port", "0", "--in-memory", "--no-catalogue", "--timestamps"}};
-  ConsoleProcess process(start);
+  ProgramProcess process(start);
   const std::string line = process.readUntil("\n");
   EXPECT_TRUE(matches(line,
                       "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}[.][0-9]{3} "

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
@@ -35,7 +35,7 @@ class AdverseSystem : public testing::Test {
 class AdverseStreams : public AdverseSystem, public testing::WithParamInterface<bool> {};
 
 TEST_P(AdverseStreams, AnInterruptedReadIsRepeated) {
-  ConsoleProcess console(withFault("interruption", GetParam(), count));
+  ProgramProcess console(withFault("interruption", GetParam(), count));
   console.readUntil("> ");
   console.send("id 7\n");
   console.readUntil(kPending);
@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(Streams, AdverseStreams, testing::Bool(), [](const auto
 });
 
 TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
-  ConsoleProcess console(withFault("signalfd", true, count));
+  ProgramProcess console(withFault("signalfd", true, count));
   console.readUntil("> ");
   EXPECT_TRUE(console.echoes());
   console.send("id 7\n");
@@ -66,7 +66,7 @@ TEST_F(AdverseSystem, ATerminalThatFailsOnceLeavesTheConsoleToReadLines) {
   const auto session = [&](long place) {
     Start start = withFault("terminal", true, count);
     injectFault(start, {"terminal", place}, count);
-    ConsoleProcess console(start);
+    ProgramProcess console(start);
     console.readUntil("> ");
     const long before = calls();
     console.send("id 7\n");

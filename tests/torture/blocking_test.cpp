@@ -14,10 +14,10 @@
 
 #include "controller/complete_config_file.h"
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/matches.h"
+#include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
@@ -84,7 +84,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
   bool hasStruck() const { return FaultCounts(counts).faults > 0; }
 
   /// Asks the console to end, and expects that it does in time. Returns how.
-  static Outcome end(ConsoleProcess& console, std::chrono::seconds limit = Blocking::limit()) {
+  static Outcome end(ProgramProcess& console, std::chrono::seconds limit = Blocking::limit()) {
     const Clock::time_point asked = Clock::now();
     console.signal(SIGTERM);
     const Outcome outcome = console.finish();
@@ -126,7 +126,7 @@ TEST_P(Blocking, DoesNotKeepTheConsoleFromEndingWithACopy) {
     SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(all));
     const TemporaryFolder folder;
     const FakeController controller;
-    ConsoleProcess console(start(faultAt(place), folder));
+    ProgramProcess console(start(faultAt(place), folder));
     console.send(kLines);
     console.readWhile([&] { return !hasStruck(); });
     const Outcome outcome = end(console);
@@ -175,7 +175,7 @@ TEST_P(BlockingAtTheEnd, DoesNotKeepTheCopyFromBeingWritten) {
     SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(all));
     const TemporaryFolder folder;
     const FakeController controller;
-    ConsoleProcess console(start(faultAt(place), folder));
+    ProgramProcess console(start(faultAt(place), folder));
     console.send("id 7\n");
     console.readUntil(kPending);
     const Outcome outcome = end(console);
@@ -216,7 +216,7 @@ TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
   controller.setConfig(largeConfig());
   Fault none = faultAt(0);
   none.haste = GetParam().terminal ? none.haste : 2;
-  ConsoleProcess console(start(none, folder));
+  ProgramProcess console(start(none, folder));
   console.send("id 7\n");
   console.readUntil(kPending);
   controller.readSlowly(4'000);

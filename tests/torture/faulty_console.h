@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 
 namespace lineup::test {
 

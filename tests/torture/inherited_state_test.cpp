@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "controller/complete_config_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -145,7 +145,7 @@ TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {
     SCOPED_TRACE(testing::PrintToString(row));
     const FakeController controller;
     const TemporaryFolder folder;
-    ConsoleProcess console(startWith(row, folder));
+    ProgramProcess console(startWith(row, folder));
     console.send("id 7\nsave mark\n");  // where its output is closed, a file has to tell
     const auto late = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!fs::exists(folder.file("mark")) && std::chrono::steady_clock::now() < late) {

@@ -19,9 +19,9 @@
 
 #include "controller/complete_config_file.h"
 #include "support/descriptor.h"
-#include "tests/support/console_process.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
@@ -82,7 +82,7 @@ class Session {
   /// edits that the controller has not taken.
   void expectNextToRestore(const std::string& path) const {
     const int32_t id = path.empty() ? 0 : idIn(path);
-    ConsoleProcess console(start({}));
+    ProgramProcess console(start({}));
     const std::string beginning = console.readUntil("Enter 'help'");
     // Only now: what was killed may have sent a commit that the controller had yet to take.
     const bool isWaiting = !path.empty() && id != committedId();
@@ -98,7 +98,7 @@ class Session {
   }
 
   void expectNextToAnnounce(const std::string& path) const {
-    ConsoleProcess console(start({}));
+    ProgramProcess console(start({}));
     expectAnnounced(console.readUntil("Enter 'help'"), path);
     console.send("quit\n");
     console.finish();
@@ -156,7 +156,7 @@ class Session {
 
   const TemporaryFolder folder_;
   const FakeController controller_;
-  ConsoleProcess console_;
+  ProgramProcess console_;
 };
 
 const Fault kSlowDisk{"copy", 1, "late"};

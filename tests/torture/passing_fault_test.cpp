@@ -9,7 +9,7 @@
 #include <tuple>
 
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"

@@ -22,18 +22,18 @@
 #include <vector>
 
 #include "tests/support/catalogue_file.h"
-#include "tests/support/console_process.h"
 #include "tests/support/copies_in_tmp.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using lineup::test::ConsoleProcess;
 using lineup::test::copiesInTmp;
 using lineup::test::FakeController;
 using lineup::test::Outcome;
+using lineup::test::ProgramProcess;
 using lineup::test::ReceivedCall;
 using lineup::test::Start;
 
@@ -351,7 +351,7 @@ class Torture {
     controller.setStatus(statusWithSatInputs());
     Result result;
     try {
-      ConsoleProcess console(start(session, fault));
+      ProgramProcess console(start(session, fault));
       result.process = console.pid();
       console.send(inputOf(session));
       result.outcome = console.finish();

@@ -1,4 +1,4 @@
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -176,7 +176,7 @@ uint64_t pendingSignals(pid_t pid) {
 
 const char* const kConsoleProgram = consoleProgram();
 
-ConsoleProcess::ConsoleProcess(const Start& given)
+ProgramProcess::ProgramProcess(const Start& given)
     : terminal_(given.terminal), timeout_(given.timeout) {
   std::signal(SIGPIPE, SIG_IGN);
   Start start = given;
@@ -188,7 +188,7 @@ ConsoleProcess::ConsoleProcess(const Start& given)
   }
 }
 
-void ConsoleProcess::startOnPipes(const Start& start) {
+void ProgramProcess::startOnPipes(const Start& start) {
   Pipe input;
   Pipe output;
   Pipe errors;
@@ -203,7 +203,7 @@ void ConsoleProcess::startOnPipes(const Start& start) {
   refuseToBlock(input_);
 }
 
-void ConsoleProcess::startOnTerminal(const Start& start) {
+void ProgramProcess::startOnTerminal(const Start& start) {
   int terminal = check(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "open a terminal");
   std::array<char, 100> name{};
   grantpt(terminal);
@@ -229,7 +229,7 @@ void ConsoleProcess::startOnTerminal(const Start& start) {
   input_ = check(fcntl(terminal, F_DUPFD_CLOEXEC, 0), "duplicate the terminal");
 }
 
-ConsoleProcess::~ConsoleProcess() {
+ProgramProcess::~ProgramProcess() {
   if (!ended_ && pid_ > 0) {
     kill(-pid_, SIGKILL);
     kill(pid_, SIGKILL);
@@ -241,13 +241,13 @@ ConsoleProcess::~ConsoleProcess() {
   closeFile(err_.file);
 }
 
-void ConsoleProcess::fail(const std::string& reason) {
+void ProgramProcess::fail(const std::string& reason) {
   throw std::runtime_error(reason + "\nstandard output: \"" + out_.text + "\"\nstandard error: \"" +
                            err_.text + "\"");
 }
 
 /// Waits until the program takes input or writes something, and passes it on.
-void ConsoleProcess::pump(Deadline deadline, const std::string& awaited,
+void ProgramProcess::pump(Deadline deadline, const std::string& awaited,
                           std::chrono::milliseconds atMost) {
   std::array<pollfd, 3> files{{{pending_.empty() ? -1 : input_, POLLOUT, 0},
                                {out_.file, POLLIN, 0},
@@ -283,7 +283,7 @@ void ConsoleProcess::pump(Deadline deadline, const std::string& awaited,
   }
 }
 
-void ConsoleProcess::send(std::string_view text) {
+void ProgramProcess::send(std::string_view text) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   if (input_ < 0) {
     fail("the input has ended");
@@ -294,7 +294,7 @@ void ConsoleProcess::send(std::string_view text) {
   }
 }
 
-void ConsoleProcess::closeInput() {
+void ProgramProcess::closeInput() {
   if (terminal_) {
     send("\x04");
   } else {
@@ -302,11 +302,11 @@ void ConsoleProcess::closeInput() {
   }
 }
 
-std::string ConsoleProcess::readUntil(std::string_view expected) {
+std::string ProgramProcess::readUntil(std::string_view expected) {
   return readUntil(out_, expected);
 }
 
-std::string ConsoleProcess::readMore() {
+std::string ProgramProcess::readMore() {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (out_.taken == out_.text.size()) {
     if (out_.file < 0) {
@@ -319,11 +319,11 @@ std::string ConsoleProcess::readMore() {
   return out_.text.substr(start);
 }
 
-std::string ConsoleProcess::readErrorsUntil(std::string_view expected) {
+std::string ProgramProcess::readErrorsUntil(std::string_view expected) {
   return readUntil(err_, expected);
 }
 
-std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected) {
+std::string ProgramProcess::readUntil(Stream& stream, std::string_view expected) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   const std::string awaited = "\"" + std::string(expected) + "\"";
   size_t found = 0;
@@ -338,76 +338,76 @@ std::string ConsoleProcess::readUntil(Stream& stream, std::string_view expected)
   return stream.text.substr(start, stream.taken - start);
 }
 
-void ConsoleProcess::readWhile(const std::function<bool()>& condition) {
+void ProgramProcess::readWhile(const std::function<bool()>& condition) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (out_.file >= 0 && condition()) {
     pump(deadline, "a condition", std::chrono::milliseconds(2));
   }
 }
 
-void ConsoleProcess::stopReading() {
+void ProgramProcess::stopReading() {
   closeFile(out_.file);
 }
 
-void ConsoleProcess::waitUntilBlocked() {
+void ProgramProcess::waitUntilBlocked() {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (!isBlocked(pid_)) {
     waitALittle(deadline, "the program to block");
   }
 }
 
-void ConsoleProcess::waitUntilHeldBack(int signal) {
+void ProgramProcess::waitUntilHeldBack(int signal) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (((pendingSignals(pid_) >> (signal - 1)) & 1) == 0) {
     waitALittle(deadline, "the signal to be pending");
   }
 }
 
-void ConsoleProcess::waitUntilTaken(int signal) {
+void ProgramProcess::waitUntilTaken(int signal) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (((pendingSignals(pid_) >> (signal - 1)) & 1) != 0) {
     waitALittle(deadline, "the signal to be taken");
   }
 }
 
-void ConsoleProcess::waitForEnd() {
+void ProgramProcess::waitForEnd() {
   reap(std::chrono::steady_clock::now() + timeout_);
 }
 
-void ConsoleProcess::resize(unsigned short rows, unsigned short columns) {
+void ProgramProcess::resize(unsigned short rows, unsigned short columns) {
   setSize(out_.file, rows, columns);
 }
 
-void ConsoleProcess::hangUp() {
+void ProgramProcess::hangUp() {
   closeFile(input_);
   closeFile(out_.file);
 }
 
-bool ConsoleProcess::echoes() const {
+bool ProgramProcess::echoes() const {
   termios mode{};
   check(tcgetattr(out_.file, &mode), "read the terminal's mode");
   return (mode.c_lflag & ECHO) != 0;
 }
 
-void ConsoleProcess::signal(int number) const {
+void ProgramProcess::signal(int number) const {
   kill(pid_, number);
 }
 
-void ConsoleProcess::waitALittle(Deadline deadline, const std::string& awaited) {
+void ProgramProcess::waitALittle(Deadline deadline, const std::string& awaited) {
   if (std::chrono::steady_clock::now() > deadline) {
     fail("timed out waiting for " + awaited);
   }
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-void ConsoleProcess::reap(Deadline deadline) {
+void ProgramProcess::reap(Deadline deadline) {
   while (!ended_ && waitpid(pid_, &waitStatus_, WNOHANG) != pid_) {
     waitALittle(deadline, "the end");
   }
   ended_ = true;
 }
 
-Outcome ConsoleProcess::finish() {
+Outcome ProgramProcess::finish() {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   if (!terminal_) {
     closeFile(input_);
@@ -426,7 +426,7 @@ Outcome ConsoleProcess::finish() {
 }
 
 Outcome run(const Start& start, std::string_view input) {
-  ConsoleProcess process(start);
+  ProgramProcess process(start);
   process.send(input);
   return process.finish();
 }

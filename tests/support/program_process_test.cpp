@@ -1,6 +1,6 @@
 // Drives small programs of the system: what is tested is the driver.
 
-#include "tests/support/console_process.h"
+#include "tests/support/program_process.h"
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ std::string failureOf(Action action) {
   return "nothing";
 }
 
-TEST(ConsoleProcess, PassesInputOutputErrorsAndStatus) {
+TEST(ProgramProcess, PassesInputOutputErrorsAndStatus) {
   const Outcome outcome = run(shell("cat; echo oops >&2; exit 3"), "one\ntwo");
   EXPECT_EQ(outcome.out, "one\ntwo");
   EXPECT_EQ(outcome.err, "oops\n");
@@ -44,27 +44,27 @@ TEST(ConsoleProcess, PassesInputOutputErrorsAndStatus) {
   EXPECT_EQ(outcome.signal, 0);
 }
 
-TEST(ConsoleProcess, NamesTheSignalThatEndedTheProgram) {
+TEST(ProgramProcess, NamesTheSignalThatEndedTheProgram) {
   const Outcome outcome = run(shell("kill -TERM $$"));
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.signal, SIGTERM);
 }
 
-TEST(ConsoleProcess, CarriesMoreThanAPipeHoldsInBothDirections) {
+TEST(ProgramProcess, CarriesMoreThanAPipeHoldsInBothDirections) {
   const std::string text(3'000'000, 'x');
   EXPECT_EQ(run({.program = "cat"}, text).out, text);
 }
 
-TEST(ConsoleProcess, DropsInputThatIsNotRead) {
+TEST(ProgramProcess, DropsInputThatIsNotRead) {
   EXPECT_EQ(run(shell("exit 0"), std::string(1'000'000, 'x')).status, 0);
 }
 
-TEST(ConsoleProcess, GivesArgumentsUnchanged) {
+TEST(ProgramProcess, GivesArgumentsUnchanged) {
   const Outcome outcome = run({.program = "printf", .arguments = {"[%s]", "", "a b", "*"}});
   EXPECT_EQ(outcome.out, "[][a b][*]");
 }
 
-TEST(ConsoleProcess, SetsAndUnsetsTheEnvironment) {
+TEST(ProgramProcess, SetsAndUnsetsTheEnvironment) {
   Start start = shell("echo ${TERM-none} ${HOME-none}; test -n \"$PATH\"");
   start.environment = {{"TERM", "vt100"}, {"HOME", std::nullopt}};
   const Outcome outcome = run(start);
@@ -72,16 +72,16 @@ TEST(ConsoleProcess, SetsAndUnsetsTheEnvironment) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-TEST(ConsoleProcess, RunsInTheFolderGiven) {
+TEST(ProgramProcess, RunsInTheFolderGiven) {
   EXPECT_EQ(run({.program = "pwd", .folder = "/usr"}).out, "/usr\n");
 }
 
-TEST(ConsoleProcess, StartsWithDefaultSignals) {
+TEST(ProgramProcess, StartsWithDefaultSignals) {
   EXPECT_EQ(run(shell("kill -PIPE $$; echo survived")).signal, SIGPIPE);
 }
 
-TEST(ConsoleProcess, GoesStepByStep) {
-  ConsoleProcess process(
+TEST(ProgramProcess, GoesStepByStep) {
+  ProgramProcess process(
       shell("while read -r line; do echo \"<$line>\"; echo \"!$line\" >&2; done"));
   process.send("one\n");
   EXPECT_EQ(process.readUntil(">"), "<one>");
@@ -94,57 +94,57 @@ TEST(ConsoleProcess, GoesStepByStep) {
   EXPECT_EQ(outcome.err, "!one\n!two\n");
 }
 
-TEST(ConsoleProcess, SendsASignal) {
-  ConsoleProcess process(shell("trap 'exit 4' USR1; echo up; while :; do sleep 0.01; done"));
+TEST(ProgramProcess, SendsASignal) {
+  ProgramProcess process(shell("trap 'exit 4' USR1; echo up; while :; do sleep 0.01; done"));
   process.readUntil("up\n");
   process.signal(SIGUSR1);
   EXPECT_EQ(process.finish().status, 4);
 }
 
-TEST(ConsoleProcess, LeavesOutputUnread) {
-  ConsoleProcess process({.program = "cat", .arguments = {"/dev/zero"}});
+TEST(ProgramProcess, LeavesOutputUnread) {
+  ProgramProcess process({.program = "cat", .arguments = {"/dev/zero"}});
   process.waitUntilBlocked();
   process.signal(SIGTERM);
   process.waitForEnd();
   EXPECT_EQ(process.finish().signal, SIGTERM);
 }
 
-TEST(ConsoleProcess, StopsReading) {
-  ConsoleProcess process({.program = "cat", .arguments = {"/dev/zero"}});
+TEST(ProgramProcess, StopsReading) {
+  ProgramProcess process({.program = "cat", .arguments = {"/dev/zero"}});
   process.readMore();
   process.stopReading();
   EXPECT_EQ(process.finish().signal, SIGPIPE);
 }
 
-TEST(ConsoleProcess, FailsWhenTheProgramDoesNotBlock) {
+TEST(ProgramProcess, FailsWhenTheProgramDoesNotBlock) {
   Start start = shell("while :; do :; done");
   start.timeout = milliseconds(300);
-  EXPECT_EQ(failureOf([&] { ConsoleProcess(start).waitUntilBlocked(); }).substr(0, 38),
+  EXPECT_EQ(failureOf([&] { ProgramProcess(start).waitUntilBlocked(); }).substr(0, 38),
             "timed out waiting for the program to b");
 }
 
-TEST(ConsoleProcess, FailsWhenTheProgramIsMissing) {
+TEST(ProgramProcess, FailsWhenTheProgramIsMissing) {
   EXPECT_EQ(failureOf([] { run({.program = "/nonesuch"}); }),
             "/nonesuch: No such file or directory");
   EXPECT_EQ(failureOf([] { run({.program = "/nonesuch", .terminal = true}); }),
             "/nonesuch: No such file or directory");
 }
 
-TEST(ConsoleProcess, FailsWhenTheOutputEndsBeforeTheExpectedText) {
+TEST(ProgramProcess, FailsWhenTheOutputEndsBeforeTheExpectedText) {
   EXPECT_EQ(failureOf([] {
-              ConsoleProcess process(shell("echo this; echo that >&2"));
+              ProgramProcess process(shell("echo this; echo that >&2"));
               process.readErrorsUntil("that\n");
               process.readUntil("other");
             }),
             "ended before \"other\"\nstandard output: \"this\n\"\nstandard error: \"that\n\"");
 }
 
-TEST(ConsoleProcess, KillsAndFailsAtTheTimeOut) {
+TEST(ProgramProcess, KillsAndFailsAtTheTimeOut) {
   Start start{.program = "sleep", .arguments = {"1000"}};
   start.timeout = milliseconds(300);
   pid_t pid = 0;
   const std::string failure = failureOf([&] {
-    ConsoleProcess process(start);
+    ProgramProcess process(start);
     pid = process.pid();
     process.finish();
   });
@@ -152,35 +152,35 @@ TEST(ConsoleProcess, KillsAndFailsAtTheTimeOut) {
   EXPECT_EQ(kill(pid, 0), -1);
 }
 
-TEST(ConsoleProcess, FailsWhenTheInputIsNotTaken) {
+TEST(ProgramProcess, FailsWhenTheInputIsNotTaken) {
   Start start = shell("exec sleep 1000");
   start.timeout = milliseconds(300);
   EXPECT_EQ(failureOf([&] { run(start, std::string(1'000'000, 'x')); }).substr(0, 45),
             "timed out waiting for the input to be read\nst");
 }
 
-TEST(ConsoleProcess, FailsWhenTheEndedInputIsWrittenTo) {
-  ConsoleProcess process({.program = "cat"});
+TEST(ProgramProcess, FailsWhenTheEndedInputIsWrittenTo) {
+  ProgramProcess process({.program = "cat"});
   process.closeInput();
   EXPECT_EQ(failureOf([&] { process.send("x"); }),
             "the input has ended\nstandard output: \"\"\nstandard error: \"\"");
 }
 
-TEST(ConsoleProcess, FailsWhenTheProgramStaysAfterItsOutputEnded) {
+TEST(ProgramProcess, FailsWhenTheProgramStaysAfterItsOutputEnded) {
   Start start = shell("exec >&- 2>&-; exec sleep 1000");
   start.timeout = milliseconds(300);
   EXPECT_EQ(failureOf([&] { run(start); }).substr(0, 29), "timed out waiting for the end");
 }
 
-TEST(ConsoleTerminal, IsATerminalOnAllThreeStreams) {
+TEST(ProgramOnATerminal, IsATerminalOnAllThreeStreams) {
   const Outcome outcome =
       run(terminalShell("test -t 0 && test -t 1 && test -t 2 && tty >/dev/tty"));
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.substr(0, 9), "/dev/pts/");
 }
 
-TEST(ConsoleTerminal, EchoesWhatIsTypedAndEndsWithCtrlD) {
-  ConsoleProcess process({.program = "cat", .terminal = true});
+TEST(ProgramOnATerminal, EchoesWhatIsTypedAndEndsWithCtrlD) {
+  ProgramProcess process({.program = "cat", .terminal = true});
   process.send("hello\n");
   EXPECT_EQ(process.readUntil("hello\r\nhello\r\n"), "hello\r\nhello\r\n");
   process.closeInput();
@@ -189,31 +189,31 @@ TEST(ConsoleTerminal, EchoesWhatIsTypedAndEndsWithCtrlD) {
   EXPECT_EQ(outcome.err, "");
 }
 
-TEST(ConsoleTerminal, CtrlCInterrupts) {
-  ConsoleProcess process(terminalShell("echo up; exec sleep 1000"));
+TEST(ProgramOnATerminal, CtrlCInterrupts) {
+  ProgramProcess process(terminalShell("echo up; exec sleep 1000"));
   process.readUntil("up");
   process.send("\x03");
   EXPECT_EQ(process.finish().signal, SIGINT);
 }
 
-TEST(ConsoleTerminal, HasTheSizeGivenAndIsResized) {
+TEST(ProgramOnATerminal, HasTheSizeGivenAndIsResized) {
   Start start =
       terminalShell("trap 'stty size; exit' WINCH; stty size; while :; do sleep 0.01; done");
   start.rows = 30;
   start.columns = 100;
-  ConsoleProcess process(start);
+  ProgramProcess process(start);
   EXPECT_EQ(process.readUntil("\n"), "30 100\r\n");
   process.resize(10, 40);
   EXPECT_EQ(process.readUntil("\n"), "10 40\r\n");
   EXPECT_EQ(process.finish().status, 0);
 }
 
-TEST(ConsoleTerminal, KillsAndFailsAtTheTimeOut) {
+TEST(ProgramOnATerminal, KillsAndFailsAtTheTimeOut) {
   Start start{.program = "sleep", .arguments = {"1000"}, .terminal = true};
   start.timeout = milliseconds(300);
   pid_t pid = 0;
   const std::string failure = failureOf([&] {
-    ConsoleProcess process(start);
+    ProgramProcess process(start);
     pid = process.pid();
     process.readUntil("up");
   });

@@ -48,13 +48,13 @@ struct Outcome {
 /// A running program. Every operation throws `std::runtime_error`, with all that was written, when
 /// the program cannot be started or the time-out passes. Starting one makes this process ignore
 /// SIGPIPE.
-class ConsoleProcess {
+class ProgramProcess {
  public:
-  explicit ConsoleProcess(const Start& given);
-  ~ConsoleProcess();  ///< kills the program, and what it started in its process group, if still
+  explicit ProgramProcess(const Start& given);
+  ~ProgramProcess();  ///< kills the program, and what it started in its process group, if still
                       ///< running
-  ConsoleProcess(const ConsoleProcess&) = delete;
-  ConsoleProcess& operator=(const ConsoleProcess&) = delete;
+  ProgramProcess(const ProgramProcess&) = delete;
+  ProgramProcess& operator=(const ProgramProcess&) = delete;
 
   /// Writes `text` to the program's standard input, or types it on the terminal. What a program
   /// that no longer reads leaves is dropped.
