@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/catalogue_services.h"
 #include "tests/support/fake_controller.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/fake_controller.h"
 
 namespace lineup::test {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/console/editing_commands.h"
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/lineup_entries.h"
 
 namespace lineup::test {

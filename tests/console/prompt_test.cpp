@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
 

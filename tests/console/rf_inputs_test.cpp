@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 #include "tests/support/fake_controller.h"
 
 namespace lineup::test {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/console/editing_commands.h"
-#include "tests/console/session.h"
+#include "tests/console/prompt_steps.h"
 
 namespace lineup::test {
 namespace {
