@@ -96,7 +96,7 @@ TEST_F(CatalogueCommands, ANameWithAQuoteIsRetriedAndFindsNothing) {
   const auto start = steady_clock::now();
   const Outcome outcome = runConsole({}, "findsat O'Neil\n");
   EXPECT_GE(steady_clock::now() - start, seconds(6));
-  EXPECT_EQ(behindGreeting(outcome), "> No SAT services found.\n> \n");
+  EXPECT_EQ(afterGreeting(outcome), "> No SAT services found.\n> \n");
   for (int attempt = 0; attempt < 3; ++attempt) {
     EXPECT_EQ(count(outcome.err, retryLine(kSat, attempt)), 1) << outcome.err;
   }
@@ -130,7 +130,7 @@ TEST_F(CatalogueCommands, ATypedSelectMayReadButNothingElse) {
   }
   for (std::size_t index = 0; index < names.size(); ++index) {
     const Outcome outcome = consoles[index]->finish();
-    EXPECT_EQ(behindGreeting(outcome), "> No SAT services found.\n> \n") << names[index];
+    EXPECT_EQ(afterGreeting(outcome), "> No SAT services found.\n> \n") << names[index];
     EXPECT_EQ(count(outcome.err, "intento"), 3) << names[index] << '\n' << outcome.err;
   }
   EXPECT_EQ(filesIn(kFolder), before);
@@ -147,9 +147,9 @@ TEST_F(CatalogueCommands, AMissingCatalogueHasNoServices) {
   const auto start = steady_clock::now();
   const Outcome found = finding.finish();
   EXPECT_GE(steady_clock::now() - start, seconds(22));
-  EXPECT_EQ(behindGreeting(found), std::string("> ") + kNothingFound + "> \n");
+  EXPECT_EQ(afterGreeting(found), std::string("> ") + kNothingFound + "> \n");
   const Outcome added = adding.finish();
-  EXPECT_EQ(behindGreeting(added), "> Service not found\n> \n");
+  EXPECT_EQ(afterGreeting(added), "> Service not found\n> \n");
   for (const Outcome& outcome : {found, added}) {
     EXPECT_EQ(count(outcome.err, "\n"), 36) << outcome.err;
     for (const char* table : {kTdt, kSat, kCable, kIP}) {
@@ -165,7 +165,7 @@ TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
   console.readErrorsUntil(retryLine(kIP, 0));
   lock.release();
   const Outcome outcome = console.finish();
-  EXPECT_EQ(behindGreeting(outcome), std::string("> ") + kIPLine + "> " + kPending + "\n" + kNote);
+  EXPECT_EQ(afterGreeting(outcome), std::string("> ") + kIPLine + "> " + kPending + "\n" + kNote);
   EXPECT_EQ(count(outcome.err, "intento"), 1) << outcome.err;
 }
 
@@ -183,7 +183,7 @@ TEST_F(CatalogueCommands, CtrlCAndOtherSignalsEndASelectThatTakesForever) {
     console.signal(signal);
     const Outcome outcome = console.finish();
     EXPECT_EQ(outcome.signal, signal);
-    EXPECT_EQ(behindGreeting(outcome), "> ");
+    EXPECT_EQ(afterGreeting(outcome), "> ");
     EXPECT_EQ(outcome.err, "") << "no failed attempt";
   }
 }
@@ -243,7 +243,7 @@ TEST_F(CatalogueCommands, AMalformedIntegerListEndsTheProgramAfterAllItHasPrinte
     const auto before = filesIn(kFolder);
     const Outcome outcome = runConsole({}, "findtdt\nadddvb 17\nfindcable\n");
     EXPECT_EQ(outcome.signal, SIGABRT) << list;
-    EXPECT_EQ(behindGreeting(outcome), std::string("> ") + kTdtLine + "> ") << list;
+    EXPECT_EQ(afterGreeting(outcome), std::string("> ") + kTdtLine + "> ") << list;
     EXPECT_NE(outcome.err.find(exception), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find("stoi"), std::string::npos) << outcome.err;
     EXPECT_EQ(filesIn(kFolder), before);
@@ -284,7 +284,7 @@ TEST_F(CatalogueCommands, ATypedNameOfMegabytesFindsNothing) {
   const Outcome outcome =
       runConsole({}, "rfadddvb 17\nfindip " + std::string(25'000'000, 'x') + "\n");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(behindGreeting(outcome),
+  EXPECT_EQ(afterGreeting(outcome),
             std::string("> ") + kPending + "No IP services found.\n" + kPending + "\n" + kNote);
   EXPECT_EQ(count(outcome.err, "[ERROR_DB]doSelect: LIKE or GLOB pattern too complex\n"), 3);
 }
@@ -358,8 +358,8 @@ TEST_F(WithLittleMemory, ASelectThatNeedsMoreFailsAndTheConsoleGoesOn) {
   console.send("findsat\nfindtdt\ncommit\n");
   const Outcome outcome = console.finish();
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(behindGreeting(outcome), std::string("> ") + kPending + "No SAT services found.\n" +
-                                         kPending + kTdtLine + kPending + "> \n");
+  EXPECT_EQ(afterGreeting(outcome), std::string("> ") + kPending + "No SAT services found.\n" +
+                                        kPending + kTdtLine + kPending + "> \n");
   EXPECT_EQ(count(outcome.err, "intento"), 3) << outcome.err;
 }
 

@@ -86,7 +86,7 @@ TEST_F(CtrlC, EndsTheWaitsOfAFind) {
   expectUnchanged(session);
 }
 
-TEST_F(CtrlC, EndsTheWaitBehindASwitchedInput) {
+TEST_F(CtrlC, EndsTheWaitAfterASwitchedInput) {
   controller.setStatus(tenInputs("----------"));
   Session session(start());
   session.expect("> |");
@@ -158,7 +158,7 @@ TEST_F(CtrlC, DuringTheFetchAtTheStartEndsTheConsole) {
   EXPECT_EQ(outcome.out.find("> "), std::string::npos) << "defaults might be committed";
 }
 
-TEST_F(CtrlC, RightBehindReturnEndsNoMoreThanTheCommand) {
+TEST_F(CtrlC, RightAfterReturnEndsNoMoreThanTheCommand) {
   Session session(start());
   session.expect("> |");
   for (int wait = 0; wait < 100; ++wait) {

@@ -260,7 +260,7 @@ TEST_P(Editing, ASearchIsForWhatIsPasted) {
   session.expect("\n> eit |xyz\nbck:xy");
 }
 
-TEST_P(Editing, APasteGoesOnBehindAPause) {
+TEST_P(Editing, APasteGoesOnAfterAPause) {
   session.expect("> |");
   session.type(std::string(kPasteBegins) + "id 3\r");
   session.expect(" changed to: 3. Please remember to commit the changes.\n(changes to commit) > |");
@@ -515,7 +515,7 @@ TEST_P(Editing, AnEarlierLineThatWasChangedStaysSoUntilALineIsEntered) {
   session.expect("\n> xa|");
 }
 
-TEST_P(Editing, ASearchLeavesWhatWasTypedBehindTheLastLine) {
+TEST_P(Editing, ASearchLeavesWhatWasTypedAfterTheLastLine) {
   session.expect("> |");
   session.type("xa\nxb\n");
   session.expect("> xb\nInvalid command. Try 'help'.\n> |");
@@ -809,7 +809,7 @@ TEST_F(Completing, NamesThatCannotBeTypedAreFound) {
       << session.screen.text();
 }
 
-TEST_F(Completing, NamesAreFoundBehindAnApostropheThatIsTyped) {
+TEST_F(Completing, NamesAreFoundAfterAnApostropheThatIsTyped) {
   CatalogueFile catalogue(kCataloguePath);
   catalogue.insert(kSat, {{15, "25"}, {16, "L'Étoile Bleue"}});
   catalogue.insert(kTdt, {{10, "26"}, {11, "L'Étoile Rouge"}});
@@ -1210,7 +1210,7 @@ TEST_F(OnATerminal, TwoReturnsAreOneInAMarkedPasteThatComesWhileCommandsRun) {
   EXPECT_EQ(controller.config().rfInputsScanConfig.plsItemList.size(), 1U);
 }
 
-TEST_F(OnATerminal, TheMarkBehindAPasteIsNotLeftToTheNextProgram) {
+TEST_F(OnATerminal, TheMarkAfterAPasteIsNotLeftToTheNextProgram) {
   for (const std::string end : {"\r", "\r\r", "\r\n"}) {
     Start start = watched();
     start.arguments[1] += "; read line; echo \"next: $line\"";
@@ -1319,7 +1319,7 @@ TEST_F(OnATerminal, AZeroDoesNothingToTheNextKey) {
       "Headend id changed to: 5. Please remember to commit the changes.\n(changes to commit) > |");
 }
 
-TEST_F(OnATerminal, AZeroTypedAheadBehindALineIsNoEndOfInput) {
+TEST_F(OnATerminal, AZeroTypedAheadAfterALineIsNoEndOfInput) {
   Session session(onTerminal());
   session.expect("> |");
   session.type("id 3\n");
@@ -1364,7 +1364,7 @@ TEST_F(OnATerminal, AZeroTypedAheadDoesNothing) {
       "Headend id changed to: 4. Please remember to commit the changes.\n(changes to commit) > |");
 }
 
-TEST_F(OnATerminal, WhatIsTypedBehindQuitIsLeftToTheNextProgram) {
+TEST_F(OnATerminal, WhatIsTypedAfterQuitIsLeftToTheNextProgram) {
   Start start = watched();
   start.arguments[1] += "; read line; echo \"next: $line\"";
   Session session(start);

@@ -52,7 +52,7 @@ inline void expectSession(const std::vector<Step>& steps) {
 }
 
 /// What the console has printed after its greeting, which is expected.
-inline std::string behindGreeting(const Outcome& outcome) {
+inline std::string afterGreeting(const Outcome& outcome) {
   EXPECT_TRUE(outcome.out.starts_with(kGreeting)) << outcome.out;
   constexpr std::size_t kLength = std::string_view(kGreeting).size();
   return outcome.out.size() < kLength ? "" : outcome.out.substr(kLength);
@@ -64,7 +64,7 @@ inline std::string outputOf(const std::string& lines) {
   const Outcome outcome = runConsole({}, lines);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  return behindGreeting(outcome);
+  return afterGreeting(outcome);
 }
 
 }  // namespace lineup::test

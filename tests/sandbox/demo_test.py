@@ -81,7 +81,7 @@ class Demo(unittest.TestCase):
     def test_the_headend_has_services_to_find(self):
         self.assertIn("Canal Tesmar 1", self.run_demo("findtdt _\n").stdout)
 
-    def test_options_behind_two_dashes_are_the_consoles(self):
+    def test_options_after_two_dashes_are_the_consoles(self):
         self.assertRegex(self.run_demo("", "--", "--version").stdout, r"^\nVersion: \d")
 
     def test_a_second_one_names_the_first_and_touches_nothing(self):

@@ -162,7 +162,7 @@ TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
-TEST(EndingSignals, AnotherSignalBehindAnInterruptOfACommandEndsTheProgram) {
+TEST(EndingSignals, AnotherSignalAfterAnInterruptOfACommandEndsTheProgram) {
   catchEndingSignals();
   const InterruptibleCommand command(true);
   std::raise(SIGINT);

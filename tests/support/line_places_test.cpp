@@ -52,7 +52,7 @@ TEST_F(LinePlaces, OfWordsAreNotBetweenALetterAndItsMarks) {
   EXPECT_EQ(places(line, line.size(), wordBefore), (Places{8, 5, 3, 0}));
 }
 
-TEST_F(LinePlaces, BehindBlanksAreBeforeWhateverIsNone) {
+TEST_F(LinePlaces, AfterBlanksAreBeforeWhateverIsNone) {
   const std::wstring line = L"a \u0301b  http://x?y ";
   EXPECT_EQ(places(line, line.size(), blankBefore), (Places{17, 6, 3, 0}));
 }

@@ -10,7 +10,7 @@
 namespace lineup::test {
 namespace {
 
-/// Types `letter` behind `line`.
+/// Types `letter` after `line`.
 void type(LineUndo& undo, std::wstring& line, wchar_t letter) {
   if (undo.beginsStep(letter)) {
     undo.keep({line, line.size()});

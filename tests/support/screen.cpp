@@ -248,9 +248,9 @@ void Screen::resize(std::size_t rows, std::size_t columns, bool cursorWaits) {
       line.pop_back();
     }
     const bool isFull = !line.empty() && line.size() % columns == 0;
-    const bool isBehind =
+    const bool isAfter =
         i >= cursorRow && column_ == 0 && row_ == rows_.size() + line.size() / columns;
-    if (cursorWaits && isFull && isBehind) {
+    if (cursorWaits && isFull && isAfter) {
       --row_;
       column_ = columns;
     }

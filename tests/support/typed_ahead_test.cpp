@@ -49,7 +49,7 @@ bool completed(const LineEnds::End& end, char byte, bool usualMode, bool moreFol
   return completed;
 }
 
-TEST(LineEnds, ALineFeedBehindAReturnBelongsToItWheneverItComes) {
+TEST(LineEnds, ALineFeedAfterAReturnBelongsToItWheneverItComes) {
   EXPECT_TRUE(completed({'\r', kEditing, true, true}, '\n', kEditing));
   EXPECT_TRUE(completed({'\r', kEditing, false, false}, '\n', kEditing));
   EXPECT_FALSE(completed({'\r', kEditing, true, true}, '\r', kEditing));
@@ -96,7 +96,7 @@ TEST(LineEnds, InAPasteTwoReturnsAreOneAndTwoLineFeedsAreTwo) {
   EXPECT_FALSE(ends.areCompletedBy('\r', kEditing, [] { return true; }));
 }
 
-TEST(LineEnds, BehindAPasteReturnsAreOneEach) {
+TEST(LineEnds, AfterAPasteReturnsAreOneEach) {
   LineEnds ends;
   ends.setInPaste(true);
   ends.setInPaste(false);
