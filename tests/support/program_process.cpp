@@ -19,6 +19,9 @@
 #include <fstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+
+#include "tests/support/pipe.h"
 
 namespace lineup::test {
 
@@ -34,38 +37,6 @@ int check(int result, const char* what) {
     throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
   }
   return result;
-}
-
-void closeFile(int& file) {
-  if (file >= 0) {
-    close(file);
-    file = -1;
-  }
-}
-
-struct Pipe {
-  int readEnd = -1;
-  int writeEnd = -1;
-
-  Pipe() {
-    std::array<int, 2> ends{};
-    check(pipe2(ends.data(), O_CLOEXEC), "pipe");
-    readEnd = ends[0];
-    writeEnd = ends[1];
-  }
-  ~Pipe() {
-    closeFile(readEnd);
-    closeFile(writeEnd);
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-};
-
-/// Hands over one end of a pipe.
-int take(int& end) {
-  const int taken = end;
-  end = -1;
-  return taken;
 }
 
 std::vector<std::string> environmentOf(const Start& start) {
@@ -174,7 +145,7 @@ uint64_t pendingSignals(pid_t pid) {
 
 }  // namespace
 
-const char* const kConsoleProgram = consoleProgram();
+const std::string kConsoleProgram = consoleProgram();
 
 ProgramProcess::ProgramProcess(const Start& given)
     : terminal_(given.terminal), timeout_(given.timeout) {
@@ -197,9 +168,9 @@ void ProgramProcess::startOnPipes(const Start& start) {
   files.duplicate(output.writeEnd, STDOUT_FILENO);
   files.duplicate(errors.writeEnd, STDERR_FILENO);
   pid_ = spawn(start, files, POSIX_SPAWN_SETPGROUP);
-  input_ = take(input.writeEnd);
-  out_.file = take(output.readEnd);
-  err_.file = take(errors.readEnd);
+  input_ = std::exchange(input.writeEnd, -1);
+  out_.file = std::exchange(output.readEnd, -1);
+  err_.file = std::exchange(errors.readEnd, -1);
   refuseToBlock(input_);
 }
 
@@ -389,6 +360,13 @@ bool ProgramProcess::echoes() const {
   return (mode.c_lflag & ECHO) != 0;
 }
 
+void ProgramProcess::waitUntilEchoIs(bool on) {
+  const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+  while (echoes() != on) {
+    waitALittle(deadline, "a change of the echo");
+  }
+}
+
 void ProgramProcess::signal(int number) const {
   kill(pid_, number);
 }
@@ -437,6 +415,12 @@ Start withoutPowers(const std::string& capabilities, Start start) {
                            {"--bounding-set", capabilities, start.program});
     start.program = "setpriv";
   }
+  return start;
+}
+
+Start inShell(const std::string& script, Start start) {
+  start.program = "/bin/sh";
+  start.arguments = {"-c", script};
   return start;
 }
 

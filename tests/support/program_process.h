@@ -19,7 +19,7 @@ namespace lineup::test {
 
 /// The path of the console that was built along with the tests, or of the one that LINEUP_CONSOLE
 /// names in the environment: a console for another processor, say, behind an emulator.
-extern const char* const kConsoleProgram;
+extern const std::string kConsoleProgram;
 
 /// What to start, and how.
 struct Start {
@@ -100,6 +100,8 @@ class ProgramProcess {
 
   /// Whether the terminal shows what is typed by itself.
   bool echoes() const;
+  /// Waits until it does, or no longer does.
+  void waitUntilEchoIs(bool on);
 
   /// Sends the signal to the program alone.
   void signal(int number) const;
@@ -145,6 +147,9 @@ Outcome run(const Start& start, std::string_view input = "");
 /// `start` with root's program lacking powers that set root apart from other users: `capabilities`
 /// is a list such as "-sys_admin" for setpriv(1).
 Start withoutPowers(const std::string& capabilities, Start start);
+
+/// `start` with a shell that runs `script` in place of the program.
+Start inShell(const std::string& script, Start start = {});
 
 /// Runs the console on pipes to its end.
 Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input = "");
