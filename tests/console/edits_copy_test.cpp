@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,22 +13,19 @@
 #include <fstream>
 #include <functional>
 #include <iomanip>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "controller/complete_config_file.h"
 #include "controller/config_file.h"
 #include "hub_module_types.h"
-#include "tests/support/console_texts.h"
+#include "tests/console/edits_on_disk.h"
 #include "tests/support/copies_in_tmp.h"
-#include "tests/support/fake_controller.h"
-#include "tests/support/file_content.h"
-#include "tests/support/program_process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/expect_end.h"
 
 namespace lineup::test {
 namespace {
@@ -39,30 +35,24 @@ using korvel::thrift::hub_module::HeadendConfig;
 
 constexpr std::time_t kDay = 24L * 60 * 60;
 
-class EditsCopy : public testing::Test {
+/// How the copy of the edit `id` has it.
+std::string field(int id) {
+  return "{\"i32\":" + std::to_string(id) + "}";
+}
+
+class EditsCopy : public EditsOnDisk {
  protected:
-  Start start(const char* terminal) const {
-    Start start;
-    start.terminal = true;
-    start.environment["XDG_STATE_HOME"] = state.path();
-    start.environment["TERM"] = terminal;
-    start.environment["LINEUP_HISTORY"] = "";  // nothing but copies is in the folder
-    return start;
-  }
-
-  std::vector<fs::path> files() const { return pathsIn(state.file("lineup-console")); }
-
-  /// The only file there is, if it holds `text`.
-  std::string copyWith(const std::string& text) const {
-    const std::vector<fs::path> all = files();
+  /// The path of the only file there is, if it holds the edit `id`.
+  std::string copyOf(int id) const {
+    const std::vector<fs::path> all = copies();
     const bool whole = all.size() == 1 && all[0].extension() == ".json";
-    return whole && contentOf(all[0]).find(text) != std::string::npos ? all[0].string() : "";
+    return whole && contentOf(all[0]).find(field(id)) != std::string::npos ? all[0].string() : "";
   }
 
   /// Waits for that.
-  std::string awaitCopyWith(const std::string& text) const {
+  std::string awaitCopyOf(int id) const {
     std::string path;
-    await([&] { return !(path = copyWith(text)).empty(); });
+    await([&] { return !(path = copyOf(id)).empty(); });
     return path;
   }
 
@@ -74,29 +64,45 @@ class EditsCopy : public testing::Test {
     }
   }
 
-  static void type(ProgramProcess& console, const std::string& line, const char* prompt) {
+  static void type(ProgramProcess& console, const std::string& line,
+                   const std::string& prompt = kPending) {
     console.send(line + "\n");
     console.readUntil("\n");  // the echo
     console.readUntil(prompt);
   }
 
-  /// Runs the first line of a console, whose call the controller refuses.
-  void haveRefused(ProgramProcess& console, const std::string& line) {
-    console.readUntil("\n> ");
+  /// Begins a console, and has the controller refuse the call of its first line.
+  std::unique_ptr<ProgramProcess> haveRefused(const std::string& line) {
+    auto console = std::make_unique<ProgramProcess>(start(true));
+    console->readUntil("\n> ");
     controller.answerNext({.kind = Answer::kNotReady});
-    type(console, line, "> ");
+    type(*console, line, "> ");
+    return console;
   }
 
   /// The path of a copy that a console left which was killed.
-  std::string leave() {
-    ProgramProcess console(start("dumb"));
-    console.readUntil("> ");
-    type(console, "id 7", kPending);
-    std::string path = awaitCopyWith("{\"i32\":7}");
-    console.signal(SIGKILL);
-    console.finish();
+  std::string leave(const std::string& terminal = "dumb") {
+    EditedConsole console(start(true, terminal));
+    std::string path = awaitCopyOf(7);
+    endBy(console, SIGKILL);
     return path;
   }
+
+  /// What the next console says before it can be used.
+  std::string nextSays(const Start& start) {
+    ProgramProcess console(start);
+    std::string text = console.readUntil("Enter 'help'");
+    console.send("quit\n");
+    console.finish();
+    return text;
+  }
+  std::string nextSays() { return nextSays(start(true)); }
+
+  /// Expects that the next console announces the copy, or nothing.
+  void expectAnnounced(const std::string& path) {
+    EXPECT_NE(nextSays().find(announcement(path)), std::string::npos);
+  }
+  void expectNothingAnnounced() { EXPECT_EQ(nextSays().find("not committed"), std::string::npos); }
 
   /// When a file was changed and read last.
   static void setTimes(const std::string& path, std::time_t time) {
@@ -108,89 +114,75 @@ class EditsCopy : public testing::Test {
     return "that were not committed are in " + path + ": \"restore " + path +
            "\" sends them at once, \"lineupctl diff " + path + "\" in a shell shows them first\r\n";
   }
-
-  TemporaryFolder state;
-  FakeController controller;
 };
 
-class EditsCopyOn : public EditsCopy, public testing::WithParamInterface<const char*> {};
+class EditsCopyOn : public EditsCopy, public testing::WithParamInterface<const char*> {
+ protected:
+  Start start() const { return EditsOnDisk::start(true, GetParam()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"));
 
 TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
-  std::string path;
-  {
-    ProgramProcess console(start(GetParam()));
-    console.readUntil("> ");
-    type(console, "id 7", kPending);
-    path = awaitCopyWith("{\"i32\":7}");
-    console.signal(SIGKILL);
-    EXPECT_EQ(console.finish().signal, SIGKILL);
-  }
-  ASSERT_EQ(copyWith("{\"i32\":7}"), path);
-  struct stat status {};
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0600U);
-  ProgramProcess next(start(GetParam()));
+  const std::string path = leave(GetParam());
+  ASSERT_EQ(copyOf(7), path);
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  ProgramProcess next(start());
   const std::string begin = next.readUntil("Enter 'help'");
   EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
   next.readUntil("\n> ");
   type(next, "restore " + path, "> ");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
-  EXPECT_TRUE(files().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
-  ProgramProcess console(start(GetParam()));
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  const std::string path = awaitCopyWith("{\"i32\":7}");
-  type(console, "id 8", kPending);
-  EXPECT_EQ(awaitCopyWith("{\"i32\":8}"), path);
+  EditedConsole console(start());
+  const std::string path = awaitCopyOf(7);
+  type(console, "id 8");
+  EXPECT_EQ(awaitCopyOf(8), path);
   type(console, "commit", "> ");
-  EXPECT_TRUE(files().empty());
-  type(console, "id 9", kPending);
-  awaitCopyWith("{\"i32\":9}");
+  EXPECT_TRUE(copies().empty());
+  type(console, "id 9");
+  awaitCopyOf(9);
   type(console, "reset", "> ");
-  EXPECT_TRUE(files().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
   for (const char* end : {"quit\n", "\x04"}) {
-    ProgramProcess console(start(GetParam()));
-    console.readUntil("> ");
-    type(console, "id 7", kPending);
-    awaitCopyWith("{\"i32\":7}");
+    EditedConsole console(start());
+    awaitCopyOf(7);
     console.send(end);
     const Outcome outcome = console.finish();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.out.find("NOTE: Changes have not been committed"), std::string::npos);
-    EXPECT_TRUE(files().empty());
+    EXPECT_TRUE(copies().empty());
   }
 }
 
 TEST_P(EditsCopyOn, IsWrittenBeforeTheNextCommandBegins) {
-  ProgramProcess console(start(GetParam()));
+  ProgramProcess console(start());
   console.readUntil("> ");
   controller.answerNext(stalled(false));
   console.send("id 7\ncommit\n");
   controller.waitForCalls(2);
-  awaitCopyWith("{\"i32\":7}");
+  awaitCopyOf(7);
   console.signal(SIGKILL);
   controller.release();
   console.finish();
-  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+  EXPECT_NE(copyOf(7), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"));
+// ---- while one works
 
 TEST_F(EditsCopy, IsNotWrittenAgainWithoutAChange) {
-  ProgramProcess console(start("xterm"));
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  const std::string path = awaitCopyWith("{\"i32\":7}");
+  EditedConsole console(start(true, "xterm"));
+  const std::string path = awaitCopyOf(7);
   struct stat before {};
   ASSERT_EQ(stat(path.c_str(), &before), 0);
-  type(console, "help", kPending);
-  type(console, "id 7", kPending);
+  type(console, "help");
+  type(console, "id 7");
   console.send("x");
   std::this_thread::sleep_for(std::chrono::milliseconds(1500));  // nothing is to happen in it
   struct stat after {};
@@ -200,54 +192,39 @@ TEST_F(EditsCopy, IsNotWrittenAgainWithoutAChange) {
 }
 
 TEST_F(EditsCopy, IsNotWrittenOnPipesBeforeTheEnd) {
-  Start pipes = start("dumb");
-  pipes.terminal = false;
-  ProgramProcess console(pipes);
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  EditedConsole console(start(false));
   std::this_thread::sleep_for(std::chrono::milliseconds(1000));
-  EXPECT_TRUE(files().empty());
-  console.signal(SIGTERM);
-  EXPECT_EQ(console.finish().signal, SIGTERM);
-  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+  EXPECT_TRUE(copies().empty());
+  endBy(console, SIGTERM);
+  EXPECT_NE(copyOf(7), "");
 }
 
 TEST_F(EditsCopy, OfAConsoleThatRunsIsNotAnnounced) {
-  ProgramProcess console(start("xterm"));
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  awaitCopyWith("{\"i32\":7}");
-  ProgramProcess other(start("xterm"));
-  EXPECT_EQ(other.readUntil("Enter 'help'").find("not committed"), std::string::npos);
+  const EditedConsole console(start(true, "xterm"));
+  awaitCopyOf(7);
+  expectNothingAnnounced();
 }
 
 TEST_F(EditsCopy, IsAnnouncedWithoutLineupctlWhereThatIsNotAtHand) {
   const std::string path = leave();
-  Start start = this->start("dumb");
+  Start start = this->start(true);
   start.environment["LINEUPCTL"] = "";
-  ProgramProcess next(start);
-  const std::string begin = next.readUntil("Enter 'help'");
+  const std::string begin = nextSays(start);
   EXPECT_NE(begin.find("\"restore " + path + "\" sends them at once\r\n"), std::string::npos)
       << begin;
 }
 
 TEST_F(EditsCopy, ThatIsNotTakenStays) {
   const std::string path = leave();
-  for (int count = 0; count < 2; ++count) {
-    ProgramProcess console(start("dumb"));
-    EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
-    console.send("quit\n");
-    console.finish();
-  }
+  expectAnnounced(path);
+  expectAnnounced(path);
   EXPECT_TRUE(fs::exists(path));
 }
 
 TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
   controller.setConfig(readCompleteConfigFile(leave()));
-  ProgramProcess console(start("dumb"));
-  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
-  EXPECT_TRUE(files().empty());
+  expectNothingAnnounced();
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
@@ -255,8 +232,8 @@ TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
   HeadendConfig other = readCompleteConfigFile(path);
   other.headendGlobalConfig.headendId = 8;
   controller.setConfig(other);
-  ProgramProcess(start("dumb")).readUntil(announcement(path));
-  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+  expectAnnounced(path);
+  EXPECT_NE(copyOf(7), "");
 }
 
 // Without an answer the console holds the defaults.
@@ -266,16 +243,14 @@ TEST_F(EditsCopy, OfWhatTheControllerRunsIsAnnouncedIfThatIsNotKnown) {
   std::ofstream(path) << content;
   for (const Answer& answer : {Answer{.kind = Answer::kNotReady}, Answer{.sentBytes = 20}}) {
     controller.answerNext(answer);
-    ProgramProcess console(start("dumb"));
-    const std::string begin = console.readUntil("Enter 'help'");
-    EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
+    expectAnnounced(path);
   }
   EXPECT_EQ(contentOf(path), content);
 }
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
   const std::string path = leave();
-  ProgramProcess console(start("dumb"));
+  ProgramProcess console(start(true));
   console.readUntil("> ");
   controller.answerNext({.kind = Answer::kNotReady});
   console.send("restore " + path + "\nquit\n");
@@ -285,50 +260,43 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStays) {
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredGoesWithALaterCommit) {
   const std::string path = leave();
-  ProgramProcess console(start("dumb"));
-  haveRefused(console, "restore " + path);
-  type(console, "commit", "> ");
+  type(*haveRefused("restore " + path), "commit", "> ");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
-  EXPECT_TRUE(files().empty());
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
   const std::string path = leave();
-  ProgramProcess console(start("dumb"));
-  haveRefused(console, "restore " + path);
-  type(console, "reset", "> ");
-  type(console, "id 8", kPending);
-  type(console, "commit", "> ");
+  const auto console = haveRefused("restore " + path);
+  type(*console, "reset", "> ");
+  type(*console, "id 8");
+  type(*console, "commit", "> ");
   EXPECT_TRUE(fs::exists(path));
 }
 
 TEST_F(EditsCopy, ThatWasAnnouncedAMonthAgoGoes) {
   const std::string path = leave();
-  ProgramProcess(start("dumb")).readUntil("Enter 'help'");
+  expectAnnounced(path);
   setTimes(path, std::time(nullptr) - 29 * kDay);
-  ProgramProcess(start("dumb")).readUntil(announcement(path));
+  expectAnnounced(path);
   setTimes(path, std::time(nullptr) - 31 * kDay);
-  ProgramProcess console(start("dumb"));
-  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
-  EXPECT_TRUE(files().empty());
+  expectNothingAnnounced();
+  EXPECT_TRUE(copies().empty());
 }
 
 TEST_F(EditsCopy, IsAnnouncedHoweverOldItIs) {
   const std::string path = leave();
   setTimes(path, 100);  // a clock that was not set yet
-  for (int count = 0; count < 2; ++count) {
-    ProgramProcess console(start("dumb"));
-    EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
-  }
+  expectAnnounced(path);
+  expectAnnounced(path);
   EXPECT_TRUE(fs::exists(path));
 }
 
 TEST_F(EditsCopy, ThatWasAnnouncedBeforeTheClockWasSetIsAnnouncedAnew) {
   const std::string path = leave();
-  ProgramProcess(start("dumb")).readUntil("Enter 'help'");
+  expectAnnounced(path);
   setTimes(path, 100);
-  ProgramProcess console(start("dumb"));
-  EXPECT_NE(console.readUntil("Enter 'help'").find(announcement(path)), std::string::npos);
+  expectAnnounced(path);
   struct stat status {};
   ASSERT_EQ(stat(path.c_str(), &status), 0);
   EXPECT_GT(status.st_atime, std::time(nullptr) - kDay) << "the month begins now";
@@ -340,15 +308,14 @@ TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {
   fs::copy_file(path, unfinished);
   for (const bool old : {false, true}) {
     setTimes(unfinished, std::time(nullptr) - (old ? 31 : 29) * kDay);
-    ProgramProcess console(start("dumb"));
-    EXPECT_EQ(console.readUntil("Enter 'help'").find(unfinished), std::string::npos);
+    EXPECT_EQ(nextSays().find(unfinished), std::string::npos);
     EXPECT_NE(fs::exists(unfinished), old);
   }
   EXPECT_TRUE(fs::exists(path));
 }
 
 TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
-  ProgramProcess console(start("dumb"));
+  ProgramProcess console(start(true));
   console.readUntil("> ");
   constexpr int kSeconds = 600;
   for (std::time_t time = std::time(nullptr), end = time + kSeconds; time < end; ++time) {
@@ -357,94 +324,88 @@ TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
     std::ostringstream name;
     name << "lineup-console/lineup-console-" << std::put_time(&local, "%Y%m%d-%H%M%S") << "-"
          << console.pid() << ".json";
-    fs::create_directories(state.file("lineup-console"));
-    std::ofstream(state.file(name.str())) << "another's";
+    fs::create_directories(folder.file("lineup-console"));
+    std::ofstream(folder.file(name.str())) << "another's";
   }
-  type(console, "id 7", kPending);
+  type(console, "id 7");
   const auto holdsTheEdit = [](const fs::path& file) {
-    return file.extension() == ".json" && contentOf(file).find("{\"i32\":7}") != std::string::npos;
+    return file.extension() == ".json" && contentOf(file).find(field(7)) != std::string::npos;
   };
   await([&] {
-    const std::vector<fs::path> all = files();
+    const std::vector<fs::path> all = copies();
     return std::any_of(all.begin(), all.end(), holdsTheEdit);
   });
   console.send("quit\n");
   console.finish();
-  const std::vector<fs::path> left = files();
+  const std::vector<fs::path> left = copies();
   EXPECT_EQ(left.size(), kSeconds);
   EXPECT_TRUE(std::all_of(left.begin(), left.end(),
                           [](const fs::path& file) { return contentOf(file) == "another's"; }));
 }
 
 TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
-  ProgramProcess console(start("xterm"));
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  fs::remove(awaitCopyWith("{\"i32\":7}"));
-  type(console, "help", kPending);
-  const std::string path = awaitCopyWith("{\"i32\":7}");
+  EditedConsole console(start(true, "xterm"));
+  fs::remove(awaitCopyOf(7));
+  type(console, "help");
+  const std::string path = awaitCopyOf(7);
   EXPECT_NE(path, "");
   fs::remove(path);
   console.signal(SIGTERM);
   EXPECT_NE(console.finish().out.find(kUncommittedIn), std::string::npos);
-  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+  EXPECT_NE(copyOf(7), "");
 }
 
 TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
-  fs::create_directories(state.file("lineup-console"));
-  const std::string old = state.file("lineup-console/lineup-console-mine.json");
+  fs::create_directories(folder.file("lineup-console"));
+  const std::string old = folder.file("lineup-console/lineup-console-mine.json");
   std::ofstream(old) << "{}";
   fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(24 * 365));
-  fs::create_symlink(old, state.file("lineup-console/lineup-console-20260101-000000-1.json"));
-  ProgramProcess console(start("dumb"));
-  EXPECT_EQ(console.readUntil("Enter 'help'").find("not committed"), std::string::npos);
-  EXPECT_EQ(files().size(), 2U);
+  fs::create_symlink(old, folder.file("lineup-console/lineup-console-20260101-000000-1.json"));
+  expectNothingAnnounced();
+  EXPECT_EQ(copies().size(), 2U);
 }
 
 TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
-  ProgramProcess console(start("dumb"));
+  ProgramProcess console(start(true));
   console.readUntil("> ");
   std::string lines;
   for (int count = 0; count < 20; ++count) {
     lines += "id 3\ncommit\nid 4\ncommit\n";
   }
   console.send(lines + "id 9\n");
-  EXPECT_NE(awaitCopyWith("{\"i32\":9}"), "");
+  EXPECT_NE(awaitCopyOf(9), "");
   EXPECT_TRUE(copiesInTmp(console.pid()).empty());
 }
 
+/// Leaves the console's files no more room than that, as on a full disk.
+void limitFiles(const ProgramProcess& console, rlim_t bytes) {
+  const rlimit limit{bytes, RLIM_INFINITY};
+  EXPECT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &limit, nullptr), 0);
+}
+
 TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
-  Start full = start("xterm");
+  Start full = start(true, "xterm");
   full.environment["TMPDIR"] = std::nullopt;
-  ProgramProcess console(full);
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  awaitCopyWith("{\"i32\":7}");
-  const rlimit none{10, RLIM_INFINITY};
-  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &none, nullptr), 0);
-  type(console, "id 8", kPending);
-  type(console, "help", kPending);
-  awaitCopyWith("{\"i32\":7}");
-  const rlimit room{RLIM_INFINITY, RLIM_INFINITY};
-  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &room, nullptr), 0);
-  await([&] { return !copyWith("{\"i32\":8}").empty() || !copiesInTmp(console.pid()).empty(); });
+  EditedConsole console(full);
+  awaitCopyOf(7);
+  limitFiles(console, 10);
+  type(console, "id 8");
+  type(console, "help");
+  awaitCopyOf(7);
+  limitFiles(console, RLIM_INFINITY);
+  await([&] { return !copyOf(8).empty() || !copiesInTmp(console.pid()).empty(); });
   console.send("quit\n");
   console.finish();
   EXPECT_TRUE(copiesInTmp(console.pid()).empty());
 }
 
 TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
-  Start shell = start("dumb");
-  shell.program = "/bin/sh";
-  shell.arguments = {"-c", std::string("exec ") + kConsoleProgram};
-  shell.environment["TMPDIR"] = std::nullopt;
-  ProgramProcess console(shell);
-  console.readUntil("> ");
-  type(console, "id 7", kPending);
-  const std::string path = awaitCopyWith("{\"i32\":7}");
-  const rlimit full{10, RLIM_INFINITY};
-  ASSERT_EQ(prlimit(console.pid(), RLIMIT_FSIZE, &full, nullptr), 0);
-  type(console, "id 8", kPending);
+  Start full = start(true);
+  full.environment["TMPDIR"] = std::nullopt;
+  EditedConsole console(full);
+  const std::string path = awaitCopyOf(7);
+  limitFiles(console, 10);
+  type(console, "id 8");
   console.signal(SIGTERM);
   const Outcome outcome = console.finish();
   EXPECT_NE(outcome.out.find("The uncommitted changes could not be written to a file; earlier ones "
@@ -452,7 +413,7 @@ TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
                              path + ": \"restore " + path),
             std::string::npos)
       << outcome.out;
-  EXPECT_NE(copyWith("{\"i32\":7}"), "");
+  EXPECT_NE(copyOf(7), "");
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "tests/support/temporary_folder.h"
 
@@ -42,11 +44,13 @@ TEST_F(StateFolder, IsNotMadeIfNotAskedFor) {
   EXPECT_TRUE(fs::is_empty(home.path()));
 }
 
-TEST_F(StateFolder, IsInTheHomeFolderWithoutAVariable) {
-  unsetenv("XDG_STATE_HOME");
-  const auto folder = openStateFolder(IfMissing::Create);
-  ASSERT_TRUE(folder.has_value());
-  EXPECT_EQ(folder->path, home.file(".local/state/lineup-console"));
+TEST_F(StateFolder, IsInTheHomeFolderWithoutAVariableOrWithARelativeOne) {
+  for (const char* variable : {"", "not/from/the/root"}) {
+    setenv("XDG_STATE_HOME", variable, 1);
+    const auto folder = openStateFolder(IfMissing::Create);
+    ASSERT_TRUE(folder.has_value());
+    EXPECT_EQ(folder->path, home.file(".local/state/lineup-console"));
+  }
 }
 
 TEST_F(StateFolder, AHomeFolderThatIsMissingIsNotMade) {
@@ -84,13 +88,28 @@ TEST_F(StateFolder, OfSomebodyElseIsNotTaken) {
   EXPECT_FALSE(openStateFolder(IfMissing::Create).has_value());
 }
 
-TEST_F(StateFolder, FilesGoToTheTemporaryFoldersWhereItCannotBeHad) {
+/// The folders for files where there is no state folder.
+std::vector<std::string> foldersWithTemporary(const char* temporary) {
   setenv("XDG_STATE_HOME", "/proc/none", 1);
-  setenv("TMPDIR", home.path().c_str(), 1);
-  const auto folders = openFoldersForFiles(IfMissing::Create);
-  ASSERT_EQ(folders.size(), 2U);
-  EXPECT_EQ(folders[0].path, home.path());
-  EXPECT_EQ(folders[1].path, "/tmp");
+  temporary == nullptr ? unsetenv("TMPDIR") : setenv("TMPDIR", temporary, 1);
+  std::vector<std::string> paths;
+  for (const Folder& folder : openFoldersForFiles(IfMissing::Create)) {
+    paths.push_back(folder.path);
+  }
+  return paths;
+}
+
+TEST_F(StateFolder, FilesGoToTheTemporaryFoldersWhereItCannotBeHad) {
+  const std::vector<std::string> tmp{"/tmp"};
+  EXPECT_EQ(foldersWithTemporary(home.path().c_str()),
+            (std::vector<std::string>{home.path(), "/tmp"}));
+  EXPECT_EQ(foldersWithTemporary(nullptr), tmp);
+  EXPECT_EQ(foldersWithTemporary(""), tmp);
+  EXPECT_EQ(foldersWithTemporary("/proc/none"), tmp);
+  for (const char* name : {"with blank", "with\ttab"}) {
+    fs::create_directory(home.file(name));
+    EXPECT_EQ(foldersWithTemporary(home.file(name).c_str()), tmp);
+  }
 }
 
 TEST_F(StateFolder, AFolderThatNoCommandCanNameIsLeftOut) {
