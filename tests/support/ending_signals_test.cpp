@@ -14,6 +14,8 @@
 #include <cstring>
 #include <vector>
 
+#include "tests/support/pipe.h"
+
 namespace lineup::test {
 namespace {
 
@@ -22,6 +24,17 @@ constexpr std::chrono::seconds kLongestCall(45);
 using std::chrono::microseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
+
+/// Signals are caught for the whole process: each test has one for itself, as CTest gives it.
+class EndingSignalsAtTheStart : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(testing::UnitTest::GetInstance()->test_to_run_count(), 1); }
+};
+
+class EndingSignals : public EndingSignalsAtTheStart {
+ protected:
+  EndingSignals() { catchEndingSignals(); }
+};
 
 /// The signal that ends `wait`, or 0 if it returns.
 template <class Wait>
@@ -34,65 +47,54 @@ int endedBy(Wait wait) {
   return 0;
 }
 
-TEST(EndingSignals, WithoutASignalAWaitLastsItsTime) {
-  catchEndingSignals();
+TEST_F(EndingSignals, WithoutASignalAWaitLastsItsTime) {
   const auto begin = steady_clock::now();
   EXPECT_EQ(endedBy([] { waitFor(microseconds(50'000)); }), 0);
   EXPECT_GE(steady_clock::now() - begin, microseconds(50'000));
 }
 
-TEST(EndingSignals, ASignalCaughtBeforeAWaitEndsItAtOnce) {
-  catchEndingSignals();
+TEST_F(EndingSignals, ASignalCaughtBeforeAWaitEndsItAtOnce) {
   std::raise(SIGTERM);
   EXPECT_EQ(endedBy([] { waitFor(seconds(3600)); }), SIGTERM);
 }
 
-TEST(EndingSignals, ASignalDuringAWaitEndsIt) {
-  catchEndingSignals();
+TEST_F(EndingSignals, ASignalDuringAWaitEndsIt) {
   std::signal(SIGALRM, [](int) { std::raise(SIGHUP); });
   ualarm(20'000, 0);
   EXPECT_EQ(endedBy([] { waitFor(seconds(3600)); }), SIGHUP);
 }
 
-TEST(EndingSignals, ASignalEndsTheWaitForInput) {
-  catchEndingSignals();
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
+TEST_F(EndingSignals, ASignalEndsTheWaitForInput) {
+  const Pipe pipe;
   std::signal(SIGALRM, [](int) { std::raise(SIGINT); });
   ualarm(20'000, 0);
-  EXPECT_EQ(endedBy([&] { waitForInput(ends[0]); }), SIGINT);
+  EXPECT_EQ(endedBy([&] { waitForInput(pipe.readEnd); }), SIGINT);
 }
 
-TEST(EndingSignals, InputEndsTheWaitForInput) {
-  catchEndingSignals();
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  ASSERT_EQ(write(ends[1], "x", 1), 1);
-  EXPECT_EQ(endedBy([&] { waitForInput(ends[0]); }), 0);
+TEST_F(EndingSignals, InputEndsTheWaitForInput) {
+  const Pipe pipe;
+  ASSERT_EQ(write(pipe.writeEnd, "x", 1), 1);
+  EXPECT_EQ(endedBy([&] { waitForInput(pipe.readEnd); }), 0);
 }
 
-TEST(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
-  catchEndingSignals();
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
+TEST_F(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
+  const Pipe pipe;
   std::raise(SIGTERM);
   std::array<char, 1> byte{};
   for (int count = 0; count < 2; ++count) {
-    EXPECT_EQ(read(ends[0], byte.data(), byte.size()), -1);
+    EXPECT_EQ(read(pipe.readEnd, byte.data(), byte.size()), -1);
     EXPECT_EQ(errno, EINTR);
   }
 }
 
-TEST(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
-  catchEndingSignals();
+TEST_F(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
   const RemoteCallUnderWay call(kLongestCall);
   std::raise(SIGTERM);
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
   EXPECT_FALSE(isEndOverdue());
 }
 
-TEST(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
-  catchEndingSignals();
+TEST_F(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
   {
     const RemoteCallUnderWay call(kLongestCall);
     std::raise(SIGTERM);
@@ -102,21 +104,18 @@ TEST(EndingSignals, WhatBlocksAfterARemoteCallIsInterrupted) {
   EXPECT_TRUE(isEndOverdue());
 }
 
-TEST(EndingSignals, NoRemoteCallBeginsAfterASignal) {
-  catchEndingSignals();
+TEST_F(EndingSignals, NoRemoteCallBeginsAfterASignal) {
   std::raise(SIGTERM);
   EXPECT_EQ(endedBy([] { const RemoteCallUnderWay call(kLongestCall); }), SIGTERM);
 }
 
-TEST(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
-  catchEndingSignals();
+TEST_F(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
   std::raise(SIGINT);
   forgetInterrupt();
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
 }
 
-TEST(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndTheProgram) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndTheProgram) {
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   EXPECT_TRUE(isInterrupted());
@@ -131,16 +130,14 @@ TEST(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndThePro
   EXPECT_EQ(endedBy(throwIfSignalled), 0);
 }
 
-TEST(EndingSignals, AnImpatientInterruptOfACommandIsTheSameOne) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnImpatientInterruptOfACommandIsTheSameOne) {
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   std::raise(SIGINT);
   EXPECT_TRUE(isInterrupted());
 }
 
-TEST(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   EXPECT_EQ(poll(nullptr, 0, 20'000), -1);
@@ -150,8 +147,7 @@ TEST(EndingSignals, AnInterruptOfACommandThatBlocksAllTheSameEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
-TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
-  catchEndingSignals();
+TEST_F(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
   const InterruptibleCommand command(true);
   const RemoteCallUnderWay call(kLongestCall);
   std::raise(SIGINT);
@@ -162,8 +158,7 @@ TEST(EndingSignals, ASecondInterruptDuringARemoteCallEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
-TEST(EndingSignals, AnotherSignalAfterAnInterruptOfACommandEndsTheProgram) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnotherSignalAfterAnInterruptOfACommandEndsTheProgram) {
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   std::raise(SIGTERM);
@@ -171,8 +166,7 @@ TEST(EndingSignals, AnotherSignalAfterAnInterruptOfACommandEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGTERM);
 }
 
-TEST(EndingSignals, AnInterruptOutsideAnInterruptibleCommandEndsTheProgram) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnInterruptOutsideAnInterruptibleCommandEndsTheProgram) {
   { const InterruptibleCommand over(true); }
   const InterruptibleCommand command(false);
   std::raise(SIGINT);
@@ -180,32 +174,27 @@ TEST(EndingSignals, AnInterruptOutsideAnInterruptibleCommandEndsTheProgram) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGINT);
 }
 
-TEST(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
-  catchEndingSignals();
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  close(ends[0]);
-  EXPECT_EQ(write(ends[1], "x", 1), -1);
+TEST_F(EndingSignals, AnOutputThatNobodyReadsEndsTheProgram) {
+  Pipe pipe;
+  closeFile(pipe.readEnd);
+  EXPECT_EQ(write(pipe.writeEnd, "x", 1), -1);
   EXPECT_EQ(endedBy(throwIfSignalled), SIGPIPE);
 }
 
-TEST(EndingSignals, TheFirstSignalCounts) {
-  catchEndingSignals();
+TEST_F(EndingSignals, TheFirstSignalCounts) {
   std::raise(SIGHUP);
   std::raise(SIGTERM);
   EXPECT_EQ(endedBy(throwIfSignalled), SIGHUP);
 }
 
-TEST(EndingSignals, AnInterruptGivesWayToAnotherSignal) {
-  catchEndingSignals();
+TEST_F(EndingSignals, AnInterruptGivesWayToAnotherSignal) {
   std::raise(SIGINT);
   std::raise(SIGTERM);
   std::raise(SIGINT);
   EXPECT_EQ(endedBy(throwIfSignalled), SIGTERM);
 }
 
-TEST(EndingSignals, OnlyAnInterruptIsForgotten) {
-  catchEndingSignals();
+TEST_F(EndingSignals, OnlyAnInterruptIsForgotten) {
   std::raise(SIGINT);
   forgetInterrupt();
   EXPECT_EQ(endedBy(throwIfSignalled), 0);
@@ -214,18 +203,18 @@ TEST(EndingSignals, OnlyAnInterruptIsForgotten) {
   EXPECT_EQ(endedBy(throwIfSignalled), SIGHUP);
 }
 
-TEST(EndingSignals, AWaitForSeveralInputsSaysWhichHasSomething) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  ASSERT_EQ(write(ends[1], "x", 1), 1);
-  std::array<pollfd, 3> inputs{{{-1, POLLIN, 0}, {ends[0], POLLIN, 0}, {ends[1], POLLIN, 0}}};
+TEST_F(EndingSignals, AWaitForSeveralInputsSaysWhichHasSomething) {
+  const Pipe pipe;
+  ASSERT_EQ(write(pipe.writeEnd, "x", 1), 1);
+  std::array<pollfd, 3> inputs{
+      {{-1, POLLIN, 0}, {pipe.readEnd, POLLIN, 0}, {pipe.writeEnd, POLLIN, 0}}};
   waitForInput(inputs);
   EXPECT_EQ(inputs[0].revents, 0);
   EXPECT_EQ(inputs[1].revents, POLLIN);
   EXPECT_EQ(inputs[2].revents, 0);
 }
 
-TEST(EndingSignals, AHungUpTerminalEndsTheProgram) {
+TEST_F(EndingSignals, AHungUpTerminalEndsTheProgram) {
   const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
   ASSERT_GE(terminal, 0);
   ASSERT_EQ(unlockpt(terminal), 0);
@@ -261,13 +250,13 @@ void expectCaught(int signal, Prepare prepare) {
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == signal) << sigabbrev_np(signal);
 }
 
-TEST(EndingSignals, EverySignalThatEndsAProgramIsCaught) {
+TEST_F(EndingSignalsAtTheStart, EverySignalThatEndsAProgramIsCaught) {
   for (const int signal : endingSignals()) {
     expectCaught(signal, [] {});
   }
 }
 
-TEST(EndingSignals, OneThatWasHeldBackAtTheStartIsCaught) {
+TEST_F(EndingSignalsAtTheStart, OneThatWasHeldBackAtTheStartIsCaught) {
   for (const int signal : endingSignals()) {
     expectCaught(signal, [] {
       sigset_t all;
@@ -277,7 +266,7 @@ TEST(EndingSignals, OneThatWasHeldBackAtTheStartIsCaught) {
   }
 }
 
-TEST(EndingSignals, OnlyHupIntAndQuitStayIgnored) {
+TEST_F(EndingSignalsAtTheStart, OnlyHupIntAndQuitStayIgnored) {
   for (const int signal : endingSignals()) {
     if (signal != SIGHUP && signal != SIGINT && signal != SIGQUIT) {
       expectCaught(signal, [signal] { std::signal(signal, SIG_IGN); });
@@ -285,18 +274,24 @@ TEST(EndingSignals, OnlyHupIntAndQuitStayIgnored) {
   }
 }
 
-TEST(EndingSignals, ATimerThatWasRunningAtTheStartIsStopped) {
+TEST_F(EndingSignalsAtTheStart, ATimerThatWasRunningAtTheStartIsStopped) {
   ualarm(20'000, 0);
   catchEndingSignals();
   EXPECT_EQ(poll(nullptr, 0, 100), 0);
 }
 
-TEST(EndingSignals, AnIgnoredHangUpInterruptOrQuitStaysIgnored) {
+TEST_F(EndingSignalsAtTheStart, AnIgnoredHangUpInterruptOrQuitStaysIgnored) {
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
     std::signal(signal, SIG_IGN);
     catchEndingSignals();
     std::raise(signal);
     EXPECT_EQ(endedBy(throwIfSignalled), 0);
+  }
+}
+
+[[noreturn]] void blockForEver() {
+  while (true) {
+    poll(nullptr, 0, -1);
   }
 }
 
@@ -306,9 +301,7 @@ TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocks) {
       {
         catchEndingSignals();
         std::raise(SIGQUIT);
-        while (true) {
-          poll(nullptr, 0, -1);
-        }
+        blockForEver();
       },
       testing::KilledBySignal(SIGQUIT), "");
   EXPECT_GE(steady_clock::now() - begin, seconds(3));
@@ -319,9 +312,7 @@ TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocksAtTheEnd) {
       {
         catchEndingSignals();
         beginEnding(SIGTERM);
-        while (true) {
-          poll(nullptr, 0, -1);
-        }
+        blockForEver();
       },
       testing::KilledBySignal(SIGTERM), "");
 }

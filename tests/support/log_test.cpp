@@ -3,9 +3,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstddef>
 #include <string>
+
+#include "tests/support/pipe.h"
 
 namespace lineup::test {
 namespace {
@@ -72,17 +73,16 @@ class StandardErrorIs {
 };
 
 TEST(Log, AStandardErrorThatNobodyReadsIsNotWaitedFor) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
+  const Pipe pipe;
   log_setup(7, 3);
   {
-    const StandardErrorIs blocked(ends[1]);
+    const StandardErrorIs blocked(pipe.writeEnd);
     for (int count = 0; count < 10'000; ++count) {
       log_function(3, "db", "number %d", count);
     }
   }
   std::string text(1 << 20, '\0');
-  text.resize(static_cast<std::size_t>(read(ends[0], text.data(), text.size())));
+  text.resize(static_cast<std::size_t>(read(pipe.readEnd, text.data(), text.size())));
   EXPECT_NE(text.find("number 100\n"), std::string::npos);
   EXPECT_EQ(text.find("number 9999\n"), std::string::npos);
   EXPECT_TRUE(text.ends_with("\n"));

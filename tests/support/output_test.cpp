@@ -14,16 +14,18 @@
 #include <cstdio>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "support/ending_signals.h"
+#include "tests/support/pipe.h"
 
 namespace lineup::test {
 namespace {
 
-/// Runs `print` in a child process, the standard output of which is `descriptor`. Returns its
-/// status as of waitpid().
+/// Runs `print` in a child process, the standard output of which is `descriptor`, which is closed
+/// here. Returns its id.
 template <class Print>
-int inChild(int descriptor, Print print) {
+pid_t inChild(int descriptor, Print print) {
   const pid_t child = fork();
   if (child == 0) {
     dup2(descriptor, STDOUT_FILENO);
@@ -61,51 +63,47 @@ std::string numbers() {
 }
 
 TEST(Output, ANonBlockingOutputIsWaitedFor) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  fcntl(ends[1], F_SETFL, O_NONBLOCK);
-  const pid_t child = inChild(ends[1], [] {
+  Pipe pipe;
+  fcntl(pipe.writeEnd, F_SETFL, O_NONBLOCK);
+  const pid_t child = inChild(std::exchange(pipe.writeEnd, -1), [] {
     for (int count = 0; count < 100'000; count += 2) {
       std::cout << count << '\n' << std::flush;
       std::printf("%d\n", count + 1);
     }
   });
   poll(nullptr, 0, 50);  // the pipe is full then, or will be
-  EXPECT_EQ(readAll(ends[0]), numbers());
+  EXPECT_EQ(readAll(pipe.readEnd), numbers());
   EXPECT_EQ(statusOf(child), 0);
 }
 
 TEST(Output, WhatCannotBeWrittenIsForgotten) {
   const int full = open("/dev/full", O_WRONLY);
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
+  Pipe pipe;
   const pid_t child = inChild(full, [&] {
     std::cout << "lost" << std::endl;
     std::puts("lost");
     std::fflush(stdout);
-    dup2(ends[1], STDOUT_FILENO);
+    dup2(pipe.writeEnd, STDOUT_FILENO);
     std::cout << "seen" << std::endl;
     std::puts("seen");
   });
-  close(ends[1]);
-  EXPECT_EQ(readAll(ends[0]), "seen\nseen\n");
+  closeFile(pipe.writeEnd);
+  EXPECT_EQ(readAll(pipe.readEnd), "seen\nseen\n");
   EXPECT_EQ(statusOf(child), 0);
 }
 
 TEST(Output, AnOutputThatNobodyReadsIsGivenUpWhenTheEndIsOverdue) {
   for (const int flags : {0, O_NONBLOCK}) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe(ends.data()), 0);
-    fcntl(ends[1], F_SETFL, flags);
+    Pipe pipe;
+    fcntl(pipe.writeEnd, F_SETFL, flags);
     const std::string text = numbers();
-    const pid_t child = inChild(ends[1], [&] {
+    const pid_t child = inChild(std::exchange(pipe.writeEnd, -1), [&] {
       std::raise(SIGTERM);
       for (int count = 0; count < 10; ++count) {
         std::cout << text << std::flush;
       }
     });
     EXPECT_EQ(statusOf(child), 0);
-    close(ends[0]);
   }
 }
 

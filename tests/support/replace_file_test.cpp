@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/support/file_content.h"
+#include "tests/support/pipe.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -89,14 +90,11 @@ TEST_F(ReplaceFile, RefusesWhatIsNoFile) {
   expectRefused(folder_.path(), "is no regular file");
   expectRefused("", "No such file or directory");
   expectRefused(folder_.file("nowhere/file"), "No such file or directory");
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
+  const Pipe pipe;
   const std::string output = folder_.file("output");  // as /dev/stdout leads to a pipe
-  fs::create_symlink("/proc/self/fd/" + std::to_string(ends[1]), output);
+  fs::create_symlink("/proc/self/fd/" + std::to_string(pipe.writeEnd), output);
   expectRefused(output, "is no regular file");
   EXPECT_TRUE(fs::is_symlink(output));
-  close(ends[0]);
-  close(ends[1]);
   fs::create_symlink("loop", folder_.file("loop"));
   expectRefused(folder_.file("loop"), "Too many levels of symbolic links");
 }
