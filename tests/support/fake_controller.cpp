@@ -144,50 +144,15 @@ void FakeController::listenOn(int family, const void* address, uint32_t length) 
   thread_ = std::thread([this] { serve(); });
 }
 
-HeadendConfig FakeController::config() const {
-  const std::lock_guard lock(mutex_);
-  return config_;
-}
-
-void FakeController::setConfig(const HeadendConfig& config) {
-  const std::lock_guard lock(mutex_);
-  config_ = config;
-}
-
-HeadendStatus FakeController::status() const {
-  const std::lock_guard lock(mutex_);
-  return status_;
-}
-
-void FakeController::setStatus(const HeadendStatus& status) {
-  const std::lock_guard lock(mutex_);
-  status_ = status;
-}
-
 void FakeController::answerNext(const Answer& answer) {
   const std::lock_guard lock(mutex_);
   next_.push_back(answer);
-}
-
-void FakeController::answerAll(const Answer& answer) {
-  const std::lock_guard lock(mutex_);
-  all_ = answer;
-}
-
-void FakeController::readSlowly(size_t bytesASecond) {
-  const std::lock_guard lock(mutex_);
-  bytesASecond_ = bytesASecond;
 }
 
 void FakeController::release() {
   const std::lock_guard lock(mutex_);
   ++releases_;
   changed_.notify_all();
-}
-
-std::vector<ReceivedCall> FakeController::calls() const {
-  const std::lock_guard lock(mutex_);
-  return calls_;
 }
 
 std::vector<std::string> FakeController::methods() const {
@@ -198,42 +163,11 @@ std::vector<std::string> FakeController::methods() const {
   return methods;
 }
 
-size_t FakeController::connections() const {
-  const std::lock_guard lock(mutex_);
-  return connections_;
-}
-
-size_t FakeController::closedByPeer() const {
-  const std::lock_guard lock(mutex_);
-  return closedByPeer_;
-}
-
-size_t FakeController::cutShort() const {
-  const std::lock_guard lock(mutex_);
-  return cutShort_;
-}
-
-void FakeController::waitForBegun(size_t count) const {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&] { return begun_ >= count; });
-}
-
-void FakeController::waitForCalls(size_t count) const {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&] { return calls_.size() >= count; });
-}
-
-void FakeController::waitForClosed(size_t count) const {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&] { return closedByPeer_ >= count; });
-}
-
 /// Waits for something to read, the peer's end included. False when this controller ends.
 bool FakeController::waitUntilReadable(int socket) const {
   pollfd watched{socket, POLLIN, 0};
   while (poll(&watched, 1, kPollMilliseconds) <= 0) {
-    const std::lock_guard lock(mutex_);
-    if (ending_) {
+    if (held(ending_)) {
       return false;
     }
   }
@@ -331,12 +265,10 @@ bool FakeController::answerCall(int socket, const std::string& request) {
   }
   sendAll(socket, std::string_view(bytes).substr(0, answer.sentBytes), answer);
   if (answer.stalls) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return ending_ || releases_ >= untilRelease; });
-    if (!answer.goesOn || ending_) {
+    waitUntil([&] { return ending_ || releases_ >= untilRelease; });
+    if (!answer.goesOn || held(ending_)) {
       return false;
     }
-    lock.unlock();
     sendAll(socket, std::string_view(bytes).substr(answer.sentBytes), answer);
     return !answer.hangsUp;
   }

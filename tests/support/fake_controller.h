@@ -87,41 +87,63 @@ class FakeController {
   uint16_t port() const { return port_; }
 
   /// The records that it keeps and hands out.
-  korvel::thrift::hub_module::HeadendConfig config() const;
-  void setConfig(const korvel::thrift::hub_module::HeadendConfig& config);
-  korvel::thrift::hub_module::HeadendStatus status() const;
-  void setStatus(const korvel::thrift::hub_module::HeadendStatus& status);
+  korvel::thrift::hub_module::HeadendConfig config() const { return held(config_); }
+  void setConfig(const korvel::thrift::hub_module::HeadendConfig& config) { hold(config, config_); }
+  korvel::thrift::hub_module::HeadendStatus status() const { return held(status_); }
+  void setStatus(const korvel::thrift::hub_module::HeadendStatus& status) { hold(status, status_); }
 
   /// The next calls without an answer of their own yet get `answer`, one call each.
   void answerNext(const Answer& answer);
   /// All calls that answerNext() says nothing of get `answer`.
-  void answerAll(const Answer& answer);
+  void answerAll(const Answer& answer) { hold(answer, all_); }
 
   /// From the next connection on takes requests at this pace, with as little ahead of it as the
   /// system allows, so that a large one blocks whoever sends it.
-  void readSlowly(size_t bytesASecond);
+  void readSlowly(size_t bytesASecond) { hold(bytesASecond, bytesASecond_); }
 
   /// Ends the silence of the stalled calls. Those whose answer `goesOn` get the rest; the others'
   /// connections are closed.
   void release();
 
   /// The calls received so far.
-  std::vector<ReceivedCall> calls() const;
+  std::vector<ReceivedCall> calls() const { return held(calls_); }
   std::vector<std::string> methods() const;
   /// How many connections were accepted so far.
-  size_t connections() const;
+  size_t connections() const { return held(connections_); }
   /// How many of them the console has closed after its last call was answered in full.
-  size_t closedByPeer() const;
+  size_t closedByPeer() const { return held(closedByPeer_); }
   /// How many requests were begun and not sent to their end.
-  size_t cutShort() const;
+  size_t cutShort() const { return held(cutShort_); }
   /// Waits until `count` requests have been begun.
-  void waitForBegun(size_t count) const;
+  void waitForBegun(size_t count) const {
+    waitUntil([&] { return begun_ >= count; });
+  }
   /// Waits until `count` calls have been received.
-  void waitForCalls(size_t count) const;
+  void waitForCalls(size_t count) const {
+    waitUntil([&] { return calls_.size() >= count; });
+  }
   /// Waits until the console has closed `count` connections.
-  void waitForClosed(size_t count) const;
+  void waitForClosed(size_t count) const {
+    waitUntil([&] { return closedByPeer_ >= count; });
+  }
 
  private:
+  template <class Value>
+  Value held(const Value& member) const {
+    const std::lock_guard lock(mutex_);
+    return member;
+  }
+  template <class Value>
+  void hold(const Value& value, Value& member) {
+    const std::lock_guard lock(mutex_);
+    member = value;
+  }
+  template <class Condition>
+  void waitUntil(Condition condition) const {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, condition);
+  }
+
   void listenOn(int family, const void* address, uint32_t length);
   void serve();
   void serveConnection(int socket);
