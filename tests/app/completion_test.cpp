@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -149,6 +150,19 @@ TEST_F(FileCompletion, OffersNothingInAFolderThatCannotBeRead) {
   EXPECT_EQ(wordsFor("save " + folder.path() + "/south/"), Words());
 }
 
+TEST_F(FileCompletion, OffersInTheConsolesOwnFolderTheCopiesOfChanges) {
+  fs::current_path(folder.path());
+  setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
+  fs::create_directory("lineup-console");
+  const std::string copy = "lineup-console/lineup-console-20260102-030405-67.json";
+  for (const std::string& name : {copy, copy + ".newer", std::string("lineup-console/history"),
+                                  std::string("lineup-console/history.new")}) {
+    std::ofstream file(name);
+  }
+  EXPECT_EQ(wordsFor("restore lineup-console/"), Words{copy});
+  EXPECT_EQ(wordsFor("save lineup-console/"), Words{copy});
+}
+
 class ServiceCompletion : public testing::Test {
  protected:
   static Words servicesFor(const std::string& begun) {
@@ -196,6 +210,9 @@ TEST_F(ServiceCompletion, OffersNamesAsFindTakesThem) {
   EXPECT_EQ(wordsFor("find ele"), Words{"Tele_L"});
   EXPECT_EQ(wordsFor("findcable "), Words{});
   EXPECT_EQ(wordsFor("findip l"), Words{});
+  EXPECT_EQ(wordsFor("findsat l'"), Words{"L_Étoile__Bleue_"}) << "an apostrophe that is typed";
+  EXPECT_EQ(wordsFor("findsat l'é"), Words{}) << "another letter than É";
+  EXPECT_EQ(wordsFor("findsat _\"b"), Words{"L_Étoile__Bleue_"});
 }
 
 TEST_F(ServiceCompletion, OffersTheNamesOfEveryTableThatFindSearchesWhateverTheirIds) {

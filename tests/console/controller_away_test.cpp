@@ -148,9 +148,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
     std::ofstream(path_) << toJson(withId(id_));
     if (command_.hasEdit) {
       console_.send("id " + std::to_string(id_) + "\n");
-      EXPECT_EQ(console_.readUntil("> "), "Headend id changed to: " + std::to_string(id_) +
-                                              ". Please remember to commit the changes.\n" +
-                                              promptFor(true));
+      EXPECT_EQ(console_.readUntil("> "), idChanged(id_) + promptFor(true));
     }
     console_.send(withPath(command_.line) + "\n");
     EXPECT_EQ(console_.readUntil("> "),

@@ -6,83 +6,64 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
-#include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
-#include "tests/support/program_process.h"
-#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-class History : public testing::Test {
+class History : public OnATerminal {
  protected:
-  Start start() const {
-    Start start = onTerminal();
-    start.environment["XDG_STATE_HOME"] = state.path();
-    return start;
-  }
-
   /// Types lines that each lead to a prompt without changes, in a console of their own.
   static void enter(const Start& start, const std::vector<std::string>& lines) {
     Session session(start);
-    session.expect("> |");
     for (const std::string& line : lines) {
-      session.type(line + "\n");
-      session.expect("> " + line + "\nInvalid command. Try 'help'.\n> |");
+      session.type(line + "\n", "> " + line + "\n" + kInvalidCommand + "> |");
     }
-    session.type("quit\n");
-    EXPECT_EQ(session.console.finish().status, 0);
+    session.quit();
   }
 
   /// Expects that Up in a new console leads to `lines`, the last one first.
   static void expectRecalled(const Start& start, const std::vector<std::string>& lines) {
     Session session(start);
-    session.expect("> |");
     for (const std::string& line : lines) {
-      session.type(kUp);
-      session.expect("> " + line + "|");
+      session.type(kUp, "> " + line + "|");
     }
+  }
+
+  void expectClosedToOthers() const {
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
   }
 
   std::string content() const { return contentOf(path); }
 
   void makeFolder() const { fs::create_directory(fs::path(path).parent_path()); }
 
-  TemporaryFolder state;
   TemporaryFolder elsewhere;
-  const std::string path = state.file("lineup-console/history");
-  FakeController controller;
+  const std::string path = folder.file("lineup-console/history");
 };
 
 TEST_F(History, IsKeptForTheNextConsoleAndClosedToOthers) {
   enter(start(), {"first", "Étoile \xE2\x98\x85", "second", "second"});
   EXPECT_EQ(content(), "first\nÉtoile \xE2\x98\x85\nsecond\nquit\n");
-  struct stat status {};
-  EXPECT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+  expectClosedToOthers();
   expectRecalled(start(), {"quit", "second", "Étoile \xE2\x98\x85", "first"});
 }
 
 TEST_F(History, OfTwoConsolesIsThatOfBoth) {
   Session one(start());
   Session other(start());
-  one.expect("> |");
-  other.expect("> |");
   std::string expected;
   for (const std::string line : {"a", "b", "c"}) {
     for (Session* session : {&one, &other}) {
       const std::string typed = line + (session == &one ? "1" : "2");
-      session->type(typed + "\n");
-      session->expect("> " + typed + "\nInvalid command. Try 'help'.\n> |");
+      session->type(typed + "\n", "> " + typed + "\n" + kInvalidCommand + "> |");
       expected += typed + "\n";
     }
   }
@@ -99,7 +80,7 @@ TEST_F(History, IsTheLastThousandLines) {
   enter(start(), {"new"});
   kept.erase(0, kept.find('\n') + 1);
   EXPECT_EQ(content(), kept + "new\nquit\n");
-  EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(path).parent_path()), {}), 1);
+  EXPECT_EQ(pathsIn(fs::path(path).parent_path()).size(), 1U);
   expectRecalled(start(), {"quit", "new", "line 999"});
 }
 
@@ -124,9 +105,7 @@ TEST_F(History, IsOffWhereTheVariableIsEmpty) {
   enter(off, {"second"});
   EXPECT_EQ(content(), "first\nquit\n");
   Session session(off);
-  session.expect("> |");
-  session.type(std::string(kUp) + "x");
-  session.expect("> x|");
+  session.type(kUp + "x", "> x|");
 }
 
 TEST_F(History, IsNotOfPipesNorOfTerminalsWithoutLineEditingNorOfAnswers) {
@@ -138,10 +117,8 @@ TEST_F(History, IsNotOfPipesNorOfTerminalsWithoutLineEditingNorOfAnswers) {
   run(dumb, "help\nquit\n");
   EXPECT_FALSE(fs::exists(path));
   Session session(start());
-  session.expect("> |");
   session.askForPlsItem();
-  session.type("1 2\n");
-  session.expect("(changes to commit) > |");
+  session.type("1 2\n", kPendingOnScreen);
   EXPECT_EQ(content(), "addpls\n");
 }
 
@@ -154,12 +131,9 @@ TEST_F(History, IsNeverALink) {
     fs::create_symlink(dangling ? elsewhere.file("none") : target, path);
     enter(start(), {"first"});
     Session session(start());
-    session.expect("> |");
-    session.type(std::string(kUp) + "x");
-    session.expect("> x|");
+    session.type(kUp + "x", "> x|");
   }
-  std::ifstream file(target);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "secret\n");
+  EXPECT_EQ(contentOf(target), "secret\n");
   EXPECT_FALSE(fs::exists(elsewhere.file("none")));
 }
 
@@ -188,17 +162,7 @@ TEST_F(History, ThatIsOpenToOthersIsClosed) {
   std::ofstream(path) << "first\n";
   ASSERT_EQ(chmod(path.c_str(), 0644), 0);
   enter(start(), {});
-  struct stat status {};
-  EXPECT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0600U);
-}
-
-TEST_F(History, OfEightGigabytesLeavesTheConsoleToStartWithItsLastLines) {
-  makeFolder();
-  std::ofstream(path) << "first\n";
-  fs::resize_file(path, uintmax_t{8} << 30);
-  std::ofstream(path, std::ios::app) << "\nlast\n";
-  expectRecalled(start(), {"last"});
+  expectClosedToOthers();
 }
 
 #ifndef SANITIZED  // which needs memory of its own
@@ -210,10 +174,7 @@ TEST_F(History, ThatMemoryIsTooSmallForIsNone) {
     file << line << std::string(20'000, 'x') << "\n";
   }
   file << "last\n" << std::flush;
-  Start limited = start();
-  limited.program = "/bin/sh";
-  limited.arguments = {"-c", std::string("ulimit -d 16384; exec ") + kConsoleProgram};
-  enter(limited, {"new"});
+  enter(inShell("ulimit -d 16384; exec " + kConsoleProgram, start()), {"new"});
   expectRecalled(start(), {"last"});
 }
 

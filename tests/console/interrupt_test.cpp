@@ -13,37 +13,26 @@
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 #include "tests/support/catalogue_file.h"
-#include "tests/support/fake_controller.h"
+#include "tests/support/expect_end.h"
 #include "tests/support/file_content.h"
-#include "tests/support/program_process.h"
 #include "tests/support/rf_inputs.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-class CtrlC : public testing::Test {
+class CtrlC : public OnATerminal {
  protected:
-  Start start() const {
-    Start start = onTerminal();
-    start.environment["XDG_STATE_HOME"] = folder.path();
-    return start;
-  }
-
   /// Expects that the console still runs, and that `session` is at a prompt without changes.
   void expectUnchanged(Session& session) const {
-    session.type("id 5\n");
-    session.expect(kPendingOnScreen);
-    session.type("commit\n");
-    session.expect("> commit\n> |");
+    session.type("id 5\n", kPendingOnScreen);
+    session.type("commit\n", "> commit\n> |");
     auto expected = before;
     expected.headendGlobalConfig.headendId = 5;
     EXPECT_EQ(controller.config(), expected);
-    session.type("quit\n");
-    EXPECT_EQ(session.console.finish().status, 0);
+    session.quit();
   }
 
   /// Waits for the next prompt, after whatever is said before it.
@@ -53,32 +42,38 @@ class CtrlC : public testing::Test {
     session.screen.show("\r\n> ");
   }
 
+  /// Expects that Ctrl-C breaks off a listing that the terminal, which is slow, has not taken.
+  static void expectBrokenOff(Session& session) {
+    session.console.waitUntilBlocked();
+    session.type(kCtrlC);
+    EXPECT_LT(session.console.readUntil("\r\n> ").size(), 100'000U);
+    session.screen.show("\r> ");
+  }
+
   /// Types Ctrl-C during a call of the console, the answer to which then goes on.
   void interruptCall(Session& session) {
-    session.type(kCtrlC);
-    session.console.readUntil("^C");
-    session.console.waitUntilTaken(SIGINT);
+    session.interruptCall();
     controller.release();
   }
 
   /// Has a "commit" of id 7 begin.
-  void beginCommit(Session& session, bool goesOn) {
-    session.expect("> |");
-    session.type("id 7\n");
-    session.expect(kPendingOnScreen);
-    controller.answerNext(stalled(goesOn));
-    session.type("commit\n");
-    controller.waitForCalls(2);
+  void beginCommit(Session& session, bool goesOn = false) {
+    session.type("id 7\n", kPendingOnScreen);
+    beginCall(session, controller, "commit\n", goesOn);
   }
 
-  TemporaryFolder folder;
-  FakeController controller;
+  /// A file with a configuration, which a console saves.
+  std::string savedFile() const {
+    std::string file = folder.file("file");
+    runConsole({}, "id 3\nsave " + file + "\n");
+    return file;
+  }
+
   korvel::thrift::hub_module::HeadendConfig before = controller.config();
 };
 
 TEST_F(CtrlC, EndsTheWaitsOfAFind) {
   Session session(start());
-  session.expect("> |");
   session.type("findsat O'Neil\n");
   session.console.readUntil("intento: 0");
   session.type(kCtrlC);
@@ -89,11 +84,9 @@ TEST_F(CtrlC, EndsTheWaitsOfAFind) {
 TEST_F(CtrlC, EndsTheWaitAfterASwitchedInput) {
   controller.setStatus(tenInputs("----------"));
   Session session(start());
-  session.expect("> |");
   session.type("rfinput enable SAT1\n");
   controller.waitForClosed(3);
-  session.type(kCtrlC);
-  session.expect("> rfinput enable SAT1\n^C\n> |");
+  session.type(kCtrlC, "> rfinput enable SAT1\n^C\n> |");
   EXPECT_EQ(describe(controller.calls()),
             (std::vector<std::string>{"getHeadendConfig", "status", "SAT 3 103 on"}));
   expectUnchanged(session);
@@ -102,16 +95,12 @@ TEST_F(CtrlC, EndsTheWaitAfterASwitchedInput) {
 TEST_F(CtrlC, EndsASelectThatRunsLong) {
   const CatalogueFile catalogue(kCataloguePath);
   Session session(start());
-  session.expect("> |");
   session.type(
       "findsat x';WITH/**/RECURSIVE/**/n(i)AS(SELECT/**/1/**/UNION/**/ALL/**/SELECT/**/i+1/**/"
-      "FROM/**/n)SELECT/**/count(*)/**/FROM/**/n;--\n");
-  session.expect("--\n|");
-  while (!session.console.echoes()) {
-    usleep(1'000);
-  }
-  session.type(kCtrlC);
-  session.expect("--\n^C\n> |");
+      "FROM/**/n)SELECT/**/count(*)/**/FROM/**/n;--\n",
+      "--\n|");
+  session.console.waitUntilEchoIs(true);
+  session.type(kCtrlC, "--\n^C\n> |");
   expectUnchanged(session);
 }
 
@@ -120,15 +109,10 @@ TEST_F(CtrlC, EndsAListing) {
   large.lineupConfig.rfEntries.resize(20'000);
   controller.setConfig(large);
   Session session(start());
-  session.expect("> |");
   session.type("show\n");
   session.console.readUntil("Current lineup:");
-  session.console.waitUntilBlocked();  // as a terminal that is slow
-  session.type(kCtrlC);
-  const std::string rest = session.console.readUntil("\r\n> ");
-  EXPECT_LT(rest.size(), 100'000U);
-  session.type("quit\n");
-  EXPECT_EQ(session.console.finish().status, 0);
+  expectBrokenOff(session);
+  session.quit();
 }
 
 TEST_F(CtrlC, EndsAListingOfTheCatalogue) {
@@ -137,30 +121,23 @@ TEST_F(CtrlC, EndsAListingOfTheCatalogue) {
       "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
       "INSERT INTO availableSatService(service_id, service_name) SELECT i, 'Channel ' || i FROM n");
   Session session(start());
-  session.expect("> |");
   session.type("find\n");
   session.console.readUntil("Channel 1 ");
-  session.console.waitUntilBlocked();  // as a terminal that is slow
-  session.type(kCtrlC);
-  const std::string rest = session.console.readUntil("\r\n> ");
-  EXPECT_LT(rest.size(), 100'000U);
-  session.screen.show("\r> ");
+  expectBrokenOff(session);
   expectUnchanged(session);
 }
 
 TEST_F(CtrlC, DuringTheFetchAtTheStartEndsTheConsole) {
   controller.answerNext(stalled(false));
-  Session session(start());
+  Session session(start(), "");
   controller.waitForCalls(1);
   interruptCall(session);
-  const Outcome outcome = session.console.finish();
-  EXPECT_EQ(outcome.signal, SIGINT);
+  const Outcome outcome = expectEndBy(session.console, SIGINT);
   EXPECT_EQ(outcome.out.find("> "), std::string::npos) << "defaults might be committed";
 }
 
 TEST_F(CtrlC, RightAfterReturnEndsNoMoreThanTheCommand) {
   Session session(start());
-  session.expect("> |");
   for (int wait = 0; wait < 100; ++wait) {
     session.type("rfnum 5\n");
     session.console.readUntil("\n");
@@ -170,8 +147,7 @@ TEST_F(CtrlC, RightAfterReturnEndsNoMoreThanTheCommand) {
   session.console.waitUntilTaken(SIGINT);
   session.type("id 99\n");
   session.console.readUntil("Headend id must be");
-  session.type("quit\n");
-  EXPECT_EQ(session.console.finish().status, 0);
+  session.quit();
 }
 
 TEST_F(CtrlC, LetsACallSucceed) {
@@ -189,45 +165,40 @@ TEST_F(CtrlC, LetsACallSucceed) {
 
 TEST_F(CtrlC, LetsACallFailWithItsLine) {
   Session session(start());
-  beginCommit(session, false);
+  beginCommit(session);
   interruptCall(session);
   session.console.readUntil("\r\nERROR: Could not set LineupConfig to ControllerTask\r\n");
   session.console.readUntil("(changes to commit) > ");
   session.type("commit\n");
   controller.waitForCalls(3);
-  session.type("quit\n");
-  EXPECT_EQ(session.console.finish().status, 0);
+  session.quit();
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
 }
 
 TEST_F(CtrlC, TwiceDuringACallEndsTheConsoleAndRescuesTheEdits) {
   Session session(start());
-  beginCommit(session, false);
-  session.type(kCtrlC);
-  session.console.readUntil("^C");
-  session.console.waitUntilTaken(SIGINT);
+  beginCommit(session);
+  session.interruptCall();
   interruptCall(session);
-  const Outcome outcome = session.console.finish();
-  EXPECT_EQ(outcome.signal, SIGINT);
+  const Outcome outcome = expectEndBy(session.console, SIGINT);
   EXPECT_NE(outcome.out.find(kUncommittedIn + folder.path()), std::string::npos);
 }
 
 TEST_F(CtrlC, FollowedByAnotherSignalEndsTheConsole) {
   Session session(start());
-  beginCommit(session, false);
+  beginCommit(session);
   session.type(kCtrlC);
   session.console.readUntil("^C");
   session.console.signal(SIGTERM);
   session.console.waitUntilTaken(SIGTERM);
   controller.release();
-  EXPECT_EQ(session.console.finish().signal, SIGTERM);
+  expectEndBy(session.console, SIGTERM);
 }
 
 TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
   CatalogueFile catalogue(kCataloguePath);
   catalogue.insert(kSat, {{15, "1"}, {16, "News"}});
   Session session(start());
-  session.expect("> |");
   {
     const CatalogueLock lock(kCataloguePath);
     session.type("adddvb 1\n");
@@ -239,31 +210,24 @@ TEST_F(CtrlC, LeavesTheLineupAloneWhereAServiceIsLookedUp) {
 }
 
 TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileIsRead) {
-  const std::string file = folder.file("file");
-  runConsole({}, "id 3\nsave " + file + "\n");
+  const std::string file = savedFile();
   const std::string text = contentOf(file);
   fs::remove(file);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   Session session(start());
-  session.expect("> |");
   session.type("restore " + file + "\n");
   const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
   EXPECT_EQ(write(writer, text.data(), text.size() - 1), static_cast<ssize_t>(text.size() - 1));
   session.console.waitUntilBlocked();
-  session.type(kCtrlC);
-  session.expect("^C\n> |");
+  session.type(kCtrlC, "^C\n> |");
   close(writer);
   expectUnchanged(session);
 }
 
 TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileWasNotSent) {
-  const std::string file = folder.file("file");
-  runConsole({}, "id 3\nsave " + file + "\n");
+  const std::string file = savedFile();
   Session session(start());
-  session.expect("> |");
-  controller.answerNext(stalled(false));
-  session.type("restore " + file + "\n");
-  controller.waitForCalls(3);
+  beginCall(session, controller, "restore " + file + "\n");
   interruptCall(session);
   session.console.readUntil("ControllerTask\r\n\r\n> ");
   session.screen.show("\r> ");
@@ -274,11 +238,10 @@ TEST_F(CtrlC, WithoutLineEditingEndsTheConsole) {
   Start dumb = start();
   dumb.environment["TERM"] = "dumb";
   Session session(dumb);
-  session.expect("> |");
   session.type("findsat O'Neil\n");
   session.console.readUntil("intento: 0");
   session.type(kCtrlC);
-  EXPECT_EQ(session.console.finish().signal, SIGINT);
+  expectEndBy(session.console, SIGINT);
 }
 
 }  // namespace

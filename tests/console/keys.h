@@ -2,38 +2,46 @@
 
 #pragma once
 
+#include <string>
+
 namespace lineup::test {
 
-inline constexpr char kUp[] = "\x1b[A";
-inline constexpr char kDown[] = "\x1b[B";
-inline constexpr char kRight[] = "\x1b[C";
-inline constexpr char kLeft[] = "\x1b[D";
-inline constexpr char kHome[] = "\x1b[H";
-inline constexpr char kEnd[] = "\x1b[F";
-inline constexpr char kDelete[] = "\x1b[3~";
-inline constexpr char kPageUp[] = "\x1b[5~";
-inline constexpr char kF2[] = "\x1bOQ";
-inline constexpr char kF3[] = "\x1bOR";
-inline constexpr char kPasteBegins[] = "\x1b[200~";
-inline constexpr char kPasteEnds[] = "\x1b[201~";
+inline const std::string kUp = "\x1b[A";
+inline const std::string kDown = "\x1b[B";
+inline const std::string kRight = "\x1b[C";
+inline const std::string kLeft = "\x1b[D";
+inline const std::string kHome = "\x1b[H";
+inline const std::string kEnd = "\x1b[F";
+inline const std::string kDelete = "\x1b[3~";
+inline const std::string kF2 = "\x1bOQ";
+inline const std::string kF3 = "\x1bOR";
+inline const std::string kPasteBegins = "\x1b[200~";
+inline const std::string kPasteEnds = "\x1b[201~";
 // With which the console asks the terminal to mark what is pasted, or no longer.
-inline constexpr char kMarksOn[] = "\x1b[?2004h";
-inline constexpr char kMarksOff[] = "\x1b[?2004l";
-inline constexpr char kCtrlLeft[] = "\x1b[1;5D";
-inline constexpr char kCtrlRight[] = "\x1b[1;5C";
-inline constexpr char kBackspace[] = "\x7f";
-inline constexpr char kCtrlC[] = "\x03";
-inline constexpr char kCtrlD[] = "\x04";
-inline constexpr char kCtrlG[] = "\x07";
-inline constexpr char kCtrlK[] = "\x0b";
-inline constexpr char kCtrlL[] = "\x0c";
-inline constexpr char kCtrlR[] = "\x12";
-inline constexpr char kCtrlS[] = "\x13";
-inline constexpr char kCtrlT[] = "\x14";
-inline constexpr char kCtrlU[] = "\x15";
-inline constexpr char kCtrlW[] = "\x17";
-inline constexpr char kCtrlY[] = "\x19";
-inline constexpr char kCtrlZ[] = "\x1a";
-inline constexpr char kCtrlBackslash[] = "\x1c";
+inline const std::string kMarksOn = "\x1b[?2004h";
+inline const std::string kMarksOff = "\x1b[?2004l";
+inline const std::string kCtrlLeft = "\x1b[1;5D";
+inline const std::string kCtrlRight = "\x1b[1;5C";
+inline const std::string kEraseWordBefore = "\x1b\x7f";  // Alt and Backspace
+inline const std::string kEraseWord =
+    "\x1b"
+    "d";
+inline const std::string kBackspace = "\x7f";
+inline const std::string kCtrlA = "\x01";
+inline const std::string kCtrlC = "\x03";
+inline const std::string kCtrlD = "\x04";
+inline const std::string kCtrlE = "\x05";
+inline const std::string kCtrlG = "\x07";
+inline const std::string kCtrlK = "\x0b";
+inline const std::string kCtrlL = "\x0c";
+inline const std::string kCtrlR = "\x12";
+inline const std::string kCtrlS = "\x13";
+inline const std::string kCtrlT = "\x14";
+inline const std::string kCtrlU = "\x15";
+inline const std::string kCtrlW = "\x17";
+inline const std::string kCtrlY = "\x19";
+inline const std::string kCtrlZ = "\x1a";
+inline const std::string kCtrlUnderscore = "\x1f";
+inline const std::string kCtrlBackslash = "\x1c";
 
 }  // namespace lineup::test

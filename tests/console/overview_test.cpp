@@ -2,63 +2,47 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
-#include "tests/support/console_texts.h"
-#include "tests/support/fake_controller.h"
+#include "tests/support/expect_end.h"
 #include "tests/support/file_content.h"
-#include "tests/support/program_process.h"
-#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 namespace {
 
-class Overview : public testing::Test {
+constexpr char kNothingToCommit[] = "Nothing to commit: the headend runs this configuration\n";
+
+class Overview : public OnATerminal {
  protected:
-  Start start() const {
-    Start start = onTerminal();
-    start.environment["XDG_STATE_HOME"] = folder.path();
-    start.environment["PAGER"] = {};
-    return start;
-  }
-
-  /// A pager that leaves what it shows, and its arguments, in files.
-  Start withPager() const {
+  Start withPager(const std::string& pager) const {
     Start start = this->start();
-    start.environment["PAGER"] = "cat > " + folder.file("shown");
+    start.environment["PAGER"] = pager;
     return start;
   }
 
-  /// Puts a script of this name before all other programs of withPrograms().
-  void program(const std::string& name, const std::string& script) const {
-    std::ofstream(folder.file(name)) << "#!/bin/sh\n" << script << "\n";
-    ASSERT_EQ(chmod(folder.file(name).c_str(), S_IRWXU), 0);
-  }
+  /// A pager that leaves what it shows in a file.
+  Start withFile() const { return withPager("cat > shown"); }
+  std::string shown() const { return contentOf(folder.file("shown")); }
 
-  Start withPrograms() const {
+  /// A pager that shows nothing but that it runs, and stays.
+  Start withSleepingPager() const { return withPager("echo ready; exec sleep 100"); }
+
+  /// A script of this name comes before all other programs.
+  Start withProgram(const std::string& name, const std::string& script) const {
+    writeFile(folder.file(name), "#!/bin/sh\n" + script + "\n");
+    EXPECT_EQ(chmod(folder.file(name).c_str(), S_IRWXU), 0);
     Start start = this->start();
     start.environment["PATH"] = folder.path() + ":" + std::getenv("PATH");
     return start;
   }
-
-  /// A pager that shows nothing but that it runs, and stays.
-  Start withSleepingPager() const {
-    Start start = this->start();
-    start.environment["PAGER"] = "echo ready; exec sleep 100";
-    return start;
-  }
-
-  std::string shown() const { return contentOf(folder.file("shown")); }
 
   /// Gives the headend this many encoders, and nothing else, in its RF lineup. Returns the table.
   std::string fillLineup(int count, const std::string& lastName = "x") {
@@ -75,73 +59,63 @@ class Overview : public testing::Test {
     return table + "\nIP lineup: none\n";
   }
 
-  /// Types Ctrl-C during a fetch, and waits until the console has been interrupted.
-  static void interrupt(Session& session) {
-    session.type(kCtrlC);
-    session.console.readUntil("^C");  // the terminal shows it once the signal is sent
-    session.console.waitUntilTaken(SIGINT);
+  /// Expects that "x" is edited on.
+  static void expectEditing(Session& session) {
+    session.type("y\n", "> xy\n" + kInvalidCommand + "> |");
   }
 
-  TemporaryFolder folder;
-  FakeController controller;
+  /// Expects that Ctrl-Z in a pager that runs this script stops the console, and that it goes on.
+  /// Returns what is shown by the stop.
+  std::string shownByStopOf(const std::string& pager) {
+    fillLineup(100);
+    Session session(stoppable(kConsoleProgram, withProgram("less", pager)));
+    session.type("x" + kF3);
+    session.console.readUntil("ready\r\n");
+    std::string shown = session.stopAndGoOn("> x|");
+    expectEditing(session);
+    return shown;
+  }
 };
 
 TEST_F(Overview, F2ShowsWhatCommitWouldChangeAndLeavesTheLine) {
   Session session(start());
-  session.expect("> |");
-  session.type("id 7\n");
-  session.expect(kPendingOnScreen);
-  session.type(std::string("comit") + kLeft + kLeft);
+  session.type("id 7\n", kPendingOnScreen);
+  session.type("comit" + kLeft + kLeft);
   auto elsewhere = controller.config();
-  for (const char* key : {kF2, "\x1b[12~", "\x1b[[B"}) {
+  for (const std::string& key : {kF2, std::string("\x1b[12~"), std::string("\x1b[[B")}) {
     const std::string id = std::to_string(++elsewhere.headendGlobalConfig.headendId);
     controller.setConfig(elsewhere);
-    session.type(key);
-    session.expect("> comit\nid: " + id + " -> 7\n(changes to commit) > com|it");
+    session.type(key, "> comit\nid: " + id + " -> 7\n(changes to commit) > com|it");
   }
-  session.type("m\n");
-  session.expect("> commit\n> |");
+  session.type("m\n", "> commit\n> |");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
-  session.type(kF2);
-  session.expect(">\nNothing to commit: the headend runs this configuration\n> |");
+  session.type(kF2, ">\n" + std::string(kNothingToCommit) + "> |");
 }
 
 TEST_F(Overview, F2OfAControllerThatDoesNotAnswerSaysSo) {
   Session session(start());
-  session.expect("> |");
-  session.type("id 7\n");
-  session.expect(kPendingOnScreen);
+  session.type("id 7\n", kPendingOnScreen);
   controller.answerNext({.kind = Answer::kNotReady});
-  session.type(std::string("com") + kF2);
-  session.expect("> com\n" + std::string(kFetchFailed) + kPending + "com|");
-  session.type("mit\n");
-  session.expect("> commit\n> |");
+  session.type("com" + kF2, "> com\n" + kFetchFailed + kPending + "com|");
+  session.type("mit\n", "> commit\n> |");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 7);
 }
 
 TEST_F(Overview, CtrlCEndsAFetchOfF2AndLeavesTheLine) {
   Session session(start());
-  session.expect("> |");
-  controller.answerNext(stalled(false));
-  session.type(std::string("hel") + kF2);
-  controller.waitForCalls(2);
-  interrupt(session);
+  beginCall(session, controller, "hel" + kF2);
+  session.interruptCall();
   controller.release();
   session.expect("> hel|");
-  session.type(std::string("p") + kF2);
-  session.expect("Nothing to commit: the headend runs this configuration\n> help|");
+  session.type("p" + kF2, std::string(kNothingToCommit) + "> help|");
 }
 
 TEST_F(Overview, CtrlCTwiceDuringAFetchOfF2EndsTheConsoleAndRescuesTheEdits) {
   Session session(start());
-  session.expect("> |");
-  session.type("id 7\n");
-  session.expect(kPendingOnScreen);
-  controller.answerNext(stalled(false));
-  session.type(std::string("hel") + kF2);
-  controller.waitForCalls(2);
-  interrupt(session);
-  interrupt(session);
+  session.type("id 7\n", kPendingOnScreen);
+  beginCall(session, controller, "hel" + kF2);
+  session.interruptCall();
+  session.interruptCall();
   controller.release();
   const Outcome outcome = session.console.finish();
   EXPECT_EQ(outcome.signal, SIGINT);
@@ -149,63 +123,56 @@ TEST_F(Overview, CtrlCTwiceDuringAFetchOfF2EndsTheConsoleAndRescuesTheEdits) {
 }
 
 TEST_F(Overview, CtrlZDuringAFetchOfF2StopsTheConsoleAndFgGoesOn) {
-  Start start = this->start();
-  start.program = "/bin/sh";
-  start.arguments = {"-c", "set -m; stty -a >before; " + std::string(kConsoleProgram) +
-                               "; stty -a >after; echo stopped; read go; fg >/dev/null"};
-  start.folder = folder.path();
-  Session session(start);
-  session.expect("> |");
-  controller.answerNext(stalled(true));
-  session.type(std::string("hel") + kF2);
-  controller.waitForCalls(2);
+  Session session(stoppable());
+  beginCall(session, controller, "hel" + kF2, true);
   session.type(kCtrlZ);
   session.console.readUntil("stopped\r\n");
-  EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
+  expectModeRestored();
   session.type("\n");
   session.console.readUntil("\n");
   controller.release();
   session.console.readUntil("Nothing to commit: the headend runs this configuration\r\n");
   session.screen.show("\r\n");
   session.expect("> hel|");
-  session.type("p!\n");
-  session.expect("> help!\nInvalid command. Try 'help'.\n> |");
+  session.type("p!\n", "> help!\n" + kInvalidCommand + "> |");
 }
 
 TEST_F(Overview, F3ShowsTheLineups) {
   const std::string table = fillLineup(2);
   Session session(start());
-  session.expect("> |");
-  std::string line;
-  for (const char* key : {kF3, "\x1b[13~", "\x1b[[C"}) {
+  std::string line = "> ";
+  for (const std::string& key : {kF3, std::string("\x1b[13~"), std::string("\x1b[[C")}) {
     line += "x";
-    session.type(std::string("x") + key);
-    std::string shown = "> " + line + "\n";
+    std::string shown = line + "\n";
     shown += table;
-    shown += "> " + line + "|";
-    session.expect(shown);
+    shown += line + "|";
+    session.type("x" + key, shown);
   }
   EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
+TEST_F(Overview, IsNoneOfAnAnswer) {
+  Session session(start());
+  session.askForPlsItem();
+  session.type("1 2" + kF2 + kF3 + "\n", kPendingOnScreen);
+  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
+}
+
+// ---- the pager
+
 TEST_F(Overview, ThatTheScreenHasRoomForNeedsNoPager) {
   const std::string table = fillLineup(19);
-  Session session(withPager());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect(table + "> x|");
+  Session session(withFile());
+  session.type("x" + kF3, table + "> x|");
   EXPECT_EQ(shown(), "");
 }
 
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughThePager) {
   const std::string table = fillLineup(20);
-  Session session(withPager());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("> x\n> x|");
+  Session session(withFile());
+  session.type("x" + kF3, "> x\n> x|");
   EXPECT_EQ(shown(), table);
-  session.type("\n");
-  session.expect("> x\nInvalid command. Try 'help'.\n> |");
+  expectEditing(session);
 }
 
 TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
@@ -219,12 +186,10 @@ TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
       SCOPED_TRACE(name);
       std::filesystem::remove(folder.file("shown"));
       fillLineup(1, name);
-      Start start = withPager();
+      Start start = withFile();
       start.rows = 7;  // two of them for the heading, which is wider than the screen
       Session session(start);
-      session.expect("> |");
-      session.type(std::string("x") + kF3);
-      session.expect(fits ? "IP lineup: none\n> x|" : "> x\n> x|");
+      session.type("x" + kF3, fits ? "IP lineup: none\n> x|" : "> x\n> x|");
       EXPECT_EQ(shown().empty(), fits) << name;
     }
   }
@@ -232,208 +197,107 @@ TEST_F(Overview, IsMeasuredInColumnsAndWrappedRows) {
 
 TEST_F(Overview, ThatHasNoRoomBesideALineOfSeveralRowsGoesThroughThePager) {
   const std::string table = fillLineup(19);
-  Session session(withPager());
-  session.expect("> |");
-  session.type(std::string(78, 'x') + kF3);
-  session.expect("xx\n\n> " + std::string(78, 'x') + "\n|");
+  const std::string line(78, 'x');
+  Session session(withFile());
+  session.type(line + kF3, "xx\n\n> " + line + "\n|");
   EXPECT_EQ(shown(), table);
 }
 
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughLess) {
-  const std::string table = fillLineup(100);
-  program("less", "echo \"$LESSSECURE $@\" > " + folder.file("shown"));
-  Session session(withPrograms());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("> x\n> x|");
+  fillLineup(100);
+  Session session(withProgram("less", "echo \"$LESSSECURE $@\" > shown"));
+  session.type("x" + kF3, "> x\n> x|");
   EXPECT_EQ(shown(), "1 -FRX\n");
 }
 
 TEST_F(Overview, ThatIsLongerThanTheScreenGoesThroughMoreWhereThereIsNoLess) {
   const std::string table = fillLineup(100);
-  program("more", "echo \"$LESSSECURE $@\" > " + folder.file("options") + "; /bin/cat > " +
-                      folder.file("shown"));
-  Start start = this->start();
+  Start start = withProgram("more", "echo \"$LESSSECURE $@\" > options; /bin/cat > shown");
   start.environment["PATH"] = folder.path();
   Session session(start);
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("> x\n> x|");
+  session.type("x" + kF3, "> x\n> x|");
   EXPECT_EQ(shown(), table);
   EXPECT_EQ(contentOf(folder.file("options")), "1 \n");
+}
+
+TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
+  fillLineup(100);
+  Session session(withPager("exec /nowhere/pager 2>/dev/null"));
+  session.type("x" + kF3, "100       x     DVB   no service 0\n\nIP lineup: none\n> x|");
 }
 
 // "less" ignores the stop, as it may start no other program, and would read what is typed then.
 TEST_F(Overview, CtrlZInLessStopsTheConsoleAndFgBringsTheLineBack) {
   fillLineup(100);
-  program("less", "trap '' TSTP; stty -icanon -echo </dev/tty; echo $$ > " + folder.file("pid") +
-                      "; echo ready; exec sleep 100");
-  for (const std::string& run :
-       {std::string(kConsoleProgram), "sh -c '" + std::string(kConsoleProgram) + "; :'"}) {
-    Start start = withPrograms();
-    start.program = "/bin/sh";
-    start.arguments = {
-        "-c",
-        "set -m; stty -g > " + folder.file("before") + "; " + run + "; while stty -g > " +
-            folder.file("stopped") + "; while kill -0 $(cat " + folder.file("pid") +
-            ") 2>/dev/null; do sleep 0.01; done; echo stopped; read go; do fg >/dev/null; done"};
-    Session session(start);
-    session.expect("> |");
-    session.type(std::string("x") + kF3);
-    session.expect("ready\n|");
-    session.type(kCtrlZ);
-    session.console.readUntil("stopped\r\n");
+  const Start less =
+      withProgram("less",
+                  "trap '' TSTP; stty -icanon -echo </dev/tty; echo $$ > pid; echo ready; "
+                  "exec sleep 100");
+  for (const std::string& run : {kConsoleProgram, "sh -c '" + kConsoleProgram + "; :'"}) {
+    Session session(
+        stoppable(run + "; while kill -0 $(cat pid) 2>/dev/null; do sleep 0.01; done", less));
+    session.type("x" + kF3, "ready\n|");
+    session.stopAndGoOn("> x|");
     if (run == kConsoleProgram) {  // else the shell may go on before it
-      EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("stopped")));
+      expectModeRestored();
     }
-    session.type("\n");
-    session.screen.show("\x1b[2J\x1b[H");
-    session.expect("> x|");
-    session.type("y\n");
-    session.expect("> xy\nInvalid command. Try 'help'.\n> |");
+    expectEditing(session);
   }
 }
 
-/// Types Ctrl-Z in a pager that runs this script, and lets the console go on; returns what the
-/// terminal shows up to the stop.
-std::string shownByStopOf(const std::string& pager, const Start& like) {
-  Start start = like;
-  start.program = "/bin/sh";
-  start.arguments = {
-      "-c", "set -m; " + std::string(kConsoleProgram) + "; echo stopped; read go; fg >/dev/null"};
-  std::ofstream(start.folder + "/less") << "#!/bin/sh\n" << pager << "\n";
-  chmod((start.folder + "/less").c_str(), S_IRWXU);
-  Session session(start);
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.console.readUntil("ready\r\n");
-  session.type(kCtrlZ);
-  std::string shown = session.console.readUntil("stopped\r\n");
-  session.type("\n");
-  session.screen.show("\x1b[2J\x1b[H");
-  session.expect("> x|");
-  session.type("y\n");
-  session.expect("> xy\nInvalid command. Try 'help'.\n> |");
-  return shown;
-}
-
 TEST_F(Overview, CtrlZLetsLessPutTheTerminalBack) {
-  fillLineup(100);
-  Start start = withPrograms();
-  start.folder = folder.path();
   const std::string shown = shownByStopOf(
       "trap '' TSTP; trap 'echo put back; exit 15' TERM; echo ready\n"
-      "while :; do read key </dev/tty; done",
-      start);
+      "while :; do read key </dev/tty; done");
   EXPECT_NE(shown.find("put back\r\n"), std::string::npos) << shown;
 }
 
 TEST_F(Overview, CtrlZEndsALessThatWasStopped) {
-  fillLineup(100);
-  Start start = withPrograms();
-  start.folder = folder.path();
-  const std::string shown = shownByStopOf(
-      // Waits for nothing, as the signal could come just before that.
-      "trap 'echo put back; exit 15' TERM; echo ready\n"
-      "while :; do :; done",
-      start);
+  // Waits for nothing, as the signal could come just before that.
+  const std::string shown =
+      shownByStopOf("trap 'echo put back; exit 15' TERM; echo ready\nwhile :; do :; done");
   EXPECT_NE(shown.find("put back\r\n"), std::string::npos) << shown;
 }
 
 TEST_F(Overview, CtrlZEndsALessThatDoesNotEndByItself) {
-  fillLineup(100);
-  Start start = withPrograms();
-  start.folder = folder.path();
-  shownByStopOf("trap '' TSTP TERM; echo $$ > pid; echo ready; exec sleep 100", start);
-  const std::string pager = contentOf(folder.file("pid"));
-  EXPECT_EQ(kill(std::stoi(pager), 0), -1);
+  shownByStopOf("trap '' TSTP TERM; echo $$ > pid; echo ready; exec sleep 100");
+  EXPECT_EQ(kill(std::stoi(contentOf(folder.file("pid"))), 0), -1);
 }
 
 TEST_F(Overview, OfAPagerThatIsKilledLeavesTheTerminalUsable) {
   fillLineup(100);
-  program("less", "stty -icanon -echo </dev/tty; printf '(END)'; kill -9 $$");
-  Start start = withPrograms();
-  start.program = "/bin/sh";
-  start.arguments = {"-c", "stty -g > " + folder.file("before") + "; " + kConsoleProgram +
-                               "; stty -g > " + folder.file("after")};
-  Session session(start);
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("(END)\n> x|");
-  session.type("\nquit\n");
-  EXPECT_EQ(session.console.finish().status, 0);
-  EXPECT_EQ(contentOf(folder.file("before")), contentOf(folder.file("after")));
+  Session session(
+      inShell("stty -a > before; " + kConsoleProgram + "; stty -a > after",
+              withProgram("less", "stty -icanon -echo </dev/tty; printf '(END)'; kill -9 $$")));
+  session.type("x" + kF3, "(END)\n> x|");
+  session.type("\n");
+  session.quit();
+  expectModeRestored();
 }
 
-TEST_F(Overview, WhosePagerIsNotThereIsShownAllTheSame) {
-  const std::string table = fillLineup(100);
-  Start start = this->start();
-  start.environment["PAGER"] = "exec /nowhere/pager 2>/dev/null";
-  Session session(start);
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("100       x     DVB   no service 0\n\nIP lineup: none\n> x|");
-}
-
-TEST_F(Overview, CtrlCInThePagerEndsThePagerAlone) {
+TEST_F(Overview, AKeyThatInterruptsOrASignalEndsThePagerAlone) {
   fillLineup(100);
-  Session session(withSleepingPager());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("ready\n|");
-  session.type(kCtrlC);
-  session.expect("> x|");
-  session.type("y\n");
-  session.expect("y\nInvalid command. Try 'help'.\n> |");
-}
-
-TEST_F(Overview, TheKeyThatQuitsInThePagerEndsThePagerAlone) {
-  fillLineup(100);
-  Session session(withSleepingPager());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("ready\n|");
-  session.type("\x1c");
-  session.expect("> x|");
-  session.type("y\n");
-  session.expect("y\nInvalid command. Try 'help'.\n> |");
-}
-
-TEST_F(Overview, AnInterruptThatAProcessSendsEndsThePagerAlone) {
-  fillLineup(100);
-  Session session(withSleepingPager());
-  session.expect("> |");
-  session.type(std::string("x") + kF3);
-  session.expect("ready\n|");
-  session.console.signal(SIGINT);
-  session.expect("> x|");
-  session.type("y\n");
-  session.expect("y\nInvalid command. Try 'help'.\n> |");
+  for (const std::string& key : {kCtrlC, kCtrlBackslash, std::string("signal")}) {
+    Session session(withSleepingPager());
+    session.type("x" + kF3, "ready\n|");
+    if (key == "signal") {
+      session.console.signal(SIGINT);
+    } else {
+      session.type(key);
+    }
+    session.expect("> x|");
+    expectEditing(session);
+  }
 }
 
 TEST_F(Overview, ASignalThatEndsTheConsoleEndsThePagerToo) {
   fillLineup(100);
   for (const int signal : {SIGTERM, SIGQUIT}) {
     Session session(withSleepingPager());
-    session.expect("> |");
-    session.type("id 7\n");
-    session.expect(kPendingOnScreen);
-    session.type(kF3);
-    session.expect("ready\n|");
-    session.console.signal(signal);
-    const auto outcome = session.console.finish();
-    EXPECT_EQ(outcome.signal, signal);
-    EXPECT_NE(outcome.out.find(kUncommittedIn), std::string::npos);
+    session.type("id 7\n", kPendingOnScreen);
+    session.type(kF3, "ready\n|");
+    EXPECT_NE(endBy(session.console, signal).out.find(kUncommittedIn), std::string::npos);
   }
-}
-
-TEST_F(Overview, IsNoneOfAnAnswer) {
-  Session session(start());
-  session.expect("> |");
-  session.askForPlsItem();
-  session.type(std::string("1 2") + kF2 + kF3 + "\n");
-  session.expect(kPendingOnScreen);
-  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
 }  // namespace

@@ -4,9 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
+#include <algorithm>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/support/console_texts.h"
@@ -54,8 +53,7 @@ inline void expectSession(const std::vector<Step>& steps) {
 /// What the console has printed after its greeting, which is expected.
 inline std::string afterGreeting(const Outcome& outcome) {
   EXPECT_TRUE(outcome.out.starts_with(kGreeting)) << outcome.out;
-  constexpr std::size_t kLength = std::string_view(kGreeting).size();
-  return outcome.out.size() < kLength ? "" : outcome.out.substr(kLength);
+  return outcome.out.substr(std::min(kGreeting.size(), outcome.out.size()));
 }
 
 /// Runs the lines at the prompt. Expects a proper end, and returns what they print between the

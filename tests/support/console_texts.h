@@ -6,17 +6,25 @@
 
 namespace lineup::test {
 
-inline constexpr char kGreeting[] = "Enter 'help' and press return for help\n";
-inline constexpr char kPending[] = "(changes to commit) > ";
-inline constexpr char kNote[] = "NOTE: Changes have not been committed\n";
+inline const std::string kGreeting = "Enter 'help' and press return for help\n";
+inline const std::string kPending = "(changes to commit) > ";
+inline const std::string kNote = "NOTE: Changes have not been committed\n";
+inline const std::string kInvalidCommand = "Invalid command. Try 'help'.\n";
 /// What "id 7" prints.
-inline constexpr char kIdChanged[] =
+inline const std::string kIdChanged =
     "Headend id changed to: 7. Please remember to commit the changes.\n";
 /// Begins what is said of a copy of the edits.
 inline const std::string kUncommittedIn = "The uncommitted changes are in ";
-inline constexpr char kFetchFailed[] = "ERROR: Could not get current config from ControllerTask\n";
-inline constexpr char kStatusFailed[] = "ERROR: Could not get current status from ControllerTask\n";
-inline constexpr char kCommitFailed[] = "ERROR: Could not set LineupConfig to ControllerTask\n";
-inline constexpr char kTdtFailed[] = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
+inline const std::string kFetchFailed = "ERROR: Could not get current config from ControllerTask\n";
+inline const std::string kStatusFailed =
+    "ERROR: Could not get current status from ControllerTask\n";
+inline const std::string kCommitFailed = "ERROR: Could not set LineupConfig to ControllerTask\n";
+inline const std::string kTdtFailed = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
+
+/// What "id" prints with another `id` than that of the headend.
+inline std::string idChanged(int id) {
+  return "Headend id changed to: " + std::to_string(id) +
+         ". Please remember to commit the changes.\n";
+}
 
 }  // namespace lineup::test

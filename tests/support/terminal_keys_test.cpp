@@ -35,7 +35,7 @@ TEST(TerminalKeys, LettersAndControlCharactersAreThemselves) {
 
 TEST(TerminalKeys, BytesThatMakeNoLetterAreLeftOut) {
   EXPECT_EQ(keysIn("i\xc3"
-                   "d\xff\xa9 \xe2\x82"
+                   "d\xff\xa9 \xfd\x88\x85\xa3\x8d\x93\xe2\x82"
                    "é\xc2\x85"),
             L"id é");
 }
@@ -61,9 +61,12 @@ TEST(TerminalKeys, TheMarksOfAPasteAreKnown) {
 
 TEST(TerminalKeys, OtherSequencesAreLeftOutWhole) {
   for (const char* sequence :
-       {"\x1b[15~", "\x1b[24~", "\x1b[3;5~", "\x1b[1;2D", "\x1b[[A", "\x1b[[E", "\x1bOP", "\x1bO5P",
-        "\x1bq", "\x1b\x1b[5~", "\x1b[?1;2c", "\x1b[200;1;300;400;500$ 99q", "\x1bé"}) {
-    EXPECT_EQ(keysIn(std::string("a") + sequence + "b"), L"ab") << sequence + 1;
+       {"\x1b[2~", "\x1b[5~", "\x1b[15~", "\x1b[24~", "\x1b[3;5~", "\x1b[1;2D", "\x1b[[A",
+        "\x1b[[E", "\x1bOP", "\x1bO5P", "\x1bq", "\x1b\x1b[5~", "\x1b[?1;2c",
+        "\x1b[200;1;300;400;500$ 99q", "\x1bé"}) {
+    for (const bool escapeAlone : {false, true}) {
+      EXPECT_EQ(keysIn(std::string("a") + sequence + "b", escapeAlone), L"ab") << sequence + 1;
+    }
   }
 }
 
