@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "model/headend_places.h"
+#include "tests/console/keys.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
@@ -77,72 +78,29 @@ std::vector<std::string> knownTerminals() {
 }
 
 /// What would stop, freeze or end the console, or wait long, is left out.
-constexpr const char* kKeys[] = {"\x01",
-                                 "\x02",
-                                 "\x07x\x02\x04",
-                                 "\x05",
-                                 "\x06",
-                                 "\x07",
-                                 "\b",
-                                 "\t",
-                                 "\n",
-                                 "\r",
-                                 "\x0b",
-                                 "\x0c",
-                                 "\x0e",
-                                 "\x0f",
-                                 "\x10",
-                                 "\x12",
-                                 "\x14",
-                                 "\x15",
-                                 "\x16",
-                                 "\x17",
-                                 "\x18",
-                                 "\x19",
-                                 "\x1b",
-                                 "\x1d",
-                                 "\x1e",
-                                 "\x1f",
-                                 "\x7f",
-                                 "\x1b[A",
-                                 "\x1b[B",
-                                 "\x1b[C",
-                                 "\x1b[D",
-                                 "\x1bOH",
-                                 "\x1bOF",
-                                 "\x1b[3~",
-                                 "\x1b[1;5C",
-                                 "\x1b[1;5D",
-                                 "\x1bx",
-                                 "\x1b\x7f",
-                                 ("\x1b"
-                                  "d"),
-                                 "\x1b[15~",
-                                 "\x1b[[A",
-                                 "\x1bOQ",
-                                 "\x1bOR",
-                                 "\x1b[200~",
-                                 "\x1b[201~",
-                                 "\x1b[200~id 3\r\r\x1b[201~",
-                                 "\x1b[",
-                                 "\xc3",
-                                 "\xff",
-                                 "\r\n",
-                                 "x",
-                                 "y z",
-                                 "é",
-                                 "漢字",
-                                 "e\xcc\x81",
-                                 "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x94\xac",
-                                 "co\t",
-                                 "country \t",
-                                 "save \t",
-                                 "addenc \t",
-                                 "adddvb \t",
-                                 "addpls\n",
-                                 "id 3\n",
-                                 "\"",
-                                 "\\"};
+const std::vector<std::string>& keysAndMore() {
+  static const std::string kSingle =
+      "\x01\x02\x05\x06\a\b\t\n\r\v\f\x0e\x0f\x10\x12\x14\x15\x16\x17\x18\x19\x1b\x1d\x1e\x1f\x7fx"
+      "\"\\";
+  static const std::vector<std::string> kAll = [] {
+    std::vector<std::string> all = {kUp,        kDown,        kRight,           kLeft,
+                                    "\x1bOH",   "\x1bOF",     kDelete,          kCtrlRight,
+                                    kCtrlLeft,  "\x1bx",      kEraseWordBefore, kEraseWord,
+                                    "\x1b[15~", "\x1b[[A",    "\x1b[",          kF2,
+                                    kF3,        kPasteBegins, kPasteEnds};
+    all.push_back(kPasteBegins + "id 3\r\r" + kPasteEnds);
+    for (const char* text : {"\ax\x02\x04", "\xc3", "\xff", "\r\n", "y z", "é", "漢字", "e\u0301",
+                             "\U0001f469\u200d\U0001f52c", "co\t", "country \t", "save \t",
+                             "addenc \t", "adddvb \t", "addpls\n", "id 3\n"}) {
+      all.emplace_back(text);
+    }
+    for (const char key : kSingle) {
+      all.emplace_back(1, key);
+    }
+    return all;
+  }();
+  return kAll;
+}
 
 std::string randomKeys(Random& random) {
   const std::size_t kind = below(random, 100);
@@ -160,7 +118,7 @@ std::string randomKeys(Random& random) {
     }
     return bytes;
   }
-  return kKeys[below(random, std::size(kKeys))];
+  return keysAndMore()[below(random, keysAndMore().size())];
 }
 
 Session randomSession(unsigned seed) {
