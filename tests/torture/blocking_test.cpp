@@ -6,17 +6,13 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <initializer_list>
 #include <string>
-#include <system_error>
 #include <vector>
 
-#include "controller/complete_config_file.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
-#include "tests/support/matches.h"
 #include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/temporary_folder.h"
@@ -25,7 +21,6 @@
 namespace lineup::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kLines[] =
@@ -71,11 +66,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
   static std::chrono::seconds limit() { return std::chrono::seconds(mayBeInACall() ? 15 : 5); }
 
   Start start(const Fault& fault, const TemporaryFolder& folder) const {
-    Start start;
-    start.terminal = GetParam().terminal;
-    start.folder = folder.path();
-    start.environment = {
-        {"TERM", "dumb"}, {"XDG_STATE_HOME", folder.path()}, {"TMPDIR", folder.path()}};
+    Start start = startIn(folder, GetParam().terminal);
     injectFault(start, fault, counts);
     return start;
   }
@@ -99,15 +90,9 @@ class Blocking : public testing::TestWithParam<Parameters> {
     if (controller.config().headendGlobalConfig.headendId == id) {
       return;
     }
-    std::error_code none;
-    int copies = 0;
-    for (const auto& entry : fs::recursive_directory_iterator(folder.path(), none)) {
-      if (matches(entry.path().filename().string(), "lineup-console-[-0-9]+[.]json")) {
-        ++copies;
-        EXPECT_EQ(lineup::readCompleteConfigFile(entry.path()).headendGlobalConfig.headendId, id);
-      }
-    }
-    EXPECT_EQ(copies, 1) << out;
+    const auto copies = copiesIn(folder);
+    ASSERT_EQ(copies.size(), 1U) << out;
+    EXPECT_EQ(idIn(copies[0]), id);
   }
 
   const TemporaryFolder elsewhere;

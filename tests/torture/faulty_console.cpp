@@ -3,12 +3,42 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <system_error>
+
+#include "controller/complete_config_file.h"
+#include "tests/support/matches.h"
 
 namespace lineup::test {
 
+namespace fs = std::filesystem;
+
+Start startIn(const TemporaryFolder& folder, bool terminal) {
+  Start start;
+  start.terminal = terminal;
+  start.folder = folder.path();
+  start.environment = {
+      {"TERM", "dumb"}, {"XDG_STATE_HOME", folder.path()}, {"TMPDIR", folder.path()}};
+  return start;
+}
+
+std::vector<fs::path> copiesIn(const TemporaryFolder& folder) {
+  std::error_code none;
+  std::vector<fs::path> copies;
+  for (const auto& entry : fs::recursive_directory_iterator(folder.path(), none)) {
+    if (matches(entry.path().filename().string(), "lineup-console-[-0-9]+[.]json")) {
+      copies.push_back(entry.path());
+    }
+  }
+  return copies;
+}
+
+int32_t idIn(const fs::path& copy) {
+  return readCompleteConfigFile(copy).headendGlobalConfig.headendId;
+}
+
 void injectFault(Start& start, const Fault& fault, const std::string& counts) {
   start.environment["LD_PRELOAD"] = FAULT_INJECTION;
-  start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+  start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:allocator_may_return_null=1";
   start.environment["FAULT_KIND"] = fault.kind;
   start.environment["FAULT_AT"] = std::to_string(fault.at);
   start.environment["FAULT_ON"] = fault.on;

@@ -2,12 +2,24 @@
 
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/program_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
+
+/// A console with the folder to work in, and for its copies.
+Start startIn(const TemporaryFolder& folder, bool terminal);
+
+/// The copies in the folder and in those below it.
+std::vector<std::filesystem::path> copiesIn(const TemporaryFolder& folder);
+
+/// The headend's id in a copy.
+int32_t idIn(const std::filesystem::path& copy);
 
 /// Which call, and what happens at it: see fault_injection.cpp.
 struct Fault {

@@ -2,7 +2,7 @@
 // when asked to, and leaves the edits.
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,10 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "controller/complete_config_file.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/torture/faulty_console.h"
 
 namespace lineup::test {
 namespace {
@@ -116,27 +116,12 @@ std::vector<Row> rowsWithAllPairs() {
 }
 
 Start startWith(const Row& row, const TemporaryFolder& folder) {
-  Start start;
+  Start start = startIn(folder, row.back() == "stream=terminal");
   start.program = INHERIT;
   start.arguments = row;
   start.arguments.insert(start.arguments.end(), {"--", kConsoleProgram});
-  start.terminal = row.back() == "stream=terminal";
-  start.folder = folder.path();
-  start.environment = {
-      {"TERM", "dumb"}, {"XDG_STATE_HOME", folder.file("state")}, {"TMPDIR", folder.path()}};
+  start.environment["XDG_STATE_HOME"] = folder.file("state");
   return start;
-}
-
-void expectCopy(const TemporaryFolder& folder) {
-  std::vector<fs::path> copies;
-  for (const auto& entry : fs::directory_iterator(folder.file("state/lineup-console"))) {
-    copies.push_back(entry.path());
-  }
-  ASSERT_EQ(copies.size(), 1U);
-  struct stat status {};
-  ASSERT_EQ(stat(copies[0].c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0600U);
-  EXPECT_EQ(lineup::readCompleteConfigFile(copies[0]).headendGlobalConfig.headendId, 7);
 }
 
 TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {
@@ -155,7 +140,11 @@ TEST(InheritedState, DoesNotKeepTheConsoleFromEndingWithACopy) {
     const auto asked = std::chrono::steady_clock::now();
     EXPECT_EQ(console.finish().signal, SIGTERM);
     EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
-    expectCopy(folder);
+    const auto copies = copiesIn(folder);
+    ASSERT_EQ(copies.size(), 1U);
+    EXPECT_EQ(copies[0].parent_path(), folder.file("state/lineup-console"));
+    EXPECT_EQ(fs::status(copies[0]).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(idIn(copies[0]), 7);
   }
   EXPECT_GE(rows.size(), 12U);
 }

@@ -9,26 +9,22 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
-#include "controller/complete_config_file.h"
 #include "support/descriptor.h"
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/file_content.h"
 #include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
 namespace lineup::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int32_t kFirst = 7;
 constexpr int32_t kLast = 9;
@@ -112,15 +108,19 @@ class Session {
   int32_t committedId() const { return controller_.config().headendGlobalConfig.headendId; }
 
   /// The path of the copy, or nothing.
-  std::string copy() const { return fileWith(".json"); }
-  bool isBeingWritten() const { return !fileWith(".new").empty() || !fileWith(".newer").empty(); }
+  std::string copy() const {
+    const auto copies = copiesIn(folder_);
+    return copies.empty() ? "" : copies[0].string();
+  }
+  bool isBeingWritten() const {
+    return std::ranges::any_of(pathsIn(folder_.file("lineup-console")), [](const auto& path) {
+      return path.extension() == ".new" || path.extension() == ".newer";
+    });
+  }
 
   int32_t copiedId() const {
     const std::string path = copy();
     return path.empty() ? 0 : idIn(path);
-  }
-  static int32_t idIn(const std::string& path) {
-    return lineup::readCompleteConfigFile(path).headendGlobalConfig.headendId;
   }
 
   int32_t typed = 0;
@@ -132,22 +132,8 @@ class Session {
   std::string countsPath() const { return folder_.file("counts"); }
   long calls() const { return FaultCounts(countsPath()).calls; }
 
-  std::string fileWith(const std::string& extension) const {
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator(folder_.file("lineup-console"), none)) {
-      if (entry.path().extension() == extension) {
-        return entry.path();
-      }
-    }
-    return "";
-  }
-
   Start start(const Fault& fault) const {
-    Start start;
-    start.terminal = true;
-    start.folder = folder_.path();
-    start.environment = {
-        {"TERM", "dumb"}, {"XDG_STATE_HOME", folder_.path()}, {"TMPDIR", folder_.path()}};
+    Start start = startIn(folder_, true);
     if (!fault.kind.empty()) {
       injectFault(start, fault, countsPath());
     }
@@ -178,7 +164,7 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
     session.play();
     const std::string copy = session.copy();
     if (!copy.empty()) {
-      const int32_t id = Session::idIn(copy);
+      const int32_t id = idIn(copy);
       EXPECT_TRUE(id == session.typed || id == session.copied) << id;
     } else {
       EXPECT_TRUE(session.copied == 0 || session.committedId() == kLast);

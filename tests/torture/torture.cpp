@@ -12,8 +12,8 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <ranges>
 #include <stdexcept>
@@ -22,22 +22,28 @@
 #include <vector>
 
 #include "tests/support/catalogue_file.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/copies_in_tmp.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/matches.h"
 #include "tests/support/program_process.h"
+#include "tests/support/rf_inputs.h"
 #include "tests/support/sandbox.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/torture/faulty_console.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using lineup::test::copiesInTmp;
+using lineup::test::count;
 using lineup::test::FakeController;
+using lineup::test::kPending;
 using lineup::test::Outcome;
 using lineup::test::ProgramProcess;
 using lineup::test::ReceivedCall;
 using lineup::test::Start;
 
-constexpr char kPendingPrompt[] = "(changes to commit) > ";
 constexpr char kPrompt[] = "> ";
 constexpr char kError[] = "ERROR: ";
 constexpr char kRescued[] = "The uncommitted changes";
@@ -145,27 +151,19 @@ std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>
   bool promptMayBegin = true;
   for (std::size_t at = 0; at < out.size();) {
     const std::string_view rest = std::string_view(out).substr(at);
-    const bool pendingPrompt = promptMayBegin && rest.starts_with(kPendingPrompt);
+    const bool pendingPrompt = promptMayBegin && rest.starts_with(kPending);
     if (pendingPrompt || (promptMayBegin && rest.starts_with(kPrompt))) {
       steps.push_back({line, printed, pending, pendingPrompt});
       line = steps.size() <= lines.size() ? lines[steps.size() - 1] : "";
       pending = pendingPrompt;
       printed.clear();
-      at += std::strlen(pendingPrompt ? kPendingPrompt : kPrompt);
+      at += pendingPrompt ? kPending.size() : std::strlen(kPrompt);
     } else {
       promptMayBegin = out[at] == '\n';
       printed += out[at++];
     }
   }
   return steps;
-}
-
-long errorLines(const std::string& out) {
-  long count = 0;
-  for (std::size_t at = 0; (at = out.find(kError, at)) != std::string::npos; ++at) {
-    ++count;
-  }
-  return count;
 }
 
 // ---- what must hold; each returns what does not, empty if all does
@@ -197,7 +195,7 @@ std::string wrongEnd(const Fault& fault, const Result& result) {
 
 /// One line for a call that fails once, none where nothing concerns the controller.
 std::string wrongErrors(const Fault& fault, const Result& result) {
-  const long errors = errorLines(result.outcome.out);
+  const long errors = count(result.outcome.out, kError);
   const bool injected = fault.at > 0;
   const bool mayFail = injected && fault.kind.effect >= Effect::Calls;
   const bool mustFail = injected && fault.kind.effect == Effect::Calls;
@@ -304,8 +302,6 @@ std::string complaint(const Session& session, const Fault& fault, const Result& 
 class Torture {
  public:
   Torture() {
-    std::string name = (fs::temp_directory_path() / "torture-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
     lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath);
     // Columns: what the console selects by, the name and the service id of the channel.
     catalogue.insert(lineup::test::kSat, {{7, "11778"},
@@ -317,11 +313,8 @@ class Torture {
                                           {24, "101,102"}});
     catalogue.insert(lineup::test::kTdt, {{5, "506000"}, {10, "18"}, {11, "Ondaria"}});
     const FakeController controller;
-    lineup::test::run({.arguments = {"-s", (folder_ / "given.json").string()}});
+    lineup::test::run({.arguments = {"-s", folder_.file("given.json")}});
   }
-  ~Torture() { fs::remove_all(folder_); }
-  Torture(const Torture&) = delete;
-  Torture& operator=(const Torture&) = delete;
 
   /// Every fault of the kind in the session, or about `sample` of them if that is not 0. Returns
   /// how many.
@@ -362,8 +355,7 @@ class Torture {
       result.outcome.err = result.outcome.out;
     }
     result.calls = controller.calls();
-    std::ifstream(folder_ / "count")
-        .read(reinterpret_cast<char*>(&result.faultyCalls), sizeof result.faultyCalls);
+    result.faultyCalls = lineup::test::FaultCounts(folder_.file("count")).calls;
     return result;
   }
 
@@ -414,40 +406,27 @@ class Torture {
   }
 
   static korvel::thrift::hub_module::HeadendStatus statusWithSatInputs() {
-    using korvel::thrift::general::RFInputId;
-    korvel::thrift::hub_module::HeadendStatus status;
-    for (int id = RFInputId::SAT1; id <= RFInputId::SAT8; ++id) {
-      status.satRFInputs[static_cast<RFInputId::type>(id)];
-    }
+    korvel::thrift::hub_module::HeadendStatus status = lineup::test::tenInputs("----------");
+    status.tdtRFInputs.clear();
     return status;
   }
 
   Start start(const Session& session, const Fault& fault) const {
-    Start start;
+    Start start = lineup::test::startIn(folder_, session.terminal);
     start.arguments = session.arguments;
-    start.terminal = session.terminal;
-    start.folder = folder_.string();
     start.environment["TERM"] = "xterm";
-    start.environment["LD_PRELOAD"] = FAULT_INJECTION;
-    start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:allocator_may_return_null=1";
-    start.environment["XDG_STATE_HOME"] = folder_.string();
-    start.environment["FAULT_KIND"] = fault.kind.name;
-    start.environment["FAULT_AT"] = std::to_string(fault.at);
-    start.environment["FAULT_ON"] = fault.on ? "on" : "once";
-    start.environment["FAULT_COUNT"] = (folder_ / "count").string();
+    start.environment.erase("TMPDIR");
+    injectFault(start, {fault.kind.name, fault.at, fault.on ? "on" : "once"},
+                folder_.file("count"));
     return start;
   }
 
-  fs::path folder_;
+  const lineup::test::TemporaryFolder folder_;
   long broken_ = 0;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  const long sample =
-      argc == 3 && std::string(argv[1]) == "--sample" ? std::strtol(argv[2], nullptr, 10) : 0;
-  lineup::test::enterSandbox(argv);
+/// Injects the faults, or about `sample` of each kind in each session. Returns the status.
+int torture(long sample) {
   Torture torture;
   long injected = 0;
   for (const Session& session : kSessions) {
@@ -465,4 +444,18 @@ int main(int argc, char** argv) {
   std::cout << injected << " faults injected, " << injected - torture.broken() << " survived"
             << std::endl;
   return torture.broken() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    const long sample =
+        argc == 3 && std::string(argv[1]) == "--sample" ? std::strtol(argv[2], nullptr, 10) : 0;
+    lineup::test::enterSandbox(argv);
+    return torture(sample);
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << std::endl;
+    return EXIT_FAILURE;
+  }
 }
