@@ -40,17 +40,6 @@ TEST_F(LineupCommands, EachEncoderCommandAddsToItsLineups) {
   EXPECT_EQ(committedAfter({{"addenc 5 2"}, {"rfaddenc 3 0"}, {"ipaddenc 12x 3 8"}}), expected);
 }
 
-TEST_F(LineupCommands, EncoderAddressesOutOfRangeAreRefusedAndChangeNothing) {
-  config.lineupConfig.encInputServices[4] = encService(6, 1);
-  std::vector<Step> steps;
-  for (const std::string command : {"addenc", "rfaddenc", "ipaddenc"}) {
-    steps.push_back(
-        {command + " 13 0", "Invalid module id, please enter an integer 3-12\n", false});
-    steps.push_back({command + " 5 4", "Invalid HDMI id, please enter an integer 0-3\n", false});
-  }
-  EXPECT_EQ(committedAfter(steps), config);
-}
-
 TEST_F(LineupCommands, RfAddEmptyReservesASlotThatAServiceOfItsTypeFills) {
   HeadendConfig expected;
   LineupConfig& lineup = expected.lineupConfig;

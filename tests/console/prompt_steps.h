@@ -41,13 +41,17 @@ inline std::string typed(const std::vector<Step>& steps) {
   return text;
 }
 
+/// Expects a proper end, and exactly this on standard output.
+inline void expectOutcome(const Outcome& outcome, const std::string& out) {
+  EXPECT_EQ(outcome.out, out);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.status, 0);
+}
+
 /// Types the lines, then ends the input. Expects exactly the output of the steps and a proper end.
 inline void expectSession(const std::vector<Step>& steps) {
   const bool pending = !steps.empty() && steps.back().pending;
-  const Outcome outcome = runConsole({}, typed(steps));
-  EXPECT_EQ(outcome.out, printedBy(steps) + "\n" + (pending ? kNote : ""));
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.status, 0);
+  expectOutcome(runConsole({}, typed(steps)), printedBy(steps) + "\n" + (pending ? kNote : ""));
 }
 
 /// What the console has printed after its greeting, which is expected.

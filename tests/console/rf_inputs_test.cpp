@@ -110,15 +110,6 @@ TEST_F(RFInputCommands, StopsAtASatelliteInputThatTheStatusLacks) {
                           "SAT 6 106 on"}));
 }
 
-TEST_F(RFInputCommands, AnErrorLineArrivesBeforeTheEnd) {
-  status.satRFInputs.clear();
-  controller.setStatus(status);
-  controller.answerNext({});
-  controller.answerNext({.kind = Answer::kNotReady});
-  expectAbort({}, "rfinput enable SAT3", kStatusFailed);
-  EXPECT_EQ(sent(), Sent{"status"});
-}
-
 // ---- no controller
 
 TEST(RFInputCommandsWithoutController, SwitchingEndsTheProgramAfterItsErrorLine) {

@@ -44,7 +44,7 @@ Options:
 )text";
 
 std::string tryHelp() {
-  return std::string("Try `") + kConsoleProgram + " --help' for more information.\n";
+  return "Try `" + kConsoleProgram + " --help' for more information.\n";
 }
 
 void expectOutcome(const Outcome& outcome, int status, const std::string& out,
@@ -65,7 +65,7 @@ TEST(Start, VersionIsPrintedAndNothingElseIsDone) {
 }
 
 TEST(Start, HelpIsPrintedDuringParsing) {
-  const std::string usage = std::string("usage: ") + kConsoleProgram + kUsage;
+  const std::string usage = "usage: " + kConsoleProgram + kUsage;
   expectOutcome(runConsole({"--help"}), 0, usage, "");
   expectOutcome(runConsole({"-v", "-h", "-l", "9"}), 0, usage, "");
 }
@@ -76,20 +76,16 @@ TEST(Start, LevelOutOfRangeExitsWithOne) {
 
 TEST(Start, UnknownOptionExitsWithOne) {
   expectOutcome(runConsole({"-x"}), 1, "",
-                std::string(kConsoleProgram) + ": invalid option -- 'x'\n" + tryHelp());
+                kConsoleProgram + ": invalid option -- 'x'\n" + tryHelp());
 }
 
 TEST(Start, StandardErrorStaysEmptyWithoutAController) {
-  expectOutcome(runConsole({}), 0,
-                std::string(kFetchFailed) + "Enter 'help' and press return for help\n> \n", "");
+  expectOutcome(runConsole({}), 0, kFetchFailed + kGreeting + "> \n", "");
 }
 
 /// Runs the console with `redirections` as the shell has them.
 Outcome runRedirected(const std::string& redirections, const std::string& input) {
-  Start shell;
-  shell.program = "/bin/sh";
-  shell.arguments = {"-c", std::string("exec ") + kConsoleProgram + " -c -l 7 " + redirections};
-  return run(shell, input);
+  return run(inShell("exec " + kConsoleProgram + " -c -l 7 " + redirections), input);
 }
 
 TEST(Start, AnOutputThatTakesNothingKeepsNothingFromBeingCommitted) {
@@ -104,15 +100,13 @@ TEST(Start, AnOutputThatTakesNothingKeepsNothingFromBeingCommitted) {
 
 TEST(Start, AClosedInputIsOneThatHasEnded) {
   const FakeController controller;
-  expectOutcome(runRedirected("<&-", ""), 0, "Enter 'help' and press return for help\n> \n", "");
+  expectOutcome(runRedirected("<&-", ""), 0, kGreeting + "> \n", "");
 }
 
 // The connection that fails must not get its place: the log would be written to it, with SIGPIPE.
 TEST(Start, AClosedStandardErrorTakesTheLog) {
   expectOutcome(runRedirected("2>&-", "commit\n"), 0,
-                std::string(kFetchFailed) + "Enter 'help' and press return for help\n> " +
-                    kCommitFailed + "> \n",
-                "");
+                kFetchFailed + kGreeting + "> " + kCommitFailed + "> \n", "");
 }
 
 TEST(Start, ConsoleOptionShowsTheLogOnStandardError) {
@@ -154,8 +148,7 @@ TEST(Start, TypeModeTakesTheFirstWordOfItsArgument) {
 TEST(Start, TypeModeGoesOnFromTheDefaultsAfterAFailedFetch) {
   FakeController controller;
   controller.answerNext({.kind = Answer::kNotReady});
-  expectOutcome(runConsole({"-t", "skyit"}), 0,
-                std::string(kFetchFailed) + "Headend type set to: skyit\n", "");
+  expectOutcome(runConsole({"-t", "skyit"}), 0, kFetchFailed + "Headend type set to: skyit\n", "");
   HeadendConfig expected;
   expected.headendGlobalConfig.headendType = 1;
   expected.headendGlobalConfig.timeZone = "Europe/Rome";
@@ -167,7 +160,7 @@ TEST(Start, TypeModeGoesOnFromTheDefaultsAfterAFailedFetch) {
 
 TEST(Start, TypeModeSaysItsLineAlsoWhenTheCommitFailed) {
   expectOutcome(runConsole({"-t", "skyit"}), 0,
-                std::string(kFetchFailed) + kCommitFailed + "Headend type set to: skyit\n", "");
+                kFetchFailed + kCommitFailed + "Headend type set to: skyit\n", "");
 }
 
 TEST(Start, SaveBeatsRestoreAndType) {
@@ -189,9 +182,9 @@ TEST(Start, RestoreBeatsType) {
 
 TEST(Start, EveryModeReturnsZeroWithoutAController) {
   expectOutcome(runConsole({"-s", "/nonexistent/a.json"}), 0,
-                std::string(kFetchFailed) + "Saved config to: /nonexistent/a.json\n", "");
+                kFetchFailed + "Saved config to: /nonexistent/a.json\n", "");
   expectOutcome(runConsole({"-r", "/nonexistent/a.json"}), 0,
-                std::string(kCommitFailed) + "Restored config from: /nonexistent/a.json\n", "");
+                kCommitFailed + "Restored config from: /nonexistent/a.json\n", "");
 }
 
 }  // namespace

@@ -16,14 +16,14 @@ extern const Cells kCableRow;
 extern const Cells kIPRow;
 
 /// What the find commands print for them.
-inline constexpr char kSatLine[] = "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n";
-inline constexpr char kTdtLine[] = "17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,,eng,\n";
-inline constexpr char kCableLine[] = "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n";
-inline constexpr char kIPLine[] = "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n";
+inline const std::string kSatLine = "1017\tChannel One FR: 11778 MHz SID: 4101 L: a,b\n";
+inline const std::string kTdtLine = "17\tTélé Uno FR: 490000 kHz SID: 101 L: spa,,eng,\n";
+inline const std::string kCableLine = "18\tKabel Eins FR: 306000 kHz SID: 201 L: \n";
+inline const std::string kIPLine = "19\tIP Uno URL: udp://239.1.1.1:1234 kHz SID: 301 L: x\n";
 
 /// The four lines in the order of "find".
-inline const std::string kFoundLines = std::string(kTdtLine) + kSatLine + kCableLine + kIPLine;
-inline constexpr char kNothingFound[] =
+inline const std::string kFoundLines = kTdtLine + kSatLine + kCableLine + kIPLine;
+inline const std::string kNothingFound =
     "No TDT services found.\n"
     "No SAT services found.\n"
     "No Cable services found.\n"

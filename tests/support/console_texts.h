@@ -10,9 +10,6 @@ inline const std::string kGreeting = "Enter 'help' and press return for help\n";
 inline const std::string kPending = "(changes to commit) > ";
 inline const std::string kNote = "NOTE: Changes have not been committed\n";
 inline const std::string kInvalidCommand = "Invalid command. Try 'help'.\n";
-/// What "id 7" prints.
-inline const std::string kIdChanged =
-    "Headend id changed to: 7. Please remember to commit the changes.\n";
 /// Begins what is said of a copy of the edits.
 inline const std::string kUncommittedIn = "The uncommitted changes are in ";
 inline const std::string kFetchFailed = "ERROR: Could not get current config from ControllerTask\n";
