@@ -42,7 +42,9 @@ TEST_F(CompleteWord, SeveralAreListedOnceTheirCommonBeginningIsTyped) {
 }
 
 TEST_F(CompleteWord, ABeginningEndsBetweenTwoLetters) {
-  EXPECT_EQ(completed("save c", {{"café", ""}, {"cafè", ""}}), "af");
+  const std::vector<Candidate> files{{"café", ""}, {"cafè", ""}};
+  EXPECT_EQ(completed("save c", files), "af");
+  EXPECT_EQ(completed("save caf", files), "café\ncafè\n");
 }
 
 TEST_F(CompleteWord, WhatIsTypedInAnotherWayIsReplaced) {
