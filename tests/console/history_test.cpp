@@ -20,11 +20,15 @@ namespace fs = std::filesystem;
 
 class History : public OnATerminal {
  protected:
+  static void typeInvalid(Session& session, const std::string& line) {
+    session.type(line + "\n", "> " + line + "\n" + kInvalidCommand + "> |");
+  }
+
   /// Types lines that each lead to a prompt without changes, in a console of their own.
   static void enter(const Start& start, const std::vector<std::string>& lines) {
     Session session(start);
     for (const std::string& line : lines) {
-      session.type(line + "\n", "> " + line + "\n" + kInvalidCommand + "> |");
+      typeInvalid(session, line);
     }
     session.quit();
   }
@@ -63,7 +67,7 @@ TEST_F(History, OfTwoConsolesIsThatOfBoth) {
   for (const std::string line : {"a", "b", "c"}) {
     for (Session* session : {&one, &other}) {
       const std::string typed = line + (session == &one ? "1" : "2");
-      session->type(typed + "\n", "> " + typed + "\n" + kInvalidCommand + "> |");
+      typeInvalid(*session, typed);
       expected += typed + "\n";
     }
   }

@@ -159,9 +159,10 @@ TEST_F(Prompt, UnknownSubcommandsAreNotRepeated) {
 }
 
 TEST_F(Prompt, CommitSendsTheConfigurationAndClearsThePrompt) {
+  const std::string expected =
+      "> " + idChanged(7) + kPending + "> " + idChanged(1) + kPending + "> \n";
   for (const char* word : {"commit", "c"}) {
-    EXPECT_EQ(outputOf(std::string("id 7\n") + word + "\nid 1\ncommit\n"),
-              "> " + idChanged(7) + kPending + "> " + idChanged(1) + kPending + "> \n");
+    EXPECT_EQ(outputOf(std::string("id 7\n") + word + "\nid 1\ncommit\n"), expected);
   }
   const auto calls = controller.calls();
   ASSERT_EQ(calls.size(), 6U);

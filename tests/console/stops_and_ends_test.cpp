@@ -48,8 +48,9 @@ TEST_F(OnATerminal, EveryOtherWayOutRestoresTheTerminalToo) {
 }
 
 TEST_F(OnATerminal, ThatHangsUpEndsTheConsoleAfterTheRescueAlsoWhereTheSignalIsIgnored) {
-  for (const std::string trap : {"", "trap '' HUP; "}) {
-    Start start = inShell(trap + "exec " + kConsoleProgram, this->start());
+  const std::string console = "exec " + kConsoleProgram;
+  for (const char* trap : {"", "trap '' HUP; "}) {
+    Start start = inShell(trap + console, this->start());
     start.environment["LINEUP_HISTORY"] = "";
     {
       Session session(start);
