@@ -200,7 +200,7 @@ TEST_F(Connection, ReadsOnlyAsLongAsItIsToldTo) {
   EXPECT_TRUE(db.exec("INSERT INTO availableSatService(service_id) VALUES(1)"));
 }
 
-TEST_F(Connection, ASelectBehindTheDeadlineIsInterrupted) {
+TEST_F(Connection, ASelectAfterTheDeadlineIsInterrupted) {
   tSqlite3db db(path);
   const std::string endless =
       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";

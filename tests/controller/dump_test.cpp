@@ -65,7 +65,7 @@ TEST(Dump, IsTheSameEachTimeAndDiffersBetweenConfigurations) {
             configDebugString(test::randomHeadendConfig(2)));
 }
 
-TEST(Dump, IsShownBehindItsTitle) {
+TEST(Dump, IsShownUnderItsTitle) {
   LineupEditor editor;
   editor.config = test::randomHeadendConfig(1);
   editor.pendingChanges = true;

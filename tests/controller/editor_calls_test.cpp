@@ -293,7 +293,7 @@ TEST_F(ReachableController, CommitIsDoneOnlyWhenTheWholeReplyHasArrived) {
   EXPECT_FALSE(editor_.pendingChanges);
 }
 
-TEST_F(ReachableController, AnotherSequenceNumberAndBytesBehindTheReplyLeaveTheCallDone) {
+TEST_F(ReachableController, AnotherSequenceNumberAndBytesAfterTheReplyLeaveTheCallDone) {
   controller_.setConfig(randomHeadendConfig(2));
   controller_.answerAll({.sequenceOffset = 3, .after = framed("more")});
   EXPECT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), "");

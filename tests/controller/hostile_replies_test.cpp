@@ -146,12 +146,12 @@ TEST_F(HostileReplies, AnotherSequenceNumberIsTaken) {
   expectTaken({.sequenceOffset = 1});
 }
 
-TEST_F(HostileReplies, BytesBehindTheReplyAreTaken) {
+TEST_F(HostileReplies, BytesAfterTheReplyAreTaken) {
   expectTaken({.after = "x"});
   expectTaken({.after = framed("another")});
 }
 
-TEST_F(HostileReplies, BytesBehindTheReplyInItsFrameAreTaken) {
+TEST_F(HostileReplies, BytesAfterTheReplyInItsFrameAreTaken) {
   const std::string reply = recordReply("getHeadendConfig", toBinary(randomHeadendConfig(1)));
   expectTaken(answerOf(framed(reply.substr(4) + "x")));
 }
