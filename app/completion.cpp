@@ -147,11 +147,11 @@ std::vector<Candidate> completeFile(const std::string& typed) {
   return candidates;
 }
 
-std::vector<Candidate> completeName(std::string_view kind, const std::string& typed) {
+std::vector<Candidate> completeName(std::string_view input, const std::string& typed) {
   const std::string wanted = asPattern(typed);
   std::set<std::string> beginning;
   std::set<std::string> containing;
-  visitAvailableServiceNames(kind, [&](const AvailableServiceName& service) {
+  visitAvailableServiceNames(input, [&](const AvailableServiceName& service) {
     const std::string word = asPattern(service.name);
     const char* const place = strcasestr(word.c_str(), wanted.c_str());
     if (place != nullptr && !word.empty()) {
@@ -181,7 +181,7 @@ std::vector<Candidate> completeService(const std::string& typed) {
   std::vector<Candidate> named;
   for (const auto& [number, service] : readAvailableServiceNames()) {
     const std::string id = std::to_string(number);
-    const std::string note = service.name + " (" + service.kind + ")";
+    const std::string note = service.name + " (" + service.input + ")";
     if (id.starts_with(typed)) {
       ids.push_back({id, note});
     } else if (strcasestr(service.name.c_str(), typed.c_str()) != nullptr) {

@@ -39,11 +39,11 @@ std::vector<Candidate> completeIPInput(std::span<const std::string> words,
 /// folder, in which the console has other files of its own, only configurations.
 std::vector<Candidate> completeFile(const std::string& typed);
 
-/// Names of the catalogue's services of `kind`, or of every kind if it is empty, as "find" takes
+/// Names of the catalogue's services of `input`, or of every input if it is empty, as "find" takes
 /// them: '_', which stands for any character there, in place of what cannot be typed in one, and
 /// likewise in `typed`. If none begins with `typed`, in any case of ASCII letters, those that have
 /// it elsewhere.
-std::vector<Candidate> completeName(std::string_view kind, const std::string& typed);
+std::vector<Candidate> completeName(std::string_view input, const std::string& typed);
 
 /// The DVB service types of the catalogue's services.
 std::vector<Candidate> completeServiceType(const std::string& typed);

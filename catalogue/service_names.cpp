@@ -33,7 +33,7 @@ void visitNames(sqlite3* catalogue, const tTable& table,
 
 }  // namespace
 
-void visitAvailableServiceNames(std::string_view kind,
+void visitAvailableServiceNames(std::string_view input,
                                 const std::function<void(const AvailableServiceName&)>& visit) {
   std::error_code unknown;  // a folder that may not be searched
   if (!std::filesystem::exists(kCataloguePath, unknown)) {
@@ -42,7 +42,7 @@ void visitAvailableServiceNames(std::string_view kind,
   const tSqlite3db catalogue(kCataloguePath);
   const tReadingOnly reading(catalogue.getHandle(), tReadingOnly::Clock::now() + kTimeForNames);
   for (const tTable* table : korveldb::kTables) {
-    if (kind.empty() || kind == table->input.name) {
+    if (input.empty() || input == table->input.name) {
       visitNames(catalogue.getHandle(), *table, visit);
     }
   }

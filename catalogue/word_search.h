@@ -11,7 +11,7 @@ namespace lineup {
 struct FoundService {
   std::string number;  ///< what "adddvb" takes
   std::string name;
-  std::string kind;       ///< its table: "SAT", "TDT", "Cable" or "IP"
+  std::string input;      ///< its table: "SAT", "TDT", "Cable" or "IP"
   std::string source;     ///< "11778 MHz", "474000 kHz", or a URL
   std::string sid;        ///< DVB service id
   std::string takenFrom;  ///< the table from which "adddvb" takes this number

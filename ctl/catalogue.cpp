@@ -27,7 +27,7 @@ std::vector<FoundService> find(const std::vector<std::string>& words) {
 TextTable tableOf(const std::vector<FoundService>& services) {
   TextTable table{{"number", "name", "kind", "source", "SID", "adddvb"}};
   for (const FoundService& service : services) {
-    table.rows.push_back({service.number, service.name, service.kind, service.source, service.sid,
+    table.rows.push_back({service.number, service.name, service.input, service.source, service.sid,
                           service.takenFrom});
   }
   return table;
@@ -45,7 +45,7 @@ std::string jsonOf(const std::vector<FoundService>& services) {
   for (const FoundService& service : services) {
     list.push_back({{"number", numberOrText(service.number)},
                     {"name", service.name},
-                    {"kind", service.kind},
+                    {"kind", service.input},
                     {"source", service.source},
                     {"sid", numberOrText(service.sid)},
                     {"adddvb", service.takenFrom}});

@@ -86,7 +86,7 @@ TEST_F(AvailableServiceNames, AreReadOfAHundredThousandServices) {
   const auto names = readAvailableServiceNames();
   ASSERT_EQ(names.size(), 100'000U);
   EXPECT_EQ(names.at(100'000).name, "Ch 100000");
-  EXPECT_STREQ(names.at(100'000).kind, "Cable");
+  EXPECT_STREQ(names.at(100'000).input, "Cable");
 }
 
 TEST_F(AvailableServiceNames, OfACatalogueThatCannotBeReachedAreNone) {
