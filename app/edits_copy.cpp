@@ -1,8 +1,6 @@
 #include "app/edits_copy.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,13 +10,11 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <ctime>
 #include <iostream>
-#include <system_error>
+#include <string>
 #include <utility>
 
 #include "app/earlier_copies.h"
-#include "app/edits_copy_names.h"
 #include "controller/config_file.h"
 #include "support/ending_signals.h"
 #include "support/log.h"
@@ -44,81 +40,22 @@ void EditsCopy::openFolders() {
   }
 }
 
-/// Creates a temporary file that is to be renamed to `name`.
-std::optional<EditsCopy::File> EditsCopy::createTemporary(const Folder& folder,
-                                                          const std::string& name,
-                                                          const char* suffix) {
-  File file{&folder, name, name + suffix};
-  file.descriptor = createFile(folder, file.temporaryName);
-  if (!file.descriptor.isOpen()) {
-    return std::nullopt;
-  }
-  fchmod(file.descriptor.number(), S_IRUSR | S_IWUSR);  // whatever the umask
-  flock(file.descriptor.number(), LOCK_EX | LOCK_NB);
-  return file;
-}
-
-/// Creates a temporary file for a name that no other has. That of this second may be taken: process
-/// numbers come again in containers, and seconds on a board whose clock is not set.
-std::optional<EditsCopy::File> EditsCopy::openNew(const Folder& folder) {
-  for (std::time_t time = std::time(nullptr);; ++time) {
-    std::optional<File> file = createTemporary(folder, newCopyName(time), kUnfinishedSuffixes[0]);
-    if (!file) {
-      if (errno != EEXIST) {
-        return file;
-      }
-      // The other order would miss one that is renamed in between.
-    } else if (faccessat(folder.descriptor.number(), file->name.c_str(), F_OK,
-                         AT_SYMLINK_NOFOLLOW) != 0) {
-      return file;
-    } else {
-      unlinkTemporary(*file);
-    }
-  }
-}
-
 /// Creates a temporary file for the copy, or for a new one in `folder`.
-std::optional<EditsCopy::File> EditsCopy::beginFile(const Folder& folder) const {
-  const File& before = latest();
-  if (before.folder != &folder) {
-    return openNew(folder);
-  }
-  const bool isFirst = before.temporaryName.ends_with(kUnfinishedSuffixes[0]);
-  return createTemporary(folder, before.name, kUnfinishedSuffixes[isFirst ? 1 : 0]);
-}
-
-/// Returns whether there was one: if not, it has been renamed.
-bool EditsCopy::unlinkTemporary(const File& file) {
-  return unlinkat(file.folder->descriptor.number(), file.temporaryName.c_str(), 0) == 0 ||
-         errno != ENOENT;
-}
-
-/// Throws std::system_error.
-void EditsCopy::renameIntoPlace(const File& file) {
-  const int folder = file.folder->descriptor.number();
-  if (renameat(folder, file.temporaryName.c_str(), folder, file.name.c_str()) != 0) {
-    throw std::system_error(errno, std::generic_category());
-  }
-}
-
-/// Fills the file and has the disk take it. Throws std::exception.
-void EditsCopy::fillFile(const File& file) const {
-  writeConfig(file.descriptor.number(), editor_.config);
-  if (fsync(file.descriptor.number()) != 0) {
-    throw std::system_error(errno, std::generic_category());
-  }
+std::optional<EditsCopyFile> EditsCopy::beginFile(const Folder& folder) const {
+  const EditsCopyFile& before = latest();
+  return before.folder == &folder ? before.createNext() : EditsCopyFile::createNew(folder);
 }
 
 /// Records whether the file was renamed into place. Two that fail in one folder are one failure.
-void EditsCopy::finishFile(File& file) {
-  if (unlinkTemporary(file)) {
+void EditsCopy::finishFile(EditsCopyFile& file) {
+  if (file.unlinkTemporary()) {
     if (file.folder == &folders_[firstFolder_]) {
       noteFailure();
     }
     return;
   }
   if (copy_.folder != file.folder) {
-    removeFile(copy_);
+    copy_.remove();
   }
   copy_ = std::move(file);
   failures_ = 0;
@@ -134,10 +71,10 @@ void EditsCopy::noteFailure() {
 }
 
 /// Writes in this process.
-void EditsCopy::writeNow(File file) {
+void EditsCopy::writeNow(EditsCopyFile file) {
   try {
-    fillFile(file);
-    renameIntoPlace(file);
+    file.fill(editor_.config);
+    file.renameIntoPlace();
     fsync(file.folder->descriptor.number());
   } catch (...) {
     // No room, or no memory.
@@ -146,7 +83,7 @@ void EditsCopy::writeNow(File file) {
 }
 
 /// Writes in a child process, whose memory holds the edits as they are now.
-void EditsCopy::startWriter(File file) {
+void EditsCopy::startWriter(EditsCopyFile file) {
   std::array<int, 2> ends{-1, -1};
   const bool piped = pipe2(ends.data(), O_CLOEXEC) == 0;
   Descriptor end(ends[0]);
@@ -158,7 +95,7 @@ void EditsCopy::startWriter(File file) {
   if (child > 0) {
     (atWork_ ? waiting_ : atWork_) = Writer{std::move(file), child, std::move(end)};
   } else if (atWork_) {
-    unlinkTemporary(file);
+    file.unlinkTemporary();
   } else {
     writeNow(std::move(file));
   }
@@ -167,19 +104,19 @@ void EditsCopy::startWriter(File file) {
 /// The child process. It closes its duplicates of the locked descriptors, that of its own file
 /// before the rename: a flock() lock lasts until the last duplicate is closed. If the console is
 /// killed, its copies are then unlocked, and the next console announces them.
-void EditsCopy::runWriter(File file) {
+void EditsCopy::runWriter(EditsCopyFile file) {
   ignoreEndingSignals();
-  copy_ = File();
+  copy_ = EditsCopyFile();
   if (atWork_) {
-    atWork_->file = File();
+    atWork_->file = EditsCopyFile();
     char none = 0;
     while (read(atWork_->end.number(), &none, 1) < 0 && errno == EINTR) {
     }
   }
   try {
-    fillFile(file);
+    file.fill(editor_.config);
     file.descriptor = Descriptor();
-    renameIntoPlace(file);
+    file.renameIntoPlace();
     fsync(file.folder->descriptor.number());
   } catch (...) {
     // The temporary file is left: finishFile() sees it.
@@ -204,14 +141,14 @@ void EditsCopy::dropWaiting() {
   kill(waiting_->child, SIGKILL);
   hasEnded(waiting_->child, 0);
   std::optional<Writer> dropped = std::exchange(waiting_, std::nullopt);
-  if (!unlinkTemporary(dropped->file)) {  // the one before has ended just now
+  if (!dropped->file.unlinkTemporary()) {  // the one before has ended just now
     finishWriters(0);
     finishFile(dropped->file);
   }
 }
 
 /// The file with the newest edits that were to be written.
-const EditsCopy::File& EditsCopy::latest() const {
+const EditsCopyFile& EditsCopy::latest() const {
   if (waiting_) {
     return waiting_->file;
   }
@@ -219,14 +156,7 @@ const EditsCopy::File& EditsCopy::latest() const {
 }
 
 bool EditsCopy::isUpToDate() const {
-  return isThere(latest()) && latest().content == editor_.config;
-}
-
-/// Whether the file still has a name: nobody has removed it.
-bool EditsCopy::isThere(const File& file) {
-  struct stat status {};
-  return file.folder != nullptr && fstat(file.descriptor.number(), &status) == 0 &&
-         status.st_nlink > 0;
+  return latest().isThere() && latest().content == editor_.config;
 }
 
 bool EditsCopy::update() noexcept {
@@ -259,7 +189,7 @@ void EditsCopy::beginWriting() {
   }
   hub_module::HeadendConfig content = editor_.config;  // without memory no file is begun
   for (std::size_t n = 0; n < folders_.size(); ++n) {
-    if (std::optional<File> file = beginFile(folders_[firstFolder_])) {
+    if (std::optional<EditsCopyFile> file = beginFile(folders_[firstFolder_])) {
       file->content = std::move(content);
       startWriter(*std::move(file));
       return;
@@ -280,15 +210,7 @@ void EditsCopy::remove() noexcept {
     failures_ = 0;
     nextTry_ = {};
   }
-  removeFile(copy_);
-}
-
-/// Unlinks the file and forgets it. If it is gone, its name may be another's, and stays.
-void EditsCopy::removeFile(File& file) noexcept {
-  if (isThere(file)) {
-    unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
-  }
-  file = File();
+  copy_.remove();
 }
 
 // ---- the end
@@ -305,7 +227,7 @@ void EditsCopy::leave() noexcept {
       return;
     }
     // Set if an earlier leave() was interrupted.
-    const File unfinished = std::exchange(last_, File());
+    const EditsCopyFile unfinished = std::exchange(last_, EditsCopyFile());
     openFolders();
     for (const Folder& folder : folders_) {
       if (writeAtTheEnd(folder)) {
@@ -327,47 +249,47 @@ void EditsCopy::leave() noexcept {
 /// Writes a file that is there as soon as it is filled, whatever becomes of this process while the
 /// disk takes it. The one before stays until the disk has.
 bool EditsCopy::writeAtTheEnd(const Folder& folder) {
-  std::optional<File> file = openNew(folder);
+  std::optional<EditsCopyFile> file = EditsCopyFile::createNew(folder);
   if (!file) {
     return false;
   }
   last_ = *std::move(file);
   try {
     writeConfig(last_.descriptor.number(), editor_.config);
-    renameIntoPlace(last_);
+    last_.renameIntoPlace();
   } catch (...) {
-    unlinkTemporary(last_);
-    last_ = File();
+    last_.unlinkTemporary();
+    last_ = EditsCopyFile();
     return false;
   }
   say(last_, true);
   if (fsync(last_.descriptor.number()) != 0) {
-    removeFile(last_);
+    last_.remove();
     return false;
   }
   fsync(folder.descriptor.number());
-  removeFile(copy_);
-  copy_ = std::exchange(last_, File());
+  copy_.remove();
+  copy_ = std::exchange(last_, EditsCopyFile());
   return true;
 }
 
 /// A write that blocked was broken off before the rename or just after. Unlinks the temporary name
 /// first: a child that still runs could otherwise rename it after `name` was unlinked.
-void EditsCopy::removeUnfinished(const File& file) const {
+void EditsCopy::removeUnfinished(const EditsCopyFile& file) const {
   if (file.folder == nullptr || (file.folder == copy_.folder && file.name == copy_.name)) {
     return;
   }
-  unlinkTemporary(file);
+  file.unlinkTemporary();
   unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
 }
 
-void EditsCopy::say(const File& file, bool upToDate) {
+void EditsCopy::say(const EditsCopyFile& file, bool upToDate) {
   std::string line = "The uncommitted changes ";
   if (!upToDate) {
     line += "could not be written to a file";
-    line += isThere(file) ? "; earlier ones " : "";
+    line += file.isThere() ? "; earlier ones " : "";
   }
-  if (isThere(file)) {
+  if (file.isThere()) {
     const std::string path = pathIn(file.folder->path, file.name);
     line += "are in " + path + ": " + restoreCommand(path) + " brings them back and commits them";
   }

@@ -13,9 +13,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
+#include "app/edits_copy_file.h"
 #include "model/lineup_editor.h"
 #include "support/descriptor.h"
 #include "support/state_folder.h"
@@ -47,44 +47,28 @@ class EditsCopy {
   void remove() noexcept;
 
  private:
-  struct File {
-    const Folder* folder = nullptr;
-    std::string name;
-    std::string temporaryName;  ///< while it is written
-    Descriptor descriptor{};    ///< open as long as the file is there; keeps it locked
-    std::optional<hub_module::HeadendConfig> content{};  ///< what it holds, or will
-  };
-
   /// A child process that writes a file and puts it into its place.
   struct Writer {
-    File file;
+    EditsCopyFile file;
     pid_t child;
     Descriptor end;  ///< a pipe that ends with the child
   };
 
   void openFolders();
-  static std::optional<File> createTemporary(const Folder& folder, const std::string& name,
-                                             const char* suffix);
-  static std::optional<File> openNew(const Folder& folder);
-  std::optional<File> beginFile(const Folder& folder) const;
-  static bool unlinkTemporary(const File& file);
-  static void renameIntoPlace(const File& file);
-  void fillFile(const File& file) const;
-  void finishFile(File& file);
+  std::optional<EditsCopyFile> beginFile(const Folder& folder) const;
+  void finishFile(EditsCopyFile& file);
   void noteFailure();
   void beginWriting();
-  void startWriter(File file);
-  [[noreturn]] void runWriter(File file);
-  void writeNow(File file);
+  void startWriter(EditsCopyFile file);
+  [[noreturn]] void runWriter(EditsCopyFile file);
+  void writeNow(EditsCopyFile file);
   bool finishWriters(int options);
   void dropWaiting();
-  const File& latest() const;
+  const EditsCopyFile& latest() const;
   bool isUpToDate() const;
   bool writeAtTheEnd(const Folder& folder);
-  void removeUnfinished(const File& file) const;
-  static bool isThere(const File& file);
-  static void removeFile(File& file) noexcept;
-  static void say(const File& file, bool upToDate);
+  void removeUnfinished(const EditsCopyFile& file) const;
+  static void say(const EditsCopyFile& file, bool upToDate);
 
   const LineupEditor& editor_;
   const When when_;
@@ -92,10 +76,10 @@ class EditsCopy {
   std::size_t firstFolder_ = 0;  ///< index of the one to try first, after the last that failed
   std::size_t failures_ = 0;     ///< in a row
   std::chrono::steady_clock::time_point nextTry_{};
-  File copy_;
+  EditsCopyFile copy_;
   std::optional<Writer> atWork_;
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
-  File last_;                      ///< the one that is written at the end of the program
+  EditsCopyFile last_;             ///< the one that is written at the end of the program
   uint64_t commitsSeen_ = 0;       ///< at the last call of removeEarlierCopy()
 };
 
