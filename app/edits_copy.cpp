@@ -215,7 +215,7 @@ void EditsCopy::remove() noexcept {
 
 // ---- the end
 
-void EditsCopy::leave() noexcept {
+void EditsCopy::writeAtTheEnd() noexcept {
   try {
     if (!editor_.pendingChanges) {
       remove();
@@ -226,11 +226,11 @@ void EditsCopy::leave() noexcept {
       say(copy_, true);
       return;
     }
-    // Set if an earlier leave() was interrupted.
+    // Set if an earlier writeAtTheEnd() was interrupted.
     const EditsCopyFile unfinished = std::exchange(last_, EditsCopyFile());
     openFolders();
     for (const Folder& folder : folders_) {
-      if (writeAtTheEnd(folder)) {
+      if (writeFinal(folder)) {
         removeUnfinished(unfinished);
         for (const std::optional<Writer>* writer : {&atWork_, &waiting_}) {
           if (*writer) {
@@ -248,7 +248,7 @@ void EditsCopy::leave() noexcept {
 
 /// Writes a file that is there as soon as it is filled, whatever becomes of this process while the
 /// disk takes it. The one before stays until the disk has.
-bool EditsCopy::writeAtTheEnd(const Folder& folder) {
+bool EditsCopy::writeFinal(const Folder& folder) {
   std::optional<EditsCopyFile> file = EditsCopyFile::createNew(folder);
   if (!file) {
     return false;

@@ -41,7 +41,7 @@ class EditsCopy {
   /// Brings it up to date at once, at the end of the program, and says on standard error and in the
   /// log where it is or that it could not be written. Without pending changes there is none, and
   /// nothing is said.
-  void leave() noexcept;
+  void writeAtTheEnd() noexcept;
 
   /// Removes it: the edits are committed or given up.
   void remove() noexcept;
@@ -66,7 +66,7 @@ class EditsCopy {
   void dropWaiting();
   const EditsCopyFile& latest() const;
   bool isUpToDate() const;
-  bool writeAtTheEnd(const Folder& folder);
+  bool writeFinal(const Folder& folder);
   void removeUnfinished(const EditsCopyFile& file) const;
   static void say(const EditsCopyFile& file, bool upToDate);
 

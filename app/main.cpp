@@ -43,9 +43,9 @@ void runMode(LineupEditor& editor, const CommandLineOptions& options) {
 }
 
 /// Saves the edits when `signal`, or an exception (SIGABRT), ends the program.
-void leaveEdits(EditsCopy& copy, int signal) {
+void saveEdits(EditsCopy& copy, int signal) {
   beginEnding(signal);
-  copy.leave();
+  copy.writeAtTheEnd();
 }
 
 EditsCopy* theCopy = nullptr;
@@ -55,7 +55,7 @@ class WrittenWhenForced {
  public:
   explicit WrittenWhenForced(EditsCopy& copy) {
     theCopy = &copy;
-    whenEndIsForced([] { theCopy->leave(); });
+    whenEndIsForced([] { theCopy->writeAtTheEnd(); });
   }
   ~WrittenWhenForced() { whenEndIsForced(nullptr); }
   WrittenWhenForced(const WrittenWhenForced&) = delete;
@@ -88,10 +88,10 @@ int run(const CommandLineOptions& options) {
     std::cout << "Error: " << error.what() << std::endl;
     // COVERAGE_EXCL_STOP
   } catch (const EndedBySignal& end) {
-    leaveEdits(copy, end.signal);
+    saveEdits(copy, end.signal);
     endBySignal(end.signal);
   } catch (...) {
-    leaveEdits(copy, SIGABRT);
+    saveEdits(copy, SIGABRT);
     throw;  // std::terminate() ends the program
   }
   return 0;
