@@ -11,9 +11,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -114,9 +112,8 @@ bool holds(const EarlierCopy& copy, const std::string& content) {
   if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
     return false;
   }
-  std::ifstream file(pathIn(copy.folder->path, copy.name), std::ios::binary);
-  using Bytes = std::istreambuf_iterator<char>;
-  return std::equal(Bytes(file), Bytes(), content.begin(), content.end());
+  const Descriptor file = openForReading(pathIn(copy.folder->path, copy.name));
+  return file.isOpen() && readAll(file.number()) == content;
 }
 
 /// Whether a shell reaches the same headend, as it does not in the demo.

@@ -6,9 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <system_error>
 #include <vector>
 
@@ -16,6 +14,7 @@
 #include "ctl/commands.h"
 #include "ctl/controller.h"
 #include "ctl/files.h"
+#include "support/descriptor.h"
 
 namespace lineup::ctl {
 
@@ -80,9 +79,8 @@ std::string nextName(const std::vector<std::string>& copies) {
 }
 
 bool holds(const fs::path& path, const std::string& content) {
-  std::ostringstream held;
-  held << std::ifstream(path, std::ios::binary).rdbuf();
-  return held.str() == content;
+  const Descriptor file = openForReading(path);
+  return file.isOpen() && readAll(file.number()) == content;
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "ctl/files.h"
 
-#include <poll.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
-#include <span>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "controller/complete_config_file.h"
 #include "ctl/failure.h"
@@ -18,37 +16,17 @@
 
 namespace lineup::ctl {
 
-namespace {
-
-/// Reads what there is, and waits for it where the descriptor does not block. 0 at the end,
-/// negative with the reason in errno if it cannot be read.
-ssize_t readSome(int descriptor, std::span<char> buffer) {
-  ssize_t count = 0;
-  while ((count = read(descriptor, buffer.data(), buffer.size())) < 0 && errno == EAGAIN) {
-    pollfd input{descriptor, POLLIN, 0};
-    poll(&input, 1, -1);
-  }
-  return count;
-}
-
-}  // namespace
-
 std::string fileName(const std::string& path) {
   return path == "-" ? "standard input" : path;
 }
 
 std::string textInFile(const std::string& path) {
   const Descriptor file = openForReading(path);
-  std::string text;
-  std::array<char, 4096> part{};
-  ssize_t count = file.isOpen() ? readSome(file.number(), part) : -1;
-  for (; count > 0; count = readSome(file.number(), part)) {
-    text.append(part.data(), static_cast<std::size_t>(count));
-  }
-  if (count < 0) {
+  std::optional<std::string> text = file.isOpen() ? readAll(file.number()) : std::nullopt;
+  if (!text) {
     throw Failure(kFile, fileName(path) + ": " + std::strerror(errno));
   }
-  return text;
+  return *std::move(text);
 }
 
 hub_module::HeadendConfig configInFile(const std::string& path) {

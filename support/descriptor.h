@@ -1,9 +1,10 @@
-// Owning file descriptors, and complete writes to them.
+// Owning file descriptors, and reading and writing all that there is.
 
 #pragma once
 
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,6 +39,10 @@ class Descriptor {
 /// Opens the file `path`, "-" for standard input, for reading. Not open, with the reason in errno,
 /// if that fails.
 Descriptor openForReading(const std::string& path);
+
+/// All that `descriptor` has to be read from now on, waited for where it does not block. Nothing,
+/// with the reason in errno, if it cannot be read.
+std::optional<std::string> readAll(int descriptor);
 
 /// Writes some of `text`. Where `descriptor` takes no more for now, a non-blocking one as well,
 /// waits until it does. Returns how much was written; 0 to try again; negative, with the reason in
