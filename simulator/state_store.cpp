@@ -2,15 +2,15 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <exception>
-#include <fstream>
-#include <iterator>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -46,13 +46,19 @@ HeadendState fromJson(std::string text) {
   return state;
 }
 
-std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) {
+std::string contentsOf(int file) {
+  std::optional<std::string> text = readAll(file);
+  if (!text) {
     throw std::runtime_error("it cannot be read");
   }
-  return text;
+  return *std::move(text);
+}
+
+/// Whether it has no name any more: another process has put a new one in its place.
+bool isReplaced(int file) {
+  struct stat status {};
+  fstat(file, &status);
+  return status.st_nlink == 0;
 }
 
 }  // namespace
@@ -82,11 +88,11 @@ void StateStore::load() {
     throw std::runtime_error("cannot open " + path_ + ": " +
                              std::generic_category().message(errno));
   }
-  if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0) {
+  if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0 || isReplaced(file_.number())) {
     throw std::runtime_error("the state file " + path_ + " is in use by another process");
   }
   try {
-    state_ = fromJson(readFile(path_));
+    state_ = fromJson(contentsOf(file_.number()));
   } catch (const std::exception& error) {
     throw std::runtime_error("the state file " + path_ + " is damaged or no state file (" +
                              error.what() + "); move it away to begin with a new headend");
