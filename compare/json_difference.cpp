@@ -21,7 +21,7 @@ class Comparison {
     } else if (from.is_array() && to.is_array()) {
       compareArrays(from.get_ref<const json::array_t&>(), to.get_ref<const json::array_t&>());
     } else if (from != to) {
-      differing_(path_, &from, &to);
+      note(&from, &to);
     }
   }
 
@@ -29,27 +29,19 @@ class Comparison {
   /// Does `work` one step further down the path.
   template <class Work>
   void within(const std::string& step, Work work) {
-    const std::size_t length = path_.size();
-    path_ += '/';
-    for (const char character : step) {
-      if (character == '~') {
-        path_ += "~0";
-      } else if (character == '/') {
-        path_ += "~1";
-      } else {
-        path_ += character;
-      }
-    }
+    path_.push_back(step);
     work();
-    path_.resize(length);
+    path_.pop_back();
   }
+
+  void note(const json* before, const json* now) { differing_(path_.to_string(), before, now); }
 
   void compareObjects(const json& from, const json& to) {
     for (const auto& [name, before] : from.items()) {
       const auto now = to.find(name);
       within(name, [&, &before = before] {
         if (now == to.end()) {
-          differing_(path_, &before, nullptr);
+          note(&before, nullptr);
         } else {
           compare(before, *now);
         }
@@ -57,7 +49,7 @@ class Comparison {
     }
     for (const auto& [name, now] : to.items()) {
       if (!from.contains(name)) {
-        within(name, [&, &now = now] { differing_(path_, nullptr, &now); });
+        within(name, [&, &now = now] { note(nullptr, &now); });
       }
     }
   }
@@ -75,15 +67,15 @@ class Comparison {
       within(std::to_string(index), [&] { compare(from[index], to[index]); });
     }
     for (std::size_t index = end; index > endTo; --index) {
-      within(std::to_string(index - 1), [&] { differing_(path_, &from[index - 1], nullptr); });
+      within(std::to_string(index - 1), [&] { note(&from[index - 1], nullptr); });
     }
     for (std::size_t index = end; index < endTo; ++index) {
-      within(std::to_string(index), [&] { differing_(path_, nullptr, &to[index]); });
+      within(std::to_string(index), [&] { note(nullptr, &to[index]); });
     }
   }
 
   const Differing& differing_;
-  std::string path_;
+  json::json_pointer path_;
 };
 
 }  // namespace
