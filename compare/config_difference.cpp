@@ -49,8 +49,7 @@ std::string settingDifferences(const HeadendConfig& from, const HeadendConfig& t
     const std::string before = settingWord(setting, from);
     const std::string now = settingWord(setting, to);
     if (before != now) {
-      text.append(setting.command).append(": ").append(before).append(" -> ").append(now);
-      text += '\n';
+      text.append(setting.command).append(": ").append(changeLine(before, now));
     }
   }
   return text;

@@ -11,14 +11,24 @@ namespace lineup {
 using apache::thrift::TBase;
 using nlohmann::json;
 
+namespace {
+
+std::optional<std::string> valueText(const json* value) {
+  return value == nullptr ? std::nullopt : std::optional(printedValue(*value));
+}
+
+}  // namespace
+
+std::string changeLine(const std::optional<std::string>& before,
+                       const std::optional<std::string>& now) {
+  if (before && now) {
+    return *before + " -> " + *now + "\n";
+  }
+  return (now ? "added " + *now : "removed " + *before) + "\n";
+}
+
 std::string differenceLine(const std::string& place, const json* before, const json* now) {
-  if (before == nullptr) {
-    return printable(place) + ": added " + printedValue(*now) + "\n";
-  }
-  if (now == nullptr) {
-    return printable(place) + ": removed " + printedValue(*before) + "\n";
-  }
-  return printable(place) + ": " + printedValue(*before) + " -> " + printedValue(*now) + "\n";
+  return printable(place) + ": " + changeLine(valueText(before), valueText(now));
 }
 
 std::string fieldDifferences(const std::string& where, const TBase& from, const TBase& to) {

@@ -5,9 +5,15 @@
 #include <thrift/TBase.h>
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 namespace lineup {
+
+/// "BEFORE -> NOW", "added NOW" or "removed BEFORE", and the end of the line. One of the two can be
+/// missing.
+std::string changeLine(const std::optional<std::string>& before,
+                       const std::optional<std::string>& now);
 
 /// The line for a difference at `place`: "PLACE: 1 -> 2", "PLACE: added 2" or
 /// "PLACE: removed 1". Null stands for nothing.

@@ -1,6 +1,8 @@
 #include "compare/input_difference.h"
 
 #include <map>
+#include <optional>
+#include <string>
 
 #include "compare/difference_lines.h"
 #include "compare/json_difference.h"
@@ -77,6 +79,10 @@ std::string ipMuxDifferences(const HeadendConfig& from, const HeadendConfig& to)
 
 // ---- the PLS list
 
+std::optional<std::string> itemText(const json* item) {
+  return item == nullptr ? std::nullopt : std::optional(item->get<std::string>());
+}
+
 /// The items in the words of "addpls", in a JSON array.
 json plsItems(const HeadendConfig& config) {
   json items = json::array();
@@ -92,13 +98,8 @@ std::string plsDifferences(const HeadendConfig& from, const HeadendConfig& to) {
   std::string text;
   compareJson(plsItems(from), plsItems(to),
               [&](const std::string& path, const json* before, const json* now) {
-                text += "PLS item " + std::to_string(std::stoul(path.substr(1)) + 1) + ": ";
-                if (before != nullptr && now != nullptr) {
-                  text += before->get<std::string>() + " -> " + now->get<std::string>() + "\n";
-                } else {
-                  text += before == nullptr ? "added " + now->get<std::string>() + "\n"
-                                            : "removed " + before->get<std::string>() + "\n";
-                }
+                text += "PLS item " + std::to_string(std::stoul(path.substr(1)) + 1) + ": " +
+                        changeLine(itemText(before), itemText(now));
               });
   return text;
 }
