@@ -153,9 +153,10 @@ class CompleteConfigProtocol : public ConfigFileProtocol {
   }
 
   uint32_t readStructEnd_virt() override {
-    const FieldShape* const missing = follower_.missingField();
-    require(missing == nullptr,
-            missing == nullptr ? "" : "lacks the field \"" + missing->name + "\"");
+    const std::string lacked = follower_.lackedField();
+    if (!lacked.empty()) {
+      throw incomplete(lacked);
+    }
     close();
     return ConfigFileProtocol::readStructEnd_virt();
   }
@@ -256,17 +257,12 @@ class CompleteConfigProtocol : public ConfigFileProtocol {
 
   void require(bool holds, const std::string& otherwise) const {
     if (!holds) {
-      throw incomplete(path() + otherwise);
+      throw incomplete(follower_.place() + otherwise);
     }
   }
 
   void requireType(TType type, const std::string& name) const {
     require(typeName(type) == name, "has the unknown type \"" + name + "\"");
-  }
-
-  std::string path() const {
-    const std::string path = follower_.path();
-    return path.empty() ? path : path + " ";
   }
 
   const TokenTransport& file_;

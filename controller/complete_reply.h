@@ -33,11 +33,9 @@ class CompleteReplyProtocol : public apache::thrift::protocol::TProtocolDecorato
     return reply_.readStructBegin(name);
   }
   uint32_t readStructEnd_virt() override {
-    if (const FieldShape* const missing = follower_.missingField()) {
-      const std::string path = follower_.path();
-      throw std::runtime_error("the reply is no complete configuration: " + path +
-                               (path.empty() ? "" : " ") + "lacks the field \"" + missing->name +
-                               "\"");
+    const std::string lacked = follower_.lackedField();
+    if (!lacked.empty()) {
+      throw std::runtime_error("the reply is no complete configuration: " + lacked);
     }
     follower_.close();
     return reply_.readStructEnd();

@@ -62,15 +62,16 @@ class ShapeFollower {
     return isFirst;
   }
 
-  /// A field that the record has to have and does not; null if it has them all.
-  const FieldShape* missingField() const {
+  /// "/a/b lacks the field "c"" of the first field that the record has to have and does not; empty
+  /// if it has them all.
+  std::string lackedField() const {
     const Open& record = open_.back();
     for (const auto& [id, field] : record.shape->fields) {
       if (!field.isOptional && !record.seen.test(static_cast<std::size_t>(id))) {
-        return &field;
+        return place() + "lacks the field \"" + field.name + "\"";
       }
     }
-    return nullptr;
+    return "";
   }
 
   void openContainer() {
@@ -88,13 +89,14 @@ class ShapeFollower {
 
   bool isAtEnd() const { return open_.empty(); }
 
-  /// The names of the fields that lead to what is being read, each after a slash.
-  std::string path() const {
-    std::string path;
+  /// The names of the fields that lead to what is being read, each after a slash, and a blank after
+  /// them; empty if there are none.
+  std::string place() const {
+    std::string place;
     for (const Open& open : open_) {
-      path += open.field == nullptr ? "" : "/" + open.field->name;
+      place += open.field == nullptr ? "" : "/" + open.field->name;
     }
-    return path;
+    return place.empty() ? place : place + " ";
   }
 
  private:
