@@ -21,9 +21,6 @@ namespace lineup {
 
 namespace {
 
-constexpr int kLogToSyslog = 1;
-constexpr int kLogToSyslogAndConsole = 3;
-
 // _exit() saves the time of destructors, of which none is needed yet.
 [[noreturn]] void printVersionAndLeave() {
   std::cout << "\nVersion: " CONSOLE_VERSION "\n" << std::flush;
@@ -67,7 +64,7 @@ int run(const CommandLineOptions& options) {
     printVersionAndLeave();
   }
   limitMemory();
-  log_setup(options.level, options.console ? kLogToSyslogAndConsole : kLogToSyslog);
+  log_setup(options.level, options.console ? LOG_TO_SYSLOG_AND_STDERR : LOG_TO_SYSLOG);
   routeThriftOutputToLog();
   catchEndingSignals();
   LineupEditor editor;

@@ -18,9 +18,6 @@ constexpr option kLongOptions[] = {
     {"save", required_argument, nullptr, 's'}, {"restore", required_argument, nullptr, 'r'},
     {"type", required_argument, nullptr, 't'}, {nullptr, 0, nullptr, 0}};
 
-constexpr int kLowestLevel = 3;
-constexpr int kHighestLevel = 7;
-
 constexpr char kUsage[] =
     " [ -clvhsrt ] \n"
     "Lineup command line interface\n"
@@ -47,10 +44,10 @@ constexpr char kUsage[] =
 
 void setLevel(CommandLineOptions& options, const char* argument) {
   options.level = readNumber(argument);
-  if (options.level < kLowestLevel) {
+  if (options.level < LOG_LEVEL_ERROR) {
     throw std::string("parameter range error: level must be >= 3");
   }
-  if (options.level > kHighestLevel) {
+  if (options.level > LOG_LEVEL_DEBUG) {
     throw std::string("parameter range error: level must be <= 7");
   }
 }

@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <string>
 
+#include "support/log.h"
+
 namespace lineup {
 
 struct CommandLineOptions {
   bool console = false;
-  int32_t level = 5;  ///< 3 (error) to 7 (debug)
+  int32_t level = LOG_LEVEL_NOTICE;  ///< 3 (error) to 7 (debug)
   bool version = false;
   bool help = false;
   std::string saveFile;

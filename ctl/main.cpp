@@ -18,9 +18,6 @@
 
 namespace {
 
-constexpr int kLogLevel = 5;
-constexpr int kLogToSyslog = 1;
-
 /// Keeps freed memory for the next allocations. By default the allocator returns large blocks to
 /// the system, so that lists that grow and large replies cost a tenth more.
 void keepFreedMemory() {
@@ -37,7 +34,7 @@ int main(int argc, char* argv[]) {
   std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit fails, as on a full disk
   lineup::limitMemory();
   keepFreedMemory();
-  log_setup(kLogLevel, kLogToSyslog, "lineupctl");
+  log_setup(LOG_LEVEL_NOTICE, LOG_TO_SYSLOG, "lineupctl");
   lineup::routeThriftOutputToLog();
   try {
     return lineup::ctl::runCommand(std::vector<std::string>(argv + 1, argv + argc));

@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr int kConsoleTarget = 2;
 constexpr char kSocket[] = "/dev/log";
 
 int highestLevel = LOG_DEBUG;
@@ -114,7 +113,7 @@ std::string formatted(const char* format, va_list arguments) {
 void log_setup(int level, int targets, const char* program) {
   programName = program;
   highestLevel = level;
-  onConsole = (targets & kConsoleTarget) != 0;
+  onConsole = (targets & LOG_TO_STDERR) != 0;
 }
 
 void log_function(int level, const char* module, const char* format, ...) {

@@ -3,11 +3,18 @@
 #pragma once
 
 /// The levels are syslog's own: 3 error, 4 warning, 5 notice, 6 information, 7 debug.
-enum LogLevel { LOG_LEVEL_ERROR = 3, LOG_LEVEL_WARNING = 4, LOG_LEVEL_DEBUG = 7 };
+enum LogLevel {
+  LOG_LEVEL_ERROR = 3,
+  LOG_LEVEL_WARNING = 4,
+  LOG_LEVEL_NOTICE = 5,
+  LOG_LEVEL_DEBUG = 7
+};
+
+/// Where records go.
+enum LogTarget { LOG_TO_SYSLOG = 1, LOG_TO_STDERR = 2, LOG_TO_SYSLOG_AND_STDERR = 3 };
 
 /// Sets up logging; call it once, before the first record. Records above `level` (3 to 7) are
-/// dropped. `targets` is 1 for syslog alone and 3 for syslog and standard error. Records begin with
-/// `program`, which has to outlive logging.
+/// dropped. `targets` is a LogTarget. Records begin with `program`, which has to outlive logging.
 void log_setup(int level, int targets, const char* program = "lineup-console");
 
 /// Writes one record of `level`, printf-style. `module` names the part of the program that speaks
