@@ -113,7 +113,7 @@ Status apply(const Arguments& arguments) {
   requireConsistentOptions(arguments);
   const HeadendConfig wanted = wantedConfig(arguments);
   std::optional<HeadendConfig> expected;
-  const std::string expectedSource = arguments.value("expect", "running");
+  const std::string expectedSource = arguments.value("expect", kRunning);
   if (!isController(expectedSource)) {
     expected = configInFile(expectedSource);
   }

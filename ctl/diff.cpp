@@ -57,7 +57,7 @@ Status diff(const Arguments& arguments) {
   static constexpr const char* kFormats[] = {"text", "json"};
   const std::string format = arguments.choice("format", kFormats);
   const std::vector<std::string>& operands = arguments.operands();
-  const std::string source = operands.size() == 1 ? "running" : operands[0];
+  const std::string source = operands.size() == 1 ? kRunning : operands[0];
   const std::string& target = operands.back();
   if (source == "-" && target == "-") {
     throw Failure(kUsage, "diff: only one of the two can be standard input");

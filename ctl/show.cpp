@@ -91,7 +91,7 @@ const HeadendConfig& keptConfigIn(const std::string& source) {
 Status show(const Arguments& arguments) {
   static constexpr const char* kFormats[] = {"text", "json", "csv"};
   const std::string format = arguments.choice("format", kFormats);
-  const std::string source = arguments.operands().empty() ? "running" : arguments.operands()[0];
+  const std::string source = arguments.operands().empty() ? kRunning : arguments.operands()[0];
   if (format == "json") {
     if (arguments.has("section")) {
       throw Failure(kUsage, "show: json is of the whole configuration, without --section");

@@ -6,7 +6,7 @@
 namespace lineup::ctl {
 
 bool isController(const std::string& source) {
-  return source == "running";
+  return source == kRunning;
 }
 
 hub_module::HeadendConfig configIn(const std::string& source) {

@@ -9,10 +9,13 @@
 
 namespace lineup::ctl {
 
-/// Whether a SOURCE is the controller.
+/// The SOURCE that is the controller.
+inline constexpr const char* kRunning = "running";
+
+/// Whether a SOURCE is that one.
 bool isController(const std::string& source);
 
-/// The configuration in a SOURCE: "running", a file, or "-" for standard input. Throws Failure.
+/// The configuration in a SOURCE: kRunning, a file, or "-" for standard input. Throws Failure.
 hub_module::HeadendConfig configIn(const std::string& source);
 
 }  // namespace lineup::ctl
