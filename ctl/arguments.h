@@ -17,6 +17,9 @@ struct Option {
   bool isRepeatable = false;  ///< where one with a value may be given more than once
 };
 
+/// The choices of "--format" where a table is shown.
+inline constexpr const char* kTableFormats[] = {"text", "json", "csv"};
+
 /// The words after a command.
 class Arguments {
  public:

@@ -56,8 +56,7 @@ std::string jsonOf(const std::vector<FoundService>& services) {
 }  // namespace
 
 Status catalogue(const Arguments& arguments) {
-  static constexpr const char* kFormats[] = {"text", "json", "csv"};
-  const std::string format = arguments.choice("format", kFormats);
+  const std::string format = arguments.choice("format", kTableFormats);
   const std::vector<FoundService> services = find(arguments.operands());
   if (format == "json") {
     print(jsonOf(services));

@@ -89,8 +89,7 @@ const HeadendConfig& keptConfigIn(const std::string& source) {
 }  // namespace
 
 Status show(const Arguments& arguments) {
-  static constexpr const char* kFormats[] = {"text", "json", "csv"};
-  const std::string format = arguments.choice("format", kFormats);
+  const std::string format = arguments.choice("format", kTableFormats);
   const std::string source = arguments.operands().empty() ? kRunning : arguments.operands()[0];
   if (format == "json") {
     if (arguments.has("section")) {
