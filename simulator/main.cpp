@@ -14,6 +14,7 @@
 #include <string>
 #include <system_error>
 
+#include "model/headend_places.h"
 #include "simulator/catalogue.h"
 #include "simulator/faults.h"
 #include "simulator/headend_service.h"
@@ -99,7 +100,8 @@ void run(const Options& options) {
   if (options.stamps) {
     stampLines();
   }
-  say("headend-simulator: ready on 127.0.0.1:" + std::to_string(server.port()));
+  say(std::string("headend-simulator: ready on ") + kControllerAddress + ":" +
+      std::to_string(server.port()));
   if (options.readyDescriptor >= 0) {
     announce(options.readyDescriptor, server.port());
   }

@@ -17,6 +17,7 @@
 #include <string>
 #include <thread>
 
+#include "model/headend_places.h"
 #include "model/no_size_limits.h"
 #include "simulator/headend_service.h"
 #include "support/signal_sets.h"
@@ -103,14 +104,14 @@ class Processor : public hub_module::WebSrvProcessor {
 
 }  // namespace
 
-Server::Server(int port) : socket_(std::make_shared<ListeningSocket>("127.0.0.1", port)) {
+Server::Server(int port) : socket_(std::make_shared<ListeningSocket>(kControllerAddress, port)) {
   socket_->setRecvTimeout(kReceiveTimeoutMs);
   socket_->setSendTimeout(kSendTimeoutMs);
   try {
     socket_->listen();
   } catch (const TTransportException& error) {
-    throw std::runtime_error("cannot listen on 127.0.0.1 port " + std::to_string(port) + ": " +
-                             error.what());
+    throw std::runtime_error(std::string("cannot listen on ") + kControllerAddress + " port " +
+                             std::to_string(port) + ": " + error.what());
   }
 }
 
