@@ -30,8 +30,11 @@ class LineupEditor {
   hub_module::HeadendStatus status;  ///< as last fetched
   bool pendingChanges = false;       ///< whether `config` has edits that were not committed
   /// The RFInputId values of the inputs that the groups TDTALL and SATALL stand for.
-  const std::vector<int32_t> tdtInputIds{1, 2};
-  const std::vector<int32_t> satInputIds{3, 4, 5, 6, 7, 8, 9, 10};
+  const std::vector<int32_t> tdtInputIds{general::RFInputId::TDT1, general::RFInputId::TDT2};
+  const std::vector<int32_t> satInputIds{general::RFInputId::SAT1, general::RFInputId::SAT2,
+                                         general::RFInputId::SAT3, general::RFInputId::SAT4,
+                                         general::RFInputId::SAT5, general::RFInputId::SAT6,
+                                         general::RFInputId::SAT7, general::RFInputId::SAT8};
   uint64_t fetches = 0;  ///< how many times `config` was replaced by the controller's
   uint64_t commits = 0;  ///< how many times the controller took `config`
   /// The file that restoreConfig() read completely since the last fetch; else empty.
