@@ -16,7 +16,7 @@ using apache::thrift::protocol::TType;
 using hub_module::HeadendConfig;
 
 /// Learns the shape of the record that is written to it. It writes nothing: its functions
-/// return 0, the number of bytes written.
+/// return 0, the number of bytes written. A configuration has no sets, and throws if it gets any.
 class ShapeBuilder : public apache::thrift::protocol::TVirtualProtocol<ShapeBuilder> {
  public:
   explicit ShapeBuilder(ValueShape& root)
@@ -46,10 +46,6 @@ class ShapeBuilder : public apache::thrift::protocol::TVirtualProtocol<ShapeBuil
     return openContainer(apache::thrift::protocol::T_LIST, element);
   }
   uint32_t writeListEnd() { return close(); }
-  uint32_t writeSetBegin(TType element, uint32_t /*size*/) {
-    return openContainer(apache::thrift::protocol::T_SET, element);
-  }
-  uint32_t writeSetEnd() { return close(); }
 
   // Of plain values the header of the field or the container has said everything.
   uint32_t writeBool(bool /*value*/) { return 0; }

@@ -76,8 +76,6 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
     return 0;
   }
   uint32_t readListEnd() { return close(); }
-  uint32_t readSetBegin(TType& element, uint32_t& size) { return readListBegin(element, size); }
-  uint32_t readSetEnd() { return close(); }
 
   uint32_t readBool(bool& value) {
     const json& read = *take().read;
@@ -85,12 +83,7 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
     value = read.get<bool>();
     return 0;
   }
-  uint32_t readBool(std::vector<bool>::reference value) {
-    bool read = false;
-    readBool(read);
-    value = read;
-    return 0;
-  }
+  using TVirtualProtocol::readBool;  // of an element of a std::vector<bool>
   uint32_t readByte(int8_t& value) { return readNumber(value); }
   uint32_t readI16(int16_t& value) { return readNumber(value); }
   uint32_t readI32(int32_t& value) { return readNumber(value); }
