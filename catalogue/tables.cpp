@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include "catalogue/select.h"
-#include "hub_module_types.h"
 
 namespace korveldb {
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 
+#include "hub_module_types.h"
 #include "model/input_types.h"
 
 namespace korveldb {

@@ -1,6 +1,6 @@
 #include "compare/described_service.h"
 
-#include "model/input_types.h"
+#include "model/services.h"
 #include "print/printed_text.h"
 
 namespace lineup {

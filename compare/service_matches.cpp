@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "model/input_types.h"
+#include "model/services.h"
 #include "print/service_words.h"
 
 namespace lineup {

@@ -1,4 +1,4 @@
-// The services that the entries of lineups name.
+// The services that the entries of lineups name, and the muxes that services name.
 
 #pragma once
 
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hub_module_types.h"
+#include "model/input_types.h"
 #include "model/namespaces.h"
 
 namespace lineup {
@@ -41,6 +42,26 @@ bool visitService(const hub_module::LineupConfig& lineup, int32_t kind, int32_t 
       return visitIn(lineup.emptyInputServices);
     default:
       return false;
+  }
+}
+
+/// Calls `visit` with the input type, the member (a pointer to it) and the setter of each mux that
+/// is set in `service`. There is one, but a record from elsewhere can have several.
+template <class Visit>
+void visitMuxes(const hub_module::DVBInputService& service, Visit visit) {
+  using Service = hub_module::DVBInputService;
+  const auto& has = service.__isset;
+  if (has.lineupSATMux) {
+    visit(kSatInput, &Service::lineupSATMux, &Service::__set_lineupSATMux);
+  }
+  if (has.lineupTDTMux) {
+    visit(kTdtInput, &Service::lineupTDTMux, &Service::__set_lineupTDTMux);
+  }
+  if (has.lineupCableMux) {
+    visit(kCableInput, &Service::lineupCableMux, &Service::__set_lineupCableMux);
+  }
+  if (has.ipMuxUUID) {
+    visit(kIPInput, &Service::ipMuxUUID, &Service::__set_ipMuxUUID);
   }
 }
 
