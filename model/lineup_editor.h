@@ -196,11 +196,6 @@ class LineupEditor {
   void clearPlsItems();
 };
 
-/// The lineup that is running, as a configuration (no command needs it): the global, IP and RF
-/// settings, the RF entries in order and the DVB and encoder services of `status`; everything else
-/// at its defaults.
-hub_module::LineupConfig lineupFromStatus(const hub_module::LineupStatus& status);
-
 // The search starts at the highest key, because the keys in use are almost always 1, 2, 3 and so on
 // without a gap: then one look is enough, however many services there are.
 template <class Service>

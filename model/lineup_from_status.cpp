@@ -1,4 +1,4 @@
-#include "model/lineup_editor.h"
+#include "model/lineup_from_status.h"
 
 namespace lineup {
 

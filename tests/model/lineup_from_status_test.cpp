@@ -1,6 +1,7 @@
+#include "model/lineup_from_status.h"
+
 #include <gtest/gtest.h>
 
-#include "model/lineup_editor.h"
 #include "tests/support/random_records.h"
 
 namespace lineup {
