@@ -23,7 +23,7 @@ namespace {
 
 // _exit() saves the time of destructors, of which none is needed yet.
 [[noreturn]] void printVersionAndLeave() {
-  std::cout << "\nVersion: " CONSOLE_VERSION "\n" << std::flush;
+  std::cout << "\nVersion: " LINEUP_VERSION "\n" << std::flush;
   _exit(0);
 }
 
