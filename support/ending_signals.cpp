@@ -56,7 +56,7 @@ timespec now() {
   return time;
 }
 
-timeval inTime(microseconds duration) {
+timeval asTimeval(microseconds duration) {
   const auto whole = std::chrono::duration_cast<seconds>(duration);
   return {static_cast<time_t>(whole.count()), static_cast<suseconds_t>((duration - whole).count())};
 }
@@ -67,7 +67,7 @@ void startTimer(microseconds first, microseconds untilTheEnd) {
   const auto whole = std::chrono::duration_cast<seconds>(untilTheEnd);
   end = now();
   end.tv_sec += static_cast<time_t>(whole.count());
-  const itimerval timer{inTime(kBetweenInterrupts), inTime(first)};
+  const itimerval timer{asTimeval(kBetweenInterrupts), asTimeval(first)};
   setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
