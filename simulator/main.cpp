@@ -62,8 +62,8 @@ class Tidier {
     }
   }
 
-  /// All parts of the file's path that are not there yet.
-  void removeWhatIsMissingOf(const std::filesystem::path& file) {
+  /// Removes the file, and the folders above it, as far as they are not there yet.
+  void removeAtTheEnd(const std::filesystem::path& file) {
     std::filesystem::path path;
     for (const std::filesystem::path& name : file) {
       path /= name;
@@ -85,12 +85,12 @@ void run(const Options& options) {
   Server server(options.port);
   Tidier tidier;
   if (!options.keepsState && !options.inMemory) {
-    tidier.removeWhatIsMissingOf(options.stateFile);
+    tidier.removeAtTheEnd(options.stateFile);
   }
   StateStore store = options.inMemory ? StateStore() : StateStore(options.stateFile);
   if (options.writeCatalogue) {
     if (!options.keepsCatalogue) {
-      tidier.removeWhatIsMissingOf(options.catalogueFile);
+      tidier.removeAtTheEnd(options.catalogueFile);
     }
     writeCatalogue(options.catalogueFile, options.replaceCatalogue);
   }
