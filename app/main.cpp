@@ -71,7 +71,7 @@ int run(const CommandLineOptions& options) {
   const bool onTerminal = isatty(STDIN_FILENO) == 1;
   EditsCopy copy(editor, onTerminal ? EditsCopy::When::WhileEditing : EditsCopy::When::AtTheEnd);
   const WrittenWhenForced written(copy);
-  whenTypingPauses([&copy] { return copy.update(); });
+  whenThereIsTime([&copy] { return copy.update(); });
   try {
     runMode(editor, options);
     throwIfSignalled();

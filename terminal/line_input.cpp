@@ -17,7 +17,7 @@ namespace lineup {
 
 namespace {
 
-std::function<bool()> pauseHook = [] { return false; };
+std::function<bool()> spareTimeHook = [] { return false; };
 
 /// Standard input, buffered.
 class Input {
@@ -102,8 +102,8 @@ bool readEditedLine(const std::string& prompt, const LineAids& aids, std::string
 
 }  // namespace
 
-void whenTypingPauses(std::function<bool()> hook) {
-  pauseHook = std::move(hook);
+void whenThereIsTime(std::function<bool()> hook) {
+  spareTimeHook = std::move(hook);
 }
 
 void waitForTyping(std::span<pollfd> inputs) {
@@ -113,17 +113,17 @@ void waitForTyping(std::span<pollfd> inputs) {
     if (waitForInput(inputs, kPause)) {
       return;
     }
-    again = pauseHook();
+    again = spareTimeHook();
   }
   waitForInput(inputs);
 }
 
 bool readCommandLine(const std::string& prompt, const LineAids& aids, std::string& line) {
-  pauseHook();
+  spareTimeHook();
   const bool read =
       canEditLines() ? readEditedLine(prompt, aids, line) : readPlainLine(prompt, line);
   if (read) {
-    pauseHook();
+    spareTimeHook();
   }
   return read;
 }

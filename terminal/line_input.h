@@ -47,7 +47,7 @@ bool readAnswer(std::string& line);
 /// Sets what is called where there is time for a little work: before a command line is waited for,
 /// when it has been read, and, on a terminal, when nothing has been typed for half a second. If
 /// `hook` returns true then, it is called again half a second later.
-void whenTypingPauses(std::function<bool()> hook);
+void whenThereIsTime(std::function<bool()> hook);
 
 /// Waits for one of `inputs` as waitForInput() does, and calls that hook when it takes long.
 void waitForTyping(std::span<pollfd> inputs);
