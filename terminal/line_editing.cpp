@@ -243,7 +243,7 @@ bool TerminalLineEditor::readKey(wchar_t& key, bool escapeAlone) {
     if (key != key::kPasteBegins && key != key::kPasteEnds) {
       return true;
     }
-    undo_.endRow();  // one undoes what was pasted apart from what was typed
+    undo_.endRun();  // one undoes what was pasted apart from what was typed
   }
   return false;
 }

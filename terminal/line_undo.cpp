@@ -9,12 +9,12 @@ namespace lineup {
 
 void LineUndo::begin() {
   before_.clear();
-  inRow_ = false;
+  inRun_ = false;
 }
 
 bool LineUndo::beginsStep(wchar_t key) {
   const bool isLetter = key::isLetter(key);
-  return !std::exchange(inRow_, isLetter) || !isLetter;
+  return !std::exchange(inRun_, isLetter) || !isLetter;
 }
 
 void LineUndo::keep(const EditedLine& line) {
@@ -30,7 +30,7 @@ void LineUndo::keep(const EditedLine& line) {
 }
 
 std::optional<EditedLine> LineUndo::undo(const std::wstring& text) {
-  inRow_ = false;
+  inRun_ = false;
   while (!before_.empty() && before_.back().text == text) {
     before_.pop_back();
   }

@@ -24,7 +24,7 @@ class LineUndo {
   void keep(const EditedLine& line);
 
   /// Letters that are typed next are a step of their own.
-  void endRow() { inRow_ = false; }
+  void endRun() { inRun_ = false; }
 
   /// What the line, now `text`, was before the last step that changed it; none if it was not
   /// changed.
@@ -32,7 +32,7 @@ class LineUndo {
 
  private:
   std::vector<EditedLine> before_{};
-  bool inRow_ = false;  ///< whether the last key was a letter
+  bool inRun_ = false;  ///< whether the last key was a letter
 };
 
 }  // namespace lineup

@@ -30,7 +30,7 @@ TEST(LineUndo, LettersInARowAreOneStepUnlessTheRowIsEnded) {
   std::wstring line;
   type(undo, line, L'a');
   type(undo, line, L'b');
-  undo.endRow();
+  undo.endRun();
   type(undo, line, L'c');
   EXPECT_TRUE(undoIn(undo, line));
   EXPECT_EQ(line, L"ab");
@@ -56,7 +56,7 @@ TEST(LineUndo, GoesBackAHundredSteps) {
   std::wstring line;
   for (int step = 0; step < 120; ++step) {
     type(undo, line, L'a');
-    undo.endRow();
+    undo.endRun();
   }
   int steps = 0;
   while (undoIn(undo, line)) {
