@@ -4,6 +4,7 @@
 #include <thrift/transport/TTransportUtils.h>
 
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
