@@ -12,6 +12,7 @@
 #include "simulator/locked_file.h"
 
 namespace lineup::simulator {
+
 namespace {
 
 // Marks a catalogue as this program's own: SQLite keeps the number in the file's header.

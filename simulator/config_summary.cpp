@@ -1,6 +1,7 @@
 #include "simulator/config_summary.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace lineup::simulator {
@@ -10,19 +11,19 @@ using hub_module::HeadendConfig;
 namespace {
 
 /// `names[value]`, or the number itself if it has no name.
-template <size_t count>
+template <std::size_t count>
 std::string named(int32_t value, const std::array<const char*, count>& names) {
-  const auto index = static_cast<size_t>(value);
+  const auto index = static_cast<std::size_t>(value);
   return value >= 0 && index < count ? names[index] : std::to_string(value);
 }
 
-std::string counted(size_t count, const char* singular, const char* plural) {
+std::string counted(std::size_t count, const char* singular, const char* plural) {
   return std::to_string(count) + (count == 1 ? singular : plural);
 }
 
 /// A text of the configuration's own, fit to stand in one short line.
 std::string plain(const std::string& text) {
-  constexpr size_t kLongest = 60;
+  constexpr std::size_t kLongest = 60;
   std::string result = text.substr(0, kLongest);
   for (char& character : result) {
     if (static_cast<unsigned char>(character) < ' ') {
@@ -48,7 +49,7 @@ std::string drm(const HeadendConfig& config) {
 }
 
 std::string ipMuxCount(const HeadendConfig& config) {
-  size_t count = 0;
+  std::size_t count = 0;
   for (const auto& [key, input] : config.ipInputs) {
     count += input.muxes.size();
   }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 namespace lineup::simulator {
+
 namespace {
 
 constexpr const char* kAll = "all";

@@ -1,6 +1,7 @@
 #include "simulator/initial_state.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "model/namespaces.h"
@@ -121,7 +122,7 @@ void addSettings(hub_module::HeadendConfig& config) {
   rf.cofdmConfig.transmissionMode = 1;
   rf.qamConfig.constellation = 3;
   rf.qamConfig.symbolRate = 6900000;
-  for (size_t carrier = 0; carrier < kCarrierFrequencies.size(); ++carrier) {
+  for (std::size_t carrier = 0; carrier < kCarrierFrequencies.size(); ++carrier) {
     rf.carrierFrequencies[static_cast<int32_t>(carrier)] = kCarrierFrequencies[carrier];
   }
 }

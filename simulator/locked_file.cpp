@@ -13,6 +13,7 @@
 #include <system_error>
 
 namespace lineup::simulator {
+
 namespace {
 
 /// `result` unless it is negative: then throws errno.

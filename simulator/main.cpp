@@ -1,10 +1,10 @@
 // headend-simulator: stands in for the headend's controller on a desk without a headend.
 
-#include <signal.h>
 #include <thrift/Thrift.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <deque>
 #include <exception>
 #include <filesystem>
@@ -24,6 +24,7 @@
 #include "simulator/state_store.h"
 
 namespace lineup::simulator {
+
 namespace {
 
 void complain(const char* message) {
@@ -110,7 +111,7 @@ void run(const Options& options) {
   }
 }
 
-int runProgram(int argc, char** argv) {
+int runProgram(int argc, char* argv[]) {
   // Drops the library's messages about broken connections; start-up errors are exceptions.
   apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
   Options options;
@@ -139,8 +140,9 @@ int runProgram(int argc, char** argv) {
 }
 
 }  // namespace
+
 }  // namespace lineup::simulator
 
-int main(int argc, char** argv) {
+int main(int argc, char* argv[]) {
   return lineup::simulator::runProgram(argc, argv);
 }

@@ -2,11 +2,13 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <ctime>
 #include <iostream>
 
 namespace lineup::simulator {
+
 namespace {
 
 bool stamped = false;
@@ -21,7 +23,7 @@ std::string stamp() {
   std::tm local{};
   localtime_r(&seconds, &local);
   std::array<char, 40> text{};
-  const size_t length = std::strftime(text.data(), text.size(), "%F %T", &local);
+  const std::size_t length = std::strftime(text.data(), text.size(), "%F %T", &local);
   std::snprintf(text.data() + length, text.size() - length, ".%03d ",
                 static_cast<int>(milliseconds));
   return text.data();

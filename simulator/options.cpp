@@ -159,7 +159,7 @@ std::vector<option> optionsForGetopt() {
 
 }  // namespace
 
-Options parseOptions(int argc, char** argv) {
+Options parseOptions(int argc, char* argv[]) {
   Options options;
   opterr = 0;
   const std::vector<option> known = optionsForGetopt();

@@ -35,6 +35,6 @@ struct Options {
 extern const char kHelpText[];
 
 /// Reads the command line. Throws std::invalid_argument for invalid options.
-Options parseOptions(int argc, char** argv);
+Options parseOptions(int argc, char* argv[]);
 
 }  // namespace lineup::simulator

@@ -1,6 +1,5 @@
 #include "simulator/server.h"
 
-#include <signal.h>
 #include <sys/socket.h>
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/server/TThreadedServer.h>
@@ -10,6 +9,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -40,7 +41,7 @@ namespace {
 constexpr int kReceiveTimeoutMs = 10000;
 constexpr int kSendTimeoutMs = 5000;
 // Well below RLIMIT_NOFILE.
-constexpr size_t kMostConnections = 200;
+constexpr std::size_t kMostConnections = 200;
 
 class ListeningSocket : public TServerSocket {
  public:
