@@ -113,7 +113,7 @@ char ConfigFileTransport::take() {
 
 /// Looks no further than the text matches: a pipe may have come to its last character.
 bool ConfigFileTransport::isAhead(std::string_view text) {
-  for (size_t index = 0; index < text.size(); ++index) {
+  for (std::size_t index = 0; index < text.size(); ++index) {
     if (!waitForBytes(index + 1) || ahead_[aheadTaken_ + index] != text[index]) {
       return false;
     }
@@ -157,7 +157,7 @@ char ConfigFileTransport::takeUnescaped() {
   }
   for (const auto& [text, meaning] : kUnknownEscapes) {
     if (isAhead(text)) {
-      for (size_t index = 0; index < text.size(); ++index) {
+      for (std::size_t index = 0; index < text.size(); ++index) {
         take();
       }
       escaped_ = false;

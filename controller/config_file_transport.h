@@ -54,11 +54,11 @@ class ConfigFileTransport : public apache::thrift::transport::TBufferedTransport
 
   const int descriptor_;
   const bool blocks_;
-  std::string ahead_;      // what was read ahead,
-  size_t aheadTaken_ = 0;  // and how much of it has been taken since
-  bool inText_ = false;    // after its opening quote
-  bool escaped_ = false;   // by the backslash before
-  int hexDigits_ = 0;      // to come in an escape
+  std::string ahead_;           // what was read ahead,
+  std::size_t aheadTaken_ = 0;  // and how much of it has been taken since
+  bool inText_ = false;         // after its opening quote
+  bool escaped_ = false;        // by the backslash before
+  int hexDigits_ = 0;           // to come in an escape
   char last_ = '\0';
   uint32_t digits_ = 0;  // in the number that is being read
   uint32_t digitsBeforeLast_ = 0;

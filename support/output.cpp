@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <ext/stdio_sync_filebuf.h>
 #include <iostream>
@@ -20,16 +21,16 @@ struct Destination {
 
 /// Always reports success, or stdio and the streams would stay in the error state. An interrupt
 /// drops the rest of this text; later texts are written.
-ssize_t print(void* cookie, const char* text, size_t size) {
+ssize_t print(void* cookie, const char* text, std::size_t size) {
   Destination& destination = *static_cast<Destination*>(cookie);
   destination.givenUp = destination.givenUp && isEndOverdue();
   const bool known = isInterrupted();
-  for (size_t done = 0; done < size && !destination.givenUp;) {
+  for (std::size_t done = 0; done < size && !destination.givenUp;) {
     const ssize_t count = writeSome(destination.descriptor, {text + done, size - done});
     if (count < 0) {
       break;
     }
-    done += static_cast<size_t>(count);
+    done += static_cast<std::size_t>(count);
     if (!known && isInterrupted()) {
       break;
     }
