@@ -42,31 +42,46 @@ constexpr char kUsageText[] =
 /// A command: its options, how many operands it takes, and what it does.
 struct Command {
   std::string_view word;
-  std::span<const Option> options;
-  std::size_t leastOperands;
-  std::size_t mostOperands;
-  bool takesNames;  // its operands name files and folders
+  std::span<const Option> options{};
+  std::size_t leastOperands = 0;
+  std::size_t mostOperands = 0;
+  bool takesNames = true;  // its operands name files and folders
   Status (*run)(const Arguments&);
 };
 
 constexpr std::size_t kAny = static_cast<std::size_t>(-1);
 
-constexpr Option kShowOptions[] = {{"section", true, true}, {"format"}};
+constexpr Option kShowOptions[] = {{.name = "section", .isRepeatable = true}, {"format"}};
 constexpr Option kDiffOptions[] = {{"format"}};
-constexpr Option kApplyOptions[] = {
-    {"dry-run", false}, {"backup"}, {"keep"}, {"expect"}, {"patch", true, true}};
+constexpr Option kApplyOptions[] = {{.name = "dry-run", .hasValue = false},
+                                    {"backup"},
+                                    {"keep"},
+                                    {"expect"},
+                                    {.name = "patch", .isRepeatable = true}};
 constexpr Option kBackupOptions[] = {{"keep"}};
 constexpr Option kWaitOptions[] = {{"timeout"}};
 constexpr Option kCatalogueOptions[] = {{"format"}};
 
 constexpr Command kCommands[] = {
-    {"show", kShowOptions, 0, 1, true, show},
-    {"diff", kDiffOptions, 1, 2, true, diff},
-    {"save", {}, 1, 1, true, save},
-    {"apply", kApplyOptions, 1, 1, true, apply},
-    {"backup", kBackupOptions, 1, 1, true, backup},
-    {"wait", kWaitOptions, 0, 0, true, waitForController},
-    {"catalogue", kCatalogueOptions, 0, kAny, false, catalogue},
+    {.word = "show", .options = kShowOptions, .mostOperands = 1, .run = show},
+    {.word = "diff", .options = kDiffOptions, .leastOperands = 1, .mostOperands = 2, .run = diff},
+    {.word = "save", .leastOperands = 1, .mostOperands = 1, .run = save},
+    {.word = "apply",
+     .options = kApplyOptions,
+     .leastOperands = 1,
+     .mostOperands = 1,
+     .run = apply},
+    {.word = "backup",
+     .options = kBackupOptions,
+     .leastOperands = 1,
+     .mostOperands = 1,
+     .run = backup},
+    {.word = "wait", .options = kWaitOptions, .run = waitForController},
+    {.word = "catalogue",
+     .options = kCatalogueOptions,
+     .mostOperands = kAny,
+     .takesNames = false,
+     .run = catalogue},
 };
 
 /// Throws Failure(kUsage) for an empty operand, which names no file: most often that of a script
