@@ -1,3 +1,5 @@
+#include "print/show_command.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -6,7 +8,6 @@
 #include <string>
 
 #include "model/lineup_editor.h"
-#include "print/show_command.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
 #include "tests/support/streams.h"
