@@ -340,6 +340,15 @@ TEST_F(Ending, WithoutAStateFolderTheCopyIsInTheTemporaryFolderNamedFromTheRoot)
   EXPECT_NE(outcome.err.find("\"restore /"), std::string::npos) << outcome.err;
 }
 
+TEST_F(Ending, TheLogSaysWhereTheCopyIsToo) {
+  Start logging = start(false);
+  logging.arguments = {"-c"};
+  EditedConsole console(logging);
+  const Outcome outcome = endBy(console, SIGTERM);
+  EXPECT_EQ(count(outcome.err, kUncommittedIn), 2) << outcome.err;
+  EXPECT_EQ(count(outcome.err, "]: " + kUncommittedIn), 1) << outcome.err;
+}
+
 TEST_F(Ending, EditsThatFitInNoFolderAreSaidToBeLostAndLeaveNoFile) {
   EditedConsole console(inShell("ulimit -S -f 0; exec " + kConsoleProgram, start(false)));
   // Beyond the limit on the size of a file there is no more room than on a full disk.
