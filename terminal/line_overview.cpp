@@ -64,7 +64,7 @@ void showOverview(const std::function<std::string()>& overview, bool mayWait, Li
     forgetInterrupt();
     LineDisplay::put("\n");
   } catch (const std::exception&) {
-    LineDisplay::ring();  // no memory for it
+    LineDisplay::ring();  // COVERAGE_EXCL_LINE: no memory for it
   }
   display.begin();
 }
