@@ -6,7 +6,7 @@ failures=
 
 # step TITLE COMMAND...: runs a command. What it says goes to standard output, and its last line is taken
 # for its tests when it counts them ("7 passed, 0 failed", perhaps ", 1 skipped"); any other command
-# counts as one test. The end of what a failed one said is kept for tally, as it may be far above.
+# counts as one test. The end of what a failed one said is kept, for tally to repeat it at the end.
 step() {
   local title=$1 began=$SECONDS log status=0 count
   shift

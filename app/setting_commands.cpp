@@ -45,8 +45,8 @@ void changeWithOutputVlan(HeadendConfig& config, int32_t /*vlan*/) {
   }
 }
 
-/// Stores `value` and what goes with it. Returns false, and changes nothing, if it is the current
-/// one.
+/// Stores `value` and changes what depends on it. Returns false, and changes nothing, if it is the
+/// current one.
 bool store(const SettingCommand& command, HeadendConfig& config, int32_t value) {
   if (command.setting.value(config) == value) {
     return false;

@@ -29,7 +29,7 @@ struct SettingCommand {
   const char* afterWord = "";     ///< ...then the word and this; null where no word follows
   WordReading reading = WordReading::Exact;
   bool silencedByQuiet = false;
-  /// Changes what goes with a new value; null if nothing does.
+  /// Changes the fields that depend on a new value; null if none does.
   void (*changeOthers)(hub_module::HeadendConfig&, int32_t value) = nullptr;
   /// The text that a line without a word prints; null where a word is needed.
   std::string (*show)(std::optional<int32_t> value) = nullptr;

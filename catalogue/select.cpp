@@ -81,9 +81,9 @@ Result select(const tTable& table, sqlite3* handle, const char* statement) {
 
 }  // namespace
 
-tRow::tRow(const tTable& table_, std::span<const char* const> cells,
+tRow::tRow(const tTable& rowTable, std::span<const char* const> cells,
            std::pmr::memory_resource* memory)
-    : table(&table_), columns(memory), flags(table_.columnTypes.size(), false, memory) {
+    : table(&rowTable), columns(memory), flags(rowTable.columnTypes.size(), false, memory) {
   std::pmr::polymorphic_allocator<> allocator(memory);
   columns.reserve(table->columnTypes.size());
   for (const char type : table->columnTypes) {

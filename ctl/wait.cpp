@@ -27,7 +27,7 @@ void setRunOutLine(const std::string& message) {
   runOutLine = &free;
 }
 
-/// Ends the program at the end of the time, whatever it waits in.
+/// Ends the program when the time is up, whatever it waits for.
 void runOut(int /*signal*/) {
   const std::string& line = *runOutLine;
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());

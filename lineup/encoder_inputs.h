@@ -1,4 +1,5 @@
-// Where a headend's encoder modules are, and their HDMI inputs.
+// Where a headend's encoder modules are, and their HDMI inputs. The operations makeEncService() and
+// parseEncAddress() are declared in model/lineup_editor.h.
 
 #pragma once
 

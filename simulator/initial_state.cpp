@@ -81,7 +81,7 @@ void addRFInputs(HeadendState& state) {
     hub_module::SATRFInput& input = state.satRFInputs[row.id];
     input.config.lnb.voltage = row.voltage;
     input.config.lnb.tone = row.tone;
-    input.config.lnb.lowBandOscillator = 9750;
+    input.config.lnb.lowBandOscillator = 9750;  // MHz, of a universal LNB
     input.config.lnb.highBandOscillator = 10600;
     input.config.enabled = row.enabled;
     input.carrierToNoise = row.carrierToNoise;

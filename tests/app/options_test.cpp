@@ -43,7 +43,7 @@ TEST(Options, DefaultsWithoutWords) {
   EXPECT_EQ(options.firstOperand, 1);
 }
 
-TEST(Options, ShortOptions) {
+TEST(Options, ShortOptionsAreTaken) {
   const CommandLineOptions options =
       parse({"-c", "-l", "7", "-v", "-s", "a", "-r", "b", "-t", "skyit"});
   EXPECT_TRUE(options.console);

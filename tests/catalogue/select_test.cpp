@@ -252,7 +252,7 @@ TEST_F(Select, ASecondStatementThatWritesIsRefused) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
-TEST_F(Select, RowsAreNotWritten) {
+TEST_F(Select, ASecondStatementThatDeletesIsRefused) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
   const auto before = filesIn(folder.path());
   const Lines lines = errorsOf([&] {

@@ -414,7 +414,7 @@ TEST(ConfigDifference, SaysThePlsItemsInTheWordsOfAddpls) {
             "/rfInputsScanConfig/plsItemList: removed []\n");
 }
 
-TEST(ConfigDifference, GrowsWithTheLineupAndNoFaster) {
+TEST(ConfigDifference, SaysEachOfTenThousandEntriesThatMovedOnce) {
   HeadendConfig from;
   for (int32_t key = 1; key <= 10'000; ++key) {
     addService(from, key, "Channel", 17);

@@ -123,7 +123,7 @@ class EditsCopyOn : public EditsCopy, public testing::WithParamInterface<const c
 
 INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"));
 
-TEST_P(EditsCopyOn, IsThereHalfASecondAfterTheEditAndOutlivesAKill) {
+TEST_P(EditsCopyOn, IsThereAfterTheEditAndOutlivesAKill) {
   const std::string path = leave(GetParam());
   ASSERT_EQ(copyOf(7), path);
   EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
@@ -149,7 +149,7 @@ TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
   EXPECT_TRUE(copies().empty());
 }
 
-TEST_P(EditsCopyOn, GoesWithTheEditsThatAreGivenUp) {
+TEST_P(EditsCopyOn, IsRemovedWithTheEditsThatAreGivenUp) {
   for (const char* end : {"quit\n", "\x04"}) {
     EditedConsole console(start());
     awaitCopyOf(7);
@@ -214,14 +214,14 @@ TEST_F(EditsCopy, IsAnnouncedWithoutLineupctlWhereThatIsNotAtHand) {
       << begin;
 }
 
-TEST_F(EditsCopy, ThatIsNotTakenStays) {
+TEST_F(EditsCopy, ThatIsNotRestoredStays) {
   const std::string path = leave();
   expectAnnounced(path);
   expectAnnounced(path);
   EXPECT_TRUE(fs::exists(path));
 }
 
-TEST_F(EditsCopy, OfWhatTheControllerRunsGoesWithoutAWord) {
+TEST_F(EditsCopy, OfWhatTheControllerRunsIsRemovedSilently) {
   controller.setConfig(readCompleteConfigFile(leave()));
   expectNothingAnnounced();
   EXPECT_TRUE(copies().empty());
@@ -274,7 +274,7 @@ TEST_F(EditsCopy, ThatCouldNotBeRestoredStaysIfSomethingElseIsCommitted) {
   EXPECT_TRUE(fs::exists(path));
 }
 
-TEST_F(EditsCopy, ThatWasAnnouncedAMonthAgoGoes) {
+TEST_F(EditsCopy, ThatWasAnnouncedAMonthAgoIsRemoved) {
   const std::string path = leave();
   expectAnnounced(path);
   setTimes(path, std::time(nullptr) - 29 * kDay);
@@ -302,7 +302,7 @@ TEST_F(EditsCopy, ThatWasAnnouncedBeforeTheClockWasSetIsAnnouncedAnew) {
   EXPECT_GT(status.st_atime, std::time(nullptr) - kDay) << "the month begins now";
 }
 
-TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoGoes) {
+TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoIsRemoved) {
   const std::string path = leave();
   const std::string unfinished = path + ".new";
   fs::copy_file(path, unfinished);
@@ -366,7 +366,9 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
 }
 
 TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
-  ProgramProcess console(start(true));
+  Start withoutTmpdir = start(true);
+  withoutTmpdir.environment["TMPDIR"] = std::nullopt;
+  ProgramProcess console(withoutTmpdir);
   console.readUntil("> ");
   std::string lines;
   for (int count = 0; count < 20; ++count) {

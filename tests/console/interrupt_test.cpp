@@ -234,7 +234,7 @@ TEST_F(CtrlC, LeavesTheConfigurationAloneWhereAFileWasNotSent) {
   expectUnchanged(session);
 }
 
-TEST_F(CtrlC, WithoutLineEditingEndsTheConsole) {
+TEST_F(CtrlC, TypedWhereLinesAreNotEditedEndsTheConsole) {
   Start dumb = start();
   dumb.environment["TERM"] = "dumb";
   Session session(dumb);

@@ -44,7 +44,7 @@ class Overview : public OnATerminal {
     return start;
   }
 
-  /// Gives the headend this many encoders, and nothing else, in its RF lineup. Returns the table.
+  /// Gives the headend this many entries, and no others, in its RF lineup. Returns the table.
   std::string fillLineup(int count, const std::string& lastName = "x") {
     auto config = controller.config();
     config.lineupConfig.rfEntries.clear();

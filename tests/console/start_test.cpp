@@ -1,15 +1,16 @@
 // How the program starts and ends: options, modes and exit statuses.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/console_texts.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
 namespace {
@@ -165,11 +166,12 @@ TEST(Start, TypeModeSaysItsLineAlsoWhenTheCommitFailed) {
 
 TEST(Start, SaveBeatsRestoreAndType) {
   const FakeController controller;
-  const std::string path = testing::TempDir() + "/start_test_save.json";
+  const TemporaryFolder folder;
+  const std::string path = folder.file("saved.json");
   expectOutcome(runConsole({"-t", "skyit", "-r", "/nonexistent/b.json", "-s", path}), 0,
                 "Saved config to: " + path + "\n", "");
   EXPECT_EQ(controller.methods(), Methods{"getHeadendConfig"});
-  EXPECT_EQ(unlink(path.c_str()), 0);
+  EXPECT_TRUE(std::filesystem::exists(path));
 }
 
 TEST(Start, RestoreBeatsType) {

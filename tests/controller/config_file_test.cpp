@@ -426,7 +426,7 @@ TEST_F(ConfigFile, WithAnUnknownTextOrByteOfAnyKindIsReadWithoutIt) {
   }
 }
 
-TEST_F(ConfigFile, HoldsNumbersThatAreNone) {
+TEST_F(ConfigFile, HoldsEveryKindOfRealNumber) {
   HeadendConfig config;
   double& keyPeriod = config.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod;
   for (const double value : {std::numeric_limits<double>::infinity(), -0.0, 1e300, 0.1}) {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 namespace general = korvel::thrift::general;
 using korvel::thrift::hub_module::HeadendConfig;
-using nlohmann::json;
 using Words = std::vector<std::string>;
 
 TEST_F(CtlWithController, AppliesAFileSaysTheDifferenceAndReadsItBack) {

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using korvel::thrift::hub_module::HeadendConfig;
-using nlohmann::json;
 using Words = std::vector<std::string>;
 
 TEST_F(CtlWithController, KeepsACopyWhenSomethingHasChanged) {

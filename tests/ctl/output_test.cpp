@@ -8,7 +8,6 @@
 #include <array>
 #include <csignal>
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -19,7 +18,6 @@ namespace lineup::test {
 namespace {
 
 using korvel::thrift::hub_module::HeadendConfig;
-using nlohmann::json;
 using Words = std::vector<std::string>;
 
 /// How to start lineupctl by the shell, with its streams as `redirection` says.

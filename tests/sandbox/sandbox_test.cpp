@@ -237,7 +237,7 @@ TEST_F(OwnNamespaces, NeedNoPowerOverTheMachine) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(OwnUsers, AreDoneWithoutByRootWhereForbidden) {
+TEST_F(OwnUsers, AreNotNeededByRootWhereTheyAreForbidden) {
   const Outcome outcome = run(machine(
       "exec unshare --user --map-root-user sh -c '\n"
       "for kind in user mnt net; do echo 0 >/proc/sys/user/max_${kind}_namespaces; done\n"

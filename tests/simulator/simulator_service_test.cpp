@@ -156,7 +156,7 @@ TEST_F(SimulatorService, CommitIsServedAgainAlsoAfterARestart) {
   EXPECT_EQ(config(), edited);
 }
 
-TEST_F(SimulatorService, CommitWithAnotherWithoutOptionalFieldsLeavesNone) {
+TEST_F(SimulatorService, ACommitWithoutOptionalFieldsLeavesNoneSet) {
   HeadendConfig edited = config();
   ASSERT_TRUE(edited.headendGlobalConfig.__isset.countryCode);
   edited.headendGlobalConfig.__isset.countryCode = false;

@@ -1,4 +1,4 @@
-// What texts are and hold.
+// Regular expressions, and counting in texts.
 
 #pragma once
 

@@ -36,7 +36,7 @@ TEST_F(ColumnList, CountsWhatItHasNoRoomFor) {
   EXPECT_EQ(listInColumns({"a", "b", "c", "d", "e"}, 4, 2), "a  b\n(3 more)\n");
 }
 
-TEST_F(ColumnList, AtALeastShowsOneLine) {
+TEST_F(ColumnList, ShowsAtLeastOneLine) {
   EXPECT_EQ(listInColumns({"a", "b"}, 1, 1), "a\n(1 more)\n");
 }
 

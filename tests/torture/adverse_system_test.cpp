@@ -13,13 +13,13 @@
 namespace lineup::test {
 namespace {
 
-/// A console on a terminal or on pipes, the first call of which of the kind fails. `counts`
-/// receives how many it makes.
-Start withFault(const std::string& kind, bool terminal, const std::string& counts) {
+/// A console on a terminal or on pipes, of whose calls of the kind the one at `place` fails.
+/// `counts` receives how many it makes.
+Start withFault(const std::string& kind, bool terminal, const std::string& counts, long place = 1) {
   Start start;
   start.terminal = terminal;
   start.environment = {{"TERM", "xterm"}};
-  injectFault(start, {kind, 1}, counts);
+  injectFault(start, {kind, place}, counts);
   return start;
 }
 
@@ -61,12 +61,10 @@ TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
   EXPECT_EQ(calls(), 1);
 }
 
-// Where the first lines can be edited all the same, or cannot, is not the point.
+// Whether the first lines can then be edited is not the point.
 TEST_F(AdverseSystem, ATerminalThatFailsOnceLeavesTheConsoleToReadLines) {
   const auto session = [&](long place) {
-    Start start = withFault("terminal", true, count);
-    injectFault(start, {"terminal", place}, count);
-    ProgramProcess console(start);
+    ProgramProcess console(withFault("terminal", true, count, place));
     console.readUntil("> ");
     const long before = calls();
     console.send("id 7\n");

@@ -13,9 +13,9 @@
 //   FAULT_COUNT  a file that holds, as longs in memory, the number of calls made so far and that of
 //                those that failed, blocked or were killed
 //
-// The console has one thread, and so have these counts; of the children that write the copy of the
-// edits only the calls of the kinds "copy" and "system" count. Besides, what would take time or
-// differ from run to run does not: waits and syncs.
+// The console has one thread, with which these counts reckon; of the children that write the copy
+// of the edits only the calls of the kinds "copy" and "system" count. Besides, what would take time
+// or differ from run to run does not: waits and syncs.
 
 #include <dlfcn.h>
 #include <fcntl.h>

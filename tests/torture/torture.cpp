@@ -303,7 +303,7 @@ class Torture {
  public:
   Torture() {
     lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath);
-    // Columns: what the console selects by, the name and the service id of the channel.
+    // The frequency, the number, the name, the SID, the service type and two lists.
     catalogue.insert(lineup::test::kSat, {{7, "11778"},
                                           {15, "17"},
                                           {16, "Velaria"},
@@ -415,7 +415,7 @@ class Torture {
     Start start = lineup::test::startIn(folder_, session.terminal);
     start.arguments = session.arguments;
     start.environment["TERM"] = "xterm";
-    start.environment.erase("TMPDIR");
+    start.environment["TMPDIR"] = std::nullopt;
     injectFault(start, {fault.kind.name, fault.at, fault.on ? "on" : "once"},
                 folder_.file("count"));
     return start;
