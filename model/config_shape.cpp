@@ -16,7 +16,7 @@ using apache::thrift::protocol::TType;
 using hub_module::HeadendConfig;
 
 /// Learns the shape of the record that is written to it. It writes nothing: its functions
-/// return 0, the number of bytes written. A configuration has no sets, and throws if it gets any.
+/// return 0, the number of bytes written. A configuration has no sets: the library throws for one.
 class ShapeBuilder : public apache::thrift::protocol::TVirtualProtocol<ShapeBuilder> {
  public:
   explicit ShapeBuilder(ValueShape& root)
