@@ -25,7 +25,8 @@ constexpr int kMayStayIgnored[] = {SIGHUP, SIGINT, SIGQUIT};
 
 constexpr microseconds kUntilOverdue = seconds(1);
 constexpr microseconds kBetweenInterrupts = milliseconds(50);
-constexpr microseconds kUntilTheEnd = seconds(3);
+constexpr seconds kUntilForced{2};
+constexpr seconds kForForcedWork{1};
 
 bool isOneOf(std::span<const int> signals, int signal) {
   return std::find(signals.begin(), signals.end(), signal) != signals.end();
@@ -48,7 +49,7 @@ volatile std::sig_atomic_t remoteCall = 0;   // the longest time in seconds of o
 volatile std::sig_atomic_t commandRuns = 0;  // an InterruptibleCommand
 volatile std::sig_atomic_t interrupted = 0;  // whether what was caught ends it alone
 volatile std::sig_atomic_t terminalIgnored = 0;  // a TerminalSignalsIgnored
-timespec end{};                                  // when the program ends, once a signal is caught
+timespec force{};                                // when the end is forced, once a signal is caught
 
 timespec now() {
   timespec time{};
@@ -63,10 +64,9 @@ timeval asTimeval(microseconds duration) {
 
 /// Starts the timer, whose handler is called after `first` and then again and again: some callers
 /// try again what was interrupted, and an interrupt may come just before the call that blocks.
-void startTimer(microseconds first, microseconds untilTheEnd) {
-  const auto whole = std::chrono::duration_cast<seconds>(untilTheEnd);
-  end = now();
-  end.tv_sec += static_cast<time_t>(whole.count());
+void startTimer(microseconds first, seconds untilForced) {
+  force = now();
+  force.tv_sec += static_cast<time_t>(untilForced.count());
   const itimerval timer{asTimeval(kBetweenInterrupts), asTimeval(first)};
   setitimer(ITIMER_REAL, &timer, nullptr);
 }
@@ -80,7 +80,7 @@ void startTimer() {
   if (remoteCall != 0) {
     startTimer(seconds(remoteCall), seconds(remoteCall));
   } else {
-    startTimer(kUntilOverdue, kUntilTheEnd);
+    startTimer(kUntilOverdue, kUntilForced);
   }
 }
 
@@ -125,12 +125,13 @@ void forceTheEnd() {
   if (child == 0) {
     std::signal(SIGALRM, SIG_DFL);
     deliver(SIGALRM);
-    alarm(1);
+    alarm(static_cast<unsigned>(kForForcedWork.count()));
     forcedWork();
     _exit(EXIT_SUCCESS);
   }
   constexpr timespec kStep{0, 10'000'000};
-  for (int step = 0; child > 0 && step < 100 && waitpid(child, nullptr, WNOHANG) == 0; ++step) {
+  constexpr auto kSteps = kForForcedWork / milliseconds(10);
+  for (int step = 0; child > 0 && step < kSteps && waitpid(child, nullptr, WNOHANG) == 0; ++step) {
     nanosleep(&kStep, nullptr);
   }
   endBySignal(caughtSignal);
@@ -141,8 +142,8 @@ void passTime() {
   if (caughtSignal != 0) {
     overdue = 1;
     const timespec time = now();
-    const bool isOver =
-        time.tv_sec > end.tv_sec || (time.tv_sec == end.tv_sec && time.tv_nsec >= end.tv_nsec);
+    const bool isOver = time.tv_sec > force.tv_sec ||
+                        (time.tv_sec == force.tv_sec && time.tv_nsec >= force.tv_nsec);
     if (isOver && interrupted == 0) {
       forceTheEnd();
     }
@@ -312,9 +313,11 @@ bool waitForInput(std::span<pollfd> inputs, milliseconds timeout) {
 
 void beginEnding(int signal) {
   const SignalMask blocked(SIG_BLOCK, endingSignals());
+  if (caughtSignal == 0 || interrupted != 0) {
+    startTimer();
+  }
   interrupted = 0;
   caughtSignal = signal;
-  startTimer(kUntilOverdue, kUntilTheEnd);
 }
 
 void whenEndIsForced(void (*work)()) {

@@ -1,29 +1,28 @@
 // Signals that end the program: a hang-up, an interrupt, a request to terminate, an output
 // that nobody reads any more. They are caught so that what is under way ends in order; the program
 // then ends by the same signal. Except for an interrupt, which can be forgotten, the end is certain
-// from the first signal on, whatever blocks:
+// from the first signal on, and comes within three seconds of it or of the end of a remote call,
+// whatever blocks:
 //
 //   state          begins with                       what blocks then                 ends after
 //   running        the start                         continues                        -
-//   signalled      the first signal                  continues; most of it ends soon  1 second
-//   overdue        1 second after the signal         fails with EINTR, again and      2 seconds
+//   signalled      the first signal, or              continues; most of it ends soon  1 second
+//                  beginEnding()
+//   overdue        1 second after that               fails with EINTR, again and      1 second
 //                                                    again; output is dropped
 //   remote call    the first signal during a         continues, up to its time-outs   `longest`, or
 //                  RemoteCallUnderWay                                                 with the call
 //                                                                                     (signalled)
 //   interrupted    SIGINT during an                  fails with EINTR, then as        -
 //                  InterruptibleCommand              overdue
-//   ending         beginEnding(), when the edits     as signalled, then as overdue    3 seconds
-//                  are about to be saved
-//   forced         the time of overdue, remote call  is left to the work that         1 second
-//                  or ending has passed              whenEndIsForced() was given,
+//   forced         the time of overdue or remote     is left to the work that         1 second
+//                  call has passed                   whenEndIsForced() was given,
 //                                                    if any
 //   ended          endBySignal(), or the end of forced; the process ends by the signal
 //
-// Where the program waits by the functions below, or asks, it sees a signal at once and goes from
-// signalled to ending. Forgetting an interrupt leads back to running. From interrupted any other
-// signal leads to signalled (to remote call during one), and so does a further SIGINT during a
-// remote call or once overdue.
+// Where the program waits by the functions below, or asks, it sees a signal at once. Forgetting an
+// interrupt leads back to running. From interrupted any other signal leads to signalled (to remote
+// call during one), and so does a further SIGINT during a remote call or once overdue.
 
 #pragma once
 
@@ -109,7 +108,8 @@ void waitForInput(int descriptor);
 /// The same for at most `timeout`; returns whether there is anything.
 bool waitForInput(std::span<pollfd> inputs, std::chrono::milliseconds timeout);
 
-/// Begins the end of the program by `signal`: what is left to do has three seconds.
+/// Begins the end of the program by `signal`. The time that is left to it runs from the signal that
+/// has been caught, or from now on if none was.
 void beginEnding(int signal);
 
 /// Sets what is called when the end of the program is forced because something blocks; null for

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <vector>
 
 #include "tests/support/pipe.h"
@@ -304,7 +305,7 @@ TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocks) {
         blockForEver();
       },
       testing::KilledBySignal(SIGQUIT), "");
-  EXPECT_GE(steady_clock::now() - begin, seconds(3));
+  EXPECT_GE(steady_clock::now() - begin, seconds(2));
 }
 
 TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocksAtTheEnd) {
@@ -315,6 +316,32 @@ TEST(EndingSignalsDeathTest, TheEndComesWhateverBlocksAtTheEnd) {
         blockForEver();
       },
       testing::KilledBySignal(SIGTERM), "");
+}
+
+TEST(EndingSignalsDeathTest, TheTimeThatIsLeftRunsFromTheSignal) {
+  EXPECT_EXIT(
+      {
+        catchEndingSignals();
+        std::raise(SIGTERM);
+        for (const auto begin = steady_clock::now(); steady_clock::now() < begin + seconds(20);) {
+          beginEnding(SIGTERM);
+        }
+      },
+      testing::KilledBySignal(SIGTERM), "");
+}
+
+TEST(EndingSignalsDeathTest, AForcedEndWaitsASecondForItsWork) {
+  EXPECT_EXIT(
+      {
+        catchEndingSignals();
+        whenEndIsForced([] {
+          std::cerr << "worked";
+          blockForEver();
+        });
+        std::raise(SIGTERM);
+        blockForEver();
+      },
+      testing::KilledBySignal(SIGTERM), "worked");
 }
 
 TEST(EndingSignalsDeathTest, TheProgramEndsByTheSignal) {

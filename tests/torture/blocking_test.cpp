@@ -44,7 +44,7 @@ int32_t editedId(const std::string& out) {
 struct Parameters {
   const char* kind;
   const char* on;
-  bool terminal;
+  const char* terminal;  ///< its type, or null for pipes
 };
 
 class Blocking : public testing::TestWithParam<Parameters> {
@@ -52,7 +52,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
   Blocking() { CatalogueFile catalogue(kCataloguePath); }
 
   Fault faultAt(long place) const {
-    return {GetParam().kind, place, GetParam().on, 0, mayBeInACall() ? 10 : 4};
+    return {GetParam().kind, place, GetParam().on, 0, mayBeInACall() ? 10 : 1};
   }
 
   static bool mayBeInACall() {
@@ -61,12 +61,15 @@ class Blocking : public testing::TestWithParam<Parameters> {
            kind == "poll" || kind == "close";
   }
 
-  /// An end takes three seconds, or 45 in a remote call, at the pace of the fault, and then up to
-  /// one.
-  static std::chrono::seconds limit() { return std::chrono::seconds(mayBeInACall() ? 15 : 5); }
+  /// An end takes three seconds; where a remote call may come before, a tenth of its 45 more.
+  static std::chrono::milliseconds limit() {
+    return std::chrono::milliseconds(mayBeInACall() ? 9'500 : 5'000);
+  }
 
   Start start(const Fault& fault, const TemporaryFolder& folder) const {
-    Start start = startIn(folder, GetParam().terminal);
+    const char* const terminal = GetParam().terminal;
+    Start start = startIn(folder, terminal != nullptr);
+    start.environment["TERM"] = terminal == nullptr ? "dumb" : terminal;
     injectFault(start, fault, counts);
     return start;
   }
@@ -75,7 +78,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
   bool hasStruck() const { return FaultCounts(counts).faults > 0; }
 
   /// Asks the console to end, and expects that it does in time. Returns how.
-  static Outcome end(ProgramProcess& console, std::chrono::seconds limit = Blocking::limit()) {
+  static Outcome end(ProgramProcess& console, std::chrono::milliseconds limit = Blocking::limit()) {
     const Clock::time_point asked = Clock::now();
     console.signal(SIGTERM);
     const Outcome outcome = console.finish();
@@ -126,11 +129,11 @@ TEST_P(Blocking, DoesNotKeepTheConsoleFromEndingWithACopy) {
 }
 
 std::vector<Parameters> combined(std::initializer_list<const char*> kinds,
-                                 std::initializer_list<bool> onTerminal) {
+                                 std::initializer_list<const char*> terminals) {
   std::vector<Parameters> all;
   for (const char* kind : kinds) {
     for (const char* on : {"block", "stuck"}) {
-      for (const bool terminal : onTerminal) {
+      for (const char* terminal : terminals) {
         all.push_back({kind, on, terminal});
       }
     }
@@ -141,15 +144,21 @@ std::vector<Parameters> combined(std::initializer_list<const char*> kinds,
 std::string nameOf(const testing::TestParamInfo<Parameters>& instance) {
   const Parameters& parameters = instance.param;
   return std::string(parameters.kind) + "_" + parameters.on +
-         (parameters.terminal ? "_OnATerminal" : "_OnPipes");
+         (parameters.terminal == nullptr ? std::string("_OnPipes")
+                                         : std::string("_On_") + parameters.terminal);
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, Blocking,
                          testing::ValuesIn(combined({"socket", "connect", "send", "recv", "poll",
-                                                     "open", "write", "read", "close", "database"},
-                                                    {false, true})),
+                                                     "open", "write", "read", "close", "syncfs",
+                                                     "database"},
+                                                    {nullptr, "dumb"})),
                          nameOf);
-INSTANTIATE_TEST_SUITE_P(CallsOfTheCopy, Blocking, testing::ValuesIn(combined({"copy"}, {true})),
+INSTANTIATE_TEST_SUITE_P(CallsOfTheCopy, Blocking, testing::ValuesIn(combined({"copy"}, {"dumb"})),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(CallsWhereLinesAreEdited, Blocking,
+                         testing::ValuesIn(combined({"poll", "write", "read", "terminal", "copy"},
+                                                    {"xterm"})),
                          nameOf);
 
 class BlockingAtTheEnd : public Blocking {};
@@ -177,7 +186,7 @@ TEST_P(BlockingAtTheEnd, DoesNotKeepTheCopyFromBeingWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, BlockingAtTheEnd,
-                         testing::ValuesIn(combined({"copy", "log"}, {false})), nameOf);
+                         testing::ValuesIn(combined({"copy", "log"}, {nullptr})), nameOf);
 
 /// A headend whose configuration is more than the system takes from a sender ahead of its reader, 4
 /// MiB (tcp_wmem). Not much more: a console with sanitizers, on a busy machine, has to write it in
@@ -200,7 +209,7 @@ TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
   FakeController controller;
   controller.setConfig(largeConfig());
   Fault none = faultAt(0);
-  none.haste = GetParam().terminal ? none.haste : 2;
+  none.haste = GetParam().terminal == nullptr ? 2 : 10;
   ProgramProcess console(start(none, folder));
   console.send("id 7\n");
   console.readUntil(kPending);
@@ -216,8 +225,8 @@ TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, SlowPeer,
-                         testing::Values(Parameters{"send", "block", false},
-                                         Parameters{"send", "block", true}),
+                         testing::Values(Parameters{"send", "block", nullptr},
+                                         Parameters{"send", "block", "dumb"}),
                          nameOf);
 
 }  // namespace
