@@ -84,6 +84,7 @@ void EditsCopy::writeNow(EditsCopyFile file) {
 
 /// Writes in a child process, whose memory holds the edits as they are now.
 void EditsCopy::startWriter(EditsCopyFile file) {
+  killed_.reserve(killed_.size() + 2);  // for killWriter(), which must not throw
   std::array<int, 2> ends{-1, -1};
   const bool piped = pipe2(ends.data(), O_CLOEXEC) == 0;
   Descriptor end(ends[0]);
@@ -136,10 +137,15 @@ bool EditsCopy::finishWriters(int options) {
   return false;
 }
 
-/// Kills the child that waits.
+/// Kills the child. It may take a while to end: a sync of a slow disk is not interrupted.
+void EditsCopy::killWriter(const Writer& writer) noexcept {
+  kill(writer.child, SIGKILL);
+  killed_.push_back(writer.child);
+}
+
+/// Drops the child that waits.
 void EditsCopy::dropWaiting() {
-  kill(waiting_->child, SIGKILL);
-  hasEnded(waiting_->child, 0);
+  killWriter(*waiting_);
   std::optional<Writer> dropped = std::exchange(waiting_, std::nullopt);
   // COVERAGE_EXCL_START: the one before has ended just now
   if (!dropped->file.unlinkTemporary()) {
@@ -163,6 +169,7 @@ bool EditsCopy::isUpToDate() const {
 
 bool EditsCopy::update() noexcept {
   try {
+    std::erase_if(killed_, [](pid_t child) { return hasEnded(child, WNOHANG); });
     const bool isWriting = finishWriters(WNOHANG);
     if (std::exchange(commitsSeen_, editor_.commits) != editor_.commits) {
       removeEarlierCopy(editor_.restoredFile);
@@ -201,18 +208,16 @@ void EditsCopy::beginWriting() {
 }
 
 void EditsCopy::remove() noexcept {
-  if (waiting_) {
-    dropWaiting();
-  }
-  if (atWork_) {
-    const std::size_t first = firstFolder_;
-    kill(atWork_->child, SIGKILL);
-    finishWriters(0);
-    firstFolder_ = first;  // nothing went wrong there
-    failures_ = 0;
-    nextTry_ = {};
+  for (std::optional<Writer>* const writer : {&waiting_, &atWork_}) {
+    if (*writer) {
+      killWriter(**writer);
+      (*writer)->file.discard();
+      writer->reset();
+    }
   }
   copy_.remove();
+  failures_ = 0;
+  nextTry_ = {};
 }
 
 // ---- the end
@@ -229,14 +234,14 @@ void EditsCopy::writeAtTheEnd() noexcept {
       return;
     }
     // Set if an earlier writeAtTheEnd() was interrupted.
-    const EditsCopyFile unfinished = std::exchange(last_, EditsCopyFile());
+    EditsCopyFile unfinished = std::exchange(last_, EditsCopyFile());
     openFolders();
     for (const Folder& folder : folders_) {
       if (writeFinal(folder)) {
-        removeUnfinished(unfinished);
-        for (const std::optional<Writer>* writer : {&atWork_, &waiting_}) {
+        unfinished.discard();
+        for (std::optional<Writer>* const writer : {&atWork_, &waiting_}) {
           if (*writer) {
-            removeUnfinished((*writer)->file);
+            (*writer)->file.discard();
           }
         }
         return;
@@ -273,16 +278,6 @@ bool EditsCopy::writeFinal(const Folder& folder) {
   copy_.remove();
   copy_ = std::exchange(last_, EditsCopyFile());
   return true;
-}
-
-/// A write that blocked was broken off before the rename or just after. Unlinks the temporary name
-/// first: a child that still runs could otherwise rename it after `name` was unlinked.
-void EditsCopy::removeUnfinished(const EditsCopyFile& file) const {
-  if (file.folder == nullptr || (file.folder == copy_.folder && file.name == copy_.name)) {
-    return;
-  }
-  file.unlinkTemporary();
-  unlinkat(file.folder->descriptor.number(), file.name.c_str(), 0);
 }
 
 void EditsCopy::say(const EditsCopyFile& file, bool upToDate) {

@@ -43,7 +43,7 @@ class EditsCopy {
   /// nothing is said.
   void writeAtTheEnd() noexcept;
 
-  /// Removes it: the edits are committed or given up.
+  /// Removes it without waiting for the disk: the edits are committed or given up.
   void remove() noexcept;
 
  private:
@@ -64,10 +64,10 @@ class EditsCopy {
   void writeNow(EditsCopyFile file);
   bool finishWriters(int options);
   void dropWaiting();
+  void killWriter(const Writer& writer) noexcept;
   const EditsCopyFile& latest() const;
   bool isUpToDate() const;
   bool writeFinal(const Folder& folder);
-  void removeUnfinished(const EditsCopyFile& file) const;
   static void say(const EditsCopyFile& file, bool upToDate);
 
   const LineupEditor& editor_;
@@ -79,6 +79,7 @@ class EditsCopy {
   EditsCopyFile copy_;
   std::optional<Writer> atWork_;
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
+  std::vector<pid_t> killed_;      ///< writers that have yet to end
   EditsCopyFile last_;             ///< the one that is written at the end of the program
   uint64_t commitsSeen_ = 0;       ///< at the last call of removeEarlierCopy()
 };

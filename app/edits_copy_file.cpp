@@ -84,6 +84,15 @@ bool EditsCopyFile::isThere() const {
   return folder != nullptr && fstat(descriptor.number(), &status) == 0 && status.st_nlink > 0;
 }
 
+/// The temporary name first: a child that still runs could otherwise rename it after `name` was
+/// unlinked.
+void EditsCopyFile::discard() noexcept {
+  if (folder != nullptr) {
+    unlinkTemporary();
+  }
+  remove();
+}
+
 void EditsCopyFile::remove() noexcept {
   if (isThere()) {
     unlinkat(folder->descriptor.number(), name.c_str(), 0);

@@ -42,6 +42,9 @@ struct EditsCopyFile {
 
   /// Unlinks the file and forgets it. If it is gone, its name may be another's, and stays.
   void remove() noexcept;
+
+  /// Removes what a write that was broken off has left, before the rename or after it.
+  void discard() noexcept;
 };
 
 }  // namespace lineup

@@ -27,6 +27,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -389,6 +390,13 @@ int flock(int descriptor, int operation) noexcept {
 pid_t fork() {
   static auto* const real = next<pid_t()>("fork");
   return fails(kCopy) ? failWith(EAGAIN, -1) : real();
+}
+
+/// One that waits for the child.
+pid_t waitpid(pid_t child, int* status, int options) {
+  static auto* const real = next<pid_t(pid_t, int*, int)>("waitpid");
+  const bool counts = (options & WNOHANG) == 0;
+  return counts && fails("wait") ? failWith(EINTR, -1) : real(child, status, options);
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {

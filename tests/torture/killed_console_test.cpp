@@ -104,6 +104,7 @@ class Session {
     EXPECT_EQ(beginning.find("restore " + path) != std::string::npos, !path.empty()) << beginning;
   }
 
+  long calls() const { return FaultCounts(countsPath()).calls; }
   bool isKilled() const { return FaultCounts(countsPath()).faults > 0; }
   int32_t committedId() const { return controller_.config().headendGlobalConfig.headendId; }
 
@@ -130,7 +131,6 @@ class Session {
 
  private:
   std::string countsPath() const { return folder_.file("counts"); }
-  long calls() const { return FaultCounts(countsPath()).calls; }
 
   Start start(const Fault& fault) const {
     Start start = startIn(folder_, true);
@@ -171,6 +171,19 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
     }
     session.expectNextToRestore(copy);
   }
+}
+
+TEST(KilledConsole, HasNeverWaitedForAWriter) {
+  Session session({"wait"});
+  session.begin();
+  std::string lines;
+  for (int n = 0; n < 20; ++n) {
+    lines += "id 7\ncommit\nid 8\nreset\n";
+  }
+  session.type(lines + "id 9\n");
+  session.readWhile([&] { return session.copiedId() != 9; });
+  session.kill();
+  EXPECT_EQ(session.calls(), 0);
 }
 
 TEST(KilledConsole, WhoseTerminalTakesNoOutputHasACopyOfTheEditsBeforeIt) {
