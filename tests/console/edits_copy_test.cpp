@@ -56,6 +56,17 @@ class EditsCopy : public EditsOnDisk {
     return path;
   }
 
+  /// Waits for a copy beside which others' files lie.
+  void awaitCopyAmongOthers(int id) const {
+    await([&] {
+      const std::vector<fs::path> all = copies();
+      return std::any_of(all.begin(), all.end(), [&](const fs::path& file) {
+        return !fs::is_symlink(file) && file.extension() == ".json" &&
+               contentOf(file).find(field(id)) != std::string::npos;
+      });
+    });
+  }
+
   static void await(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!condition()) {
@@ -103,6 +114,21 @@ class EditsCopy : public EditsOnDisk {
     EXPECT_NE(nextSays().find(announcement(path)), std::string::npos);
   }
   void expectNothingAnnounced() { EXPECT_EQ(nextSays().find("not committed"), std::string::npos); }
+
+  /// The names, without a suffix, that copies of the console would have in the next ten minutes.
+  std::vector<std::string> namesOfTenMinutes(const ProgramProcess& console) const {
+    std::vector<std::string> names;
+    const std::time_t now = std::time(nullptr);
+    for (std::time_t time = now; time < now + 600; ++time) {
+      std::tm local{};
+      localtime_r(&time, &local);
+      std::ostringstream name;
+      name << "lineup-console/lineup-console-" << std::put_time(&local, "%Y%m%d-%H%M%S") << "-"
+           << console.pid();
+      names.push_back(folder.file(name.str()));
+    }
+    return names;
+  }
 
   /// When a file was changed and read last.
   static void setTimes(const std::string& path, std::time_t time) {
@@ -317,30 +343,35 @@ TEST_F(EditsCopy, WhoseWriterWasKilledAMonthAgoIsRemoved) {
 TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
   ProgramProcess console(start(true));
   console.readUntil("> ");
-  constexpr int kSeconds = 600;
-  for (std::time_t time = std::time(nullptr), end = time + kSeconds; time < end; ++time) {
-    std::tm local{};
-    localtime_r(&time, &local);
-    std::ostringstream name;
-    name << "lineup-console/lineup-console-" << std::put_time(&local, "%Y%m%d-%H%M%S") << "-"
-         << console.pid() << ".json";
-    fs::create_directories(folder.file("lineup-console"));
-    std::ofstream(folder.file(name.str())) << "another's";
+  fs::create_directories(folder.file("lineup-console"));
+  const std::vector<std::string> names = namesOfTenMinutes(console);
+  for (const std::string& name : names) {
+    std::ofstream(name + ".json") << "another's";
   }
   type(console, "id 7");
-  const auto holdsTheEdit = [](const fs::path& file) {
-    return file.extension() == ".json" && contentOf(file).find(field(7)) != std::string::npos;
-  };
-  await([&] {
-    const std::vector<fs::path> all = copies();
-    return std::any_of(all.begin(), all.end(), holdsTheEdit);
-  });
+  awaitCopyAmongOthers(7);
   console.send("quit\n");
   console.finish();
   const std::vector<fs::path> left = copies();
-  EXPECT_EQ(left.size(), kSeconds);
+  EXPECT_EQ(left.size(), names.size());
   EXPECT_TRUE(std::all_of(left.begin(), left.end(),
                           [](const fs::path& file) { return contentOf(file) == "another's"; }));
+}
+
+TEST_F(EditsCopy, IsNotWrittenThroughALinkThatHasItsTemporaryName) {
+  const std::string theirs = folder.file("theirs");
+  std::ofstream(theirs) << "another's";
+  ProgramProcess console(start(true));
+  console.readUntil("> ");
+  fs::create_directories(folder.file("lineup-console"));
+  for (const std::string& name : namesOfTenMinutes(console)) {
+    fs::create_symlink(theirs, name + ".json.new");
+    fs::create_symlink(theirs, name + ".json.newer");
+  }
+  type(console, "id 7");
+  type(console, "id 8");
+  awaitCopyAmongOthers(8);
+  EXPECT_EQ(contentOf(theirs), "another's");
 }
 
 TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
@@ -400,6 +431,29 @@ TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
   console.finish();
   EXPECT_TRUE(copiesInTmp(console.pid()).empty());
 }
+
+#ifndef SANITIZED  // which needs memory of its own
+
+// What the console has allocated and freed is enough.
+TEST_F(EditsCopy, IsWrittenWhereTheSystemGivesNoMoreMemory) {
+  for (const bool terminal : {false, true}) {
+    EditedConsole console(start(terminal));
+    for (const auto resource : {RLIMIT_AS, RLIMIT_DATA}) {
+      const rlimit none{4096, RLIM_INFINITY};
+      ASSERT_EQ(prlimit(console.pid(), resource, &none, nullptr), 0);
+    }
+    type(console, "id 8");
+    if (terminal) {
+      EXPECT_NE(awaitCopyOf(8), "");
+    }
+    endBy(console, SIGTERM);
+    const std::string path = copyOf(8);
+    EXPECT_NE(path, "");
+    fs::remove(path);
+  }
+}
+
+#endif
 
 TEST_F(EditsCopy, OnAFullDiskTheOneBeforeStays) {
   Start full = start(true);

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <functional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -42,6 +44,21 @@ TEST(StateStore, RefusesAFileThatAnotherReplacesBetweenTheOpeningAndTheLock) {
     EXPECT_EQ(error.what(), "the state file " + path + " is in use by another process");
   }
   EXPECT_FALSE(beforeTheLock);
+}
+
+TEST(StateStore, WritesThroughTemporaryFilesWhoseNamesNobodyCanForesee) {
+  const test::TemporaryFolder folder;
+  StateStore store(folder.file("state.json"));
+  const Descriptor watch(inotify_init1(IN_CLOEXEC));
+  ASSERT_GE(inotify_add_watch(watch.number(), folder.path().c_str(), IN_CREATE), 0);
+  std::set<std::string> names;
+  for (int count = 0; count < 2; ++count) {
+    store.replace(store.state());
+    alignas(inotify_event) char room[1000];
+    ASSERT_GT(read(watch.number(), room, sizeof room), 0);
+    names.insert(reinterpret_cast<const inotify_event*>(room)->name);
+  }
+  EXPECT_EQ(names.size(), 2U);
 }
 
 }  // namespace

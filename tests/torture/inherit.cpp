@@ -52,6 +52,9 @@ const std::map<std::string, void (*)()> kStates = {
     {"limit=files", [] { limit(RLIMIT_NOFILE, 16); }},
     {"limit=core", [] { limit(RLIMIT_CORE, 0); }},
     {"limit=stack", [] { limit(RLIMIT_STACK, 1 << 20); }},
+    {"limit=filesize", [] { limit(RLIMIT_FSIZE, 1 << 20); }},
+    {"limit=processes", [] { limit(RLIMIT_NPROC, 0); }},  // not for root
+    {"limit=memory", [] { limit(RLIMIT_DATA, 32 << 20); }},
     {"timer=on", [] { alarm(1); }},
 };
 

@@ -26,7 +26,8 @@ namespace fs = std::filesystem;
 
 using Row = std::vector<std::string>;
 
-/// What may be inherited; the first of each is the usual state. See inherit.cpp.
+/// What may be inherited; the first of each is the usual state. See inherit.cpp. A closed input
+/// ends the console before any edit.
 const std::vector<Row> kChoices = {
     {"mask=none", "mask=all", "mask=alarm"},
     {"ignored=none", "ignored=all", "ignored=pipe", "ignored=child"},
@@ -34,7 +35,17 @@ const std::vector<Row> kChoices = {
     {"output=usual", "output=nonblocking", "output=closed"},
     {"errors=usual", "errors=nonblocking", "errors=closed"},
     {"umask=usual", "umask=none", "umask=all"},
-    {"limit=none", "limit=files", "limit=core", "limit=stack"},
+    {
+        "limit=none",
+        "limit=files",
+        "limit=core",
+        "limit=stack",
+        "limit=filesize",
+        "limit=processes",
+#ifndef SANITIZED  // which needs memory of its own
+        "limit=memory",
+#endif
+    },
     {"timer=off", "timer=on"},
     {"stream=pipes", "stream=terminal"},
 };
