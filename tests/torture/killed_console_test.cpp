@@ -32,10 +32,12 @@ constexpr int32_t kLast = 9;
 /// A session that edits the headend's id again and again, each time until the copy has it.
 class Session {
  public:
-  explicit Session(const Fault& fault) : console_(start(fault)) {}
+  explicit Session(const Fault& fault, const char* terminal = "dumb")
+      : terminal_(terminal), console_(start(fault)) {}
 
-  void begin() { console_.readUntil("> "); }
+  void begin() { readUntil("> "); }
   void type(const std::string& text) { console_.send(text); }
+  void readUntil(const std::string& text) { console_.readUntil(text); }
   void readWhile(const std::function<bool()>& condition) { console_.readWhile(condition); }
 
   /// Goes on until it is over or killed.
@@ -134,12 +136,14 @@ class Session {
 
   Start start(const Fault& fault) const {
     Start start = startIn(folder_, true);
+    start.environment["TERM"] = terminal_;
     if (!fault.kind.empty()) {
       injectFault(start, fault, countsPath());
     }
     return start;
   }
 
+  const char* const terminal_;
   const TemporaryFolder folder_;
   const FakeController controller_;
   ProgramProcess console_;
@@ -147,11 +151,15 @@ class Session {
 
 const Fault kSlowDisk{"copy", 1, "late"};
 
-TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
+class KilledConsoleOn : public testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Terminals, KilledConsoleOn, testing::Values("dumb", "xterm"));
+
+TEST_P(KilledConsoleOn, LeavesACopyThatIsWholeOrTheOneBefore) {
   long before = 0;
   long span = 0;
   {
-    Session undisturbed({"system"});
+    Session undisturbed({"system"}, GetParam());
     undisturbed.play();
     ASSERT_EQ(undisturbed.committedId(), kLast);
     before = undisturbed.callsBefore;
@@ -160,7 +168,7 @@ TEST(KilledConsole, LeavesACopyThatIsWholeOrTheOneBefore) {
   ASSERT_GT(span, 0);
   for (const long place : placesAmong(span, 15)) {
     SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(span));
-    Session session({"system", before + place, "kill"});
+    Session session({"system", before + place, "kill"}, GetParam());
     session.play();
     const std::string copy = session.copy();
     if (!copy.empty()) {
@@ -181,6 +189,7 @@ TEST(KilledConsole, HasNeverWaitedForAWriter) {
     lines += "id 7\ncommit\nid 8\nreset\n";
   }
   session.type(lines + "id 9\n");
+  session.readUntil("changed to: 9");
   session.readWhile([&] { return session.copiedId() != 9; });
   session.kill();
   EXPECT_EQ(session.calls(), 0);
