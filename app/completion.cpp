@@ -12,7 +12,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "catalogue/service_names.h"
+#include "catalogue/available_names.h"
 #include "lineup/encoder_inputs.h"
 #include "lineup/rf_input_names.h"
 #include "lineup/scan_types.h"

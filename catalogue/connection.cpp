@@ -1,5 +1,6 @@
 #include "catalogue/connection.h"
 
+#include <memory>
 #include <string_view>
 
 #include "support/ending_signals.h"
@@ -50,11 +51,15 @@ bool execute(sqlite3* handle, const char* sql) {
   return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
+struct Finalize {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
 }  // namespace
 
-tSqlite3db::tSqlite3db(const std::string& fileName) {
+tSqlite3db::tSqlite3db(const std::string& fileName, int flags) {
   configureForOneThread();
-  sqlite3_open(fileName.c_str(), &handle_);
+  sqlite3_open_v2(fileName.c_str(), &handle_, flags, nullptr);
   // A connection runs one select, which reads each page once: a small page cache costs less than
   // SQLite's default of two megabytes.
   execute(handle_, "PRAGMA cache_size = 64");
@@ -136,6 +141,24 @@ int tReadingOnly::isOver(void* reading) {
   const Clock::time_point end = static_cast<const tReadingOnly*>(reading)->deadline_;
   return static_cast<int>(lineup::isSignalled() ||
                           (end != Clock::time_point::max() && Clock::now() > end));
+}
+
+int visitRows(sqlite3* handle, const char* table, const std::function<void(sqlite3_stmt*)>& visit) {
+  const std::string select = std::string("SELECT * FROM ") + table;
+  sqlite3_stmt* compiled = nullptr;
+  sqlite3_prepare_v2(handle, select.c_str(), -1, &compiled, nullptr);
+  const std::unique_ptr<sqlite3_stmt, Finalize> statement(compiled);
+  int result = SQLITE_OK;
+  while ((result = sqlite3_step(compiled)) == SQLITE_ROW) {  // SQLITE_MISUSE without a statement
+    visit(compiled);
+  }
+  return result;
+}
+
+std::string textOf(sqlite3_stmt* statement, std::size_t column) {
+  const auto* const text =
+      reinterpret_cast<const char*>(sqlite3_column_text(statement, static_cast<int>(column)));
+  return text == nullptr ? std::string() : text;
 }
 
 }  // namespace korveldb

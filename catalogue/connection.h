@@ -5,6 +5,8 @@
 #include <sqlite3.h>
 
 #include <chrono>
+#include <cstddef>
+#include <functional>
 #include <string>
 
 namespace korveldb {
@@ -12,11 +14,13 @@ namespace korveldb {
 /// An SQLite connection: the constructor opens it, the destructor closes it.
 ///
 /// The constructor reports no error: on a file that could not be opened, every statement fails.
-/// A file that does not exist is created, empty, if its folder does. Messages go to the log
-/// under the module name "db".
+/// By default a file that does not exist is created, empty, if its folder does. Messages go to the
+/// log under the module name "db".
 class tSqlite3db {
  public:
-  explicit tSqlite3db(const std::string& fileName);
+  /// `flags` are those of sqlite3_open_v2().
+  explicit tSqlite3db(const std::string& fileName,
+                      int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
   tSqlite3db(const tSqlite3db&) = delete;
   tSqlite3db& operator=(const tSqlite3db&) = delete;
   /// Rolls an open transaction back, then closes the connection.
@@ -65,5 +69,13 @@ class tReadingOnly {
   sqlite3* handle_;
   Clock::time_point deadline_;
 };
+
+/// Calls `visit` with every row of `table`, as a statement that has come to it. Returns
+/// SQLITE_DONE, or the error, described in the connection, after which no more rows are read.
+int visitRows(sqlite3* handle, const char* table, const std::function<void(sqlite3_stmt*)>& visit);
+
+/// The text in `column` of the row that `statement` has come to; empty for an SQL NULL and beyond
+/// the row's columns.
+std::string textOf(sqlite3_stmt* statement, std::size_t column);
 
 }  // namespace korveldb

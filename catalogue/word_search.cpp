@@ -9,43 +9,24 @@
 #include <cwctype>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <stdexcept>
 
-#include "catalogue/statement.h"
+#include "catalogue/connection.h"
 #include "catalogue/tables.h"
 #include "model/headend_places.h"
 #include "support/utf8.h"
 
 namespace lineup {
 
-using korveldb::tStatement;
+using korveldb::textOf;
+using korveldb::tSqlite3db;
 using korveldb::tTable;
 
 namespace {
 
-struct Close {
-  void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-};
-using Connection = std::unique_ptr<sqlite3, Close>;
-
 [[noreturn]] void fail(sqlite3* catalogue) {
   throw std::runtime_error(std::string(kCataloguePath) + ": " +
                            (catalogue == nullptr ? "out of memory" : sqlite3_errmsg(catalogue)));
-}
-
-/// Opens the catalogue without creating it. Read-write, since only then SQLite can roll back the
-/// hot journal of a writer that was killed; nothing here writes.
-Connection openCatalogue() {
-  constexpr int kBusyTimeoutMs = 6000;
-  sqlite3* opened = nullptr;
-  const int result = sqlite3_open_v2(kCataloguePath, &opened, SQLITE_OPEN_READWRITE, nullptr);
-  Connection catalogue(opened);
-  if (result != SQLITE_OK) {
-    fail(opened);
-  }
-  sqlite3_busy_timeout(opened, kBusyTimeoutMs);
-  return catalogue;
 }
 
 wchar_t smallOf(wchar_t letter) {
@@ -87,22 +68,17 @@ using TablesByNumber = std::map<std::string, const char*>;
 
 void search(sqlite3* catalogue, const tTable& table, const std::vector<std::string>& words,
             TablesByNumber& tables, std::vector<FoundService>& found) {
-  const tStatement rows = korveldb::prepareSelect(catalogue, "*", table.name);
-  if (!rows) {
-    fail(catalogue);
-  }
-  int result = SQLITE_OK;
-  while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
-    const std::string number = textOf(rows, table.id);
+  const int result = korveldb::visitRows(catalogue, table.name, [&](sqlite3_stmt* row) {
+    const std::string number = textOf(row, table.id);
     const auto taken = tables.emplace(number, table.input.name).first;
-    const std::string name = textOf(rows, table.serviceName);
+    const std::string name = textOf(row, table.serviceName);
     if (holdsAll(name, words)) {
-      const std::string source = textOf(rows, table.source);
+      const std::string source = textOf(row, table.source);
       found.push_back({number, name, table.input.name,
-                       source.empty() ? source : source + table.input.unit, textOf(rows, table.sid),
+                       source.empty() ? source : source + table.input.unit, textOf(row, table.sid),
                        taken->second});
     }
-  }
+  });
   if (result != SQLITE_DONE) {
     fail(catalogue);
   }
@@ -111,14 +87,17 @@ void search(sqlite3* catalogue, const tTable& table, const std::vector<std::stri
 }  // namespace
 
 std::vector<FoundService> findServicesByWords(const std::vector<std::string>& words) {
-  const Connection catalogue = openCatalogue();
+  // Read-write, since only then SQLite can roll back the hot journal of a writer that was killed;
+  // nothing here writes.
+  const tSqlite3db catalogue(kCataloguePath, SQLITE_OPEN_READWRITE);
+  sqlite3_exec(catalogue.getHandle(), "PRAGMA busy_timeout = 6000", nullptr, nullptr, nullptr);
   const Utf8Locale utf8;
   std::vector<std::string> folded;
   std::transform(words.begin(), words.end(), std::back_inserter(folded), fold);
   TablesByNumber tables;
   std::vector<FoundService> found;
   for (const tTable* const table : korveldb::kTables) {
-    search(catalogue.get(), *table, folded, tables, found);
+    search(catalogue.getHandle(), *table, folded, tables, found);
   }
   return found;
 }

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "catalogue/available_names.h"
 #include "catalogue/build_dvb_services.h"
-#include "catalogue/service_names.h"
 #include "model/headend_places.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
@@ -87,6 +87,16 @@ TEST_F(AvailableServiceNames, AreReadOfAHundredThousandServices) {
   ASSERT_EQ(names.size(), 100'000U);
   EXPECT_EQ(names.at(100'000).name, "Ch 100000");
   EXPECT_STREQ(names.at(100'000).input, "Cable");
+}
+
+TEST_F(AvailableServiceNames, AreReadByPositionLikeFoundOnes) {
+  file.insert(kIP, with(kIPRow, {{6, "19"}, {10, "22"}}));
+  file.execute(std::string("ALTER TABLE ") + kIP + " RENAME COLUMN service_id TO number");
+  EXPECT_EQ(printed([&] { editor.findIPServices("IP"); }), kIPLine);
+  const auto names = readAvailableServiceNames();
+  ASSERT_EQ(names.size(), 1U);
+  EXPECT_EQ(names.at(19).name, kIPRow.at(7));
+  EXPECT_EQ(names.at(19).type, 22);
 }
 
 TEST_F(AvailableServiceNames, OfACatalogueThatCannotBeReachedAreNone) {

@@ -157,7 +157,7 @@ int __wrap_syncfs(int /*descriptor*/) {
   return 0;
 }
 
-int __wrap_sqlite3_open(const char* name, sqlite3** handle) {
+int __wrap_sqlite3_open_v2(const char* name, sqlite3** handle, int /*flags*/, const char* /*vfs*/) {
   using namespace lineup::fuzz;
   require(std::string_view(name) == lineup::kCataloguePath, "no database but the catalogue");
   *handle = catalogue();
@@ -188,8 +188,7 @@ sqlite3* lineup::fuzz::catalogue() {
   static sqlite3* const connection = [] {
     sqlite3* opened = nullptr;
     sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
-    const int result =
-        sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    const int result = sqlite3_open(":memory:", &opened);
     sqlite3_hard_heap_limit64(kMemory);
     require(result == SQLITE_OK, "the catalogue can be made");
     return opened;

@@ -1,7 +1,7 @@
 // What stands around the console's code in the targets that run commands: no controller, a
 // catalogue in memory, files in memory, nothing on the screen, and no waiting.
 //
-// The targets are linked so that connect, getaddrinfo, open, sync, syncfs, sqlite3_open,
+// The targets are linked so that connect, getaddrinfo, open, sync, syncfs, sqlite3_open_v2,
 // sqlite3_close and sqlite3_progress_handler come here (see CMakeLists.txt); the functions of
 // terminal/line_input.h and support/ending_signals.h are replaced.
 

@@ -1,4 +1,4 @@
-// The names of the catalogue's services, for completion.
+// The names of the services that the headend's inputs can receive, for completion.
 
 #pragma once
 
