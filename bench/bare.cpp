@@ -19,6 +19,7 @@
 #include <string>
 
 #include "WebSrv.h"
+#include "model/headend_places.h"
 #include "model/no_size_limits.h"
 
 namespace {
@@ -37,7 +38,8 @@ using korvel::thrift::hub_module::WebSrvClient;
 /// One call over a connection of its own.
 template <class Call>
 void call(Call make) {
-  const auto socket = std::make_shared<TSocket>("127.0.0.1", 9190, lineup::noSizeLimits());
+  const auto socket = std::make_shared<TSocket>(lineup::kControllerAddress, lineup::kControllerPort,
+                                                lineup::noSizeLimits());
   const auto transport = std::make_shared<TFramedTransport>(socket, lineup::noSizeLimits());
   WebSrvClient client(std::make_shared<TBinaryProtocol>(transport));
   transport->open();
@@ -90,7 +92,7 @@ void printSize() {
 /// The satellite services whose name contains `part`, in the lines of "findsat".
 void find(const std::string& part) {
   sqlite3* handle = nullptr;
-  sqlite3_open("/etc/korvel/conf/ControllerTask/ControllerTask.sqlite", &handle);
+  sqlite3_open(lineup::kCataloguePath, &handle);
   const std::string statement =
       "SELECT * FROM availableSatService WHERE service_name LIKE '%" + part + "%'";
   char** cells = nullptr;

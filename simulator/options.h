@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,7 +17,8 @@ namespace lineup::simulator {
 
 struct Options {
   int port = kControllerPort;
-  std::string stateFile = "/etc/korvel/conf/ControllerTask/headend-simulator.json";
+  std::string stateFile =
+      std::filesystem::path(kCataloguePath).replace_filename("headend-simulator.json");
   std::string catalogueFile = kCataloguePath;
   bool writeCatalogue = true;
   bool replaceCatalogue = false;

@@ -19,6 +19,8 @@
 #include <thread>
 #include <vector>
 
+#include "model/headend_places.h"
+#include "simulator/options.h"
 #include "tests/simulator/simulator_process.h"
 #include "tests/support/matches.h"
 
@@ -102,6 +104,18 @@ TEST(SimulatorOptions, HelpNamesEveryOption) {
     EXPECT_TRUE(outcome.out.find(line + " ") != std::string::npos ||
                 outcome.out.find(line + "\n") != std::string::npos)
         << option;
+  }
+}
+
+TEST(SimulatorOptions, HelpNamesTheHeadendsPlaces) {
+  const std::string help = runSimulator({"--help"}).out;
+  for (const std::string& place :
+       {" on " + std::string(kControllerAddress) + ": answers",
+        " instead of " + std::to_string(kControllerPort) + "; 0 for",
+        std::string("instead of\n                         ") + kCataloguePath + "\n",
+        std::string("instead of\n                         ") + simulator::Options().stateFile +
+            "\n"}) {
+    EXPECT_NE(help.find(place), std::string::npos) << place;
   }
 }
 
