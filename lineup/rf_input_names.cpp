@@ -1,50 +1,31 @@
 #include "lineup/rf_input_names.h"
 
-#include <span>
+#include <map>
 
 #include "support/words.h"
 
 namespace lineup {
 
-namespace {
-
 using general::RFInputId;
 
-struct InputName {
-  const char* name;
-  RFInputId::type id;
-};
+namespace {
 
-constexpr InputName kInputs[] = {
-    {"SAT1", RFInputId::SAT1}, {"SAT2", RFInputId::SAT2}, {"SAT3", RFInputId::SAT3},
-    {"SAT4", RFInputId::SAT4}, {"SAT5", RFInputId::SAT5}, {"SAT6", RFInputId::SAT6},
-    {"SAT7", RFInputId::SAT7}, {"SAT8", RFInputId::SAT8}, {"TDT1", RFInputId::TDT1},
-    {"TDT2", RFInputId::TDT2},
-};
-
-constexpr InputName kGroups[] = {{"TDTALL", RFInputId::TDTALL}, {"SATALL", RFInputId::SATALL}};
-
-constexpr std::span<const InputName> kInputsAndGroups[] = {kInputs, kGroups};
+/// By their ids, the inputs before the groups.
+const std::map<int, const char*>& kNames = general::_RFInputId_VALUES_TO_NAMES;
 
 }  // namespace
 
 std::string rfInputName(RFInputId::type id) {
-  for (const InputName& input : kInputs) {
-    if (input.id == id) {
-      return input.name;
-    }
-  }
-  return "UNKNOWN";
+  const auto input = kNames.find(id);
+  return input != kNames.end() && id <= RFInputId::SAT8 ? input->second : "UNKNOWN";
 }
 
 bool parseRFInputName(std::string& name, RFInputId::type& id) {
   upperCase(name);
-  for (const std::span<const InputName> names : kInputsAndGroups) {
-    for (const InputName& input : names) {
-      if (name == input.name) {
-        id = input.id;
-        return true;
-      }
+  for (const auto& [value, known] : kNames) {
+    if (name == known) {
+      id = static_cast<RFInputId::type>(value);
+      return true;
     }
   }
   return false;
@@ -52,10 +33,9 @@ bool parseRFInputName(std::string& name, RFInputId::type& id) {
 
 std::vector<std::string> rfInputNames() {
   std::vector<std::string> result;
-  for (const std::span<const InputName> names : kInputsAndGroups) {
-    for (const InputName& input : names) {
-      result.emplace_back(input.name);
-    }
+  result.reserve(kNames.size());
+  for (const auto& [value, name] : kNames) {
+    result.emplace_back(name);
   }
   return result;
 }
