@@ -21,6 +21,8 @@
 
 #include "support/time_text.h"
 
+namespace lineup {
+
 namespace {
 
 constexpr char kSocket[] = "/dev/log";
@@ -110,27 +112,29 @@ std::string formatted(const char* format, va_list arguments) {
 
 }  // namespace
 
+}  // namespace lineup
+
 void log_setup(int level, int targets, const char* program) {
-  programName = program;
-  highestLevel = level;
-  onConsole = (targets & LOG_TO_STDERR) != 0;
+  lineup::programName = program;
+  lineup::highestLevel = level;
+  lineup::onConsole = (targets & LOG_TO_STDERR) != 0;
 }
 
 void log_function(int level, const char* module, const char* format, ...) {
-  if (level > highestLevel) {
+  if (level > lineup::highestLevel) {
     return;
   }
-  std::string record = std::string(programName) + "[" + std::to_string(getpid()) + "]: ";
+  std::string record = std::string(lineup::programName) + "[" + std::to_string(getpid()) + "]: ";
   if (module != nullptr) {
     record.append("[").append(module).append("] ");
   }
   va_list arguments;
   va_start(arguments, format);
-  record += formatted(format, arguments);
+  record += lineup::formatted(format, arguments);
   va_end(arguments);
-  if (onConsole) {
-    writeToConsole(record + '\n');
+  if (lineup::onConsole) {
+    lineup::writeToConsole(record + '\n');
   }
   const std::string time = lineup::timeText("%b %e %T ", std::time(nullptr));
-  systemLog().send('<' + std::to_string(LOG_USER | level) + '>' + time + record);
+  lineup::systemLog().send('<' + std::to_string(LOG_USER | level) + '>' + time + record);
 }
