@@ -54,7 +54,7 @@ struct tRowList {
 std::unique_ptr<tRowList> selectRows(const tTable& table, sqlite3* handle, const char* filter,
                                      va_list arguments);
 
-/// The row class of one table.
+/// The row class of one table, which is a template argument because doSelect() is static.
 template <const tTable& kTable>
 class tAvailableService : public tRow {
  public:

@@ -56,7 +56,8 @@ std::string ipMuxCount(const HeadendConfig& config) {
   return std::to_string(count);
 }
 
-// The settings that are told when they change.
+// The settings that are told when they change. Their words are the simulator's own, so that it
+// shows what the console sent even if the console's words for it are wrong.
 struct SettingRow {
   const char* label;
   std::string (*value)(const HeadendConfig& config);

@@ -67,6 +67,7 @@ constexpr std::array<IPMuxRow, 3> kIPMuxes{{
     {"7/2", "2d9057c3-e6a8-4b1f-a7d2-5c3f81e0946b", "rtp://239.192.20.1:5004", ""},
 }};
 
+// In kHz, the first channels of the UHF band.
 constexpr std::array<int32_t, 6> kCarrierFrequencies{474000, 482000, 490000,
                                                      498000, 506000, 514000};
 
@@ -109,14 +110,15 @@ void addSettings(hub_module::HeadendConfig& config) {
   global.timeZone = "Europe/Madrid";
   global.__set_countryCode(general::CountryCode::SPAIN);
   global.headendName = "Simulated headend";
-  global.networkId = 12289;
-  global.originalNetworkId = 65281;
+  global.networkId = 0x3001;          // of those that terrestrial networks reuse
+  global.originalNetworkId = 0xFF01;  // of those for private use
   global.networkName = "House network";
 
   hub_module::LineupConfig& lineup = config.lineupConfig;
   lineup.globalConfig.preferredLanguages = {"spa", "eng"};
   lineup.ipConfig.interfaceAddress = "10.20.0.1";
   hub_module::LineupRFConfig& rf = lineup.rfConfig;
+  // Constellations (64-QAM) and mode (8k) as DVB's delivery system descriptors number them.
   rf.cofdmConfig.bandwidth = 8;
   rf.cofdmConfig.constellation = 2;
   rf.cofdmConfig.transmissionMode = 1;
