@@ -56,13 +56,16 @@ std::vector<EarlierCopy> earlierCopiesIn(const Folder& folder) {
   return copies;
 }
 
+bool isSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_ino == other.st_ino && one.st_dev == other.st_dev;
+}
+
 std::vector<EarlierCopy> earlierCopiesIn(const std::vector<Folder>& folders) {
   std::vector<EarlierCopy> copies;
   for (const Folder& folder : folders) {
     for (EarlierCopy& copy : earlierCopiesIn(folder)) {
       const bool known = std::any_of(copies.begin(), copies.end(), [&](const EarlierCopy& other) {
-        return other.status.st_ino == copy.status.st_ino &&
-               other.status.st_dev == copy.status.st_dev;  // $TMPDIR may be /tmp
+        return isSameFile(other.status, copy.status);  // $TMPDIR may be /tmp
       });
       if (!known) {
         copies.push_back(std::move(copy));
@@ -169,7 +172,7 @@ void removeEarlierCopy(const std::string& path) {
   }
   const std::vector<Folder> folders = openFoldersForFiles(IfMissing::Leave);
   for (const EarlierCopy& copy : earlierCopiesIn(folders)) {
-    if (copy.status.st_ino == file.st_ino && copy.status.st_dev == file.st_dev) {
+    if (isSameFile(copy.status, file)) {
       removeCopy(copy);
     }
   }
