@@ -1,83 +1,34 @@
 // The catalogue that the simulator writes.
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <cstddef>
 #include <map>
-#include <memory>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tests/simulator/simulator_process.h"
+#include "tests/support/catalogue_file.h"
 
 namespace lineup::test {
 namespace {
 
 namespace hub_module = korvel::thrift::hub_module;
 
-using Cell = std::optional<std::string>;
-using Row = std::vector<Cell>;
-
-/// What the console reads of a table, by position.
-struct Table {
-  const char* name;
-  size_t columns;
-  std::set<size_t> textColumns;
-  size_t serviceId;
-  size_t serviceName;
-  size_t serviceType;
-  size_t textList;
-  size_t integerList;
-};
-
-const Table kSat{"availableSatService", 25, {3, 5, 14, 16, 20, 23, 24}, 15, 16, 19, 23, 24};
-const Table kTdt{"availableTdtService", 17, {9, 11, 15, 16}, 10, 11, 14, 15, 16};
-const Table kCable{"availableCableService", 17, {11, 15, 16}, 10, 11, 14, 15, 16};
-const Table kIP{"availableIPService", 13, {1, 2, 5, 7, 11, 12}, 6, 7, 10, 11, 12};
-const Table* const kTables[] = {&kSat, &kTdt, &kCable, &kIP};
-
-class Database {
- public:
-  explicit Database(const std::string& path) {
-    sqlite3* handle = nullptr;
-    EXPECT_EQ(sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
-    handle_.reset(handle);
-  }
-
-  /// The rows, after one of column names.
-  std::vector<Row> select(const std::string& sql) const {
-    char** cells = nullptr;
-    int rows = 0;
-    int columns = 0;
-    EXPECT_EQ(sqlite3_get_table(handle_.get(), sql.c_str(), &cells, &rows, &columns, nullptr),
-              SQLITE_OK)
-        << sql;
-    std::vector<Row> result(static_cast<size_t>(rows) + 1);
-    for (size_t i = 0; i < result.size() * static_cast<size_t>(columns); ++i) {
-      result[i / static_cast<size_t>(columns)].push_back(cells[i] == nullptr ? Cell()
-                                                                             : Cell(cells[i]));
-    }
-    sqlite3_free_table(cells);
-    return result;
-  }
-
- private:
-  struct Close {
-    void operator()(sqlite3* handle) const { sqlite3_close(handle); }
-  };
-  std::unique_ptr<sqlite3, Close> handle_;
-};
+using Cell = Row::value_type;
 
 class SimulatorCatalogue : public testing::Test {
  protected:
-  Database database() const { return Database(path_); }
+  /// What a statement finds, after a row of the columns' names.
+  std::vector<Row> select(const std::string& sql) const {
+    return CatalogueWriter(path_).select(sql);
+  }
 
-  std::vector<Row> rows(const Table& table, const std::string& which = "") const {
-    std::vector<Row> result = database().select("SELECT * FROM " + (table.name + which));
+  std::vector<Row> rows(const std::string& table, const std::string& which = "") const {
+    std::vector<Row> result = select("SELECT * FROM " + table + which);
     result.erase(result.begin());
     return result;
   }
@@ -100,13 +51,13 @@ class SimulatorCatalogue : public testing::Test {
 
 TEST_F(SimulatorCatalogue, HasAtLeastSixtyServicesInFourTablesOfTheirShape) {
   writeOnce();
-  size_t services = 0;
-  for (const Table* table : kTables) {
-    const std::vector<Row> found = database().select("SELECT * FROM " + std::string(table->name));
-    ASSERT_EQ(found[0].size(), table->columns) << table->name;
-    EXPECT_EQ(found[0][table->serviceId], "service_id") << table->name;
-    EXPECT_EQ(found[0][table->serviceName], "service_name") << table->name;
-    EXPECT_GE(found.size(), 11U) << table->name;
+  std::size_t services = 0;
+  for (const CatalogueTable& table : kCatalogueTables) {
+    const std::vector<Row> found = select("SELECT * FROM " + std::string(table.name));
+    ASSERT_EQ(found[0].size(), table.columnTypes.size()) << table.name;
+    EXPECT_EQ(found[0][table.serviceId], "service_id") << table.name;
+    EXPECT_EQ(found[0][table.serviceName], "service_name") << table.name;
+    EXPECT_GE(found.size(), 11U) << table.name;
     services += found.size() - 1;
   }
   EXPECT_GE(services, 60U);
@@ -114,17 +65,16 @@ TEST_F(SimulatorCatalogue, HasAtLeastSixtyServicesInFourTablesOfTheirShape) {
 
 TEST_F(SimulatorCatalogue, HasIntegersWhereIntegersAreRead) {
   writeOnce();
-  for (const Table* table : kTables) {
-    const std::vector<Row> columns =
-        database().select("PRAGMA table_info(" + std::string(table->name) + ")");
-    for (size_t column = 0; column < table->columns; ++column) {
-      const std::string expected = table->textColumns.contains(column) ? "text" : "integer";
+  for (const CatalogueTable& table : kCatalogueTables) {
+    const std::vector<Row> columns = select("PRAGMA table_info(" + std::string(table.name) + ")");
+    for (std::size_t column = 0; column < table.columnTypes.size(); ++column) {
+      const std::string expected = table.columnTypes[column] == 'S' ? "text" : "integer";
       const std::string name = *columns[column + 1][1];
-      for (const Row& row : database().select("SELECT DISTINCT typeof(" + name + ") FROM " +
-                                              std::string(table->name))) {
+      for (const Row& row :
+           select("SELECT DISTINCT typeof(" + name + ") FROM " + std::string(table.name))) {
         const std::string type = *row[0];
         EXPECT_TRUE(type == expected || type == "null" || type == "typeof(" + name + ")")
-            << table->name << " " << column << " " << type;
+            << table.name << " " << column << " " << type;
       }
     }
   }
@@ -132,62 +82,62 @@ TEST_F(SimulatorCatalogue, HasIntegersWhereIntegersAreRead) {
 
 TEST_F(SimulatorCatalogue, EveryServiceHasAnIdANameATypeAndAListThatCanBeRead) {
   writeOnce();
-  for (const Table* table : kTables) {
+  for (const CatalogueTable& table : kCatalogueTables) {
     std::set<Cell> ids;
-    for (const Row& row : rows(*table)) {
-      ids.insert(row[table->serviceId]);
-      EXPECT_TRUE(row[table->serviceId] && row[table->serviceName] && row[table->serviceType]);
-      std::istringstream list(row[table->integerList].value_or(""));
+    for (const Row& row : rows(table.name)) {
+      ids.insert(row[table.serviceId]);
+      EXPECT_TRUE(row[table.serviceId] && row[table.serviceName] && row[table.serviceType]);
+      std::istringstream list(row.back().value_or(""));
       for (std::string number; std::getline(list, number, ',');) {
-        EXPECT_NO_THROW(std::stoi(number)) << *row[table->serviceName];
+        EXPECT_NO_THROW(std::stoi(number)) << *row[table.serviceName];
       }
     }
-    EXPECT_EQ(ids.size(), rows(*table).size()) << table->name;
+    EXPECT_EQ(ids.size(), rows(table.name).size()) << table.name;
   }
 }
 
 TEST_F(SimulatorCatalogue, SomeIdsAreInSeveralTablesAndSomeOnlyInTheIPTable) {
   writeOnce();
-  std::map<std::string, std::set<const Table*>> tablesById;
-  for (const Table* table : kTables) {
-    for (const Row& row : rows(*table)) {
-      tablesById[*row[table->serviceId]].insert(table);
+  std::map<std::string, std::set<std::string>> tablesById;
+  for (const CatalogueTable& table : kCatalogueTables) {
+    for (const Row& row : rows(table.name)) {
+      tablesById[*row[table.serviceId]].insert(table.name);
     }
   }
-  EXPECT_EQ(tablesById.at("17"), (std::set<const Table*>{&kSat, &kTdt, &kIP}));
-  EXPECT_EQ(tablesById.at("31"), (std::set<const Table*>{&kSat, &kCable}));
-  EXPECT_EQ(tablesById.at("41"), (std::set<const Table*>{&kCable, &kIP}));
-  EXPECT_EQ(tablesById.at("1"), (std::set<const Table*>{&kTdt}));
-  EXPECT_EQ(tablesById.at("20"), (std::set<const Table*>{&kSat}));
-  EXPECT_EQ(tablesById.at("51"), (std::set<const Table*>{&kIP}));
+  EXPECT_EQ(tablesById.at("17"), (std::set<std::string>{kSat, kTdt, kIP}));
+  EXPECT_EQ(tablesById.at("31"), (std::set<std::string>{kSat, kCable}));
+  EXPECT_EQ(tablesById.at("41"), (std::set<std::string>{kCable, kIP}));
+  EXPECT_EQ(tablesById.at("1"), (std::set<std::string>{kTdt}));
+  EXPECT_EQ(tablesById.at("20"), (std::set<std::string>{kSat}));
+  EXPECT_EQ(tablesById.at("51"), (std::set<std::string>{kIP}));
 }
 
 TEST_F(SimulatorCatalogue, HasNullCellsEmptyListsAndFilledListsInEveryTable) {
   writeOnce();
-  for (const Table* table : kTables) {
-    for (const size_t list : {table->textList, table->integerList}) {
+  for (const CatalogueTable& table : kCatalogueTables) {
+    for (const std::size_t list : {table.columnTypes.size() - 2, table.columnTypes.size() - 1}) {
       std::set<std::string> kinds;
-      for (const Row& row : rows(*table)) {
+      for (const Row& row : rows(table.name)) {
         kinds.insert(!row[list] ? "null" : row[list]->empty() ? "empty" : "filled");
       }
-      EXPECT_EQ(kinds.count("null"), 1U) << table->name << " " << list;
-      EXPECT_EQ(kinds.count("empty"), 1U) << table->name << " " << list;
-      EXPECT_EQ(kinds.count("filled"), 1U) << table->name << " " << list;
+      EXPECT_EQ(kinds.count("null"), 1U) << table.name << " " << list;
+      EXPECT_EQ(kinds.count("empty"), 1U) << table.name << " " << list;
+      EXPECT_EQ(kinds.count("filled"), 1U) << table.name << " " << list;
     }
     bool nullInteger = false;
-    for (const Row& row : rows(*table)) {
-      for (size_t column = 0; column < table->columns; ++column) {
-        nullInteger |= !row[column] && !table->textColumns.contains(column);
+    for (const Row& row : rows(table.name)) {
+      for (std::size_t column = 0; column < table.columnTypes.size(); ++column) {
+        nullInteger |= !row[column] && table.columnTypes[column] == 'I';
       }
     }
-    EXPECT_TRUE(nullInteger) << table->name;
+    EXPECT_TRUE(nullInteger) << table.name;
   }
   EXPECT_EQ(rows(kSat, " WHERE stream_id IS NULL").size(), 3U);
 }
 
 TEST_F(SimulatorCatalogue, HasNamesWithAccentsQuotesAndWildcards) {
   writeOnce();
-  const auto count = [this](const Table& table, const std::string& pattern) {
+  const auto count = [this](const std::string& table, const std::string& pattern) {
     return rows(table, " WHERE service_name LIKE '%" + pattern + "%'").size();
   };
   EXPECT_EQ(count(kSat, "Clásicos"), 1U);
@@ -219,7 +169,7 @@ TEST_F(SimulatorCatalogue, EveryIPServiceIsOnAMuxOfTheConfiguration) {
 TEST_F(SimulatorCatalogue, OfAnEarlierRunIsReplaced) {
   writeOnce();
   const std::string first = contentOf(path_);
-  database().select("DELETE FROM availableIPService");
+  CatalogueWriter(path_).execute("DELETE FROM availableIPService");
   EXPECT_NE(contentOf(path_), first);
   writeOnce();
   EXPECT_EQ(contentOf(path_), first);
@@ -284,7 +234,7 @@ TEST_F(SimulatorCatalogue, WhereNoFileCanBeIsRefused) {
 TEST_F(SimulatorCatalogue, IsWrittenIntoFoldersThatDoNotExistYet) {
   const std::string path = folder_.file("a/b/catalogue.sqlite");
   writeOnce({"--catalogue", path});
-  EXPECT_EQ(Database(path).select("SELECT * FROM availableIPService").size(), 13U);
+  EXPECT_EQ(CatalogueWriter(path).select("SELECT * FROM availableIPService").size(), 13U);
 }
 
 TEST_F(SimulatorCatalogue, IsLeftAloneWhenNotWanted) {

@@ -7,29 +7,19 @@ namespace lineup::test {
 
 namespace {
 
-struct Table {
-  const char* name;
-  std::size_t columns;
-  std::size_t idColumn;
-  std::size_t nameColumn;
-};
-
-constexpr Table kTables[] = {
-    {kSat, 25, 15, 16}, {kTdt, 17, 10, 11}, {kCable, 17, 10, 11}, {kIP, 13, 6, 7}};
-
-std::string columnDefinition(const Table& table, std::size_t column) {
-  if (column == table.idColumn) {
+std::string columnDefinition(const CatalogueTable& table, std::size_t column) {
+  if (column == table.serviceId) {
     return "service_id INTEGER";
   }
-  if (column == table.nameColumn) {
+  if (column == table.serviceName) {
     return "service_name TEXT";
   }
   return "column" + std::to_string(column);
 }
 
-std::string createStatement(const Table& table, std::size_t extraColumns) {
+std::string createStatement(const CatalogueTable& table, std::size_t extraColumns) {
   std::string sql = std::string("CREATE TABLE ") + table.name + "(" + columnDefinition(table, 0);
-  for (std::size_t column = 1; column < table.columns + extraColumns; ++column) {
+  for (std::size_t column = 1; column < table.columnTypes.size() + extraColumns; ++column) {
     sql += ", " + columnDefinition(table, column);
   }
   return sql + ");";
@@ -71,9 +61,28 @@ void CatalogueWriter::execute(const std::string& sql) {
   }
 }
 
+std::vector<Row> CatalogueWriter::select(const std::string& sql) const {
+  char** cells = nullptr;
+  int rows = 0;
+  int columns = 0;
+  if (sqlite3_get_table(handle_, sql.c_str(), &cells, &rows, &columns, nullptr) != SQLITE_OK) {
+    throw std::runtime_error(sql + ": " + sqlite3_errmsg(handle_));
+  }
+  std::vector<Row> result;
+  for (int cell = 0; cell < (rows + 1) * columns; ++cell) {
+    if (cell % columns == 0) {
+      result.emplace_back();
+    }
+    result.back().push_back(cells[cell] == nullptr ? std::nullopt
+                                                   : std::optional<std::string>(cells[cell]));
+  }
+  sqlite3_free_table(cells);
+  return result;
+}
+
 void CatalogueWriter::createTables(std::size_t extraColumns) {
   std::string sql = "BEGIN;";
-  for (const Table& table : kTables) {
+  for (const CatalogueTable& table : kCatalogueTables) {
     sql += createStatement(table, extraColumns);
   }
   execute(sql + "COMMIT");
@@ -94,12 +103,8 @@ void CatalogueWriter::fill(const std::string& table, int count, const std::strin
           std::to_string(count) + ") INSERT INTO " + table + " SELECT " + cells + " FROM n");
 }
 
-std::size_t CatalogueWriter::columnCount(const std::string& table) {
-  sqlite3_stmt* statement = nullptr;
-  sqlite3_prepare_v2(handle_, ("SELECT * FROM " + table).c_str(), -1, &statement, nullptr);
-  const int count = sqlite3_column_count(statement);
-  sqlite3_finalize(statement);
-  return static_cast<std::size_t>(count);
+std::size_t CatalogueWriter::columnCount(const std::string& table) const {
+  return std::stoul(*select("SELECT count(*) FROM pragma_table_info('" + table + "')")[1][0]);
 }
 
 CatalogueFile::CatalogueFile(const std::string& path, std::size_t extraColumns)

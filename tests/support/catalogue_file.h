@@ -8,6 +8,8 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace lineup::test {
 
@@ -16,8 +18,27 @@ inline constexpr const char* kTdt = "availableTdtService";
 inline constexpr const char* kCable = "availableCableService";
 inline constexpr const char* kIP = "availableIPService";
 
+/// The shape of a table. Columns are positions from 0.
+struct CatalogueTable {
+  const char* name;
+  std::string_view columnTypes;  ///< I integer, S text; the last two columns hold lists
+  std::size_t serviceId;
+  std::size_t serviceName;
+  std::size_t serviceType;
+};
+
+inline constexpr CatalogueTable kCatalogueTables[] = {
+    {kSat, "IIISISIIIIIIIISISIIISIISS", 15, 16, 19},
+    {kTdt, "IIIIIIIIISISIIISS", 10, 11, 14},
+    {kCable, "IIIIIIIIIIISIIISS", 10, 11, 14},
+    {kIP, "ISSIISISIIISS", 6, 7, 10},
+};
+
 /// Cells of a row by their position from 0; nothing is an SQL NULL.
 using Cells = std::map<std::size_t, std::optional<std::string>>;
+
+/// All cells of a row; nothing is an SQL NULL.
+using Row = std::vector<std::optional<std::string>>;
 
 /// A connection to a database file that may change it. Every failure is a std::runtime_error.
 class CatalogueWriter {
@@ -29,6 +50,9 @@ class CatalogueWriter {
 
   /// Runs one or more statements.
   void execute(const std::string& sql);
+
+  /// The rows that a statement finds, after one of the columns' names; nothing without any row.
+  std::vector<Row> select(const std::string& sql) const;
 
   /// Makes the four tables, empty, in one transaction. Each has `extraColumns` columns after those
   /// that the console knows.
@@ -42,7 +66,7 @@ class CatalogueWriter {
   void fill(const std::string& table, int count, const std::string& cells);
 
  private:
-  std::size_t columnCount(const std::string& table);
+  std::size_t columnCount(const std::string& table) const;
 
   sqlite3* handle_ = nullptr;
 };
