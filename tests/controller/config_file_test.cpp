@@ -1,5 +1,3 @@
-// Configuration files, and saving and restoring through the editor with the controller at hand.
-
 #include "controller/config_file.h"
 
 #include <fcntl.h>
@@ -27,10 +25,7 @@
 
 #include "controller/config_file_transport.h"
 #include "controller/thrift_log.h"
-#include "model/lineup_editor.h"
-#include "tests/support/console_texts.h"
 #include "tests/support/encoding.h"
-#include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
@@ -120,14 +115,6 @@ class ConfigFile : public testing::Test {
     EXPECT_TRUE(read == config);
   }
 
-  /// What is printed when the editor saves, or restores.
-  std::string saved(LineupEditor& editor) const {
-    return printed([&] { editor.saveConfig(path_); });
-  }
-  std::string restored(LineupEditor& editor) const {
-    return printed([&] { editor.restoreConfig(path_); });
-  }
-
   std::string content() const { return contentOf(path_); }
 
   mode_t mode() const {
@@ -138,8 +125,6 @@ class ConfigFile : public testing::Test {
 
   const TemporaryFolder folder_;
   const std::string path_ = folder_.file("config.json");
-  const std::string kSaved = "Saved config to: " + path_ + "\n";
-  const std::string kRestored = "Restored config from: " + path_ + "\n";
   const HeadendConfig some_ = randomHeadendConfig(1);
   size_t descriptors_ = 0;
 };
@@ -597,100 +582,6 @@ TEST_F(ConfigFile, WithAnUnknownFieldNestedFiftyDeepIsReadWithoutIt) {
     text.insert(0, R"({"77":{"rec":)") += "}}";
   }
   expectPassedOver(text);
-}
-
-// ---- saving
-
-TEST_F(ConfigFile, SaveWithNothingPendingWritesTheControllersConfiguration) {
-  FakeController controller;
-  controller.setConfig(randomHeadendConfig(3));
-  LineupEditor editor;
-  editor.config = some_;
-  EXPECT_EQ(saved(editor), kSaved);
-  EXPECT_EQ(content(), toJson(randomHeadendConfig(3)));
-  EXPECT_EQ(editor.config, randomHeadendConfig(3));
-  EXPECT_EQ(controller.methods(), std::vector<std::string>{"getHeadendConfig"});
-}
-
-TEST_F(ConfigFile, SaveWithPendingChangesWritesTheEditedConfigurationAndLeavesThemPending) {
-  FakeController controller;
-  controller.setConfig(randomHeadendConfig(3));
-  LineupEditor editor;
-  editor.config = some_;
-  editor.pendingChanges = true;
-  EXPECT_EQ(saved(editor), kSaved);
-  EXPECT_EQ(content(), toJson(some_));
-  EXPECT_TRUE(editor.pendingChanges);
-  EXPECT_EQ(controller.connections(), 0U);
-}
-
-TEST_F(ConfigFile, SaveWithoutAControllerSaysSoAndWritesWhatTheEditorHas) {
-  LineupEditor editor;
-  EXPECT_EQ(saved(editor), kFetchFailed + kSaved);
-  EXPECT_EQ(content(), toJson(HeadendConfig()));
-}
-
-TEST_F(ConfigFile, SaveThatFailsSaysSavedAllTheSame) {
-  LineupEditor editor;
-  editor.pendingChanges = true;
-  const std::string missing = folder_.file("missing/config.json");
-  for (const std::string& path :
-       {missing, folder_.path(), std::string("/dev/full"), std::string()}) {
-    EXPECT_EQ(printed([&] { editor.saveConfig(path); }), "Saved config to: " + path + "\n");
-    EXPECT_EQ(editor.config, HeadendConfig());
-    EXPECT_TRUE(editor.pendingChanges);
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
-}
-
-// ---- restoring
-
-TEST_F(ConfigFile, RestoreOfASavedFileSendsTheIdenticalConfiguration) {
-  FakeController controller;
-  LineupEditor saving;
-  saving.config = some_;
-  saving.pendingChanges = true;
-  saved(saving);
-
-  LineupEditor restoring;
-  restoring.pendingChanges = true;
-  EXPECT_EQ(restored(restoring), kRestored);
-  ASSERT_EQ(controller.methods(), std::vector<std::string>{"setHeadendConfig"});
-  EXPECT_EQ(controller.calls()[0].config, some_);
-  EXPECT_FALSE(restoring.pendingChanges) << "a restore is committed at once";
-}
-
-TEST_F(ConfigFile, RestoreFromAPathThatDoesNotExistSendsWhatTheEditorHas) {
-  FakeController controller;
-  LineupEditor editor;
-  editor.config = some_;
-  EXPECT_EQ(restored(editor), kRestored);
-  ASSERT_EQ(controller.calls().size(), 1U);
-  EXPECT_EQ(controller.calls()[0].config, some_);
-  EXPECT_FALSE(std::filesystem::exists(path_));
-}
-
-TEST_F(ConfigFile, RestoreOfABrokenFileSendsTheMixture) {
-  FakeController controller;
-  fill(R"({"2":{"rec":{"1":{"i32":7},"2":{"i32":)");
-  LineupEditor editor;
-  editor.config = some_;
-  EXPECT_EQ(restored(editor), kRestored);
-  HeadendConfig mixture = some_;
-  mixture.headendGlobalConfig.headendId = 7;
-  ASSERT_EQ(controller.calls().size(), 1U);
-  EXPECT_EQ(controller.calls()[0].config, mixture);
-}
-
-TEST_F(ConfigFile, RestoreWithoutAControllerKeepsTheLoadedConfigurationAndTheFlag) {
-  ASSERT_EQ(writeConfigFile(path_, some_), 0);
-  for (const bool pending : {false, true}) {
-    LineupEditor editor;
-    editor.pendingChanges = pending;
-    EXPECT_EQ(restored(editor), kCommitFailed + kRestored);
-    EXPECT_EQ(editor.config, some_);
-    EXPECT_EQ(editor.pendingChanges, pending);
-  }
 }
 
 }  // namespace
