@@ -16,6 +16,7 @@
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/sandbox.h"
+#include "tests/support/streams.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -274,18 +275,19 @@ TEST_F(ServiceCompletion, ATableThatIsMissingIsPassedOver) {
 
 TEST_F(ServiceCompletion, ACatalogueThatCannotBeReadOffersNothingAndSaysNothing) {
   catalogue.insert(kIP, {{6, "40"}, {7, "Four"}});
-  testing::internal::CaptureStderr();
+  const auto expectOffered = [](const Words& expected) {
+    EXPECT_EQ(errorsOf([&] { EXPECT_EQ(servicesFor("adddvb "), expected); }), "");
+  };
   {
     const CatalogueLock lock(kCataloguePath);
-    EXPECT_EQ(servicesFor("adddvb "), Words());
+    expectOffered({});
   }
-  EXPECT_EQ(servicesFor("adddvb "), Words({"40:Four (IP)"}));
+  expectOffered({"40:Four (IP)"});
   fs::resize_file(kCataloguePath, 700);
-  EXPECT_EQ(servicesFor("adddvb "), Words());
+  expectOffered({});
   fs::remove(kCataloguePath);
-  EXPECT_EQ(servicesFor("adddvb "), Words());
+  expectOffered({});
   EXPECT_FALSE(fs::exists(kCataloguePath));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace

@@ -2,16 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "catalogue/select.h"
-#include "support/log.h"
-#include "support/words.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/file_content.h"
+#include "tests/support/logged.h"
 #include "tests/support/temporary_folder.h"
 
 namespace korveldb {
@@ -21,18 +19,9 @@ using namespace lineup::test;
 
 class Connection : public testing::Test {
  protected:
-  /// The log records of `action`, each from its module's name on.
-  static std::vector<std::string> logOf(const std::function<void()>& action) {
-    log_setup(LOG_LEVEL_DEBUG, 3);
-    testing::internal::CaptureStderr();
-    action();
-    std::vector<std::string> records =
-        lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
-    for (std::string& record : records) {
-      record.erase(0, record.find('['));     // the program's name
-      record.erase(0, record.find('[', 1));  // and its process id
-    }
-    return records;
+  template <class Action>
+  static std::vector<std::string> logOf(Action action) {
+    return logged(LOG_LEVEL_DEBUG, action);
   }
 
   TemporaryFolder folder;

@@ -1,6 +1,5 @@
 #include "catalogue/select.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -16,6 +15,8 @@
 #include "support/words.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/file_content.h"
+#include "tests/support/pipe.h"
+#include "tests/support/streams.h"
 #include "tests/support/temporary_folder.h"
 
 namespace korveldb {
@@ -39,10 +40,8 @@ class Select : public testing::Test {
  protected:
   /// What is written to standard error while `action` runs.
   template <class Action>
-  static Lines errorsOf(Action action) {
-    testing::internal::CaptureStderr();
-    action();
-    return lineup::splitWords(testing::internal::GetCapturedStderr(), '\n');
+  static Lines errorLinesOf(Action action) {
+    return lineup::splitWords(errorsOf(action), '\n');
   }
 
   /// What the table's select with the filter gives, over a connection of its own.
@@ -124,7 +123,7 @@ TEST_F(Select, ColumnsThatTheResultLacksAreNull) {
 
 TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
-  EXPECT_EQ(errorsOf([&] {
+  EXPECT_EQ(errorLinesOf([&] {
               const auto list = selected<tAvailableSatService>("WHERE 0");
               ASSERT_NE(list, nullptr);
               EXPECT_TRUE(list->rows.empty());
@@ -170,7 +169,7 @@ TEST_F(Select, FilterArgumentsAreInsertedAsTheyAre) {
 TEST_F(Select, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
   CatalogueFile(path).execute("DROP TABLE availableTdtService");
   const auto start = steady_clock::now();
-  const Lines lines = errorsOf([&] {
+  const Lines lines = errorLinesOf([&] {
     const auto list = selected<tAvailableTdtService>();
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->rows.empty());
@@ -188,7 +187,7 @@ TEST_F(Select, AMissingTableIsTriedThreeTimesWithGrowingWaits) {
 }
 
 TEST_F(Select, AFileThatCannotBeOpenedHasNoErrorText) {
-  const Lines lines = errorsOf([&] {
+  const Lines lines = errorLinesOf([&] {
     const tSqlite3db db(folder.file("nowhere/catalogue.sqlite"));
     EXPECT_TRUE(tAvailableIPService::doSelect(db.getHandle(), nullptr)->rows.empty());
   });
@@ -205,15 +204,13 @@ TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
   CatalogueLock lock(path);
 
   // Standard error is a pipe meanwhile, and the first line on it releases the lock.
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  const int standardError = dup(STDERR_FILENO);
-  dup2(ends[1], STDERR_FILENO);
-  close(ends[1]);
+  Pipe pipe;
+  auto piped = std::make_unique<StandardErrorIs>(pipe.writeEnd);
+  closeFile(pipe.writeEnd);
   std::string errors;
   std::thread reader([&] {
     char byte = 0;
-    while (read(ends[0], &byte, 1) == 1) {
+    while (read(pipe.readEnd, &byte, 1) == 1) {
       if (byte == '\n' && errors.find('\n') == std::string::npos) {
         lock.release();
       }
@@ -223,10 +220,8 @@ TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
   const auto start = steady_clock::now();
   const auto list = tAvailableCableService::doSelect(db.getHandle(), nullptr);
   const auto duration = steady_clock::now() - start;
-  dup2(standardError, STDERR_FILENO);
-  close(standardError);
+  piped.reset();
   reader.join();
-  close(ends[0]);
 
   ASSERT_EQ(list->rows.size(), 1U);
   EXPECT_EQ(list->rows[0].asText(11), "Channel One");
@@ -241,7 +236,7 @@ TEST_F(Select, ALockThatGoesAwayCostsOneAttempt) {
 TEST_F(Select, ASecondStatementThatWritesIsRefused) {
   CatalogueFile(path).insert(kSat, {{15, "17"}, {16, "Channel One"}});
   const auto before = filesIn(folder.path());
-  const Lines lines = errorsOf([&] {
+  const Lines lines = errorLinesOf([&] {
     const tSqlite3db db(path);
     EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), "WHERE service_name LIKE '%%%s%%'",
                                                "One';DROP TABLE availableSatService;--")
@@ -255,7 +250,7 @@ TEST_F(Select, ASecondStatementThatWritesIsRefused) {
 TEST_F(Select, ASecondStatementThatDeletesIsRefused) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
   const auto before = filesIn(folder.path());
-  const Lines lines = errorsOf([&] {
+  const Lines lines = errorLinesOf([&] {
     EXPECT_TRUE(selected<tAvailableSatService>("; DELETE FROM availableSatService")->rows.empty());
   });
   ASSERT_EQ(lines.size(), 9U);
@@ -329,7 +324,7 @@ TEST_F(Select, AViewMayTakeHundredsOfMillionsOfSteps) {
   file.execute(
       "CREATE VIEW availableSatService AS SELECT max(i) FROM (WITH RECURSIVE n(i) AS (VALUES(1) "
       "UNION ALL SELECT i + 1 FROM n LIMIT 10000000) SELECT i FROM n)");
-  EXPECT_EQ(errorsOf([&] {
+  EXPECT_EQ(errorLinesOf([&] {
               const auto list = selected<tAvailableSatService>();
               ASSERT_EQ(list->rows.size(), 1U);
               EXPECT_EQ(list->rows[0].asInt(0), 10'000'000);

@@ -14,6 +14,7 @@
 #include "tests/support/encoding.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
+#include "tests/support/records.h"
 #include "tests/support/rf_inputs.h"
 #include "tests/support/temporary_folder.h"
 
@@ -91,12 +92,6 @@ const Command kCommands[] = {
 /// Names a test that fails.
 void PrintTo(const Command& command, std::ostream* out) {
   *out << command.line;
-}
-
-HeadendConfig withId(int id) {
-  HeadendConfig config;
-  config.headendGlobalConfig.headendId = id;
-  return config;
 }
 
 /// What a controller holds that has come back.

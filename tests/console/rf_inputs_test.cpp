@@ -22,8 +22,6 @@ using general::RFInputId;
 using Clock = std::chrono::steady_clock;
 using Sent = std::vector<std::string>;
 
-constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
-
 constexpr char kEnd[] =
     "terminate called after throwing an instance of 'std::out_of_range'\n  what():  map::at\n";
 

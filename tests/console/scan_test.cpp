@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <string>
 
 #include "tests/console/editing_commands.h"
 #include "tests/console/prompt_steps.h"
+#include "tests/support/console_texts.h"
+#include "tests/support/records.h"
 
 namespace lineup::test {
 namespace {
@@ -14,21 +15,10 @@ namespace {
 using namespace korvel::thrift::hub_module;
 
 constexpr char kUpdated[] = "Updated scan type. Please remember to commit the changes.\n";
-constexpr char kPlsQuestion[] =
-    "Enter the information of the non-standard PLS item:\n"
-    " plsType                      plsCode\n"
-    " (0 Auto | 1 Gold | 2 Root)   131070 \n";
-const std::string kTooFew = std::string(kPlsQuestion) + "Please enter all the parameters\n";
+const std::string kTooFew = kPlsQuestion + "Please enter all the parameters\n";
 
 std::string scanTable(const char* cofdm, const char* qams) {
   return std::string("\n\n    DVB-T   DVB-C   \n      ") + cofdm + "       " + qams + "\n\n\n";
-}
-
-PLSItem plsItem(int32_t type, int32_t code) {
-  PLSItem item;
-  item.plsType = type;
-  item.plsCode = code;
-  return item;
 }
 
 using ScanCommands = EditingCommands;

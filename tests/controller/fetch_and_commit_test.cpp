@@ -332,14 +332,11 @@ TEST_F(ReachableController, ThatStaysSilentCostsTwentySeconds) {
 
 TEST_F(RemoteCalls, ReasonOfAFailedConnectionGoesToTheLogAndNotToStandardError) {
   log_setup(7, 1);
-  testing::internal::CaptureStderr();
-  printed([this] { editor_.fetchHeadendConfig(); });
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  const auto fetch = [this] { printed([this] { editor_.fetchHeadendConfig(); }); };
+  EXPECT_EQ(errorsOf(fetch), "");
 
   log_setup(3, 3);  // the log also on standard error: now it is seen
-  testing::internal::CaptureStderr();
-  printed([this] { editor_.fetchHeadendConfig(); });
-  const std::string log = testing::internal::GetCapturedStderr();
+  const std::string log = errorsOf(fetch);
   EXPECT_NE(log.find("[thrift] TSocket::open()"), std::string::npos) << log;
   EXPECT_NE(log.find("Connection refused"), std::string::npos) << log;
 }

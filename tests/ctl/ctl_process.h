@@ -13,6 +13,7 @@
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
 #include "tests/support/program_process.h"
+#include "tests/support/records.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
@@ -36,12 +37,6 @@ void expectCtl(const std::vector<std::string>& words, int status, const std::str
 
 /// The failure if there is no controller.
 inline const std::string kAway = kController + "socket open() error: Connection refused";
-
-inline korvel::thrift::hub_module::HeadendConfig withId(int32_t id) {
-  korvel::thrift::hub_module::HeadendConfig config;
-  config.headendGlobalConfig.headendId = id;
-  return config;
-}
 
 class Ctl : public testing::Test {
  protected:

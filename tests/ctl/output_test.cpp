@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "support/descriptor.h"
 #include "tests/ctl/ctl_process.h"
+#include "tests/support/pipe.h"
 
 namespace lineup::test {
 namespace {
@@ -28,6 +28,12 @@ Start redirected(const std::string& words, const std::string& redirection) {
 
 Outcome runRedirected(const std::string& words, const std::string& redirection) {
   return run(redirected(words, redirection));
+}
+
+/// Has a program that is started get the end of a pipe, which does not block.
+void inherit(int end) {
+  fcntl(end, F_SETFD, 0);
+  fcntl(end, F_SETFL, O_NONBLOCK);
 }
 
 /// Everything up to the end of a pipe, which is full most of the time meanwhile.
@@ -61,16 +67,12 @@ TEST_F(Ctl, WaitsForAnOutputThatDoesNotBlock) {
   const std::string file = fileWith(large);
   const std::string expected = runCtl({"show", "--format=json", file}).out;
   ASSERT_GT(expected.size(), std::size_t{10} << 16);  // ten times what a pipe holds
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-  fcntl(ends[1], F_SETFL, O_NONBLOCK);
-  const Descriptor reading(ends[0]);
-  Descriptor writing(ends[1]);
+  Pipe pipe;
+  inherit(pipe.writeEnd);
   ProgramProcess showing(
-      redirected("show --format=json " + file, ">&" + std::to_string(writing.number())));
-  writing = Descriptor();
-  EXPECT_TRUE(slowlyRead(reading.number()) == expected);
+      redirected("show --format=json " + file, ">&" + std::to_string(pipe.writeEnd)));
+  closeFile(pipe.writeEnd);
+  EXPECT_TRUE(slowlyRead(pipe.readEnd) == expected);
   const Outcome outcome = showing.finish();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -78,18 +80,14 @@ TEST_F(Ctl, WaitsForAnOutputThatDoesNotBlock) {
 
 TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
   const std::string file = toJson(withId(7));
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  fcntl(ends[0], F_SETFL, O_NONBLOCK);
-  fcntl(ends[1], F_SETFD, FD_CLOEXEC);
-  const Descriptor reading(ends[0]);
-  Descriptor writing(ends[1]);
-  ProgramProcess showing(redirected("show -", "<&" + std::to_string(reading.number())));
+  Pipe pipe;
+  inherit(pipe.readEnd);
+  ProgramProcess showing(redirected("show -", "<&" + std::to_string(pipe.readEnd)));
   for (const std::string& part : {file.substr(0, 600), file.substr(600)}) {
     showing.waitUntilBlocked();
-    EXPECT_EQ(write(writing.number(), part.data(), part.size()), static_cast<ssize_t>(part.size()));
+    EXPECT_EQ(write(pipe.writeEnd, part.data(), part.size()), static_cast<ssize_t>(part.size()));
   }
-  writing = Descriptor();
+  closeFile(pipe.writeEnd);
   const Outcome outcome = showing.finish();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "model/lineup_editor.h"
-#include "support/log.h"
 #include "tests/support/fake_controller.h"
+#include "tests/support/logged.h"
 #include "tests/support/streams.h"
 
 namespace lineup::test {
@@ -22,9 +22,8 @@ namespace {
 
 using general::RFInputId;
 using Calls = std::vector<std::string>;
+using Records = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
 
 /// An editor with a configuration that no operation on RF inputs may change.
 class RFInputs : public ::testing::Test {
@@ -244,16 +243,6 @@ class RaisingOutput : std::streambuf {
   std::streambuf* replaced_;
 };
 
-/// What `work` logs up to `level`, without the name and number of the process.
-template <class Work>
-std::string logged(int level, Work work) {
-  log_setup(level, 3);
-  testing::internal::CaptureStderr();
-  work();
-  const std::string record = testing::internal::GetCapturedStderr();
-  return record.empty() ? "" : record.substr(record.find("]: ") + 3);
-}
-
 TEST_F(RFInputsOfAHeadend, TableLogsAControllerThatIsNotReadyAndIsPrinted) {
   const auto show = [this] {
     failNext();
@@ -261,8 +250,9 @@ TEST_F(RFInputsOfAHeadend, TableLogsAControllerThatIsNotReadyAndIsPrinted) {
     // Printing the table on the output that is broken by then.
     EXPECT_THROW(editor.getRFInputState(), std::ios::failure);
   };
-  EXPECT_EQ(logged(7, show), "getRFInputState: exception hub_module::ControllerTaskIsNotReady\n");
-  EXPECT_EQ(logged(6, show), "");
+  EXPECT_EQ(logged(7, show),
+            Records{"getRFInputState: exception hub_module::ControllerTaskIsNotReady"});
+  EXPECT_EQ(logged(6, show), Records());
 }
 
 TEST_F(RFInputsOfAHeadend, SwitchingLogsAControllerThatIsNotReadyAndEndsWithoutWaitOrTable) {
@@ -274,7 +264,7 @@ TEST_F(RFInputsOfAHeadend, SwitchingLogsAControllerThatIsNotReadyAndEndsWithoutW
                      const RaisingOutput<hub_module::ControllerTaskIsNotReady> output;
                      editor.setRFInputState(true, "SAT1");
                    }),
-            "setRFInputState: exception hub_module::ControllerTaskIsNotReady\n");
+            Records{"setRFInputState: exception hub_module::ControllerTaskIsNotReady"});
   EXPECT_LT(Clock::now() - start, kSwitchingTime);
   EXPECT_EQ(calls(), Calls{"status"});
 }

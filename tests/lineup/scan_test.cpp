@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -8,23 +7,13 @@
 #include "lineup/scan_types.h"
 #include "model/lineup_editor.h"
 #include "terminal/line_input.h"
+#include "tests/support/console_texts.h"
 #include "tests/support/expect_refused.h"
+#include "tests/support/records.h"
 #include "tests/support/streams.h"
 
 namespace lineup::test {
 namespace {
-
-const char* const kPlsQuestion =
-    "Enter the information of the non-standard PLS item:\n"
-    " plsType                      plsCode\n"
-    " (0 Auto | 1 Gold | 2 Root)   131070 \n";
-
-hub_module::PLSItem plsItem(int32_t type, int32_t code) {
-  hub_module::PLSItem item;
-  item.plsType = type;
-  item.plsCode = code;
-  return item;
-}
 
 using PlsItems = std::vector<hub_module::PLSItem>;
 

@@ -1,4 +1,5 @@
-// Texts that the console prints around every command, or for a call that fails.
+// Texts that the console prints around every command, for a call that fails, or for a command that
+// tests of several folders run.
 
 #pragma once
 
@@ -17,6 +18,12 @@ inline const std::string kStatusFailed =
     "ERROR: Could not get current status from ControllerTask\n";
 inline const std::string kCommitFailed = "ERROR: Could not set LineupConfig to ControllerTask\n";
 inline const std::string kTdtFailed = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
+
+/// What "addpls" asks.
+inline const std::string kPlsQuestion =
+    "Enter the information of the non-standard PLS item:\n"
+    " plsType                      plsCode\n"
+    " (0 Auto | 1 Gold | 2 Root)   131070 \n";
 
 /// What "id" prints with another `id` than that of the headend.
 inline std::string idChanged(int id) {

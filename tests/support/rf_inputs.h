@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -13,6 +14,9 @@
 #include "tests/support/fake_controller.h"
 
 namespace lineup::test {
+
+/// What the console waits after it has switched an input.
+inline constexpr std::chrono::microseconds kSwitchingTime{1'250'000};
 
 inline const char* const kBadInput = "Error RF Input value. \n";
 

@@ -11,18 +11,49 @@
 
 namespace lineup::test {
 
-/// What `work` prints on standard output.
+/// What is captured from `begin` to `end` while `work` runs.
 template <class Work>
-std::string printed(Work work) {
-  testing::internal::CaptureStdout();
+std::string captured(void (*begin)(), std::string (*end)(), Work work) {
+  begin();
   try {
     work();
   } catch (...) {
-    testing::internal::GetCapturedStdout();
+    end();
     throw;
   }
-  return testing::internal::GetCapturedStdout();
+  return end();
 }
+
+/// What `work` prints on standard output.
+template <class Work>
+std::string printed(Work work) {
+  using namespace testing::internal;
+  return captured(CaptureStdout, GetCapturedStdout, work);
+}
+
+/// What `work` writes to standard error.
+template <class Work>
+std::string errorsOf(Work work) {
+  using namespace testing::internal;
+  return captured(CaptureStderr, GetCapturedStderr, work);
+}
+
+/// Replaces standard error for its lifetime.
+class StandardErrorIs {
+ public:
+  explicit StandardErrorIs(int descriptor) : before_(dup(STDERR_FILENO)) {
+    dup2(descriptor, STDERR_FILENO);
+  }
+  ~StandardErrorIs() {
+    dup2(before_, STDERR_FILENO);
+    close(before_);
+  }
+  StandardErrorIs(const StandardErrorIs&) = delete;
+  StandardErrorIs& operator=(const StandardErrorIs&) = delete;
+
+ private:
+  int before_;
+};
 
 /// Replaces standard input by a pipe that never ends, on the first call, and writes `text` to it.
 inline void type(const std::string& text) {
