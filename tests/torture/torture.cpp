@@ -32,17 +32,10 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/torture/faulty_console.h"
 
+namespace lineup::test {
 namespace {
 
 namespace fs = std::filesystem;
-using lineup::test::copiesInTmp;
-using lineup::test::count;
-using lineup::test::FakeController;
-using lineup::test::kPending;
-using lineup::test::Outcome;
-using lineup::test::ProgramProcess;
-using lineup::test::ReceivedCall;
-using lineup::test::Start;
 
 constexpr char kPrompt[] = "> ";
 constexpr char kError[] = "ERROR: ";
@@ -302,18 +295,18 @@ std::string complaint(const Session& session, const Fault& fault, const Result& 
 class Torture {
  public:
   Torture() {
-    lineup::test::CatalogueFile catalogue(lineup::test::kCataloguePath);
+    CatalogueFile catalogue(kCataloguePath);
     // The frequency, the number, the name, the SID, the service type and two lists.
-    catalogue.insert(lineup::test::kSat, {{7, "11778"},
-                                          {15, "17"},
-                                          {16, "Velaria"},
-                                          {17, "4101"},
-                                          {19, "1"},
-                                          {23, "spa,eng"},
-                                          {24, "101,102"}});
-    catalogue.insert(lineup::test::kTdt, {{5, "506000"}, {10, "18"}, {11, "Ondaria"}});
+    catalogue.insert(kSat, {{7, "11778"},
+                            {15, "17"},
+                            {16, "Velaria"},
+                            {17, "4101"},
+                            {19, "1"},
+                            {23, "spa,eng"},
+                            {24, "101,102"}});
+    catalogue.insert(kTdt, {{5, "506000"}, {10, "18"}, {11, "Ondaria"}});
     const FakeController controller;
-    lineup::test::run({.arguments = {"-s", folder_.file("given.json")}});
+    runConsole({"-s", folder_.file("given.json")});
   }
 
   /// Every fault of the kind in the session, or about `sample` of them if that is not 0. Returns
@@ -355,7 +348,7 @@ class Torture {
       result.outcome.err = result.outcome.out;
     }
     result.calls = controller.calls();
-    result.faultyCalls = lineup::test::FaultCounts(folder_.file("count")).calls;
+    result.faultyCalls = FaultCounts(folder_.file("count")).calls;
     return result;
   }
 
@@ -406,13 +399,13 @@ class Torture {
   }
 
   static korvel::thrift::hub_module::HeadendStatus statusWithSatInputs() {
-    korvel::thrift::hub_module::HeadendStatus status = lineup::test::tenInputs("----------");
+    korvel::thrift::hub_module::HeadendStatus status = tenInputs("----------");
     status.tdtRFInputs.clear();
     return status;
   }
 
   Start start(const Session& session, const Fault& fault) const {
-    Start start = lineup::test::startIn(folder_, session.terminal);
+    Start start = startIn(folder_, session.terminal);
     start.arguments = session.arguments;
     start.environment["TERM"] = "xterm";
     start.environment["TMPDIR"] = std::nullopt;
@@ -421,7 +414,7 @@ class Torture {
     return start;
   }
 
-  const lineup::test::TemporaryFolder folder_;
+  const TemporaryFolder folder_;
   long broken_ = 0;
 };
 
@@ -447,13 +440,14 @@ int torture(long sample) {
 }
 
 }  // namespace
+}  // namespace lineup::test
 
 int main(int argc, char** argv) {
   try {
     const long sample =
         argc == 3 && std::string(argv[1]) == "--sample" ? std::strtol(argv[2], nullptr, 10) : 0;
     lineup::test::enterSandbox(argv);
-    return torture(sample);
+    return lineup::test::torture(sample);
   } catch (const std::exception& error) {
     std::cerr << error.what() << std::endl;
     return EXIT_FAILURE;
