@@ -57,13 +57,15 @@ std::string errorsOf(const Outcome& outcome) {
   return outcome.err.substr(outcome.err.starts_with(notice) ? notice.size() : 0);
 }
 
-constexpr const char* kListener =
+const std::string kPort = std::to_string(kControllerPort);
+
+const std::string kListener =
     "/usr/bin/python3 -c 'import socket\n"
-    "server = socket.create_server((\"127.0.0.1\", 9190))\n"
+    "server = socket.create_server((\"127.0.0.1\", " +
+    kPort +
+    "))\n"
     "print(\"up\", flush=True)\n"
     "input()'";
-
-class Sandbox : public testing::Test {};
 
 /// What needs namespaces to be tried.
 class OwnNamespaces : public testing::Test {
@@ -89,21 +91,21 @@ class OwnUsers : public OwnNamespaces {
 
 class MachinesOwn : public OwnNamespaces {};
 
-TEST_F(Sandbox, RunsACommandAndEndsWithItsStatus) {
+TEST(Sandbox, RunsACommandAndEndsWithItsStatus) {
   const Outcome outcome = run(sandboxedShell("cat; echo oops >&2; exit 7"), "text");
   EXPECT_EQ(outcome.out, "text");
   EXPECT_EQ(errorsOf(outcome), "oops\n");
   EXPECT_EQ(outcome.status, 7);
 }
 
-TEST_F(Sandbox, EndsWith128AndTheSignalThatEndedTheCommand) {
+TEST(Sandbox, EndsWith128AndTheSignalThatEndedTheCommand) {
   // To a shell, be it by the signal itself or by the status.
   Start start = sandboxed({"-c", "$SANDBOX sh -c 'kill -KILL $$'; echo $?"});
   start.program = "sh";
   EXPECT_EQ(run(start).out, std::to_string(128 + SIGKILL) + "\n");
 }
 
-TEST_F(Sandbox, NamesACommandThatIsMissingOrNoProgram) {
+TEST(Sandbox, NamesACommandThatIsMissingOrNoProgram) {
   const Outcome missing = run(sandboxed({"/nonesuch"}));
   EXPECT_NE(missing.err.find("/nonesuch"), std::string::npos) << missing.err;
   EXPECT_EQ(missing.status, 127);
@@ -112,7 +114,7 @@ TEST_F(Sandbox, NamesACommandThatIsMissingOrNoProgram) {
   EXPECT_EQ(folder.status, 126);
 }
 
-TEST_F(Sandbox, ExplainsItsUse) {
+TEST(Sandbox, ExplainsItsUse) {
   const Outcome asked = run(sandboxed({"--help"}));
   EXPECT_EQ(asked.out.substr(0, 45), "Usage: headend-sandbox COMMAND [ARG]...\nRun C");
   EXPECT_EQ(asked.status, 0);
@@ -125,7 +127,14 @@ TEST_F(Sandbox, ExplainsItsUse) {
   }
 }
 
-TEST_F(Sandbox, RefusesAnUnknownWay) {
+TEST(Sandbox, IsOfThePortAndTheFolderThatTheConsoleUses) {
+  EXPECT_NE(run(sandboxed({"--help"}))
+                .out.find("port " + kPort + " of " + kControllerAddress + " and the folder\n" +
+                          kCatalogueFolder + " are its own"),
+            std::string::npos);
+}
+
+TEST(Sandbox, RefusesAnUnknownWay) {
   Start start = sandboxed({"true"});
   start.environment["HEADEND_SANDBOX"] = "other";
   const Outcome outcome = run(start);
@@ -134,27 +143,27 @@ TEST_F(Sandbox, RefusesAnUnknownWay) {
   EXPECT_EQ(outcome.status, 125);
 }
 
-TEST_F(Sandbox, HasAnEmptyCatalogueFolderToWriteTo) {
+TEST(Sandbox, HasAnEmptyCatalogueFolderToWriteTo) {
   const Outcome outcome = run(sandboxedShell("ls -A $FOLDER; echo data >$CATALOGUE; ls $FOLDER"));
   EXPECT_EQ(outcome.out, "ControllerTask.sqlite\n");
   EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(Sandbox, HasThePortFree) {
+TEST(Sandbox, HasThePortFree) {
   EXPECT_EQ(run(sandboxedShell(kListener), "\n").out, "up\n");
 }
 
-TEST_F(Sandbox, StaysInTheSandboxItIsStartedIn) {
+TEST(Sandbox, StaysInTheSandboxItIsStartedIn) {
   EXPECT_EQ(run(sandboxedShell("echo data >$CATALOGUE; $SANDBOX cat $CATALOGUE")).out, "data\n");
 }
 
-TEST_F(Sandbox, KeepsTheWorkingFolder) {
+TEST(Sandbox, KeepsTheWorkingFolder) {
   Start start = sandboxed({"pwd", "-P"});
   start.folder = "/usr/share";
   EXPECT_EQ(run(start).out, "/usr/share\n");
 }
 
-TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
+TEST(Sandbox, PassesTerminationOnToTheCommand) {
   ProgramProcess process(
       sandboxedShell("trap 'exit 3' TERM; echo up; while :; do sleep 0.01; done"));
   process.readUntil("up\n");
@@ -162,14 +171,14 @@ TEST_F(Sandbox, PassesTerminationOnToTheCommand) {
   EXPECT_EQ(process.finish().status, 3);
 }
 
-TEST_F(Sandbox, TakesTheCommandWithItWhenItIsKilled) {
+TEST(Sandbox, TakesTheCommandWithItWhenItIsKilled) {
   ProgramProcess process(sandboxedShell("echo up; exec sleep 1000"));
   process.readUntil("up\n");
   process.signal(SIGKILL);
   EXPECT_EQ(process.finish().signal, SIGKILL);
 }
 
-TEST_F(Sandbox, LeavesCtrlCToTheCommand) {
+TEST(Sandbox, LeavesCtrlCToTheCommand) {
   Start start =
       sandboxedShell("trap 'echo caught; exit 5' INT; echo up; while :; do sleep 0.01; done");
   start.terminal = true;
@@ -180,7 +189,7 @@ TEST_F(Sandbox, LeavesCtrlCToTheCommand) {
   EXPECT_EQ(process.finish().status, 5);
 }
 
-TEST_F(Sandbox, AllowsJobControl) {
+TEST(Sandbox, AllowsJobControl) {
   Start start = sandboxed({"bash", "--norc", "--noprofile", "-i"});
   start.terminal = true;
   start.columns = 300;
@@ -302,15 +311,14 @@ TEST_F(MachinesOwn, PortInUseIsRefused) {
   ProgramProcess process(
       machine("{ read go; HEADEND_SANDBOX=shared $SANDBOX echo ran; echo $? >&2\n"
               "  ls -A /etc/korvel; echo; } | " +
-              std::string(kListener)));
+              kListener));
   process.readUntil("up\n");
   process.send("go\n");
   process.readErrorsUntil("125\n");
   const Outcome outcome = process.finish();
   EXPECT_EQ(outcome.out, "up\n");
-  EXPECT_EQ(
-      outcome.err,
-      "headend-sandbox: 127.0.0.1:9190 is in use: stop the program that listens there\n125\n");
+  EXPECT_EQ(outcome.err, "headend-sandbox: 127.0.0.1:" + kPort +
+                             " is in use: stop the program that listens there\n125\n");
 }
 
 TEST_F(MachinesOwn, SandboxesComeOneAfterAnother) {
