@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>

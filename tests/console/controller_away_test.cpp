@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -111,7 +112,7 @@ HeadendStatus withInputs(const std::string& states) {
 class EveryCommandOfAController : public testing::TestWithParam<Command> {
  protected:
   /// The numbers of the command's calls that fail.
-  using Failures = std::set<size_t>;
+  using Failures = std::set<std::size_t>;
 
   EveryCommandOfAController() {
     FakeController first;
@@ -130,7 +131,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
 
   Failures everyCall() const {
     Failures all;
-    for (size_t call = 0; call < command_.calls.size(); ++call) {
+    for (std::size_t call = 0; call < command_.calls.size(); ++call) {
       all.insert(call);
     }
     return all;
@@ -173,7 +174,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
   std::string outputWith(const Failures& failures) {
     std::string text;
     std::string inputs = command_.inputs;
-    for (size_t call = 0; call < command_.calls.size(); ++call) {
+    for (std::size_t call = 0; call < command_.calls.size(); ++call) {
       const std::string& method = command_.calls[call];
       if (failures.contains(call)) {
         text += kErrors.at(method);
@@ -189,7 +190,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
 
   /// `text` with the file for the word PATH.
   std::string withPath(std::string text) const {
-    const size_t place = text.find("PATH");
+    const std::size_t place = text.find("PATH");
     return place == std::string::npos ? text : text.replace(place, 4, path_);
   }
 
@@ -218,10 +219,10 @@ TEST_P(EveryCommandOfAController, WorksWheneverThereIsOne) {
 TEST_P(EveryCommandOfAController, WorksAfterOneThatDiedDuringAnyOfItsCalls) {
   const Answer hangUp{.kind = Answer::kBytes, .hangsUp = true};
   const Answer hangUpInReply{.kind = Answer::kBytes, .bytes = {'\0', '\0', '\0'}, .hangsUp = true};
-  for (size_t call = 0; call < command_.calls.size(); ++call) {
+  for (std::size_t call = 0; call < command_.calls.size(); ++call) {
     for (const Answer& death : {hangUp, hangUpInReply}) {
       const auto dying = startController();
-      for (size_t before = 0; before < call; ++before) {
+      for (std::size_t before = 0; before < call; ++before) {
         dying->answerNext({});
       }
       dying->answerNext(death);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
 

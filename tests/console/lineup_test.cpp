@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
 #include "tests/console/editing_commands.h"
 #include "tests/console/prompt_steps.h"

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -126,7 +127,7 @@ class ConfigFile : public testing::Test {
   const TemporaryFolder folder_;
   const std::string path_ = folder_.file("config.json");
   const HeadendConfig some_ = randomHeadendConfig(1);
-  size_t descriptors_ = 0;
+  std::size_t descriptors_ = 0;
 };
 
 // ---- writing
@@ -154,7 +155,7 @@ TEST_F(ConfigFile, ThatExistsIsTruncatedAndKeepsItsPermissions) {
 TEST_F(ConfigFile, IsSyncedBeforeItsLastBytesAreWrittenAndOnceMoreWhenItIsClosed) {
   syncing = {.watched = path_};
   EXPECT_EQ(writeConfigFile(path_, some_), 0);
-  const size_t size = toJson(some_).size();
+  const std::size_t size = toJson(some_).size();
   ASSERT_EQ(syncing.calls.size(), 2U);
   EXPECT_EQ(syncing.calls[0].substr(0, 7), "syncfs ");
   EXPECT_LT(std::stoul(syncing.calls[0].substr(7)), size);
@@ -184,7 +185,7 @@ TEST_F(ConfigFile, OnAFullDiskIsMinusTwo) {
 }
 
 TEST_F(ConfigFile, WhoseLastBytesFindNoRoomIsMinusTwo) {
-  const size_t size = toJson(HeadendConfig()).size();
+  const std::size_t size = toJson(HeadendConfig()).size();
   const rlim_t wholeBuffers = size - size % 512;
   ASSERT_NE(size, wholeBuffers);
   struct rlimit limit {};
@@ -327,7 +328,7 @@ class PipedFile {
     std::thread writer([&] {
       const Descriptor pipe(open(path_.c_str(), O_WRONLY | O_CLOEXEC));
       std::string_view rest = content_;
-      for (ssize_t count = 1; count > 0; rest.remove_prefix(static_cast<size_t>(count))) {
+      for (ssize_t count = 1; count > 0; rest.remove_prefix(static_cast<std::size_t>(count))) {
         count = std::max<ssize_t>(0, write(pipe.number(), rest.data(), rest.size()));
       }
       if (staysOpen_) {
@@ -374,7 +375,7 @@ TEST_F(ConfigFile, TruncatedAtAnyLengthIsMinusTwoAndKeepsWhatHadBeenRead) {
   const std::string whole = toJson(randomHeadendConfig(shortConfigSeed()));
   const HeadendConfig before = randomHeadendConfig(shortConfigSeed() + 1);
   fill(whole);
-  for (size_t length = whole.size(); length-- > 0;) {
+  for (std::size_t length = whole.size(); length-- > 0;) {
     std::filesystem::resize_file(path_, length);
     HeadendConfig config = before;
     ASSERT_EQ(readConfigFile(path_, config), -2) << "length " << length;
@@ -442,8 +443,8 @@ class SizeRecorder : public apache::thrift::protocol::TJSONProtocol {
  public:
   using TType = apache::thrift::protocol::TType;
   struct Size {
-    size_t position;
-    size_t length;
+    std::size_t position;
+    std::size_t length;
   };
 
   explicit SizeRecorder(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& buffer)
@@ -463,8 +464,8 @@ class SizeRecorder : public apache::thrift::protocol::TJSONProtocol {
   std::vector<Size> sizes{};
 
  private:
-  void remember(uint32_t size, size_t after) {
-    const size_t length = std::to_string(size).size();
+  void remember(uint32_t size, std::size_t after) {
+    const std::size_t length = std::to_string(size).size();
     sizes.push_back({buffer_.available_read() - after - length, length});
   }
 
@@ -493,8 +494,8 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsIsMinusTwoWithoutTheMemory) 
 
 TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsGetsNoneOfThem) {
   const std::string entries = R"({"1":{"rec":{"5":{"lst":["rec",%,{},{}]}}}})";
-  const size_t behindCount = entries.size() - entries.find('%') - 1;
-  const auto entriesRead = [&](size_t claim) {
+  const std::size_t behindCount = entries.size() - entries.find('%') - 1;
+  const auto entriesRead = [&](std::size_t claim) {
     std::string text = entries;
     fill(text.replace(text.find('%'), 1, std::to_string(claim)));
     HeadendConfig config;
@@ -518,9 +519,9 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsInAnUnknownFieldIsMinusTwo) {
 }
 
 /// `head`, then as many of the `elements` as a megabyte has room for, counted in `head` at "%".
-std::string megabyte(std::string head, const std::function<std::string(size_t)>& element) {
+std::string megabyte(std::string head, const std::function<std::string(std::size_t)>& element) {
   std::string elements;
-  size_t count = 0;
+  std::size_t count = 0;
   while (head.size() + elements.size() < 999900) {
     elements += (count == 0 ? "" : ",") + element(count);
     ++count;
@@ -530,8 +531,8 @@ std::string megabyte(std::string head, const std::function<std::string(size_t)>&
 }
 
 TEST_F(ConfigFile, OfAMegabyteOfTextsOrNumbersNeverTakesMoreThanTheLimit) {
-  const auto emptyString = [](size_t /*n*/) { return std::string("\"\""); };
-  const auto zero = [](size_t /*n*/) { return std::string("0"); };
+  const auto emptyString = [](std::size_t /*n*/) { return std::string("\"\""); };
+  const auto zero = [](std::size_t /*n*/) { return std::string("0"); };
   for (const std::string& text :
        {megabyte(R"({"1":{"rec":{"1":{"rec":{"3":{"lst":["str",%,)", emptyString),
         megabyte(R"({"77":{"lst":["i32",%,)", zero),

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -255,7 +256,7 @@ HeadendConfig configWithoutText() {
 }
 
 /// The frame of a reply of `method` whose message ends after the first `bytes` bytes of `record`.
-std::string brokenOff(const std::string& method, const std::string& record, size_t bytes) {
+std::string brokenOff(const std::string& method, const std::string& record, std::size_t bytes) {
   std::string message = recordReply(method, record.substr(0, bytes)).substr(4);
   message.pop_back();  // the end of the result
   return framed(message);
@@ -263,7 +264,7 @@ std::string brokenOff(const std::string& method, const std::string& record, size
 
 TEST_F(ReachableController, FetchThatBreaksOffLeavesWhatHadBeenRead) {
   const std::string record = toBinary(configWithoutText());
-  for (size_t bytes = 0; bytes < record.size(); ++bytes) {
+  for (std::size_t bytes = 0; bytes < record.size(); ++bytes) {
     answerAllWithBytes(brokenOff("getHeadendConfig", record, bytes));
     editor_.config = randomHeadendConfig(1);
     ASSERT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
@@ -278,7 +279,7 @@ TEST_F(ReachableController, FetchOfAStatusThatBreaksOffLeavesWhatHadBeenRead) {
   status.satRFInputs[general::RFInputId::SAT2].config.enabled = true;
   status.lineupStatus.carrierBitrates[1] = 2;
   const std::string record = toBinary(status);
-  const size_t behindTheBitrate = record.find(std::string("\0\0\0\1\0\0\0\2", 8)) + 8;
+  const std::size_t behindTheBitrate = record.find(std::string("\0\0\0\1\0\0\0\2", 8)) + 8;
   answerAllWithBytes(brokenOff("getHeadendStatus", record, behindTheBitrate));
   EXPECT_EQ(printed([this] { editor_.fetchHeadendStatus(); }), kStatusFailed);
   EXPECT_TRUE(editor_.status.tdtRFInputs.at(general::RFInputId::TDT1).config.enabled);
@@ -290,8 +291,8 @@ TEST_F(ReachableController, FetchOfAStatusThatBreaksOffLeavesWhatHadBeenRead) {
 
 TEST_F(ReachableController, FetchWhoseConnectionBreaksInsideTheFrameChangesNothing) {
   controller_.setConfig(HeadendConfig());
-  const size_t size = recordReply("getHeadendConfig", toBinary(HeadendConfig())).size();
-  for (size_t bytes = 0; bytes < size; ++bytes) {
+  const std::size_t size = recordReply("getHeadendConfig", toBinary(HeadendConfig())).size();
+  for (std::size_t bytes = 0; bytes < size; ++bytes) {
     controller_.answerAll({.sentBytes = bytes});
     ASSERT_EQ(printed([this] { editor_.fetchHeadendConfig(); }), kFetchFailed);
     expectUnchanged();
@@ -300,8 +301,8 @@ TEST_F(ReachableController, FetchWhoseConnectionBreaksInsideTheFrameChangesNothi
 
 TEST_F(ReachableController, CommitIsDoneOnlyWhenTheWholeReplyHasArrived) {
   controller_.setStatus(HeadendStatus());
-  const size_t size = recordReply("setHeadendConfig", toBinary(HeadendStatus())).size();
-  for (size_t bytes = 0; bytes < size; ++bytes) {
+  const std::size_t size = recordReply("setHeadendConfig", toBinary(HeadendStatus())).size();
+  for (std::size_t bytes = 0; bytes < size; ++bytes) {
     controller_.answerAll({.sentBytes = bytes});
     ASSERT_EQ(printed([this] { editor_.commitHeadendConfig(); }), kCommitFailed);
     ASSERT_TRUE(editor_.pendingChanges);

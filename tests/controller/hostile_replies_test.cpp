@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <thrift/TApplicationException.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -31,7 +32,7 @@ using namespace korvel::thrift::hub_module;
 using Client = korvel::thrift::utils::SimpleClient<WebSrvClient>;
 
 constexpr int32_t kLongMs = 60000;
-constexpr size_t kMegabyte = 1000000;
+constexpr std::size_t kMegabyte = 1000000;
 
 class HostileReplies : public testing::Test {
  protected:
@@ -158,7 +159,8 @@ TEST_F(HostileReplies, BytesAfterTheReplyInItsFrameAreTaken) {
 
 TEST_F(HostileReplies, ReplySpreadOverTwoFramesIsRefused) {
   const std::string reply = recordReply("getHeadendConfig", toBinary(HeadendConfig())).substr(4);
-  for (const size_t cut : {size_t{3}, size_t{10}, size_t{27}, reply.size() - 1}) {
+  for (const std::size_t cut :
+       {std::size_t{3}, std::size_t{10}, std::size_t{27}, reply.size() - 1}) {
     controller_.answerNext(answerOf(framed(reply.substr(0, cut)) + framed(reply.substr(cut))));
     HeadendConfig config;
     EXPECT_THROW(fetch(config), TTransportException);
@@ -273,7 +275,7 @@ class RightReplies : public HostileMessages, public testing::WithParamInterface<
 TEST_P(RightReplies, AreRefusedWhenCutAtAnyByte) {
   const Reply& reply = GetParam();
   const std::string whole = framed(reply.message());
-  for (size_t bytes = 0; bytes < whole.size(); ++bytes) {
+  for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
     ASSERT_EQ(outcomeOf(reply.method, whole.substr(0, bytes)), "refused")
         << bytes << " of " << whole.size() << " bytes";
   }
@@ -283,7 +285,7 @@ TEST_P(RightReplies, AreRefusedWhenCutAtAnyByte) {
 TEST_P(RightReplies, AreRefusedWhenCutAtAnyByteInsideAWholeFrame) {
   const Reply& reply = GetParam();
   const std::string whole = reply.message();
-  for (size_t bytes = 0; bytes < whole.size(); ++bytes) {
+  for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
     ASSERT_EQ(outcomeOf(reply.method, framed(whole.substr(0, bytes))), "refused")
         << bytes << " of " << whole.size() << " bytes";
   }
@@ -320,7 +322,7 @@ class SizeRecorder : public TBinaryProtocol {
     return TBinaryProtocol::writeString(text);
   }
 
-  std::vector<size_t> positions{};
+  std::vector<std::size_t> positions{};
 
  private:
   uint32_t written(uint32_t bytes) {
@@ -338,7 +340,7 @@ std::vector<std::string> lies(const Record& record, const std::string& claim) {
   SizeRecorder protocol(buffer);
   record.write(&protocol);
   std::vector<std::string> encodings;
-  for (const size_t position : protocol.positions) {
+  for (const std::size_t position : protocol.positions) {
     encodings.push_back(buffer->getBufferAsString().replace(position, claim.size(), claim));
   }
   return encodings;

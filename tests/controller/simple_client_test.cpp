@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -130,7 +131,7 @@ TEST_F(SimpleClientTest, RefusedConnectionIsRaisedAndLeavesNothingBehind) {
     const FakeController gone(0);
     port = gone.port();
   }
-  const size_t before = openDescriptors();
+  const std::size_t before = openDescriptors();
   EXPECT_EQ(transportError([&] { Client("127.0.0.1", port, false, kLongMs, kLongMs, kLongMs); }),
             TTransportException::NOT_OPEN);
   EXPECT_EQ(openDescriptors(), before);
@@ -160,7 +161,7 @@ TEST_F(SimpleClientTest, ConnectTimeoutEndsTheWaitForAConnection) {
 }
 
 TEST_F(SimpleClientTest, ReceiveTimeoutEndsTheWaitForAReplyAndForTheRestOfOne) {
-  for (const size_t sent : {0U, 30U}) {
+  for (const std::size_t sent : {0U, 30U}) {
     FakeController controller(0);
     controller.answerNext(stalled(false, sent));
     Client client("127.0.0.1", controller.port(), false, 0, 100, 0);

@@ -4,13 +4,11 @@
 // how many columns there are.
 
 #include <sqlite3.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -160,7 +158,7 @@ void checkLists(const std::string& text) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   constexpr std::size_t kRowsAdded = 4;
   static const bool quiet = (lineup::fuzz::beQuiet(), true);
   require(quiet, "the output goes nowhere");

@@ -99,7 +99,7 @@ void completeLastLine(const std::string& script) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   static const bool prepared = prepare();
   require(prepared, "the catalogue can be filled");
   std::string script(reinterpret_cast<const char*>(data), size);

@@ -10,7 +10,7 @@
 #include "tests/fuzz/round_trip.h"
 #include "tests/support/scratch_file.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   static const lineup::test::ScratchFile file;
   file.fill({reinterpret_cast<const char*>(data), size});
   korvel::thrift::hub_module::HeadendConfig config;

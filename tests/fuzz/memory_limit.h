@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <cstddef>
-
 namespace lineup::fuzz {
 
 /// For its lifetime, ends the process with a message as soon as the memory allocated since its

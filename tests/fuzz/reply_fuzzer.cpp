@@ -12,7 +12,6 @@
 #include <iterator>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -111,7 +110,7 @@ void receive(std::size_t call, const std::shared_ptr<TSocket>& connection, Recei
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   if (size == 0) {
     return 0;
   }

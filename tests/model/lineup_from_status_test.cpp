@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+
 #include "tests/support/random_records.h"
 
 namespace lineup {
@@ -20,7 +22,7 @@ TEST(LineupFromStatus, CopiesSettingsEntriesInOrderAndServicesKeyByKey) {
   EXPECT_EQ(lineup.dvbInputServices, status.dvbInputServices);
   EXPECT_EQ(lineup.encInputServices, status.encInputServices);
   ASSERT_EQ(lineup.rfEntries.size(), status.rfEntries.size());
-  for (size_t index = 0; index < lineup.rfEntries.size(); ++index) {
+  for (std::size_t index = 0; index < lineup.rfEntries.size(); ++index) {
     EXPECT_EQ(lineup.rfEntries[index], status.rfEntries[index].config);
   }
 }

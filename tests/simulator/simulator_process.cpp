@@ -4,7 +4,6 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
-#include <stdexcept>
 #include <utility>
 
 #include "model/no_size_limits.h"

@@ -4,7 +4,6 @@
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 #include <functional>
 #include <set>

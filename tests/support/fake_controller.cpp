@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
@@ -81,7 +82,7 @@ void sendAll(int socket, std::string_view bytes, const Answer& answer) {
     if (sent < 0) {
       return;
     }
-    bytes.remove_prefix(static_cast<size_t>(sent));
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
     std::this_thread::sleep_for(answer.pause);
   }
 }
@@ -174,13 +175,14 @@ bool FakeController::waitUntilReadable(int socket) const {
   return true;
 }
 
-bool FakeController::readWhole(int socket, char* bytes, size_t size, size_t bytesASecond) {
-  constexpr size_t kStepsASecond = 20;
+bool FakeController::readWhole(int socket, char* bytes, std::size_t size,
+                               std::size_t bytesASecond) {
+  constexpr std::size_t kStepsASecond = 20;
   while (size > 0) {
     if (!waitUntilReadable(socket)) {
       return false;
     }
-    size_t most = size;
+    std::size_t most = size;
     if (bytesASecond > 0) {
       most = std::min(size, bytesASecond / kStepsASecond);
       std::this_thread::sleep_for(std::chrono::milliseconds(1000 / kStepsASecond));
@@ -190,7 +192,7 @@ bool FakeController::readWhole(int socket, char* bytes, size_t size, size_t byte
       return false;
     }
     bytes += got;
-    size -= static_cast<size_t>(got);
+    size -= static_cast<std::size_t>(got);
   }
   return true;
 }
@@ -227,7 +229,7 @@ void FakeController::serveConnection(int socket) {
       return;
     }
     std::string request(ntohl(header), '\0');
-    size_t pace = 0;
+    std::size_t pace = 0;
     {
       const std::lock_guard lock(mutex_);
       ++begun_;

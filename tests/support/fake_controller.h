@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <limits>
@@ -23,7 +24,7 @@ namespace lineup::test {
 
 /// One call as it was received. Of the arguments those of `method` are filled.
 struct ReceivedCall {
-  size_t connection = 0;  ///< which connection it came on; the first is 1
+  std::size_t connection = 0;  ///< which connection it came on; the first is 1
   std::string method{};
   apache::thrift::protocol::TMessageType type = apache::thrift::protocol::T_CALL;
   int32_t sequence = 0;
@@ -43,24 +44,24 @@ struct Answer {
     kApplicationException,  ///< the library's exception for a failed call
     kBytes                  ///< `bytes` as they are, frame headers included
   };
-  static constexpr size_t kAll = std::numeric_limits<size_t>::max();
+  static constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
   Kind kind = kResult;
   std::string bytes{};
   std::string name{};  ///< a method name in place of the call's own
   apache::thrift::protocol::TMessageType type = apache::thrift::protocol::T_REPLY;
-  int32_t sequenceOffset = 0;  ///< added to the call's sequence number
-  std::string after{};         ///< bytes sent together with the answer, after its frame
-  size_t sentBytes = kAll;     ///< how much of all this is sent, the frame's header counted
-  bool hangsUp = false;        ///< closes the connection then, also when all was sent
-  bool stalls = false;         ///< sends `sentBytes`, then nothing until release()
-  bool goesOn = false;         ///< release() sends the rest; otherwise it closes the connection
-  bool byteByByte = false;     ///< each byte in a packet of its own
+  int32_t sequenceOffset = 0;    ///< added to the call's sequence number
+  std::string after{};           ///< bytes sent together with the answer, after its frame
+  std::size_t sentBytes = kAll;  ///< how much of all this is sent, the frame's header counted
+  bool hangsUp = false;          ///< closes the connection then, also when all was sent
+  bool stalls = false;           ///< sends `sentBytes`, then nothing until release()
+  bool goesOn = false;           ///< release() sends the rest; otherwise it closes the connection
+  bool byteByByte = false;       ///< each byte in a packet of its own
   std::chrono::milliseconds pause{0};  ///< after each packet
 };
 
 /// An answer of which the first bytes come, and the rest does, or does not, after release().
-inline Answer stalled(bool goesOn, size_t sentBytes = 5) {
+inline Answer stalled(bool goesOn, std::size_t sentBytes = 5) {
   return {.sentBytes = sentBytes, .stalls = true, .goesOn = goesOn};
 }
 
@@ -99,7 +100,7 @@ class FakeController {
 
   /// From the next connection on takes requests at this pace, with as little ahead of it as the
   /// system allows, so that a large one blocks whoever sends it.
-  void readSlowly(size_t bytesASecond) { hold(bytesASecond, bytesASecond_); }
+  void readSlowly(std::size_t bytesASecond) { hold(bytesASecond, bytesASecond_); }
 
   /// Ends the silence of the stalled calls. Those whose answer `goesOn` get the rest; the others'
   /// connections are closed.
@@ -109,21 +110,21 @@ class FakeController {
   std::vector<ReceivedCall> calls() const { return held(calls_); }
   std::vector<std::string> methods() const;
   /// How many connections were accepted so far.
-  size_t connections() const { return held(connections_); }
+  std::size_t connections() const { return held(connections_); }
   /// How many of them the console has closed after its last call was answered in full.
-  size_t closedByPeer() const { return held(closedByPeer_); }
+  std::size_t closedByPeer() const { return held(closedByPeer_); }
   /// How many requests were begun and not sent to their end.
-  size_t cutShort() const { return held(cutShort_); }
+  std::size_t cutShort() const { return held(cutShort_); }
   /// Waits until `count` requests have been begun.
-  void waitForBegun(size_t count) const {
+  void waitForBegun(std::size_t count) const {
     waitUntil([&] { return begun_ >= count; });
   }
   /// Waits until `count` calls have been received.
-  void waitForCalls(size_t count) const {
+  void waitForCalls(std::size_t count) const {
     waitUntil([&] { return calls_.size() >= count; });
   }
   /// Waits until the console has closed `count` connections.
-  void waitForClosed(size_t count) const {
+  void waitForClosed(std::size_t count) const {
     waitUntil([&] { return closedByPeer_ >= count; });
   }
 
@@ -150,7 +151,7 @@ class FakeController {
   bool answerCall(int socket, const std::string& request);
   std::string answerBytes(const ReceivedCall& call, const Answer& answer);
   std::string result(const ReceivedCall& call);
-  bool readWhole(int socket, char* bytes, size_t size, size_t bytesASecond = 0);
+  bool readWhole(int socket, char* bytes, std::size_t size, std::size_t bytesASecond = 0);
   bool waitUntilReadable(int socket) const;
 
   int listener_ = -1;
@@ -164,11 +165,11 @@ class FakeController {
   std::deque<Answer> next_;
   Answer all_;
   std::vector<ReceivedCall> calls_;
-  size_t connections_ = 0;
-  size_t closedByPeer_ = 0;
-  size_t begun_ = 0;
-  size_t cutShort_ = 0;
-  size_t bytesASecond_ = 0;  ///< 0 for as many as come
+  std::size_t connections_ = 0;
+  std::size_t closedByPeer_ = 0;
+  std::size_t begun_ = 0;
+  std::size_t cutShort_ = 0;
+  std::size_t bytesASecond_ = 0;  ///< 0 for as many as come
   uint64_t releases_ = 0;
   bool ending_ = false;
 

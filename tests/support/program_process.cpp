@@ -13,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -235,18 +236,18 @@ void ProgramProcess::pump(Deadline deadline, const std::string& awaited,
   if (files[0].revents != 0) {
     const ssize_t length = write(input_, pending_.data(), pending_.size());
     if (length >= 0) {
-      pending_.erase(0, static_cast<size_t>(length));
+      pending_.erase(0, static_cast<std::size_t>(length));
     } else if (errno != EAGAIN && errno != EINTR) {
       pending_.clear();
     }
   }
-  for (const size_t index : {size_t{1}, size_t{2}}) {
+  for (const std::size_t index : {std::size_t{1}, std::size_t{2}}) {
     if (files[index].revents != 0) {
       Stream& stream = index == 1 ? out_ : err_;
       std::array<char, 65536> buffer{};
       const ssize_t length = read(stream.file, buffer.data(), buffer.size());
       if (length > 0) {
-        stream.text.append(buffer.data(), static_cast<size_t>(length));
+        stream.text.append(buffer.data(), static_cast<std::size_t>(length));
       } else if (length == 0 || (errno != EAGAIN && errno != EINTR)) {
         closeFile(stream.file);
       }
@@ -285,7 +286,7 @@ std::string ProgramProcess::readMore() {
     }
     pump(deadline, "more output");
   }
-  const size_t start = out_.taken;
+  const std::size_t start = out_.taken;
   out_.taken = out_.text.size();
   return out_.text.substr(start);
 }
@@ -297,14 +298,14 @@ std::string ProgramProcess::readErrorsUntil(std::string_view expected) {
 std::string ProgramProcess::readUntil(Stream& stream, std::string_view expected) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   const std::string awaited = "\"" + std::string(expected) + "\"";
-  size_t found = 0;
+  std::size_t found = 0;
   while ((found = stream.text.find(expected, stream.taken)) == std::string::npos) {
     if (stream.file < 0) {
       fail("ended before " + awaited);
     }
     pump(deadline, awaited);
   }
-  const size_t start = stream.taken;
+  const std::size_t start = stream.taken;
   stream.taken = found + expected.size();
   return stream.text.substr(start, stream.taken - start);
 }

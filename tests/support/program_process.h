@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <optional>
@@ -116,7 +117,7 @@ class ProgramProcess {
   struct Stream {
     int file = -1;  ///< -1 once it has ended
     std::string text{};
-    size_t taken = 0;  ///< how much of the text earlier reads returned
+    std::size_t taken = 0;  ///< how much of the text earlier reads returned
   };
   using Deadline = std::chrono::steady_clock::time_point;
 

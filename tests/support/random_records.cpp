@@ -1,6 +1,7 @@
 #include "tests/support/random_records.h"
 
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <map>
 #include <random>
@@ -55,7 +56,7 @@ class Filler {
                                                         "ß",    "\"",    "\\", "/",  "\n", "\x01",
                                                         "\x1f", "\t✓",   "✕",  "日", "😀"};
     for (int32_t pieces = 1 + upTo(20); pieces > 0; --pieces) {
-      value += kPieces.at(static_cast<size_t>(upTo(kPieces.size() - 1)));
+      value += kPieces.at(static_cast<std::size_t>(upTo(kPieces.size() - 1)));
     }
   }
 

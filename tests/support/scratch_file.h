@@ -5,7 +5,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>

@@ -4,7 +4,6 @@
 
 #include <clocale>
 #include <cwctype>
-#include <string>
 
 namespace lineup::test {
 namespace {

@@ -1,13 +1,11 @@
 #include "terminal/history_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <string>
 #include <vector>
 
