@@ -54,7 +54,7 @@ TEST(Options, ShortOptionsAreTaken) {
   EXPECT_EQ(options.headendType, "skyit");
 }
 
-TEST(Options, LongOptions) {
+TEST(Options, LongOptionsAreTakenWithEitherKindOfArgument) {
   const CommandLineOptions options = parse(
       {"--console", "--level=3", "--version", "--save=a", "--restore", "b", "--type=standard"});
   EXPECT_TRUE(options.console);

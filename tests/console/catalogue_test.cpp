@@ -122,7 +122,7 @@ TEST_F(CatalogueCommands, ACatalogueThatBecomesFreeDuringTheWaitsIsRead) {
   EXPECT_EQ(count(outcome.err, "intento"), 1) << outcome.err;
 }
 
-TEST_F(CatalogueCommands, CtrlCAndOtherSignalsEndASelectThatTakesForever) {
+TEST_F(CatalogueCommands, SignalsEndASelectThatTakesForever) {
   for (const int signal : {SIGINT, SIGTERM}) {
     ProgramProcess console{Start{}};
     console.send(

@@ -207,19 +207,19 @@ TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
-const std::string kZero(1, '\0');
+const std::string kNul(1, '\0');
 
-TEST_F(OnATerminal, AZeroDoesNothingToTheNextKey) {
+TEST_F(OnATerminal, ANulDoesNothingToTheNextKey) {
   Session session(onTerminal());
-  session.type("id 3" + kZero + "\r", kPendingOnScreen);
-  session.type("id 4" + kZero + kBackspace + "5\r", changedOnScreen(5));
+  session.type("id 3" + kNul + "\r", kPendingOnScreen);
+  session.type("id 4" + kNul + kBackspace + "5\r", changedOnScreen(5));
 }
 
-TEST_F(OnATerminal, AZeroTypedAheadDoesNothing) {
+TEST_F(OnATerminal, ANulTypedAheadDoesNothing) {
   Session session(onTerminal());
-  session.type("id 3\n" + kZero, kPendingOnScreen);  // in one: it comes between two lines
+  session.type("id 3\n" + kNul, kPendingOnScreen);  // in one: it comes between two lines
   for (const std::string& line : {std::string(), std::string("eit off\n")}) {
-    for (const std::string& keys : {kZero, kZero + kZero, kZero + "x"}) {
+    for (const std::string& keys : {kNul, kNul + kNul, kNul + "x"}) {
       beginCall(session, controller, "rfinput status\n");
       session.screen.show("\x1b[2J\x1b[H");
       session.type(line + keys);

@@ -112,7 +112,7 @@ class CtlWithFaultyController : public testing::Test {
   const std::string file_ = folder_.file("config.json");
 };
 
-TEST_F(CtlWithFaultyController, ThatIsAway) {
+TEST_F(CtlWithFaultyController, ThatIsAwayMakesEachCommandSaySo) {
   for (const Command& command : commands()) {
     expectFailure(runCtl(command.words), "");
   }
@@ -162,7 +162,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& instance) { return instance.param.name; });
 
 // What is sent back with a configuration is not used.
-TEST_F(CtlWithFaultyController, ThatSendsAnotherRecordThanItIsAskedFor) {
+TEST_F(CtlWithFaultyController, ThatSendsAnotherRecordThanItIsAskedForIsRefused) {
   expectEachCallToFail([](const std::string& call) {
     const std::string record =
         call == kGetConfig ? toBinary(HeadendStatus()) : toBinary(HeadendConfig());

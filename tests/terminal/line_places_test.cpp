@@ -40,7 +40,7 @@ TEST_F(LinePlaces, OfMarksWithoutALetterAreTheEnds) {
   EXPECT_EQ(places(L"", 0, wordAfter), (Places{0}));
 }
 
-TEST_F(LinePlaces, OfWordsAreWhereLettersDigitsAndTheUsualEnd) {
+TEST_F(LinePlaces, OfWordsAreWhereLettersDigitsAndTheSignsOfUrlsEnd) {
   const std::wstring line = L" ab1  http://e\u0301x_y.org:80";
   EXPECT_EQ(places(line, 0, wordAfter), (Places{0, 4, 10, 22, 25}));
   EXPECT_EQ(places(line, line.size(), wordBefore), (Places{25, 23, 13, 6, 1, 0}));
