@@ -79,10 +79,6 @@ TEST(Start, UnknownOptionExitsWithOne) {
                 kConsoleProgram + ": invalid option -- 'x'\n" + tryHelp());
 }
 
-TEST(Start, StandardErrorStaysEmptyWithoutAController) {
-  expectOutcome(runConsole({}), 0, kFetchFailed + kGreeting + "> \n", "");
-}
-
 /// Runs the console with `redirections` as the shell has them.
 Outcome runRedirected(const std::string& redirections, const std::string& input) {
   return run(inShell("exec " + kConsoleProgram + " -c -l 7 " + redirections), input);

@@ -1,12 +1,10 @@
-// Each of these finds the controller's port free and the catalogue's folder empty, whatever else
-// runs.
+// This finds the controller's port free and the catalogue's folder empty, whatever else runs.
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -15,7 +13,7 @@
 namespace lineup::test {
 namespace {
 
-void serveAndWrite() {
+TEST(SandboxedMain, GivesATestThePortAndTheFolder) {
   const int listener = socket(AF_INET, SOCK_STREAM, 0);
   const int on = 1;
   setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -34,19 +32,6 @@ void serveAndWrite() {
   std::ofstream(kCataloguePath) << "data";
   EXPECT_EQ(std::filesystem::file_size(kCataloguePath), 4U);
   std::filesystem::remove(kCataloguePath);
-}
-
-TEST(SandboxedMain, GivesATestThePortAndTheFolder) {
-  serveAndWrite();
-}
-
-TEST(SandboxedMain, KeepsThemWhenAChildOfTheTestExits) {
-  EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "");
-  serveAndWrite();
-}
-
-TEST(SandboxedMain, GivesAnotherTestTheSame) {
-  serveAndWrite();
 }
 
 }  // namespace
