@@ -14,7 +14,6 @@ namespace {
 
 using namespace korvel::thrift::hub_module;
 
-constexpr char kUpdated[] = "Updated scan type. Please remember to commit the changes.\n";
 const std::string kTooFew = kPlsQuestion + "Please enter all the parameters\n";
 
 std::string scanTable(const char* cofdm, const char* qams) {
@@ -29,10 +28,10 @@ TEST_F(ScanCommands, TypesAreSwitchedAndCommitted) {
   EXPECT_EQ(
       committedAfter({{"tdtscan enable dvb-t", "Scan type not supported \n", false},
                       {"tdtscan disable cofdm", "It has the same configuration: DISABLED\n", false},
-                      {"tdtscan enable cofdm", kUpdated},
+                      {"tdtscan enable cofdm", kScanUpdated},
                       {"tdtscan status", scanTable("✓", "✕")},
-                      {"tdtscan enable Qams", kUpdated},
-                      {"tdtscan disable COFDM ignored", kUpdated},
+                      {"tdtscan enable Qams", kScanUpdated},
+                      {"tdtscan disable COFDM ignored", kScanUpdated},
                       {"tdtscan status", scanTable("✕", "✓")}}),
       expected);
 }

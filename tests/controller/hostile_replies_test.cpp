@@ -229,12 +229,9 @@ Reply brokenReply(const std::string& method, const std::string& body = toBinary(
 }
 
 std::vector<Reply> rightReplies() {
-  const std::string end(1, '\0');
-  const auto record = [&](const std::string& bytes) {
-    return std::string("\x0c\0\0", 3) + bytes + end;
-  };
-  const std::string config = record(toBinary(randomHeadendConfig(1)));
-  const std::string status = record(toBinary(randomHeadendStatus(1)));
+  const std::string end(1, kFieldStop);
+  const std::string config = recordResult(toBinary(randomHeadendConfig(1)));
+  const std::string status = recordResult(toBinary(randomHeadendStatus(1)));
   const std::map<std::string, std::string> results = {{"getHeadendConfig", config},
                                                       {"getHeadendStatus", status},
                                                       {"setHeadendConfig", status},

@@ -44,6 +44,13 @@ std::map<std::string, int> files;
 
 constexpr std::size_t kMostFiles = 16;
 
+/// A new file's descriptor.
+int newFile() {
+  const int descriptor = memfd_create("file", MFD_CLOEXEC);
+  require(descriptor >= 0, "a file can be made");
+  return descriptor;
+}
+
 constexpr int kMemory = 32 << 20;
 constexpr int kStepsBetweenLooks = 1000;
 constexpr int kMostLooks = 20;
@@ -65,17 +72,6 @@ void beQuiet() {
 
 void setInput(std::string text) {
   input = {std::move(text), 0};
-}
-
-void setFile(const std::string& path, const std::string& bytes) {
-  const int descriptor = memfd_create("file", MFD_CLOEXEC);
-  require(descriptor >= 0 && pwrite(descriptor, bytes.data(), bytes.size(), 0) ==
-                                 static_cast<ssize_t>(bytes.size()),
-          "a file can be made");
-  const auto [place, isNew] = files.insert({path, descriptor});
-  if (!isNew) {
-    close(std::exchange(place->second, descriptor));
-  }
 }
 
 void removeFiles() {
@@ -146,7 +142,7 @@ int __wrap_open(const char* path, int flags, ...) {
       errno = ENOENT;
       return -1;
     }
-    lineup::fuzz::setFile(path, "");
+    files.emplace(path, lineup::fuzz::newFile());
   }
   const std::string name = "/proc/self/fd/" + std::to_string(files.at(path));
   return openat(AT_FDCWD, name.c_str(), flags & ~O_CREAT);

@@ -26,9 +26,7 @@ void setInput(std::string text);
 /// commands run any select, whatever it takes.
 sqlite3* catalogue();
 
-/// Makes or replaces a file that the console can open. It sees no other files but those it made.
-void setFile(const std::string& path, const std::string& bytes);
-
+/// Removes the files that the console made, the only ones that it can open.
 void removeFiles();
 
 }  // namespace lineup::fuzz

@@ -51,15 +51,14 @@ void expectScan(bool cofdm, bool qams, bool enable, std::string type, const std:
   EXPECT_EQ(editor.pendingChanges, pendingAfter);
 }
 
-const char* const kUpdated = "Updated scan type. Please remember to commit the changes.\n";
 const char* const kSameEnabled = "It has the same configuration: ENABLED\n";
 const char* const kSameDisabled = "It has the same configuration: DISABLED\n";
 
 TEST(SetTdtScan, ChangesTheFlagOfTheType) {
-  expectScan(false, false, true, "COFDM", kUpdated, true, false, true);
-  expectScan(true, true, false, "COFDM", kUpdated, false, true, true);
-  expectScan(false, false, true, "QAMS", kUpdated, false, true, true);
-  expectScan(true, true, false, "QAMS", kUpdated, true, false, true);
+  expectScan(false, false, true, "COFDM", kScanUpdated, true, false, true);
+  expectScan(true, true, false, "COFDM", kScanUpdated, false, true, true);
+  expectScan(false, false, true, "QAMS", kScanUpdated, false, true, true);
+  expectScan(true, true, false, "QAMS", kScanUpdated, true, false, true);
 }
 
 TEST(SetTdtScan, CofdmThatIsAsRequestedIsNoChange) {

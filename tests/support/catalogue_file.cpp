@@ -80,14 +80,6 @@ std::vector<Row> CatalogueWriter::select(const std::string& sql) const {
   return result;
 }
 
-void CatalogueWriter::createTables(std::size_t extraColumns) {
-  std::string sql = "BEGIN;";
-  for (const CatalogueTable& table : kCatalogueTables) {
-    sql += createStatement(table, extraColumns);
-  }
-  execute(sql + "COMMIT");
-}
-
 void CatalogueWriter::insert(const std::string& table, const Cells& cells) {
   std::string values;
   for (std::size_t column = 0; column < columnCount(table); ++column) {
@@ -109,7 +101,11 @@ std::size_t CatalogueWriter::columnCount(const std::string& table) const {
 
 CatalogueFile::CatalogueFile(const std::string& path, std::size_t extraColumns)
     : CatalogueWriter(cleared(path)) {
-  createTables(extraColumns);
+  std::string sql = "BEGIN;";
+  for (const CatalogueTable& table : kCatalogueTables) {
+    sql += createStatement(table, extraColumns);
+  }
+  execute(sql + "COMMIT");
 }
 
 CatalogueLock::CatalogueLock(const std::string& path) : writer_(path) {

@@ -54,10 +54,6 @@ class CatalogueWriter {
   /// The rows that a statement finds, after one of the columns' names; nothing without any row.
   std::vector<Row> select(const std::string& sql) const;
 
-  /// Makes the four tables, empty, in one transaction. Each has `extraColumns` columns after those
-  /// that the console knows.
-  void createTables(std::size_t extraColumns = 0);
-
   /// Adds a row to `table`. Columns that `cells` does not name are NULL.
   void insert(const std::string& table, const Cells& cells);
 
@@ -71,7 +67,8 @@ class CatalogueWriter {
   sqlite3* handle_ = nullptr;
 };
 
-/// A catalogue with four empty tables at `path`. Makes the folders above it and replaces the file.
+/// A catalogue with four empty tables at `path`, each with `extraColumns` columns after those that
+/// the console knows. Makes the folders above it and replaces the file.
 class CatalogueFile : public CatalogueWriter {
  public:
   explicit CatalogueFile(const std::string& path, std::size_t extraColumns = 0);

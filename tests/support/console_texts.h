@@ -19,6 +19,10 @@ inline const std::string kStatusFailed =
 inline const std::string kCommitFailed = "ERROR: Could not set LineupConfig to ControllerTask\n";
 inline const std::string kTdtFailed = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
 
+/// What "tdtscan" prints for a change.
+inline const std::string kScanUpdated =
+    "Updated scan type. Please remember to commit the changes.\n";
+
 /// What "addpls" asks.
 inline const std::string kPlsQuestion =
     "Enter the information of the non-standard PLS item:\n"

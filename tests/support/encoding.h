@@ -47,6 +47,11 @@ std::string toJson(const Record& record) {
 /// Ends the fields of a record in the binary protocol.
 inline constexpr char kFieldStop = apache::thrift::protocol::T_STOP;
 
+/// The bytes of a call's result that is a record, `record`, which may be broken.
+inline std::string recordResult(const std::string& record) {
+  return std::string{apache::thrift::protocol::T_STRUCT, '\0', '\0'} + record + kFieldStop;
+}
+
 /// The bytes of a message of the binary protocol: its header, then `body`.
 inline std::string binaryMessage(const std::string& name,
                                  apache::thrift::protocol::TMessageType type, int32_t sequence,

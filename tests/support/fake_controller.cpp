@@ -90,8 +90,7 @@ void sendAll(int socket, std::string_view bytes, const Answer& answer) {
 }  // namespace
 
 std::string recordReply(const std::string& method, const std::string& record) {
-  const std::string successField{'\x0c', '\0', '\0'};
-  return framed(binaryMessage(method, T_REPLY, 0, successField + record + '\0'));
+  return framed(binaryMessage(method, T_REPLY, 0, recordResult(record)));
 }
 
 FakeController::FakeController(uint16_t port) {
