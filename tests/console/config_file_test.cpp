@@ -18,14 +18,6 @@ namespace {
 
 using korvel::thrift::hub_module::HeadendConfig;
 
-std::string saved(const std::string& path) {
-  return "Saved config to: " + path + "\n";
-}
-
-std::string restored(const std::string& path) {
-  return "Restored config from: " + path + "\n";
-}
-
 class ConsoleFiles : public testing::Test {
  protected:
   ConsoleFiles() { controller_.setConfig(randomHeadendConfig(1)); }
@@ -36,21 +28,21 @@ class ConsoleFiles : public testing::Test {
 };
 
 TEST_F(ConsoleFiles, SaveModeWritesTheControllersConfiguration) {
-  expectOutcome(runConsole({"--save", path_}), saved(path_));
+  expectOutcome(runConsole({"--save", path_}), savedTo(path_));
   EXPECT_EQ(contentOf(path_), toJson(randomHeadendConfig(1)));
   EXPECT_EQ(controller_.methods(), std::vector<std::string>{"getHeadendConfig"});
 }
 
 TEST_F(ConsoleFiles, SaveToARelativePathWritesIntoTheWorkingFolder) {
-  expectOutcome(run({.arguments = {"-s", "a.json"}, .folder = folder_.path()}), saved("a.json"));
+  expectOutcome(run({.arguments = {"-s", "a.json"}, .folder = folder_.path()}), savedTo("a.json"));
   EXPECT_EQ(contentOf(folder_.file("a.json")), toJson(randomHeadendConfig(1)));
 }
 
 TEST_F(ConsoleFiles, SaveThenRestoreSendsTheIdenticalConfigurationAtOnce) {
   expectSession({{"id 7", idChanged(7)},
-                 {"save " + path_ + " ignored", saved(path_)},
+                 {"save " + path_ + " ignored", savedTo(path_)},
                  {"reset", "", false},
-                 {"restore " + path_, restored(path_), false}});
+                 {"restore " + path_, restoredFrom(path_), false}});
   HeadendConfig expected = randomHeadendConfig(1);
   expected.headendGlobalConfig.headendId = 7;
   EXPECT_EQ(contentOf(path_), toJson(expected));
@@ -60,7 +52,7 @@ TEST_F(ConsoleFiles, SaveThenRestoreSendsTheIdenticalConfigurationAtOnce) {
 
 TEST_F(ConsoleFiles, RestoreModeSendsTheFileWithoutAFetch) {
   std::ofstream(path_) << toJson(randomHeadendConfig(3));
-  expectOutcome(runConsole({"--restore", path_}), restored(path_));
+  expectOutcome(runConsole({"--restore", path_}), restoredFrom(path_));
   EXPECT_EQ(controller_.methods(), std::vector<std::string>{"setHeadendConfig"});
   EXPECT_EQ(controller_.config(), randomHeadendConfig(3));
 }

@@ -164,7 +164,7 @@ TEST(Start, SaveBeatsRestoreAndType) {
   const TemporaryFolder folder;
   const std::string path = folder.file("saved.json");
   expectOutcome(runConsole({"-t", "skyit", "-r", "/nonexistent/b.json", "-s", path}), 0,
-                "Saved config to: " + path + "\n", "");
+                savedTo(path), "");
   EXPECT_EQ(controller.methods(), Methods{"getHeadendConfig"});
   EXPECT_TRUE(std::filesystem::exists(path));
 }
@@ -172,16 +172,16 @@ TEST(Start, SaveBeatsRestoreAndType) {
 TEST(Start, RestoreBeatsType) {
   const FakeController controller;
   expectOutcome(runConsole({"-t", "skyit", "-r", "/nonexistent/b.json"}), 0,
-                "Restored config from: /nonexistent/b.json\n", "");
+                restoredFrom("/nonexistent/b.json"), "");
   EXPECT_EQ(controller.methods(), Methods{"setHeadendConfig"});
   EXPECT_EQ(controller.config(), HeadendConfig());
 }
 
 TEST(Start, EveryModeReturnsZeroWithoutAController) {
   expectOutcome(runConsole({"-s", "/nonexistent/a.json"}), 0,
-                kFetchFailed + "Saved config to: /nonexistent/a.json\n", "");
+                kFetchFailed + savedTo("/nonexistent/a.json"), "");
   expectOutcome(runConsole({"-r", "/nonexistent/a.json"}), 0,
-                kCommitFailed + "Restored config from: /nonexistent/a.json\n", "");
+                kCommitFailed + restoredFrom("/nonexistent/a.json"), "");
 }
 
 }  // namespace

@@ -33,8 +33,8 @@ class SaveAndRestore : public testing::Test {
 
   const TemporaryFolder folder_;
   const std::string path_ = folder_.file("config.json");
-  const std::string kSaved = "Saved config to: " + path_ + "\n";
-  const std::string kRestored = "Restored config from: " + path_ + "\n";
+  const std::string kSaved = savedTo(path_);
+  const std::string kRestored = restoredFrom(path_);
   const HeadendConfig some_ = randomHeadendConfig(1);
 };
 
@@ -73,7 +73,7 @@ TEST_F(SaveAndRestore, SaveThatFailsSaysSavedAllTheSame) {
   const std::string missing = folder_.file("missing/config.json");
   for (const std::string& path :
        {missing, folder_.path(), std::string("/dev/full"), std::string()}) {
-    EXPECT_EQ(printed([&] { editor.saveConfig(path); }), "Saved config to: " + path + "\n");
+    EXPECT_EQ(printed([&] { editor.saveConfig(path); }), savedTo(path));
     EXPECT_EQ(editor.config, HeadendConfig());
     EXPECT_TRUE(editor.pendingChanges);
   }

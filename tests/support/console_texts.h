@@ -19,6 +19,14 @@ inline const std::string kStatusFailed =
 inline const std::string kCommitFailed = "ERROR: Could not set LineupConfig to ControllerTask\n";
 inline const std::string kTdtFailed = "ERROR: Could not set TDTRFInputConfig to ControllerTask\n";
 
+/// What saving and restoring a file print.
+inline std::string savedTo(const std::string& path) {
+  return "Saved config to: " + path + "\n";
+}
+inline std::string restoredFrom(const std::string& path) {
+  return "Restored config from: " + path + "\n";
+}
+
 /// What "tdtscan" prints for a change.
 inline const std::string kScanUpdated =
     "Updated scan type. Please remember to commit the changes.\n";
