@@ -7,7 +7,7 @@
 
 #include "catalogue/build_dvb_services.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -63,4 +63,4 @@ TEST(IntegerList, AnItemBeyond32BitsIsOutOfRange) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

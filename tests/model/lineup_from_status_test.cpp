@@ -6,7 +6,7 @@
 
 #include "tests/support/random_records.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 TEST(LineupFromStatus, NewStatusGivesANewLineup) {
@@ -14,7 +14,7 @@ TEST(LineupFromStatus, NewStatusGivesANewLineup) {
 }
 
 TEST(LineupFromStatus, CopiesSettingsEntriesInOrderAndServicesKeyByKey) {
-  const hub_module::LineupStatus status = test::randomHeadendStatus(1).lineupStatus;
+  const hub_module::LineupStatus status = randomHeadendStatus(1).lineupStatus;
   const hub_module::LineupConfig lineup = lineupFromStatus(status);
   EXPECT_EQ(lineup.globalConfig, status.globalConfig);
   EXPECT_EQ(lineup.ipConfig, status.ipStatus.config);
@@ -28,12 +28,11 @@ TEST(LineupFromStatus, CopiesSettingsEntriesInOrderAndServicesKeyByKey) {
 }
 
 TEST(LineupFromStatus, LeavesWhatAStatusDoesNotTellAtItsDefaults) {
-  const hub_module::LineupConfig lineup =
-      lineupFromStatus(test::randomHeadendStatus(2).lineupStatus);
+  const hub_module::LineupConfig lineup = lineupFromStatus(randomHeadendStatus(2).lineupStatus);
   EXPECT_TRUE(lineup.ipEntries.empty());
   EXPECT_TRUE(lineup.emptyInputServices.empty());
   EXPECT_TRUE(lineup.encConfig.moduleSettings.empty());
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

@@ -10,7 +10,7 @@
 #include "tests/support/encoding.h"
 #include "tests/support/random_records.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 using apache::thrift::protocol::TBinaryProtocol;
@@ -118,13 +118,13 @@ TEST(Records, SettersStoreTheValueAndSetTheFlag) {
 
 TEST(Records, NewConfigurationReadBackIsEqualWithTheDefaultedFlagsStillSet) {
   HeadendConfig fromBinary;
-  test::decode<TBinaryProtocol>(test::toBinary(HeadendConfig()), fromBinary);
+  decode<TBinaryProtocol>(toBinary(HeadendConfig()), fromBinary);
   EXPECT_EQ(fromBinary, HeadendConfig());
   expectDefaultedFlagsSet(fromBinary);
   EXPECT_FALSE(fromBinary.headendGlobalConfig.__isset.countryCode);
 
   HeadendConfig fromJson;
-  test::decode<TJSONProtocol>(test::toJson(HeadendConfig()), fromJson);
+  decode<TJSONProtocol>(toJson(HeadendConfig()), fromJson);
   EXPECT_EQ(fromJson, HeadendConfig());
   expectDefaultedFlagsSet(fromJson);
 }
@@ -136,7 +136,7 @@ TEST(Records, OneNumberIsAKeyInAllThreeServiceMaps) {
   lineup.encInputServices[1].label = "ENC";
   lineup.emptyInputServices[1].service.serviceType = 25;
   HeadendConfig copy;
-  test::decode<TBinaryProtocol>(test::toBinary(editor.config), copy);
+  decode<TBinaryProtocol>(toBinary(editor.config), copy);
   EXPECT_EQ(copy.lineupConfig.dvbInputServices.at(1).service.name, "DVB");
   EXPECT_EQ(copy.lineupConfig.encInputServices.at(1).label, "ENC");
   EXPECT_EQ(copy.lineupConfig.emptyInputServices.at(1).service.serviceType, 25);
@@ -158,22 +158,22 @@ TEST(Records, RFInputIdsAreNumberedAsOnTheWire) {
 
 TEST(Records, AnyConfigurationSurvivesBothEncodings) {
   for (uint32_t seed = 0; seed < 20; ++seed) {
-    const HeadendConfig config = test::randomHeadendConfig(seed);
+    const HeadendConfig config = randomHeadendConfig(seed);
     ASSERT_NE(config, HeadendConfig());
     HeadendConfig fromBinary;
-    test::decode<TBinaryProtocol>(test::toBinary(config), fromBinary);
+    decode<TBinaryProtocol>(toBinary(config), fromBinary);
     EXPECT_EQ(fromBinary, config) << "seed " << seed;
     HeadendConfig fromJson;
-    test::decode<TJSONProtocol>(test::toJson(config), fromJson);
+    decode<TJSONProtocol>(toJson(config), fromJson);
     EXPECT_EQ(fromJson, config) << "seed " << seed;
   }
 }
 
 TEST(Records, AnyStatusSurvivesTheBinaryEncoding) {
   for (uint32_t seed = 0; seed < 20; ++seed) {
-    const HeadendStatus status = test::randomHeadendStatus(seed);
+    const HeadendStatus status = randomHeadendStatus(seed);
     HeadendStatus copy;
-    test::decode<TBinaryProtocol>(test::toBinary(status), copy);
+    decode<TBinaryProtocol>(toBinary(status), copy);
     EXPECT_EQ(copy, status) << "seed " << seed;
   }
 }
@@ -197,11 +197,11 @@ TEST(Records, StatusWithoutAnInputIsAnOrdinaryStatus) {
   HeadendStatus status;
   status.satRFInputs[general::RFInputId::SAT3].config.enabled = true;
   HeadendStatus copy;
-  test::decode<TBinaryProtocol>(test::toBinary(status), copy);
+  decode<TBinaryProtocol>(toBinary(status), copy);
   EXPECT_EQ(copy, status);
   EXPECT_EQ(copy.satRFInputs.count(general::RFInputId::SAT1), 0U);
   EXPECT_TRUE(copy.tdtRFInputs.empty());
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

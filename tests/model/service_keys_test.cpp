@@ -7,7 +7,7 @@
 
 #include "model/lineup_editor.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 TEST(ServiceKeys, AreTheLowestFromOneThatAreFreeWhateverElseThereIs) {
@@ -35,4 +35,4 @@ TEST(ServiceKeys, AreTheLowestFromOneThatAreFreeWhateverElseThereIs) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

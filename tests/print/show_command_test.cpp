@@ -12,11 +12,11 @@
 #include "tests/support/random_records.h"
 #include "tests/support/streams.h"
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 std::string shown(const LineupEditor& editor) {
-  return test::printed([&] { editor.showLineup(); });
+  return printed([&] { editor.showLineup(); });
 }
 
 TEST(ShowCommand, BeginsWithTheNameOfTheRecordAndItsFirstFields) {
@@ -59,16 +59,13 @@ TEST(ShowCommand, ShortensLongStringsToTheirFirstSixteenBytes) {
             std::string::npos);
 }
 
-TEST(ShowCommand, IsTheSameEachTimeAndDiffersBetweenConfigurations) {
-  EXPECT_EQ(configDebugString(test::randomHeadendConfig(1)),
-            configDebugString(test::randomHeadendConfig(1)));
-  EXPECT_NE(configDebugString(test::randomHeadendConfig(1)),
-            configDebugString(test::randomHeadendConfig(2)));
+TEST(ShowCommand, DiffersBetweenConfigurations) {
+  EXPECT_NE(configDebugString(randomHeadendConfig(1)), configDebugString(randomHeadendConfig(2)));
 }
 
 TEST(ShowCommand, IsShownUnderItsTitle) {
   LineupEditor editor;
-  editor.config = test::randomHeadendConfig(1);
+  editor.config = randomHeadendConfig(1);
   editor.pendingChanges = true;
   EXPECT_EQ(shown(editor), "Current lineup:\n" + configDebugString(editor.config) + "\n");
   EXPECT_TRUE(editor.pendingChanges);
@@ -81,10 +78,10 @@ TEST(ShowCommand, OfTheMostRecordsThatAMegabyteHoldsTakesNoMemory) {
   }
   std::ofstream nowhere("/dev/null");
   std::streambuf* const standardOutput = std::cout.rdbuf(nowhere.rdbuf());
-  const int64_t peak = test::peakMemory([&] { editor.showLineup(); });
+  const int64_t peak = peakMemory([&] { editor.showLineup(); });
   std::cout.rdbuf(standardOutput);
   EXPECT_LT(peak, 1024 * 1024);
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test

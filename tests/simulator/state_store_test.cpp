@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <functional>
 #include <set>
@@ -27,12 +28,13 @@ extern "C" int flock(int file, int operation) noexcept {
   return static_cast<int>(syscall(SYS_flock, file, operation));
 }
 
-namespace lineup::simulator {
-
+namespace lineup::test {
 namespace {
 
+using simulator::StateStore;
+
 TEST(StateStore, RefusesAFileThatAnotherReplacesBetweenTheOpeningAndTheLock) {
-  const test::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string path = folder.file("state.json");
   StateStore other(path);
   beforeTheLock = [&other] { other.replace(other.state()); };
@@ -61,5 +63,4 @@ TEST(StateStore, WritesThroughTemporaryFilesWhoseNamesNobodyCanForesee) {
 }
 
 }  // namespace
-
-}  // namespace lineup::simulator
+}  // namespace lineup::test

@@ -4,9 +4,8 @@
 
 #include <stdexcept>
 
+namespace lineup::test {
 namespace {
-
-using lineup::test::Screen;
 
 TEST(Screen, ShowsTextAndCursor) {
   Screen screen(3, 10);
@@ -66,3 +65,4 @@ TEST(Screen, RefusesWhatItDoesNotKnow) {
 }
 
 }  // namespace
+}  // namespace lineup::test

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lineup {
+namespace lineup::test {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -81,4 +81,4 @@ TEST(UpperCase, TurnsAsciiAlone) {
 }
 
 }  // namespace
-}  // namespace lineup
+}  // namespace lineup::test
