@@ -23,13 +23,14 @@ namespace lineup {
 
 namespace {
 
-/// Whether the child has ended; `options` are those of waitpid().
+/// Whether the child has ended; `options` are those of waitpid(). Not known, and false, in the
+/// child of a forced end, whose siblings go on.
 bool hasEnded(pid_t child, int options) {
   pid_t ended = -1;
   do {
     ended = waitpid(child, nullptr, options);
   } while (ended < 0 && errno == EINTR && !isEndOverdue());
-  return ended > 0 || (ended < 0 && errno != EINTR);
+  return ended > 0;
 }
 
 }  // namespace
@@ -84,12 +85,11 @@ void EditsCopy::writeNow(EditsCopyFile file) {
 
 /// Writes in a child process, whose memory holds the edits as they are now.
 void EditsCopy::startWriter(EditsCopyFile file) {
-  killed_.reserve(killed_.size() + 2);  // for killWriter(), which must not throw
   std::array<int, 2> ends{-1, -1};
   const bool piped = pipe2(ends.data(), O_CLOEXEC) == 0;
   Descriptor end(ends[0]);
   const Descriptor endOfChild(ends[1]);
-  const pid_t child = piped || !atWork_ ? fork() : -1;
+  const pid_t child = piped ? fork() : -1;
   if (child == 0) {
     runWriter(std::move(file));
   }
@@ -137,15 +137,10 @@ bool EditsCopy::finishWriters(int options) {
   return false;
 }
 
-/// Kills the child. It may take a while to end: a sync of a slow disk is not interrupted.
-void EditsCopy::killWriter(const Writer& writer) noexcept {
-  kill(writer.child, SIGKILL);
-  killed_.push_back(writer.child);
-}
-
-/// Drops the child that waits.
+/// Kills the child that waits, and sees it end: its temporary name is to be used again.
 void EditsCopy::dropWaiting() {
-  killWriter(*waiting_);
+  kill(waiting_->child, SIGKILL);
+  hasEnded(waiting_->child, 0);
   std::optional<Writer> dropped = std::exchange(waiting_, std::nullopt);
   // COVERAGE_EXCL_START: the one before has ended just now
   if (!dropped->file.unlinkTemporary()) {
@@ -176,7 +171,7 @@ bool EditsCopy::update() noexcept {
     }
     if (!editor_.pendingChanges) {
       remove();
-      return false;
+      return !killed_.empty();
     }
     if (when_ == When::AtTheEnd || isUpToDate()) {
       return isWriting;
@@ -193,10 +188,12 @@ bool EditsCopy::update() noexcept {
 /// Starts to write the copy in the first folder in which a file can be made.
 void EditsCopy::beginWriting() {
   openFolders();
+  hub_module::HeadendConfig content = editor_.config;  // without memory no file is begun
+  killed_.reserve(killed_.size() + 2);                 // for remove(), which must not throw
+  finishWriters(WNOHANG);
   if (waiting_) {
     dropWaiting();
   }
-  hub_module::HeadendConfig content = editor_.config;  // without memory no file is begun
   for (std::size_t n = 0; n < folders_.size(); ++n) {
     if (std::optional<EditsCopyFile> file = beginFile(folders_[firstFolder_])) {
       file->content = std::move(content);
@@ -210,7 +207,8 @@ void EditsCopy::beginWriting() {
 void EditsCopy::remove() noexcept {
   for (std::optional<Writer>* const writer : {&waiting_, &atWork_}) {
     if (*writer) {
-      killWriter(**writer);
+      kill((*writer)->child, SIGKILL);
+      killed_.push_back((*writer)->child);  // a sync of a slow disk is not interrupted
       (*writer)->file.discard();
       writer->reset();
     }

@@ -33,9 +33,10 @@ class EditsCopy {
   EditsCopy(const EditsCopy&) = delete;
   EditsCopy& operator=(const EditsCopy&) = delete;
 
-  /// Brings the copy up to date without waiting for the disk: a child process writes it. Removes it
+  /// Brings the copy up to date: a child process writes it and waits for the disk. Removes it
   /// if nothing is pending, and the copy of an earlier console once its restored edits are
-  /// committed. Returns true if it is to be called again soon: a child still writes, or has failed.
+  /// committed. Returns true if it is to be called again soon: a child has yet to end, or has
+  /// failed.
   bool update() noexcept;
 
   /// Brings it up to date at once, at the end of the program, and says on standard error and in the
@@ -43,7 +44,7 @@ class EditsCopy {
   /// nothing is said.
   void writeAtTheEnd() noexcept;
 
-  /// Removes it without waiting for the disk: the edits are committed or given up.
+  /// Removes it without waiting for its writer: the edits are committed or given up.
   void remove() noexcept;
 
  private:
@@ -64,7 +65,6 @@ class EditsCopy {
   void writeNow(EditsCopyFile file);
   bool finishWriters(int options);
   void dropWaiting();
-  void killWriter(const Writer& writer) noexcept;
   const EditsCopyFile& latest() const;
   bool isUpToDate() const;
   bool writeFinal(const Folder& folder);

@@ -27,6 +27,7 @@ constexpr microseconds kUntilOverdue = seconds(1);
 constexpr microseconds kBetweenInterrupts = milliseconds(50);
 constexpr seconds kUntilForced{2};
 constexpr seconds kForForcedWork{1};
+constexpr seconds kForForcedWorkInAll{10};
 
 bool isOneOf(std::span<const int> signals, int signal) {
   return std::find(signals.begin(), signals.end(), signal) != signals.end();
@@ -119,13 +120,13 @@ void deliver(int signal) {
 void (*forcedWork)() = nullptr;
 
 /// In a handler: what the child does with memory may fail, as the handler may have come in the
-/// middle of an allocation. Nothing is lost by trying.
+/// middle of an allocation.
 void forceTheEnd() {
   const pid_t child = forcedWork == nullptr ? -1 : _Fork();
   if (child == 0) {
     std::signal(SIGALRM, SIG_DFL);
     deliver(SIGALRM);
-    alarm(static_cast<unsigned>(kForForcedWork.count()));
+    alarm(static_cast<unsigned>(kForForcedWorkInAll.count()));
     forcedWork();
     _exit(EXIT_SUCCESS);
   }

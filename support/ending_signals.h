@@ -114,7 +114,7 @@ void beginEnding(int signal);
 
 /// Sets what is called when the end of the program is forced because something blocks; null for
 /// nothing. `work` runs in a child process, forked in a signal handler wherever the program was, so
-/// it may fail. It has a second, and its end is waited for.
+/// it may fail. The program waits a second for it, and it has nine more after the program's end.
 void whenEndIsForced(void (*work)());
 
 /// Ends the program by `signal` with its default action.

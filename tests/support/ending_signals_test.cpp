@@ -330,18 +330,19 @@ TEST(EndingSignalsDeathTest, TheTimeThatIsLeftRunsFromTheSignal) {
       testing::KilledBySignal(SIGTERM), "");
 }
 
-TEST(EndingSignalsDeathTest, AForcedEndWaitsASecondForItsWork) {
+TEST(EndingSignalsDeathTest, AForcedEndWaitsASecondForItsWorkWhichGoesOnAfterIt) {
   EXPECT_EXIT(
       {
         catchEndingSignals();
         whenEndIsForced([] {
           std::cerr << "worked";
-          blockForEver();
+          sleep(3);
+          std::cerr << " to its end";
         });
         std::raise(SIGTERM);
         blockForEver();
       },
-      testing::KilledBySignal(SIGTERM), "worked");
+      testing::KilledBySignal(SIGTERM), "worked to its end");
 }
 
 TEST(EndingSignalsDeathTest, TheProgramEndsByTheSignal) {
