@@ -63,7 +63,7 @@ class Blocking : public testing::TestWithParam<Parameters> {
 
   /// An end takes three seconds; where a remote call may come before, a tenth of its 45 more.
   static std::chrono::milliseconds limit() {
-    return std::chrono::milliseconds(mayBeInACall() ? 9'500 : 5'000);
+    return std::chrono::milliseconds(mayBeInACall() ? 8'000 : 5'000);
   }
 
   Start start(const Fault& fault, const TemporaryFolder& folder) const {

@@ -10,6 +10,7 @@
 //                in child processes; "kill" it and all processes of its group are killed
 //   FAULT_ERROR  the errno of a call that fails, in place of one that it may have
 //   FAULT_HASTE  a number: timers, waits and the clock of the program are so many times as fast
+//   FAULT_LOG    the abstract name of a socket that takes the place of /dev/log
 //   FAULT_COUNT  a file that holds, as longs in memory, the number of calls made so far and that of
 //                those that failed, blocked or were killed
 //
@@ -27,6 +28,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -263,8 +265,14 @@ int socket(int domain, int type, int protocol) {
 
 int connect(int descriptor, const sockaddr* address, socklen_t length) {
   static auto* const real = next<int(int, const sockaddr*, socklen_t)>("connect");
-  const char* const kind = address->sa_family == AF_UNIX ? kLog : "connect";
-  return fails(kind) ? failWith(ENETUNREACH, -1) : real(descriptor, address, length);
+  if (address->sa_family != AF_UNIX) {
+    return fails("connect") ? failWith(ENETUNREACH, -1) : real(descriptor, address, length);
+  }
+  const char* const name = std::getenv("FAULT_LOG");
+  sockaddr_un log{AF_UNIX, {}};
+  std::strncpy(log.sun_path + 1, name == nullptr ? "" : name, sizeof log.sun_path - 2);
+  return fails(kLog) ? failWith(ENETUNREACH, -1)
+                     : real(descriptor, reinterpret_cast<const sockaddr*>(&log), sizeof log);
 }
 
 ssize_t send(int descriptor, const void* data, size_t size, int flags) {

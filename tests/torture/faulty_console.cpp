@@ -1,11 +1,17 @@
 #include "tests/torture/faulty_console.h"
 
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <system_error>
 
 #include "controller/complete_config_file.h"
+#include "support/descriptor.h"
 #include "tests/support/matches.h"
 
 namespace lineup::test {
@@ -36,6 +42,23 @@ int32_t idIn(const fs::path& copy) {
   return readCompleteConfigFile(copy).headendGlobalConfig.headendId;
 }
 
+namespace {
+
+/// Takes the place of the system's log, and reads nothing. Returns its name.
+const std::string& unreadLog() {
+  static const std::string name = "log of " + std::to_string(getpid());
+  static const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  static const bool bound = [] {
+    sockaddr_un address{AF_UNIX, {}};
+    std::copy(name.begin(), name.end(), address.sun_path + 1);  // an abstract name
+    return bind(log.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  }();
+  EXPECT_TRUE(bound);
+  return name;
+}
+
+}  // namespace
+
 void injectFault(Start& start, const Fault& fault, const std::string& counts) {
   start.environment["LD_PRELOAD"] = FAULT_INJECTION;
   start.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:allocator_may_return_null=1";
@@ -44,6 +67,7 @@ void injectFault(Start& start, const Fault& fault, const std::string& counts) {
   start.environment["FAULT_ON"] = fault.on;
   start.environment["FAULT_ERROR"] = std::to_string(fault.error);
   start.environment["FAULT_HASTE"] = std::to_string(fault.haste);
+  start.environment["FAULT_LOG"] = unreadLog();
   start.environment["FAULT_COUNT"] = counts;
 }
 
