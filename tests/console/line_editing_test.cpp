@@ -148,7 +148,7 @@ TEST_P(Editing, ALineLongerThanAnyScreenIsReadToItsLastLetter) {
     controller.setConfig(withInput);
     ProgramProcess console(onTerminal(GetParam(), rows, columns));
     console.readUntil("for help");
-    console.waitUntilEchoIs(false);  // of the prompt there may be no room for more than the end
+    console.waitUntilLinesAreEdited(true);  // there may be no room for more than the prompt's end
     console.send("addipmux 1 1 " + url);
     for (const std::string& key :
          {kHome, std::string("x"), kBackspace, kEnd, std::string("yz"), kBackspace, kBackspace,

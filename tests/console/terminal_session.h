@@ -101,7 +101,7 @@ class Session {
   /// Brings the console to reading an answer, which has no prompt to wait for.
   void askForPlsItem() {
     type("addpls\n", " (0 Auto | 1 Gold | 2 Root)   131070\n|");
-    console.waitUntilEchoIs(false);
+    console.waitUntilLinesAreEdited(true);
   }
 
   ProgramProcess console;

@@ -355,16 +355,16 @@ void ProgramProcess::hangUp() {
   closeFile(out_.file);
 }
 
-bool ProgramProcess::echoes() const {
+bool ProgramProcess::editsLines() const {
   termios mode{};
   check(tcgetattr(out_.file, &mode), "read the terminal's mode");
-  return (mode.c_lflag & ECHO) != 0;
+  return (mode.c_iflag & ICRNL) == 0;
 }
 
-void ProgramProcess::waitUntilEchoIs(bool on) {
+void ProgramProcess::waitUntilLinesAreEdited(bool edited) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
-  while (echoes() != on) {
-    waitALittle(deadline, "a change of the echo");
+  while (editsLines() != edited) {
+    waitALittle(deadline, "a change of the terminal's mode");
   }
 }
 

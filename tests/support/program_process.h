@@ -99,10 +99,11 @@ class ProgramProcess {
   /// Hangs the terminal up, as a line that drops does. No more can be read.
   void hangUp();
 
-  /// Whether the terminal shows what is typed by itself.
-  bool echoes() const;
-  /// Waits until it does, or no longer does.
-  void waitUntilEchoIs(bool on);
+  /// Whether the terminal is in the console's mode for editing lines. Unlike the one that libedit
+  /// tries at its start, it keeps carriage returns.
+  bool editsLines() const;
+  /// Waits until it is, or no longer is.
+  void waitUntilLinesAreEdited(bool edited);
 
   /// Sends the signal to the program alone.
   void signal(int number) const;
