@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,28 +49,39 @@ void printIfPossible(const std::string& text) {
   }
 }
 
-/// Sends `wanted`, which came from `file`, and reads back what then runs.
-HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& file,
-                              const BlockedEndingSignals& uninterrupted) {
+/// The difference between `wanted` and what runs now. `unread` is added to the message of a
+/// failure.
+std::string differenceReadBack(const HeadendConfig& wanted, const std::string& unread) {
+  try {
+    return configDifference(wanted, runningConfig());
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(), failure.what() + unread);
+  } catch (const std::bad_alloc&) {
+    throw Failure(kController, kOutOfMemory + unread);
+  }
+}
+
+/// Sends `wanted`, which came from `file`. Returns its difference from what then runs.
+std::string sendAndReadBack(const HeadendConfig& wanted, const std::string& file,
+                            const BlockedEndingSignals& uninterrupted) {
+  // Before it is sent, as there may be no memory for them later.
+  const std::string unknown = "; whether " + file + " was taken over is not known";
+  const std::string unread = "; " + file + " was sent, but could not be read back";
   try {
     send(wanted);
   } catch (const NotSent& notSent) {
     throw Failure(notSent.status(), notSent.what() + ("; " + file + " was not taken over"));
   } catch (const Failure& failure) {
-    throw Failure(failure.status(),
-                  failure.what() + ("; whether " + file + " was taken over is not known"));
+    throw Failure(failure.status(), failure.what() + unknown);
+  } catch (const std::bad_alloc&) {
+    throw Failure(kController, kOutOfMemory + unknown);
   }
   if (uninterrupted.isAnyPending()) {
     throw Failure(kController, file +
                                    ": was sent and taken over; a signal ends this before it was "
                                    "read back");
   }
-  try {
-    return runningConfig();
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(),
-                  failure.what() + ("; " + file + " was sent, but could not be read back"));
-  }
+  return differenceReadBack(wanted, unread);
 }
 
 /// Sends `wanted` likewise, and compares it with what then runs. Signals are blocked until the
@@ -77,8 +89,7 @@ HeadendConfig sendAndReadBack(const HeadendConfig& wanted, const std::string& fi
 void sendAndCompare(const HeadendConfig& wanted, const std::string& file) {
   const BlockedEndingSignals uninterrupted;
   try {
-    const std::string otherwise =
-        configDifference(wanted, sendAndReadBack(wanted, file, uninterrupted));
+    const std::string otherwise = sendAndReadBack(wanted, file, uninterrupted);
     if (!otherwise.empty()) {
       printIfPossible(otherwise);
       throw Failure(kOtherConfig, file + ": was sent, but something else runs");

@@ -30,6 +30,8 @@ class Failure : public std::runtime_error {
   Status status_;
 };
 
+inline constexpr char kOutOfMemory[] = "out of memory";
+
 /// The line of a failure: control characters and bytes that are not UTF-8 are escaped.
 std::string failureLine(const std::string& message);
 

@@ -1,4 +1,5 @@
-// lineupctl: what scripts do with a headend, with the truth in the exit status.
+// lineupctl: shows, compares, saves and applies configurations for scripts; the exit status tells
+// the outcome.
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -42,7 +43,7 @@ int main(int argc, char* argv[]) {
     lineup::ctl::complain(failure.what());
     return failure.status();
   } catch (const std::bad_alloc&) {
-    lineup::ctl::complain("out of memory");
+    lineup::ctl::complain(lineup::ctl::kOutOfMemory);
     return lineup::ctl::kFile;
   } catch (const std::exception& error) {
     lineup::ctl::complain(error.what());
