@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 #include "support/time_text.h"
@@ -23,7 +24,8 @@ bool isCopyName(const std::string& name) {
   std::array<char, 11> process{};
   constexpr char kPattern[] = "lineup-console-%8[0-9]-%6[0-9]-%10[0-9].json%n";
   return std::sscanf(name.c_str(), kPattern, date.data(), time.data(), process.data(), &end) == 3 &&
-         static_cast<std::size_t>(end) == name.size();
+         static_cast<std::size_t>(end) == name.size() &&
+         std::strlen(date.data()) + 1 == date.size() && std::strlen(time.data()) + 1 == time.size();
 }
 
 std::string withoutSuffix(const std::string& name) {
