@@ -202,8 +202,6 @@ class CompleteConfigProtocol : public ConfigFileProtocol {
   }
 
   uint32_t readBool_virt(bool& value) override { return readNumber(value); }
-  uint32_t readByte_virt(int8_t& value) override { return readNumber(value); }
-  uint32_t readI16_virt(int16_t& value) override { return readNumber(value); }
   uint32_t readI32_virt(int32_t& value) override { return readNumber(value); }
   uint32_t readDouble_virt(double& value) override {
     const uint32_t read = ConfigFileProtocol::readDouble_virt(value);

@@ -86,12 +86,6 @@ class JsonReader : public apache::thrift::protocol::TVirtualProtocol<JsonReader>
   }
   using TVirtualProtocol::readBool;  // of an element of a std::vector<bool>
   uint32_t readI32(int32_t& value) { return readNumber(value); }
-  // COVERAGE_EXCL_START: no field of a configuration has these types
-  uint32_t readByte(int8_t& value) { return readNumber(value); }
-  uint32_t readI16(int16_t& value) { return readNumber(value); }
-  uint32_t readI64(int64_t& value) { return readNumber(value); }
-  uint32_t readBinary(std::string& value) { return readString(value); }
-  // COVERAGE_EXCL_STOP
   uint32_t readDouble(double& value) {
     const json& read = *take().read;
     if (read == "NaN") {

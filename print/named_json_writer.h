@@ -10,7 +10,7 @@
 namespace lineup {
 
 /// `record` as an object with a member for each field, by the field's name. A field that is not set
-/// has no member. Lists and sets are arrays; maps are objects, whose members are named by the keys,
+/// has no member. Lists are arrays; maps are objects, whose members are named by the keys,
 /// numbers in decimal. Enumerators are numbers. A double that JSON has no number for is the text
 /// "NaN", "Infinity" or "-Infinity". Texts hold the bytes that the record holds, UTF-8 or not.
 nlohmann::json namedJson(const apache::thrift::TBase& record);
