@@ -1,5 +1,5 @@
 // inherit STATE... -- PROGRAM [ARGUMENT]...: becomes the program, with what whoever starts it may
-// leave it: see kStates. Unknown states count as nothing.
+// leave it: see kStates. Ends with 126 at an unknown state.
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -64,9 +64,10 @@ int main(int /*argc*/, char** argv) {
   char** word = argv + 1;
   for (; *word != nullptr && std::string(*word) != "--"; ++word) {
     const auto state = kStates.find(*word);
-    if (state != kStates.end()) {
-      state->second();
+    if (state == kStates.end()) {
+      return 126;
     }
+    state->second();
   }
   if (*word != nullptr) {
     execv(word[1], word + 1);
