@@ -83,8 +83,8 @@ bool isUnfinished(const EarlierCopy& copy) {
   return withoutSuffix(copy.name) != copy.name;
 }
 
-/// Until a clock is set it begins at 1970: an announcement then says nothing of how long ago it
-/// was.
+/// Before the clock is set it starts at 1970: an announcement dated then does not tell how long ago
+/// it was.
 bool wasAnnounced(const EarlierCopy& copy) {
   constexpr std::time_t kClockIsSet = 1'577'836'800;  // 2020-01-01
   return (copy.status.st_mode & S_IWUSR) == 0 && copy.status.st_atime >= kClockIsSet;
@@ -115,8 +115,7 @@ bool holds(const EarlierCopy& copy, const std::string& content) {
   if (content.empty() || static_cast<std::size_t>(copy.status.st_size) != content.size()) {
     return false;
   }
-  const Descriptor file = openForReading(pathIn(copy.folder->path, copy.name));
-  return file.isOpen() && readAll(file.number()) == content;
+  return fileHolds(pathIn(copy.folder->path, copy.name), content);
 }
 
 /// Whether a shell reaches the same headend, as it does not in the demo.

@@ -23,8 +23,8 @@ namespace lineup {
 
 namespace {
 
-/// Whether the child has ended; `options` are those of waitpid(). Not known, and false, in the
-/// child of a forced end, whose siblings go on.
+/// Whether the child has ended; `options` are those of waitpid(). False where that cannot be known:
+/// in the child of a forced end, whose siblings the writers are.
 bool hasEnded(pid_t child, int options) {
   pid_t ended = -1;
   do {
@@ -137,7 +137,7 @@ bool EditsCopy::finishWriters(int options) {
   return false;
 }
 
-/// Kills the child that waits, and sees it end: its temporary name is to be used again.
+/// Kills the child that waits, and reaps it: its temporary name is to be used again.
 void EditsCopy::dropWaiting() {
   kill(waiting_->child, SIGKILL);
   hasEnded(waiting_->child, 0);

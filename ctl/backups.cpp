@@ -78,16 +78,11 @@ std::string nextName(const std::vector<std::string>& copies) {
   return nameFor(time);
 }
 
-bool holds(const fs::path& path, const std::string& content) {
-  const Descriptor file = openForReading(path);
-  return file.isOpen() && readAll(file.number()) == content;
-}
-
 }  // namespace
 
 KeptCopy keepCopy(const std::string& folder, const std::string& content, std::size_t keep) {
   std::vector<std::string> names = copiesIn(folder);
-  const bool isNew = names.empty() || !holds(fs::path(folder) / names.back(), content);
+  const bool isNew = names.empty() || !fileHolds(fs::path(folder) / names.back(), content);
   if (isNew) {
     names.push_back(nextName(names));
     writeFile(fs::path(folder) / names.back(), content);

@@ -1,7 +1,8 @@
 namespace cpp korvel.thrift.cofdm
 namespace py korvel.cofdm
 
-/** Parameters of the COFDM (DVB-T) output modulators, each an index of the DVB-T tables. */
+/** Parameters of the COFDM (DVB-T) output modulators: bandwidth in MHz, the others as the fields of
+    DVB's terrestrial delivery system descriptor. */
 struct COFDMModConfig {
   1: i32 bandwidth
   2: i32 constellation

@@ -18,7 +18,7 @@ struct ValueShape {
   apache::thrift::protocol::TType type = apache::thrift::protocol::T_STOP;
   std::map<int16_t, FieldShape> fields{};  ///< of a record, by their ids
   apache::thrift::protocol::TType keyType = apache::thrift::protocol::T_STOP;  ///< of a map's keys
-  std::unique_ptr<ValueShape> element{};  ///< of a list, a set and the values of a map
+  std::unique_ptr<ValueShape> element{};  ///< of a list's elements or a map's values
 
   /// The field of this name, or null.
   const FieldShape* findField(const std::string& name) const;

@@ -174,6 +174,9 @@ struct LineupIPEntryConfig {
   6: bool sapAnnounced = true
 }
 
+// Of the muxes' members with numbers the console only knows the columns that they are read from
+// (catalogue/tables.cpp).
+
 struct LineupSATMux {
   /** MHz. */
   1: i32 frequency
@@ -221,6 +224,7 @@ struct DVBInputService {
 }
 
 struct DVBInputServiceConfig {
+  // "service" in C++ and in what is printed; here the word is reserved (RENAME in CMakeLists.txt).
   1: DVBInputService inputService
   2: bool configFlag = true
   /** Elementary streams left out of the output, by PID. */
@@ -239,6 +243,7 @@ struct EmptyInputService {
 }
 
 struct EmptyInputServiceConfig {
+  // Likewise.
   1: EmptyInputService inputService
 }
 

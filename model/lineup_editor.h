@@ -138,12 +138,12 @@ class LineupEditor {
   /// Stores a copy under the smallest free key of `encInputServices` and returns the key.
   int32_t addEncService(const hub_module::ENCInputServiceConfig& enc);
 
-  /// Reserves a slot for a service of DVB service_type `serviceType`; returns its key in
-  /// `emptyInputServices`.
+  /// Stores a reservation for a service of DVB service_type `serviceType` and returns its key in
+  /// `emptyInputServices`; addRFEntry() gives it a slot.
   int32_t addEmptyService(int32_t serviceType);
 
-  /// The DVB service_type of the service that `kind` and `key` name: 1 for every ENC service, 0 if
-  /// there is no such service.
+  /// The DVB service_type of the service that `kind` and `key` name: 1 for ENC, even if there is no
+  /// such service; for other kinds 0 if there is none.
   int32_t entryServiceType(int32_t key, hub_module::LineupEntryKind::type kind) const;
 
   /// Names the entry after its service; the name is empty if there is no such service.

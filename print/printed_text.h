@@ -24,7 +24,7 @@ std::string inOneLine(std::string_view text);
 /// Makes `text` what printable() returns; returns how many columns of a terminal it takes.
 std::size_t makePrintable(std::string& text);
 
-/// The same between quotation marks, and with those in it escaped.
+/// What printable() returns between quotation marks, with those inside escaped.
 std::string inQuotes(std::string_view text);
 
 /// `value` on one line: a text quoted, anything else as JSON.

@@ -36,7 +36,7 @@ bool hasService(const hub_module::LineupConfig& lineup, const Entry& entry) {
 }
 
 /// What is wrong with `config`; empty if it is in order.
-std::string findFault(const hub_module::HeadendConfig& config) {
+std::string whyInvalid(const hub_module::HeadendConfig& config) {
   const hub_module::LineupConfig& lineup = config.lineupConfig;
   for (const hub_module::LineupRFEntryConfig& entry : lineup.rfEntries) {
     if (!hasService(lineup, entry)) {
@@ -149,7 +149,7 @@ void HeadendService::setRFInputsScanConfig(HeadendStatus& result,
 
 bool HeadendService::validateHeadendConfig(const HeadendConfig& config) {
   const Lock lock = begin("validateHeadendConfig");
-  const std::string fault = findFault(config);
+  const std::string fault = whyInvalid(config);
   report("validateHeadendConfig", fault.empty() ? "valid" : "invalid, " + fault);
   return fault.empty();
 }

@@ -43,6 +43,11 @@ std::optional<std::string> readAll(int descriptor) {
   return count < 0 ? std::nullopt : std::optional(std::move(text));
 }
 
+bool fileHolds(const std::string& path, std::string_view content) {
+  const Descriptor file = openForReading(path);
+  return file.isOpen() && readAll(file.number()) == content;
+}
+
 ssize_t writeSome(int descriptor, std::string_view text) {
   const ssize_t count = write(descriptor, text.data(), text.size());
   if (count >= 0) {

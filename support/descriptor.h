@@ -44,6 +44,9 @@ Descriptor openForReading(const std::string& path);
 /// with the reason in errno, if it cannot be read.
 std::optional<std::string> readAll(int descriptor);
 
+/// Whether the file `path` can be read and holds `content` and nothing else.
+bool fileHolds(const std::string& path, std::string_view content);
+
 /// Writes some of `text`. Where `descriptor` takes no more for now, a non-blocking one as well,
 /// waits until it does. Returns how much was written; 0 to try again; negative, with the reason in
 /// errno, if it cannot be written.
