@@ -66,7 +66,7 @@ class CompleteConfigFile : public testing::Test {
     EXPECT_NE(reason.find(part), std::string::npos) << reason;
   }
 
-  const ScratchFile file_;
+  ScratchFile file_;
 };
 
 TEST_F(CompleteConfigFile, IsTakenWhole) {
