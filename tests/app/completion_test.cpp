@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +12,7 @@
 #include "app/commands.h"
 #include "model/lineup_editor.h"
 #include "tests/support/catalogue_file.h"
+#include "tests/support/file_content.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/streams.h"
 #include "tests/support/temporary_folder.h"
@@ -115,7 +115,7 @@ class FileCompletion : public testing::Test {
     fs::create_directory(folder.file("sub"));
     for (const char* name : {"sub/b.json", "sub/a.json", "sub/.hidden", "sub/a blank", "sub/a\ttab",
                              "sub/a\nline", "sub/a\x7fz", "sub/añ", "south"}) {
-      std::ofstream file(folder.file(name));
+      writeFile(folder.file(name), "");
     }
     fs::create_symlink("sub", folder.file("link"));
     fs::create_symlink("nowhere", folder.file("broken"));
@@ -156,7 +156,7 @@ TEST_F(FileCompletion, OffersInTheConsolesOwnFolderTheCopiesOfChanges) {
   const std::string copy = "lineup-console/lineup-console-20260102-030405-67.json";
   for (const std::string& name : {copy, copy + ".newer", std::string("lineup-console/history"),
                                   std::string("lineup-console/history.new")}) {
-    std::ofstream file(name);
+    writeFile(name, "");
   }
   EXPECT_EQ(wordsFor("restore lineup-console/"), Words{copy});
   EXPECT_EQ(wordsFor("save lineup-console/"), Words{copy});

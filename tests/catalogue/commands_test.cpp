@@ -81,8 +81,7 @@ TEST_F(FindServices, NothingOfTheConfigurationChanges) {
 }
 
 TEST_F(AvailableServiceNames, AreReadOfAHundredThousandServices) {
-  file.fill(kCable, 100'000,
-            "0, 0, 0, 0, 0, 306000, 6875, 64, 0, 0, i, 'Ch ' || i, i, 0, 1, '', ''");
+  fillCable(file, 100'000);
   const auto names = readAvailableServiceNames();
   ASSERT_EQ(names.size(), 100'000U);
   EXPECT_EQ(names.at(100'000).name, "Ch 100000");

@@ -19,6 +19,7 @@
 #include "print/named_json_reader.h"
 #include "print/named_json_writer.h"
 #include "print/printed_text.h"
+#include "tests/support/lineup_entries.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {
@@ -42,14 +43,8 @@ void addService(HeadendConfig& config, int32_t key, const std::string& name, int
   mux.frequency = 11778;
   service.service.__set_lineupSATMux(mux);
   config.lineupConfig.dvbInputServices[key] = service;
-  hub_module::LineupRFEntryConfig rf;
-  rf.serviceKey = key;
-  rf.name = name;
-  config.lineupConfig.rfEntries.push_back(rf);
-  hub_module::LineupIPEntryConfig ip;
-  ip.serviceKey = key;
-  ip.name = name;
-  config.lineupConfig.ipEntries.push_back(ip);
+  config.lineupConfig.rfEntries.push_back(rfEntry(key, LineupEntryKind::DVB, name));
+  config.lineupConfig.ipEntries.push_back(ipEntry(key, LineupEntryKind::DVB, name));
 }
 
 HeadendConfig smallHeadend() {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <set>
@@ -141,7 +140,7 @@ class EveryCommandOfAController : public testing::TestWithParam<Command> {
   /// expects what it prints when these calls fail.
   void expectCommand(const Failures& failures) {
     ++id_;
-    std::ofstream(path_) << toJson(withId(id_));
+    writeFile(path_, toJson(withId(id_)));
     if (command_.hasEdit) {
       console_.send("id " + std::to_string(id_) + "\n");
       EXPECT_EQ(console_.readUntil("> "), idChanged(id_) + promptFor(true));
@@ -222,9 +221,7 @@ TEST_P(EveryCommandOfAController, WorksAfterOneThatDiedDuringAnyOfItsCalls) {
   for (std::size_t call = 0; call < command_.calls.size(); ++call) {
     for (const Answer& death : {hangUp, hangUpInReply}) {
       const auto dying = startController();
-      for (std::size_t before = 0; before < call; ++before) {
-        dying->answerNext({});
-      }
+      dying->answerRightly(call);
       dying->answerNext(death);
       expectCommand({call});
       EXPECT_EQ(dying->methods(), command_.calls);

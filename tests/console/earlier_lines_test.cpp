@@ -42,10 +42,9 @@ TEST_P(EarlierLines, ASearchLeavesWhatWasTypedAfterTheLastLine) {
 
 TEST_P(EarlierLines, CtrlRSearchesEarlierLines) {
   session.type("eit off\nid 4\neit actual\nid 5\n", changedOnScreen(5));
-  session.type(kCtrlR + "eit", "\n(changes to commit) > |eit actual\nbck:eit");
-  session.type(kCtrlR, "\n(changes to commit) > |eit off\nbck:eit");
-  session.type(
-      "\n", "(changes to commit) > eit off\nChanged EIT working mode to: off" + kPendingOnScreen);
+  session.type(kCtrlR + "eit", "\n" + kPending + "|eit actual\nbck:eit");
+  session.type(kCtrlR, "\n" + kPending + "|eit off\nbck:eit");
+  session.type("\n", kPending + "eit off\nChanged EIT working mode to: off" + kPendingOnScreen);
   session.type(kCtrlR + "id" + kCtrlG, kPendingOnScreen);
 }
 

@@ -1,4 +1,4 @@
-// Consoles whose edits are pending, and the copies of them.
+// The copies that consoles leave of their edits.
 
 #pragma once
 
@@ -9,22 +9,13 @@
 #include <vector>
 
 #include "tests/support/console_texts.h"
+#include "tests/support/edited_console.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/file_content.h"
 #include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lineup::test {
-
-/// A console in which the headend's id was changed to 7.
-class EditedConsole : public ProgramProcess {
- public:
-  explicit EditedConsole(const Start& start) : ProgramProcess(start) {
-    readUntil("> ");
-    send("id 7\n");
-    readUntil(kPending);
-  }
-};
 
 /// A folder in which consoles leave copies, and nothing else.
 class EditsOnDisk : public testing::Test {

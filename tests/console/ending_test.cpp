@@ -18,9 +18,11 @@
 #include "tests/console/keys.h"
 #include "tests/support/catalogue_file.h"
 #include "tests/support/expect_end.h"
+#include "tests/support/expect_for_owner_alone.h"
 #include "tests/support/matches.h"
 #include "tests/support/rf_inputs.h"
 #include "tests/support/sandbox.h"
+#include "tests/support/wait_until.h"
 
 namespace lineup::test {
 namespace {
@@ -56,7 +58,7 @@ class Ending : public EditsOnDisk {
       return "no copy";
     }
     std::string path = files[0].string();
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    expectForOwnerAlone(path);
     const std::string name = files[0].filename().string();
     EXPECT_TRUE(matches(name, "lineup-console-[0-9]{8}-[0-9]{6}-[0-9]+[.]json")) << name;
     const Outcome restored = runConsole({}, "restore " + path + "\n");
@@ -165,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, EndingBySignal,
                                           testing::Bool()),
                          [](const auto& instance) {
                            return std::string(sigabbrev_np(std::get<0>(instance.param))) +
-                                  (std::get<1>(instance.param) ? "OnATerminal" : "OnAPipe");
+                                  nameOfStreams(std::get<1>(instance.param));
                          });
 
 TEST_F(Ending, ASignalDuringACallOfAOneShotModeEndsItBeforeTheNextCall) {
@@ -185,7 +187,7 @@ TEST_F(Ending, ASignalBetweenTheCallsOfOneCommandSendsNoMore) {
   controller.setStatus(tenInputs("----------"));
   ProgramProcess console(start(false));
   console.readUntil("> ");
-  controller.answerNext({});
+  controller.answerRightly();
   controller.answerNext(stalled(true));
   console.send("rfinput enable SATALL\n");
   controller.waitForCalls(3);  // the configuration, the status, SAT1
@@ -224,9 +226,8 @@ TEST_P(EndingByException, WithNothingPendingNothingIsWritten) {
   EXPECT_TRUE(copies().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Streams, EndingByException, testing::Bool(), [](const auto& instance) {
-  return instance.param ? "OnATerminal" : "OnAPipe";
-});
+INSTANTIATE_TEST_SUITE_P(Streams, EndingByException, testing::Bool(),
+                         [](const auto& instance) { return nameOfStreams(instance.param); });
 
 TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
   const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -237,9 +238,7 @@ TEST_F(Ending, ADroppedTerminalCountsAsHangUp) {
       "exec " + kConsoleProgram + " < " + ptsname(master) + " > " + elsewhere.file("out");
   ProgramProcess console(inShell(command, start(false)));
   ASSERT_EQ(write(master, "id 7\n", 5), 5);
-  while (!fs::exists(elsewhere.file("out")) || fs::file_size(elsewhere.file("out")) < 100) {
-    usleep(10'000);
-  }
+  waitUntil([&] { return contentOf(elsewhere.file("out")).size() >= 100; });
   close(master);
   const Outcome outcome = expectEndBy(console, SIGHUP);
   expectRescued(outcome, false);

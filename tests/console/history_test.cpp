@@ -11,6 +11,7 @@
 
 #include "tests/console/keys.h"
 #include "tests/console/terminal_session.h"
+#include "tests/support/expect_for_owner_alone.h"
 #include "tests/support/file_content.h"
 
 namespace lineup::test {
@@ -41,10 +42,6 @@ class History : public OnATerminal {
     }
   }
 
-  void expectClosedToOthers() const {
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-  }
-
   std::string content() const { return contentOf(path); }
 
   void makeFolder() const { fs::create_directory(fs::path(path).parent_path()); }
@@ -56,11 +53,11 @@ class History : public OnATerminal {
 TEST_F(History, IsKeptForTheNextConsoleAndClosedToOthers) {
   enter(start(), {"first", "Étoile \xE2\x98\x85", "second", "second"});
   EXPECT_EQ(content(), "first\nÉtoile \xE2\x98\x85\nsecond\nquit\n");
-  expectClosedToOthers();
+  expectForOwnerAlone(path);
   expectRecalled(start(), {"quit", "second", "Étoile \xE2\x98\x85", "first"});
 }
 
-TEST_F(History, OfTwoConsolesIsThatOfBoth) {
+TEST_F(History, HoldsTheLinesOfConsolesThatRunSideBySide) {
   Session one(start());
   Session other(start());
   std::string expected;
@@ -80,7 +77,7 @@ TEST_F(History, IsTheLastThousandLines) {
   for (int line = 1; line < 1000; ++line) {
     kept += "line " + std::to_string(line) + "\n";
   }
-  std::ofstream(path) << "oldest\nold\n" << kept;
+  writeFile(path, "oldest\nold\n" + kept);
   enter(start(), {"new"});
   kept.erase(0, kept.find('\n') + 1);
   EXPECT_EQ(content(), kept + "new\nquit\n");
@@ -90,14 +87,15 @@ TEST_F(History, IsTheLastThousandLines) {
 
 TEST_F(History, LettersBeyondUnicodeAreLeftOut) {
   makeFolder();
-  std::ofstream(path) << "id \xfd\x88\x85\xa3\x8d\x93"
-                         "3\n";
+  writeFile(path,
+            "id \xfd\x88\x85\xa3\x8d\x93"
+            "3\n");
   expectRecalled(start(), {"id 3"});
 }
 
 TEST_F(History, ThatWasCutGoesOnWithALineOfItsOwn) {
   makeFolder();
-  std::ofstream(path) << "first\nsec";
+  writeFile(path, "first\nsec");
   enter(start(), {});
   EXPECT_EQ(content(), "first\nsec\nquit\n");
 }
@@ -129,7 +127,7 @@ TEST_F(History, IsNotOfPipesNorOfTerminalsWithoutLineEditingNorOfAnswers) {
 TEST_F(History, IsNeverALink) {
   makeFolder();
   const std::string target = elsewhere.file("target");
-  std::ofstream(target) << "secret\n";
+  writeFile(target, "secret\n");
   for (const bool dangling : {false, true}) {
     fs::remove(path);
     fs::create_symlink(dangling ? elsewhere.file("none") : target, path);
@@ -153,7 +151,7 @@ TEST_F(History, IsNeverAPipeOrAFolder) {
 
 TEST_F(History, OfSomebodyElseIsLeftAlone) {
   makeFolder();
-  std::ofstream(path) << "theirs\n";
+  writeFile(path, "theirs\n");
   if (geteuid() != 0 || chown(path.c_str(), 1, 1) != 0) {
     GTEST_SKIP() << "no file of somebody else can be made";
   }
@@ -163,15 +161,15 @@ TEST_F(History, OfSomebodyElseIsLeftAlone) {
 
 TEST_F(History, ThatIsOpenToOthersIsClosed) {
   makeFolder();
-  std::ofstream(path) << "first\n";
+  writeFile(path, "first\n");
   ASSERT_EQ(chmod(path.c_str(), 0644), 0);
   enter(start(), {});
-  expectClosedToOthers();
+  expectForOwnerAlone(path);
 }
 
 #ifndef SANITIZED  // which needs memory of its own
 
-TEST_F(History, ThatMemoryIsTooSmallForIsNone) {
+TEST_F(History, ThatDoesNotFitIntoMemoryIsNeitherReadNorChanged) {
   makeFolder();
   std::ofstream file(path);
   for (int line = 0; line < 1000; ++line) {

@@ -168,7 +168,7 @@ TEST_F(CtrlC, LetsACallFailWithItsLine) {
   beginCommit(session);
   interruptCall(session);
   session.console.readUntil("\r\nERROR: Could not set LineupConfig to ControllerTask\r\n");
-  session.console.readUntil("(changes to commit) > ");
+  session.console.readUntil(kPending);
   session.type("commit\n");
   controller.waitForCalls(3);
   session.quit();

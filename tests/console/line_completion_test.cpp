@@ -39,9 +39,10 @@ TEST_P(Completing, CommandsAndTheirWords) {
   session.type("\n", "> country finland\nCountry changed. Please remember to commit the changes." +
                          kPendingOnScreen);
   session.type("rfi\tena\tsa\t\t",
-               "(changes to commit) > rfinput enable SAT\n"
-               "SAT1    SAT2    SAT3    SAT4    SAT5    SAT6    SAT7    SAT8    SATALL\n"
-               "(changes to commit) > rfinput enable SAT|");
+               kPending +
+                   "rfinput enable SAT\n"
+                   "SAT1    SAT2    SAT3    SAT4    SAT5    SAT6    SAT7    SAT8    SATALL\n" +
+                   kPending + "rfinput enable SAT|");
 }
 
 TEST_P(Completing, TheWordBeforeTheCursorKeepsTheRest) {

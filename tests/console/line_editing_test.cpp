@@ -22,7 +22,7 @@ INSTANTIATE_TEST_SUITE_P(Terminals, Editing, kTerminals, nameOfTerminal);
 TEST_P(Editing, ATypedLineRuns) {
   session.expect(kGreeting + "> |");
   session.type("id 3\n", kGreeting + "> id 3\n" + changedOnScreen(3));
-  session.type("commit\n", "(changes to commit) > commit\n> |");
+  session.type("commit\n", kPending + "commit\n> |");
   EXPECT_EQ(controller.config().headendGlobalConfig.headendId, 3);
   session.type("quit\n", "> quit\n\n|");
   EXPECT_EQ(session.console.finish().status, 0);
@@ -183,8 +183,8 @@ TEST_P(Editing, AnAnswerIsEditedAndNotRemembered) {
   session.askForPlsItem();
   session.type("2 x" + kBackspace + "1317", "\n2 1317|");
   session.type(kLeft + kBackspace + "\t\n", "\n2 137" + kPendingOnScreen);
-  session.type(kUp, "\n(changes to commit) > addpls|");
-  session.type(kCtrlU + "commit\n", "(changes to commit) > commit\n> |");
+  session.type(kUp, "\n" + kPending + "addpls|");
+  session.type(kCtrlU + "commit\n", kPending + "commit\n> |");
   const auto items = controller.config().rfInputsScanConfig.plsItemList;
   ASSERT_EQ(items.size(), 1U);
   EXPECT_EQ(items[0].plsType, 2);
@@ -197,9 +197,9 @@ TEST_P(Editing, CtrlCDropsTheLine) {
   session.type("id 3", "\n> id 3|");  // what the program has not read yet, Ctrl-C discards anyway
   session.type(kCtrlC, "\n> id 3^C\n> |");
   session.type("id 4\n", "\n> id 4\n" + changedOnScreen(4));
-  session.type(kUp, "\n(changes to commit) > id 4|");
-  session.type(kCtrlC, "\n(changes to commit) > id 4^C" + kPendingOnScreen);
-  session.type(kCtrlC, "\n(changes to commit) > ^C" + kPendingOnScreen);
+  session.type(kUp, "\n" + kPending + "id 4|");
+  session.type(kCtrlC, "\n" + kPending + "id 4^C" + kPendingOnScreen);
+  session.type(kCtrlC, "\n" + kPending + "^C" + kPendingOnScreen);
 }
 
 TEST_P(Editing, WhatComesTogetherWithCtrlCIsOfTheNextLine) {
@@ -216,7 +216,7 @@ TEST_P(Editing, CtrlCDropsALineOfSeveralRowsWithTheCursorInTheFirst) {
 TEST_P(Editing, CtrlCDropsAnAnswer) {
   session.askForPlsItem();
   session.type("2 13", "\n2 13|");
-  session.type(kCtrlC, "\n2 13^C\nPlease enter all the parameters\n> |");
+  session.type(kCtrlC, "\n2 13^C\n" + kTooFewParameters + "\n> |");
   session.type("commit\n", "> commit\n> |");
   EXPECT_FALSE(controller.config().rfInputsScanConfig.__isset.plsItemList);
 }
@@ -224,13 +224,13 @@ TEST_P(Editing, CtrlCDropsAnAnswer) {
 TEST_P(Editing, CtrlDEndsOnAnEmptyLineOnly) {
   session.type("id 33" + kCtrlD + kLeft + kCtrlD, "\n> id 3|");
   session.type("\n", kPendingOnScreen);
-  session.type(kCtrlD, "\n(changes to commit) > ^D\n" + kNote + "|");
+  session.type(kCtrlD, "\n" + kPending + "^D\n" + kNote + "|");
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
 TEST_P(Editing, CtrlDInAnAnswerEndsTheConsoleAsTheEndOfInputDoes) {
   session.askForPlsItem();
-  session.type(kCtrlD, "Please enter all the parameters\n\n|");
+  session.type(kCtrlD, kTooFewParameters + "\n\n|");
   EXPECT_EQ(session.console.finish().status, 0);
 }
 
@@ -257,7 +257,7 @@ TEST_P(Editing, AWidthChangedWhileACommandRunsHoldsForTheNextLine) {
 
 // ---- other terminals
 
-TEST_F(OnATerminal, ThatIsNotKnownIsTakenForAnXterm) {
+TEST_F(OnATerminal, AnUnknownKindIsTakenForAnXterm) {
   Session session(onTerminal("xterm-of-another-world"));
   session.type("d 3" + kHome + "i", "\n> i|d 3");
 }

@@ -14,11 +14,7 @@ namespace {
 
 using namespace korvel::thrift::hub_module;
 
-const std::string kTooFew = kPlsQuestion + "Please enter all the parameters\n";
-
-std::string scanTable(const char* cofdm, const char* qams) {
-  return std::string("\n\n    DVB-T   DVB-C   \n      ") + cofdm + "       " + qams + "\n\n\n";
-}
+const std::string kTooFew = kPlsQuestion + kTooFewParameters + "\n";
 
 using ScanCommands = EditingCommands;
 
@@ -29,10 +25,10 @@ TEST_F(ScanCommands, TypesAreSwitchedAndCommitted) {
       committedAfter({{"tdtscan enable dvb-t", "Scan type not supported \n", false},
                       {"tdtscan disable cofdm", "It has the same configuration: DISABLED\n", false},
                       {"tdtscan enable cofdm", kScanUpdated},
-                      {"tdtscan status", scanTable("✓", "✕")},
+                      {"tdtscan status", scanTable(true, false)},
                       {"tdtscan enable Qams", kScanUpdated},
                       {"tdtscan disable COFDM ignored", kScanUpdated},
-                      {"tdtscan status", scanTable("✕", "✓")}}),
+                      {"tdtscan status", scanTable(false, true)}}),
       expected);
 }
 

@@ -26,7 +26,7 @@ TEST_F(OnATerminal, AnEndingSignalAtThePromptRestoresTheTerminalAndRescuesThePen
   for (const int signal : {SIGTERM, SIGHUP}) {
     Session session(watched());
     session.type("id 7\n", kPendingOnScreen);
-    session.type("addipmux", "(changes to commit) > addipmux|");
+    session.type("addipmux", kPending + "addipmux|");
     kill(childOf(session.console.pid()), signal);
     const std::string text = session.console.finish().out;
     const std::string where = kUncommittedIn + folder.path();

@@ -34,8 +34,7 @@ TEST_P(Pasted, ReturnAndLineFeedAreOne) {
 }
 
 TEST_P(Pasted, LineFeedsAloneEndALineEach) {
-  session.type("addpls\n\nid 3\n",
-               "\nPlease enter all the parameters\n> id 3\n" + changedOnScreen(3));
+  session.type("addpls\n\nid 3\n", "\n" + kTooFewParameters + "\n> id 3\n" + changedOnScreen(3));
 }
 
 /// The lines, each ended by `end`, as a terminal marks what is pasted.
@@ -183,7 +182,7 @@ TEST_F(OnATerminal, LineFeedsPastedAloneEndALineEachWhileACommandRuns) {
   session.type("addpls\n\nid 3\n");
   session.console.readUntil("id 3\r\n");
   controller.release();
-  session.console.readUntil("Please enter all the parameters\r\n");
+  session.console.readUntil(kTooFewParameters + "\r\n");
   session.console.readUntil("changed to: 3.");
 }
 
@@ -193,7 +192,7 @@ TEST_F(OnATerminal, AReturnTypedAheadIsTheAnswerThatIsAskedFor) {
   session.type("addpls\r\rid 4\r");
   controller.release();
   session.expect(changedOnScreen(4));
-  EXPECT_NE(session.screen.text().find("Please enter all the parameters"), std::string::npos);
+  EXPECT_NE(session.screen.text().find(kTooFewParameters), std::string::npos);
 }
 
 TEST_F(OnATerminal, CtrlDTypedAheadEndsTheConsole) {
@@ -281,14 +280,14 @@ TEST_F(OnATerminal, PastesAreNotMarkedWhileTheConsoleIsStopped) {
   console.readUntil("> " + kMarksOn);
 }
 
-TEST_F(OnATerminal, OfEveryUsualKindIsAskedToMarkPastes) {
+TEST_F(OnATerminal, EveryUsualKindIsAskedToMarkPastes) {
   for (const char* const type : {"xterm", "screen", "tmux-256color", "linux", "vt220", "no-such"}) {
     ProgramProcess console(onTerminal(type));
     console.readUntil("> " + kMarksOn);
   }
 }
 
-TEST_F(OnATerminal, ThatMayNotKnowTheControlSequencesIsNotAskedToMarkPastes) {
+TEST_F(OnATerminal, OneWithoutControlSequencesIsNotAskedToMarkPastes) {
   ProgramProcess console(onTerminal("vt52"));
   console.readUntil("> ");
   console.send("quit\r");

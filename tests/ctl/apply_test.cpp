@@ -40,7 +40,7 @@ TEST_F(CtlWithController, CallsStandardInputTheSameEverywhere) {
             toJson(withId(2)));
   expectCtl({"apply", "--patch", "-", file}, 3, "", "standard input: is no array of operations",
             "{}");
-  controller_.answerNext(Answer());
+  controller_.answerRightly();
   controller_.answerNext({.kind = Answer::kNotReady});
   const Outcome refused = runCtl({"apply", "-"}, toJson(withId(7)));
   EXPECT_EQ(refused.status, 4);

@@ -10,6 +10,7 @@
 
 #include "model/headend_places.h"
 #include "tests/ctl/ctl_process.h"
+#include "tests/support/expect_for_owner_alone.h"
 #include "tests/support/random_records.h"
 
 namespace lineup::test {
@@ -245,9 +246,7 @@ TEST_F(CtlWithController, SavesWhatRunsForItsOwnerAlone) {
   chmod(file.c_str(), 0644);
   expectCtl({"save", file}, 0, "");
   EXPECT_EQ(contentOf(file), toJson(randomHeadendConfig(5)));
-  struct stat status {};
-  ASSERT_EQ(stat(file.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+  expectForOwnerAlone(file);
   EXPECT_EQ(namesIn(folder_.path()), Words{"saved.json"});
 }
 

@@ -37,6 +37,10 @@ void expectCtl(const std::vector<std::string>& words, int status, const std::str
 /// The failure if there is no controller.
 inline const std::string kAway = kController + "socket open() error: Connection refused";
 
+/// What follows the file's name if a signal comes while "apply" sends it.
+inline const std::string kEndedBeforeReadBack =
+    ": was sent and taken over; a signal ends this before it was read back";
+
 class Ctl : public testing::Test {
  protected:
   /// A file with the configuration.

@@ -70,9 +70,7 @@ class CtlWithFaultyController : public testing::Test {
     for (const Command& command : commands()) {
       for (std::size_t call = 0; call < command.calls.size(); ++call) {
         FakeController controller;
-        for (std::size_t good = 0; good < call; ++good) {
-          controller.answerNext(Answer());
-        }
+        controller.answerRightly(call);
         controller.answerNext(faultFor(command.calls[call]));
         const Outcome outcome = runCtl(command.words);
         expectFailure(outcome, call == 0 ? "" : command.printedBeforeSending);
@@ -175,7 +173,7 @@ TEST_F(CtlWithFaultyController, ThatSaysItHasTakenOverWhatItHasNotIsFoundOut) {
   const Answer lie = recordAnswer(kSetConfig, toBinary(HeadendStatus()));
   for (const Words& words : {Words{"apply", file_}, Words{"apply", "--expect", "running", file_}}) {
     FakeController controller;
-    controller.answerNext(Answer());
+    controller.answerRightly();
     controller.answerNext(lie);
     expectCtl(words, 5, "id: 1 -> 7\nid: 7 -> 1\n", file_ + ": was sent, but something else runs");
     EXPECT_EQ(controller.methods(), (Words{kGetConfig, kSetConfig, kGetConfig}));
@@ -184,12 +182,10 @@ TEST_F(CtlWithFaultyController, ThatSaysItHasTakenOverWhatItHasNotIsFoundOut) {
 
 /// Applies a file to a controller that answers the first `good` calls and the next with `fault`;
 /// expects a complaint that ends with `ending`.
-void expectApplyToEndWith(const std::string& file, int good, const Answer& fault,
+void expectApplyToEndWith(const std::string& file, std::size_t good, const Answer& fault,
                           const std::string& ending) {
   FakeController controller;
-  for (int call = 0; call < good; ++call) {
-    controller.answerNext(Answer());
-  }
+  controller.answerRightly(good);
   controller.answerNext(fault);
   const Outcome outcome = runCtl({"apply", file});
   EXPECT_EQ(outcome.status, 4);
@@ -216,14 +212,12 @@ TEST_F(CtlWithFaultyController, SaysThatNothingWasTakenOverWhereItCouldNotConnec
   controller.reset();
   const Outcome outcome = applying.finish();
   EXPECT_EQ(outcome.status, 4);
-  EXPECT_EQ(outcome.err, "lineupctl: " + kController + "socket open() error: Connection refused; " +
-                             file_ + " was not taken over\n");
+  EXPECT_EQ(outcome.err, "lineupctl: " + kAway + "; " + file_ + " was not taken over\n");
 }
 
 TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
   FakeController controller;
-  controller.answerNext(Answer());
-  controller.answerNext(Answer());
+  controller.answerRightly(2);
   controller.answerNext({.kind = Answer::kNotReady});
   expectCtl({"apply", file_}, 4, "id: 1 -> 7\n",
             kController + "the controller is not ready: starting; " + file_ +
@@ -274,7 +268,7 @@ TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
 // Each byte begins the time-out anew, whether a signal is pending or not.
 TEST_F(CtlWithFaultyController, ThatAnswersSlowlyIsHeardToTheEndAlsoAfterASignal) {
   FakeController controller;
-  controller.answerNext(Answer());
+  controller.answerRightly();
   controller.answerNext({.byteByByte = true, .pause = std::chrono::milliseconds(30)});
   ProgramProcess applying(ctl({"apply", file_}));
   controller.waitForCalls(2);
@@ -283,9 +277,7 @@ TEST_F(CtlWithFaultyController, ThatAnswersSlowlyIsHeardToTheEndAlsoAfterASignal
   const Outcome outcome = applying.finish();
   EXPECT_EQ(outcome.signal, SIGTERM);
   EXPECT_EQ(outcome.out, "id: 1 -> 7\n");
-  EXPECT_EQ(outcome.err, "lineupctl: " + file_ +
-                             ": was sent and taken over; a signal ends this before it was "
-                             "read back\n");
+  EXPECT_EQ(outcome.err, "lineupctl: " + file_ + kEndedBeforeReadBack + "\n");
   EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 

@@ -95,7 +95,7 @@ TEST_F(Ctl, WaitsForAnInputThatDoesNotBlock) {
 }
 
 TEST_F(CtlWithController, ItsStatusSaysThatSomethingElseRunsAlsoIfNobodyReads) {
-  controller_.answerNext(Answer());
+  controller_.answerRightly();
   controller_.answerNext(stalled(true, 0));
   controller_.answerNext(recordAnswer("getHeadendConfig", toBinary(withId(1))));
   const std::string file = fileWith(withId(7));
@@ -134,7 +134,7 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
   std::size_t calls = 0;
   for (const int signal : kEndingSignals) {
     controller_.setConfig(withId(1));
-    controller_.answerNext(Answer());
+    controller_.answerRightly();
     controller_.answerNext(stalled(true, 0));
     ProgramProcess applying(ctl({"apply", file}));
     controller_.waitForCalls(calls += 2);
@@ -144,16 +144,14 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
     const Outcome outcome = applying.finish();
     EXPECT_EQ(outcome.signal, signal);
     EXPECT_EQ(outcome.out, "id: 1 -> 7\n");
-    EXPECT_EQ(outcome.err, "lineupctl: " + file +
-                               ": was sent and taken over; a signal ends this before it was "
-                               "read back\n");
+    EXPECT_EQ(outcome.err, "lineupctl: " + file + kEndedBeforeReadBack + "\n");
     EXPECT_EQ(controller_.config(), withId(7));
   }
 }
 
-// One that does not end it has not to be spoken of.
+// A signal that does not end it is not mentioned.
 TEST_F(CtlWithController, ASignalThatWasBlockedBeforeIsNoEnd) {
-  controller_.answerNext(Answer());
+  controller_.answerRightly();
   controller_.answerNext(stalled(true, 0));
   ProgramProcess applying(
       Start{.program = "env",

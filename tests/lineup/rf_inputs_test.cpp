@@ -201,13 +201,13 @@ TEST_F(RFInputsOfAHeadend, UsesTheStatusHeldFromBeforeIfTheFetchFails) {
 }
 
 TEST_F(RFInputsOfAHeadend, GoesOnAfterACallThatFails) {
-  controller.answerNext({});  // the status
+  controller.answerRightly();  // the status
   failNext();
-  controller.answerNext({});
+  controller.answerRightly();
   failNext();
   EXPECT_EQ(set(true, "SATALL"), satFailed(3) + satFailed(5) + inputTable("+--+-+++++"));
   EXPECT_EQ(calls().size(), 10U);
-  controller.answerNext({});
+  controller.answerRightly();
   failNext();
   EXPECT_EQ(set(false, "TDT1"), kTdtFailed + inputTable("+--+-+++++"));
 }
@@ -270,7 +270,7 @@ TEST_F(RFInputsOfAHeadend, SwitchingLogsAControllerThatIsNotReadyAndEndsWithoutW
 }
 
 TEST_F(RFInputsOfAHeadend, SwitchingManyInputsEndsAtTheCallThatIsNotReady) {
-  controller.answerNext({});
+  controller.answerRightly();
   failNext();
   const RaisingOutput<hub_module::ControllerTaskIsNotReady> output;
   editor.setRFInputState(true, "SATALL");

@@ -14,6 +14,7 @@
 
 #include "model/lineup_editor.h"
 #include "tests/simulator/simulator_process.h"
+#include "tests/support/lineup_entries.h"
 
 namespace lineup::test {
 namespace {
@@ -21,6 +22,7 @@ namespace {
 using general::RFInputId;
 using hub_module::HeadendConfig;
 using hub_module::HeadendStatus;
+using hub_module::LineupEntryKind;
 
 class SimulatorService : public testing::Test {
  protected:
@@ -74,18 +76,11 @@ HeadendConfig editedConfig(HeadendConfig config) {
     service.service.name = "Sérvice \"✓\" \x01 " + std::to_string(key);
     service.service.lItems = {"a", "", " b"};
     service.service.__set_ipMuxUUID("6f1c2a9e-3b57-4d08-9a41-c2e8b7d05f13");
-    hub_module::LineupIPEntryConfig ipEntry;
-    ipEntry.serviceKey = key;
-    lineup.ipEntries.push_back(ipEntry);
-    hub_module::LineupRFEntryConfig rfEntry;
-    rfEntry.serviceKey = key;
-    lineup.rfEntries.push_back(rfEntry);
+    lineup.ipEntries.push_back(ipEntry(key, LineupEntryKind::DVB, ""));
+    lineup.rfEntries.push_back(rfEntry(key, LineupEntryKind::DVB, ""));
   }
   lineup.emptyInputServices[1].service.serviceType = 25;
-  hub_module::LineupRFEntryConfig slot;
-  slot.serviceKey = 1;
-  slot.serviceKind = hub_module::LineupEntryKind::EMPTY;
-  lineup.rfEntries.push_back(slot);
+  lineup.rfEntries.push_back(rfEntry(1, LineupEntryKind::EMPTY, ""));
   lineup.encInputServices[1].label = "HDMI";
   config.headendGlobalConfig.headendId = 4;
   config.headendGlobalConfig.__set_countryCode(general::CountryCode::ITALY);
@@ -349,7 +344,7 @@ TEST_F(SimulatorService, ValidationTellsWhatIsWrongAndChangesNothing) {
   expectFound("invalid, headend id 11");
   checked.lineupConfig.ipEntries[0].serviceKey = 77;
   expectFound("invalid, an IP entry without a service");
-  checked.lineupConfig.rfEntries[0].serviceKind = static_cast<hub_module::LineupEntryKind::type>(3);
+  checked.lineupConfig.rfEntries[0].serviceKind = static_cast<LineupEntryKind::type>(3);
   expectFound("invalid, an RF entry without a service");
   EXPECT_EQ(config(), before);
 }

@@ -99,6 +99,11 @@ void insertOneOfEach(CatalogueWriter& catalogue) {
   catalogue.insert(kIP, kIPRow);
 }
 
+void fillCable(CatalogueWriter& catalogue, int count) {
+  catalogue.fill(kCable, count,
+                 "0, 0, 0, 0, 0, 306000, 6875, 64, 0, 0, i, 'Ch ' || i, i, 0, 1, '', ''");
+}
+
 Cells with(Cells row, const Cells& cells) {
   for (const auto& [column, text] : cells) {
     row[column] = text;

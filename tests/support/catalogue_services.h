@@ -38,6 +38,9 @@ korvel::thrift::hub_module::DVBInputServiceConfig ipService();
 /// Adds the four rows.
 void insertOneOfEach(CatalogueWriter& catalogue);
 
+/// Adds `count` cable services: "Ch 1" with the id 1, and so on.
+void fillCable(CatalogueWriter& catalogue, int count);
+
 /// `row` with `cells` in place of its own.
 Cells with(Cells row, const Cells& cells);
 

@@ -31,11 +31,20 @@ inline std::string restoredFrom(const std::string& path) {
 inline const std::string kScanUpdated =
     "Updated scan type. Please remember to commit the changes.\n";
 
+/// The marks of the two scan types.
+inline std::string scanTable(bool cofdm, bool qams) {
+  return std::string("\n\n    DVB-T   DVB-C   \n      ") + (cofdm ? "✓" : "✕") + "       " +
+         (qams ? "✓" : "✕") + "\n\n\n";
+}
+
 /// What "addpls" asks.
 inline const std::string kPlsQuestion =
     "Enter the information of the non-standard PLS item:\n"
     " plsType                      plsCode\n"
     " (0 Auto | 1 Gold | 2 Root)   131070 \n";
+
+/// How it refuses an answer of fewer than two words.
+inline const std::string kTooFewParameters = "Please enter all the parameters";
 
 /// What "id" prints with another `id` than that of the headend.
 inline std::string idChanged(int id) {

@@ -149,6 +149,12 @@ void FakeController::answerNext(const Answer& answer) {
   next_.push_back(answer);
 }
 
+void FakeController::answerRightly(std::size_t count) {
+  for (std::size_t call = 0; call < count; ++call) {
+    answerNext({});
+  }
+}
+
 void FakeController::release() {
   const std::lock_guard lock(mutex_);
   ++releases_;

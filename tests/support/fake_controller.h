@@ -95,7 +95,9 @@ class FakeController {
 
   /// The next calls without an answer of their own yet get `answer`, one call each.
   void answerNext(const Answer& answer);
-  /// All calls that answerNext() says nothing of get `answer`.
+  /// The next `count` calls without an answer of their own yet get the right one.
+  void answerRightly(std::size_t count = 1);
+  /// All calls that these two say nothing of get `answer`.
   void answerAll(const Answer& answer) { hold(answer, all_); }
 
   /// From the next connection on takes requests at this pace, with as little ahead of it as the

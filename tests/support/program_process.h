@@ -153,6 +153,11 @@ Start withoutPowers(const std::string& capabilities, Start start);
 /// `start` with a shell that runs `script` in place of the program.
 Start inShell(const std::string& script, Start start = {});
 
+/// How a test is named that is the same on a terminal and on pipes.
+inline std::string nameOfStreams(bool terminal) {
+  return terminal ? "OnATerminal" : "OnAPipe";
+}
+
 /// Runs the console on pipes to its end.
 Outcome runConsole(const std::vector<std::string>& arguments, std::string_view input = "");
 

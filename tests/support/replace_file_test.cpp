@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/expect_for_owner_alone.h"
 #include "tests/support/file_content.h"
 #include "tests/support/pipe.h"
 #include "tests/support/temporary_folder.h"
@@ -44,9 +45,7 @@ TEST_F(ReplaceFile, PutsOneForItsOwnerAloneAtThePath) {
   replaceFile(file_, "first");
   replaceFile(file_, "second");
   EXPECT_EQ(contentOf(file_), "second");
-  struct stat status {};
-  ASSERT_EQ(stat(file_.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+  expectForOwnerAlone(file_);
   EXPECT_EQ(names().size(), 1U);
 }
 

@@ -1,4 +1,4 @@
-// This finds the controller's port free and the catalogue's folder empty, whatever else runs.
+// What a sandboxed main() gives each test, whatever else runs.
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
+#include "tests/support/file_content.h"
 #include "tests/support/sandbox.h"
 
 namespace lineup::test {
@@ -29,7 +29,7 @@ TEST(SandboxedMain, GivesATestThePortAndTheFolder) {
   close(listener);
 
   ASSERT_TRUE(std::filesystem::is_empty(kCatalogueFolder));
-  std::ofstream(kCataloguePath) << "data";
+  writeFile(kCataloguePath, "data");
   EXPECT_EQ(std::filesystem::file_size(kCataloguePath), 4U);
   std::filesystem::remove(kCataloguePath);
 }

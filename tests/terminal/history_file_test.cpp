@@ -35,7 +35,7 @@ class HistoryFile : public testing::Test {
 };
 
 TEST_F(HistoryFile, IsReadFromTheLastLinesOn) {
-  std::ofstream(path_) << "oldest\nold\nnew\nnewest";
+  writeFile(path_, "oldest\nold\nnew\nnewest");
   EXPECT_EQ(readHistoryFile(kMost), (Lines{"oldest", "old", "new", "newest"}));
   EXPECT_EQ(readHistoryFile(2), (Lines{"new", "newest"}));
 }
@@ -46,7 +46,7 @@ TEST_F(HistoryFile, KeepsAThousandLinesTenTimesAsLongAsAnyKnown) {
   for (std::size_t line = 1; line < kMost; ++line) {
     lines += std::to_string(line) + std::string(50'000, 'x') + "\n";
   }
-  std::ofstream(path_) << "oldest\nold\n" << lines;
+  writeFile(path_, "oldest\nold\n" + lines);
   appendToHistoryFile("new", kMost);
   EXPECT_EQ(fs::file_size(path_), lines.size() + std::string("new\n").size());
   std::string first;
@@ -55,7 +55,7 @@ TEST_F(HistoryFile, KeepsAThousandLinesTenTimesAsLongAsAnyKnown) {
 }
 
 TEST_F(HistoryFile, OfEightGigabytesIsReadAtItsEndAndIsSmallAfterTheNextLine) {
-  std::ofstream(path_) << "first\n";
+  writeFile(path_, "first\n");
   fs::resize_file(path_, uintmax_t{8} << 30);
   EXPECT_EQ(readHistoryFile(kMost), Lines());
   std::ofstream(path_, std::ios::app) << "\nlast\n";

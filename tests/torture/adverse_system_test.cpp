@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/console_texts.h"
+#include "tests/support/edited_console.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
@@ -35,18 +36,14 @@ class AdverseSystem : public testing::Test {
 class AdverseStreams : public AdverseSystem, public testing::WithParamInterface<bool> {};
 
 TEST_P(AdverseStreams, AnInterruptedReadIsRepeated) {
-  ProgramProcess console(withFault("interruption", GetParam(), count));
-  console.readUntil("> ");
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  EditedConsole console(withFault("interruption", GetParam(), count));
   console.send("quit\n");
   EXPECT_EQ(console.finish().status, 0);
   EXPECT_GT(calls(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Streams, AdverseStreams, testing::Bool(), [](const auto& instance) {
-  return instance.param ? "OnATerminal" : "OnAPipe";
-});
+INSTANTIATE_TEST_SUITE_P(Streams, AdverseStreams, testing::Bool(),
+                         [](const auto& instance) { return nameOfStreams(instance.param); });
 
 TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
   ProgramProcess console(withFault("signalfd", true, count));

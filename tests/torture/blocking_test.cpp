@@ -12,6 +12,7 @@
 
 #include "tests/support/catalogue_file.h"
 #include "tests/support/console_texts.h"
+#include "tests/support/edited_console.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/program_process.h"
 #include "tests/support/sandbox.h"
@@ -169,9 +170,7 @@ TEST_P(BlockingAtTheEnd, DoesNotKeepTheCopyFromBeingWritten) {
     SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(all));
     const TemporaryFolder folder;
     const FakeController controller;
-    ProgramProcess console(start(faultAt(place), folder));
-    console.send("id 7\n");
-    console.readUntil(kPending);
+    EditedConsole console(start(faultAt(place), folder));
     const Outcome outcome = end(console);
     EXPECT_EQ(outcome.signal, SIGTERM);
     EXPECT_EQ(hasStruck(), place > 0);
@@ -210,9 +209,7 @@ TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
   controller.setConfig(largeConfig());
   Fault none = faultAt(0);
   none.haste = GetParam().terminal == nullptr ? 2 : 10;
-  ProgramProcess console(start(none, folder));
-  console.send("id 7\n");
-  console.readUntil(kPending);
+  EditedConsole console(start(none, folder));
   controller.readSlowly(4'000);
   console.send("commit\n");
   controller.waitForBegun(2);

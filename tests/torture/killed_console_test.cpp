@@ -6,13 +6,11 @@
 #include <sys/file.h>
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/descriptor.h"
@@ -21,6 +19,7 @@
 #include "tests/support/file_content.h"
 #include "tests/support/program_process.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/wait_until.h"
 #include "tests/torture/faulty_console.h"
 
 namespace lineup::test {
@@ -30,9 +29,9 @@ constexpr int32_t kFirst = 7;
 constexpr int32_t kLast = 9;
 
 /// A session that edits the headend's id again and again, each time until the copy has it.
-class Session {
+class KilledSession {
  public:
-  explicit Session(const Fault& fault, const char* terminal = "dumb")
+  explicit KilledSession(const Fault& fault, const char* terminal = "dumb")
       : terminal_(terminal), console_(start(fault)) {}
 
   void begin() { readUntil("> "); }
@@ -159,7 +158,7 @@ TEST_P(KilledConsoleOn, LeavesACopyThatIsWholeOrTheOneBefore) {
   long before = 0;
   long span = 0;
   {
-    Session undisturbed({"system"}, GetParam());
+    KilledSession undisturbed({"system"}, GetParam());
     undisturbed.play();
     ASSERT_EQ(undisturbed.committedId(), kLast);
     before = undisturbed.callsBefore;
@@ -168,7 +167,7 @@ TEST_P(KilledConsoleOn, LeavesACopyThatIsWholeOrTheOneBefore) {
   ASSERT_GT(span, 0);
   for (const long place : placesAmong(span, 15)) {
     SCOPED_TRACE("call " + std::to_string(place) + " of " + std::to_string(span));
-    Session session({"system", before + place, "kill"}, GetParam());
+    KilledSession session({"system", before + place, "kill"}, GetParam());
     session.play();
     const std::string copy = session.copy();
     if (!copy.empty()) {
@@ -182,7 +181,7 @@ TEST_P(KilledConsoleOn, LeavesACopyThatIsWholeOrTheOneBefore) {
 }
 
 TEST(KilledConsole, HasNeverWaitedForAWriter) {
-  Session session({"wait"});
+  KilledSession session({"wait"});
   session.begin();
   std::string lines;
   for (int n = 0; n < 20; ++n) {
@@ -196,24 +195,21 @@ TEST(KilledConsole, HasNeverWaitedForAWriter) {
 }
 
 TEST(KilledConsole, WhoseTerminalTakesNoOutputHasACopyOfTheEditsBeforeIt) {
-  Session session(kSlowDisk);
+  KilledSession session(kSlowDisk);
   session.begin();
   std::string lines = "id 7\nid 8\nid 9\n";  // while 7 is written, 9 takes the place of 8
   for (int n = 0; n < 16; ++n) {
     lines += "show\n";
   }
   session.type(lines);
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (session.copiedId() != 9 && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  waitUntil([&] { return session.copiedId() == 9; });
   session.kill();
   EXPECT_EQ(session.copiedId(), 9);
   session.expectNextToRestore(session.copy());
 }
 
 TEST(KilledConsole, WhoseWriterIsStillAtWorkHasTheCopyBeforeAnnounced) {
-  Session session(kSlowDisk);
+  KilledSession session(kSlowDisk);
   session.begin();
   session.type("id 7\n");
   session.readWhile([&] { return session.copiedId() != 7; });

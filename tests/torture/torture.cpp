@@ -44,7 +44,7 @@ constexpr char kRescued[] = "The uncommitted changes";
 // ---- what is run
 
 /// One run of the console. A line holds what is typed up to the next prompt.
-struct Session {
+struct Script {
   const char* name;
   std::vector<std::string> arguments;
   std::vector<std::string> lines;
@@ -53,7 +53,7 @@ struct Session {
 
 // The controller has satellite inputs but no terrestrial ones: to switch one of these ends the
 // program. "given.json" is there before each session.
-const Session kSessions[] = {
+const Script kSessions[] = {
     {"edit",
      {},
      {"id 7", "adddvb 17", "addenc 5 2", "findtdt", "rfmod qam", "save saved.json", "commit",
@@ -100,14 +100,14 @@ constexpr Kind kKinds[] = {
 /// Whether calls of the kind fail in the session. On a terminal malloc is not failed: libedit and
 /// libtinfo crash. There operator new is failed instead; elsewhere it is covered by malloc, except
 /// with sanitizers.
-bool applies(const Kind& kind, const Session& session) {
+bool applies(const Kind& kind, const Script& session) {
   const std::string name = kind.name;
   const bool mallocFails = !session.terminal;
   return name == "malloc" ? mallocFails : name != "new" || !mallocFails || !NEW_USES_MALLOC;
 }
 
 /// One of the calls of a kind, 0 for none, and whether the later ones fail, too.
-struct Fault {
+struct Injection {
   Kind kind;
   long at;
   bool on;
@@ -162,7 +162,7 @@ std::vector<Step> stepsOf(const std::string& out, const std::vector<std::string>
 // ---- what must hold; each returns what does not, empty if all does
 
 /// Whether the end is one that is meant: a status of 0, or an exception that ends the program.
-bool endsAsMeant(const Fault& fault, const Outcome& outcome) {
+bool endsAsMeant(const Injection& fault, const Outcome& outcome) {
   if (outcome.signal == 0) {
     return outcome.status == 0;
   }
@@ -172,7 +172,7 @@ bool endsAsMeant(const Fault& fault, const Outcome& outcome) {
                                        (noMemory && contains(outcome.err, "bad_alloc")));
 }
 
-std::string wrongEnd(const Fault& fault, const Result& result) {
+std::string wrongEnd(const Injection& fault, const Result& result) {
   const Outcome& outcome = result.outcome;
   if (!result.hang.empty()) {
     return result.hang;
@@ -187,7 +187,7 @@ std::string wrongEnd(const Fault& fault, const Result& result) {
 }
 
 /// One line for a call that fails once, none where nothing concerns the controller.
-std::string wrongErrors(const Fault& fault, const Result& result) {
+std::string wrongErrors(const Injection& fault, const Result& result) {
   const long errors = count(result.outcome.out, kError);
   const bool injected = fault.at > 0;
   const bool mayFail = injected && fault.kind.effect >= Effect::Calls;
@@ -225,7 +225,7 @@ std::string wrongStep(const Step& step) {
 }
 
 /// What the prompts and the lines between them tell.
-std::string wrongSteps(const Fault& fault, const Result& result,
+std::string wrongSteps(const Injection& fault, const Result& result,
                        const std::vector<std::string>& lines) {
   const std::vector<Step> steps = stepsOf(result.outcome.out, lines);
   bool allFail = false;
@@ -274,7 +274,7 @@ bool sameCalls(const std::vector<ReceivedCall>& calls, const std::vector<Receive
 }
 
 /// `undisturbed` is the session without a fault.
-std::string complaint(const Session& session, const Fault& fault, const Result& result,
+std::string complaint(const Script& session, const Injection& fault, const Result& result,
                       const Result& undisturbed) {
   std::string wrong = wrongEnd(fault, result);
   if (wrong.empty()) {
@@ -311,15 +311,15 @@ class Torture {
 
   /// Every fault of the kind in the session, or about `sample` of them if that is not 0. Returns
   /// how many.
-  long runAll(const Session& session, const Kind& kind, long sample) {
-    const Fault none{kind, 0, false};
+  long runAll(const Script& session, const Kind& kind, long sample) {
+    const Injection none{kind, 0, false};
     const Result undisturbed = run(session, none);
     judge(session, none, undisturbed, undisturbed);
     const long step = sample == 0 ? 1 : std::max(1L, 2 * undisturbed.faultyCalls / sample);
     long injected = 0;
     for (long at = 1; at <= undisturbed.faultyCalls; at += step) {
       for (const bool on : {false, true}) {
-        const Fault fault{kind, at, on};
+        const Injection fault{kind, at, on};
         const Result result = run(session, fault);
         judge(session, fault, result, undisturbed);
         injected += result.faultyCalls >= at ? 1 : 0;
@@ -331,7 +331,7 @@ class Torture {
   long broken() const { return broken_; }
 
  private:
-  Result run(const Session& session, const Fault& fault) const {
+  Result run(const Script& session, const Injection& fault) const {
     FakeController controller;
     controller.setConfig(configWithIPInput());
     controller.setStatus(statusWithSatInputs());
@@ -352,7 +352,7 @@ class Torture {
     return result;
   }
 
-  void judge(const Session& session, const Fault& fault, const Result& result,
+  void judge(const Script& session, const Injection& fault, const Result& result,
              const Result& undisturbed) {
     const std::string wrong = complaint(session, fault, result, undisturbed);
     removeRescued(result);
@@ -369,11 +369,10 @@ class Torture {
   /// Copies that could not be written in the session's folder, or not removed, are in /tmp. The end
   /// that is forced is that of a child process, and only its message has its name.
   static void removeRescued(const Result& result) {
-    const std::string before = std::string(kRescued) + " are in ";
     const std::string& errors = result.outcome.err;
-    for (std::size_t found = errors.find(before); found != std::string::npos;
-         found = errors.find(before, found + 1)) {
-      const std::size_t begin = found + before.size();
+    for (std::size_t found = errors.find(kUncommittedIn); found != std::string::npos;
+         found = errors.find(kUncommittedIn, found + 1)) {
+      const std::size_t begin = found + kUncommittedIn.size();
       fs::remove(errors.substr(begin, errors.find(": ", begin) - begin));
     }
     for (const fs::path& copy : copiesInTmp(result.process)) {
@@ -382,7 +381,7 @@ class Torture {
   }
 
   /// A terminal's input ends only when that is typed: a line that says so may have been lost.
-  static std::string inputOf(const Session& session) {
+  static std::string inputOf(const Script& session) {
     std::string input;
     for (const std::string& line : session.lines) {
       input += line + "\n";
@@ -404,7 +403,7 @@ class Torture {
     return status;
   }
 
-  Start start(const Session& session, const Fault& fault) const {
+  Start start(const Script& session, const Injection& fault) const {
     Start start = startIn(folder_, session.terminal);
     start.arguments = session.arguments;
     start.environment["TERM"] = "xterm";
@@ -422,7 +421,7 @@ class Torture {
 int torture(long sample) {
   Torture torture;
   long injected = 0;
-  for (const Session& session : kSessions) {
+  for (const Script& session : kSessions) {
     std::cout << session.name << ":" << std::flush;
     for (const Kind& kind : kKinds) {
       if (!applies(kind, session)) {
