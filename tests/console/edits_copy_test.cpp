@@ -10,8 +10,6 @@
 #include <csignal>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <functional>
 #include <iomanip>
 #include <memory>
 #include <optional>
@@ -24,8 +22,11 @@
 #include "controller/config_file.h"
 #include "hub_module_types.h"
 #include "tests/console/edits_on_disk.h"
+#include "tests/console/keys.h"
 #include "tests/support/copies_in_tmp.h"
 #include "tests/support/expect_end.h"
+#include "tests/support/expect_for_owner_alone.h"
+#include "tests/support/wait_until.h"
 
 namespace lineup::test {
 namespace {
@@ -52,27 +53,19 @@ class EditsCopy : public EditsOnDisk {
   /// Waits for that.
   std::string awaitCopyOf(int id) const {
     std::string path;
-    await([&] { return !(path = copyOf(id)).empty(); });
+    waitUntil([&] { return !(path = copyOf(id)).empty(); });
     return path;
   }
 
   /// Waits for a copy beside which others' files lie.
   void awaitCopyAmongOthers(int id) const {
-    await([&] {
+    waitUntil([&] {
       const std::vector<fs::path> all = copies();
       return std::any_of(all.begin(), all.end(), [&](const fs::path& file) {
         return !fs::is_symlink(file) && file.extension() == ".json" &&
                contentOf(file).find(field(id)) != std::string::npos;
       });
     });
-  }
-
-  static void await(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!condition()) {
-      ASSERT_LT(std::chrono::steady_clock::now(), deadline);
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
   }
 
   static void type(ProgramProcess& console, const std::string& line,
@@ -152,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(Terminals, EditsCopyOn, testing::Values("dumb", "xterm"
 TEST_P(EditsCopyOn, IsThereAfterTheEditAndOutlivesAKill) {
   const std::string path = leave(GetParam());
   ASSERT_EQ(copyOf(7), path);
-  EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  expectForOwnerAlone(path);
   ProgramProcess next(start());
   const std::string begin = next.readUntil("Enter 'help'");
   EXPECT_NE(begin.find(announcement(path)), std::string::npos) << begin;
@@ -176,13 +169,13 @@ TEST_P(EditsCopyOn, FollowsTheEditsUntilTheyAreCommitted) {
 }
 
 TEST_P(EditsCopyOn, IsRemovedWithTheEditsThatAreGivenUp) {
-  for (const char* end : {"quit\n", "\x04"}) {
+  for (const std::string& end : {std::string("quit\n"), kCtrlD}) {
     EditedConsole console(start());
     awaitCopyOf(7);
     console.send(end);
     const Outcome outcome = console.finish();
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.out.find("NOTE: Changes have not been committed"), std::string::npos);
+    EXPECT_NE(outcome.out.find("\r\nNOTE: Changes have not been committed\r\n"), std::string::npos);
     EXPECT_TRUE(copies().empty());
   }
 }
@@ -266,7 +259,7 @@ TEST_F(EditsCopy, OfAnotherConfigurationOfTheSameLengthIsAnnounced) {
 TEST_F(EditsCopy, OfWhatTheControllerRunsIsAnnouncedIfThatIsNotKnown) {
   const std::string path = leave();
   const std::string content = configFileContent(HeadendConfig());
-  std::ofstream(path) << content;
+  writeFile(path, content);
   for (const Answer& answer : {Answer{.kind = Answer::kNotReady}, Answer{.sentBytes = 20}}) {
     controller.answerNext(answer);
     expectAnnounced(path);
@@ -346,7 +339,7 @@ TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
   fs::create_directories(folder.file("lineup-console"));
   const std::vector<std::string> names = namesOfTenMinutes(console);
   for (const std::string& name : names) {
-    std::ofstream(name + ".json") << "another's";
+    writeFile(name + ".json", "another's");
   }
   type(console, "id 7");
   awaitCopyAmongOthers(7);
@@ -360,7 +353,7 @@ TEST_F(EditsCopy, LeavesOneOfTheSameNameAlone) {
 
 TEST_F(EditsCopy, IsNotWrittenThroughALinkThatHasItsTemporaryName) {
   const std::string theirs = folder.file("theirs");
-  std::ofstream(theirs) << "another's";
+  writeFile(theirs, "another's");
   ProgramProcess console(start(true));
   console.readUntil("> ");
   fs::create_directories(folder.file("lineup-console"));
@@ -389,7 +382,7 @@ TEST_F(EditsCopy, ThatSomebodyRemovesIsWrittenAgain) {
 TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
   fs::create_directories(folder.file("lineup-console"));
   const std::string old = folder.file("lineup-console/lineup-console-mine.json");
-  std::ofstream(old) << "{}";
+  writeFile(old, "{}");
   fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(24 * 365));
   fs::create_symlink(old, folder.file("lineup-console/lineup-console-20260101-000000-1.json"));
   expectNothingAnnounced();
@@ -426,7 +419,7 @@ TEST_F(EditsCopy, IsWrittenOnceTheDiskHasRoomAgain) {
   type(console, "help");
   awaitCopyOf(7);
   limitFiles(console, RLIM_INFINITY);
-  await([&] { return !copyOf(8).empty() || !copiesInTmp(console.pid()).empty(); });
+  waitUntil([&] { return !copyOf(8).empty() || !copiesInTmp(console.pid()).empty(); });
   console.send("quit\n");
   console.finish();
   EXPECT_TRUE(copiesInTmp(console.pid()).empty());
