@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <limits>
@@ -27,6 +26,7 @@
 #include "controller/config_file_transport.h"
 #include "controller/thrift_log.h"
 #include "tests/support/encoding.h"
+#include "tests/support/expect_for_owner_alone.h"
 #include "tests/support/file_content.h"
 #include "tests/support/memory_use.h"
 #include "tests/support/random_records.h"
@@ -87,13 +87,13 @@ class ConfigFile : public testing::Test {
   }
   ~ConfigFile() override { EXPECT_EQ(openDescriptors(), descriptors_); }
 
-  void fill(const std::string& content) const { std::ofstream(path_) << content; }
+  void fill(const std::string& content) const { writeFile(path_, content); }
 
   /// Expects that a file with this content is read over `config`, and leaves `after`.
   void expectRead(const std::string& content, const HeadendConfig& after,
                   HeadendConfig config = {}) const {
     fill(content);
-    EXPECT_EQ(readConfigFile(path_, config), 0) << content;
+    EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_OK) << content;
     EXPECT_EQ(config, after) << content;
   }
 
@@ -104,15 +104,15 @@ class ConfigFile : public testing::Test {
   void expectNotRead(const std::string& content) const {
     fill(content);
     HeadendConfig config = some_;
-    EXPECT_EQ(readConfigFile(path_, config), -2) << content;
+    EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED) << content;
     EXPECT_EQ(config, some_) << content;
   }
 
   /// Expects that a file holds the configuration.
   void expectHeld(const HeadendConfig& config) const {
-    ASSERT_EQ(writeConfigFile(path_, config), 0);
+    ASSERT_EQ(writeConfigFile(path_, config), CONFIG_FILE_OK);
     HeadendConfig read;
-    EXPECT_EQ(readConfigFile(path_, read), 0);
+    EXPECT_EQ(readConfigFile(path_, read), CONFIG_FILE_OK);
     EXPECT_TRUE(read == config);
   }
 
@@ -132,29 +132,35 @@ class ConfigFile : public testing::Test {
 
 // ---- writing
 
+TEST(ConfigFileResults, AreTheNumbersThatCallersKnow) {
+  EXPECT_EQ(CONFIG_FILE_OK, 0);
+  EXPECT_EQ(CONFIG_FILE_NOT_OPENED, -1);
+  EXPECT_EQ(CONFIG_FILE_FAILED, -2);
+}
+
 TEST_F(ConfigFile, HoldsTheJsonOfTheRecordAndNothingElse) {
-  EXPECT_EQ(writeConfigFile(path_, some_), 0);
+  EXPECT_EQ(writeConfigFile(path_, some_), CONFIG_FILE_OK);
   EXPECT_EQ(content(), toJson(some_));
 }
 
 TEST_F(ConfigFile, IsCreatedForItsOwnerAlone) {
   const mode_t old = umask(0);
-  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), 0);
+  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), CONFIG_FILE_OK);
   umask(old);
-  EXPECT_EQ(mode(), mode_t{0600});
+  expectForOwnerAlone(path_);
 }
 
 TEST_F(ConfigFile, ThatExistsIsTruncatedAndKeepsItsPermissions) {
   fill(std::string(100000, 'x'));
   chmod(path_.c_str(), 0644);
-  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), 0);
+  EXPECT_EQ(writeConfigFile(path_, HeadendConfig()), CONFIG_FILE_OK);
   EXPECT_EQ(content(), toJson(HeadendConfig()));
   EXPECT_EQ(mode(), mode_t{0644});
 }
 
 TEST_F(ConfigFile, IsSyncedBeforeItsLastBytesAreWrittenAndOnceMoreWhenItIsClosed) {
   syncing = {.watched = path_};
-  EXPECT_EQ(writeConfigFile(path_, some_), 0);
+  EXPECT_EQ(writeConfigFile(path_, some_), CONFIG_FILE_OK);
   const std::size_t size = toJson(some_).size();
   ASSERT_EQ(syncing.calls.size(), 2U);
   EXPECT_EQ(syncing.calls[0].substr(0, 7), "syncfs ");
@@ -165,23 +171,26 @@ TEST_F(ConfigFile, IsSyncedBeforeItsLastBytesAreWrittenAndOnceMoreWhenItIsClosed
 
 TEST_F(ConfigFile, IsWrittenToItsEndEvenIfTheFirstSyncFails) {
   syncing = {.watched = path_, .syncfsResult = -1};
-  EXPECT_EQ(writeConfigFile(path_, some_), -2);
+  EXPECT_EQ(writeConfigFile(path_, some_), CONFIG_FILE_FAILED);
   EXPECT_EQ(content(), toJson(some_));
   EXPECT_EQ(syncing.calls.size(), 2U);
 }
 
 TEST_F(ConfigFile, ThatCannotBeOpenedForWritingIsMinusOne) {
   syncing = {};
-  EXPECT_EQ(writeConfigFile(folder_.file("missing/config.json"), HeadendConfig()), -1);
-  EXPECT_EQ(writeConfigFile(folder_.path(), HeadendConfig()), -1);
-  EXPECT_EQ(writeConfigFile("", HeadendConfig()), -1);
-  EXPECT_EQ(writeConfigFile(std::string(10000, 'x'), HeadendConfig()), -1);
+  EXPECT_EQ(writeConfigFile(folder_.file("missing/config.json"), HeadendConfig()),
+            CONFIG_FILE_NOT_OPENED);
+  EXPECT_EQ(writeConfigFile(folder_.path(), HeadendConfig()), CONFIG_FILE_NOT_OPENED);
+  EXPECT_EQ(writeConfigFile("", HeadendConfig()), CONFIG_FILE_NOT_OPENED);
+  EXPECT_EQ(writeConfigFile(std::string(10000, 'x'), HeadendConfig()), CONFIG_FILE_NOT_OPENED);
   EXPECT_EQ(syncing.calls, std::vector<std::string>());
   EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
 }
 
 TEST_F(ConfigFile, OnAFullDiskIsMinusTwo) {
-  EXPECT_EQ(printed([] { EXPECT_EQ(writeConfigFile("/dev/full", HeadendConfig()), -2); }), "");
+  EXPECT_EQ(
+      printed([] { EXPECT_EQ(writeConfigFile("/dev/full", HeadendConfig()), CONFIG_FILE_FAILED); }),
+      "");
 }
 
 TEST_F(ConfigFile, WhoseLastBytesFindNoRoomIsMinusTwo) {
@@ -196,7 +205,7 @@ TEST_F(ConfigFile, WhoseLastBytesFindNoRoomIsMinusTwo) {
   syncing = {.watched = path_};
   const int result = writeConfigFile(path_, HeadendConfig());
   setrlimit(RLIMIT_FSIZE, &limit);
-  EXPECT_EQ(result, -2);
+  EXPECT_EQ(result, CONFIG_FILE_FAILED);
   EXPECT_EQ(syncing.calls, std::vector<std::string>{"syncfs " + std::to_string(wholeBuffers)});
   EXPECT_EQ(std::filesystem::file_size(path_), wholeBuffers);
 }
@@ -350,16 +359,16 @@ class PipedFile {
 TEST_F(ConfigFile, MayBeAPipeThatStaysOpen) {
   for (const std::string& text : {toJson(some_), std::string(R"({"77":{"str":"\n"}})")}) {
     HeadendConfig config = some_;
-    EXPECT_EQ(PipedFile(path_, text, true).read(config), 0);
+    EXPECT_EQ(PipedFile(path_, text, true).read(config), CONFIG_FILE_OK);
     EXPECT_EQ(config, some_);
   }
 }
 
 TEST_F(ConfigFile, ThatCannotBeOpenedIsMinusOneOrAFolderMinusTwoAndChangesNothing) {
   HeadendConfig config = some_;
-  EXPECT_EQ(readConfigFile(path_, config), -1);
-  EXPECT_EQ(readConfigFile("", config), -1);
-  EXPECT_EQ(readConfigFile(folder_.path(), config), -2);
+  EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_NOT_OPENED);
+  EXPECT_EQ(readConfigFile("", config), CONFIG_FILE_NOT_OPENED);
+  EXPECT_EQ(readConfigFile(folder_.path(), config), CONFIG_FILE_FAILED);
   EXPECT_EQ(config, some_);
 }
 
@@ -378,7 +387,7 @@ TEST_F(ConfigFile, TruncatedAtAnyLengthIsMinusTwoAndKeepsWhatHadBeenRead) {
   for (std::size_t length = whole.size(); length-- > 0;) {
     std::filesystem::resize_file(path_, length);
     HeadendConfig config = before;
-    ASSERT_EQ(readConfigFile(path_, config), -2) << "length " << length;
+    ASSERT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED) << "length " << length;
     if (length % 16 != 0) {
       continue;  // the comparison takes its time
     }
@@ -420,9 +429,9 @@ TEST_F(ConfigFile, HoldsEveryKindOfRealNumber) {
     expectHeld(config);
   }
   keyPeriod = std::numeric_limits<double>::quiet_NaN();
-  ASSERT_EQ(writeConfigFile(path_, config), 0);
+  ASSERT_EQ(writeConfigFile(path_, config), CONFIG_FILE_OK);
   HeadendConfig read;
-  EXPECT_EQ(readConfigFile(path_, read), 0);
+  EXPECT_EQ(readConfigFile(path_, read), CONFIG_FILE_OK);
   EXPECT_TRUE(std::isnan(read.lineupConfig.globalConfig.drmConfig.vsecureConfig.keyPeriod));
 }
 
@@ -433,7 +442,7 @@ TEST_F(ConfigFile, NestedTooDeepIsMinusTwo) {
   }
   fill(text);
   HeadendConfig config;
-  EXPECT_EQ(readConfigFile(path_, config), -2);
+  EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED);
 }
 
 // ---- claims
@@ -485,7 +494,8 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsIsMinusTwoWithoutTheMemory) 
         lying.replace(size.position, size.length, claim);
         fill(lying);
         HeadendConfig config;
-        ASSERT_EQ(readConfigFile(path_, config), -2) << claim << " at " << size.position;
+        ASSERT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED)
+            << claim << " at " << size.position;
       }
     }
   });
@@ -499,7 +509,8 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsThanItHoldsGetsNoneOfThem) {
     std::string text = entries;
     fill(text.replace(text.find('%'), 1, std::to_string(claim)));
     HeadendConfig config;
-    EXPECT_EQ(readConfigFile(path_, config), claim == 2 ? 0 : -2) << claim;
+    EXPECT_EQ(readConfigFile(path_, config), claim == 2 ? CONFIG_FILE_OK : CONFIG_FILE_FAILED)
+        << claim;
     return config.lineupConfig.rfEntries.size();
   };
   EXPECT_EQ(entriesRead(2), 2U);
@@ -514,7 +525,7 @@ TEST_F(ConfigFile, ThatClaimsMoreElementsInAnUnknownFieldIsMinusTwo) {
         R"("map":["i32","rec",2147483647,{)", R"("lst":["lst",1,["str",2147483647,)"}) {
     fill(R"({"77":{)" + std::string(field));
     HeadendConfig config;
-    EXPECT_EQ(readConfigFile(path_, config), -2) << field;
+    EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED) << field;
   }
 }
 
@@ -541,7 +552,7 @@ TEST_F(ConfigFile, OfAMegabyteOfTextsOrNumbersNeverTakesMoreThanTheLimit) {
     fill(text);
     const int64_t peak = peakMemory([this] {
       HeadendConfig config;
-      EXPECT_EQ(readConfigFile(path_, config), -2);
+      EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_FAILED);
     });
     EXPECT_LT(peak, kMemoryForAMegabyte) << text.substr(0, 60);
   }
@@ -552,14 +563,14 @@ TEST_F(ConfigFile, OfAMegabyteFromAPipeNeverTakesMoreThanTheLimit) {
                  false);
   const int64_t peak = peakMemory([&] {
     HeadendConfig config;
-    EXPECT_EQ(pipe.read(config), -2);
+    EXPECT_EQ(pipe.read(config), CONFIG_FILE_FAILED);
   });
   EXPECT_LT(peak, kMemoryForAMegabyte);
 }
 
 // ---- no limit on honest records
 
-// A writer that leaves out what was never set, as Python's does, leaves nothing.
+// A writer that omits unset fields, as Python's does, writes such a record as empty.
 TEST_F(ConfigFile, HoldsAHundredThousandRecordsWithoutAField) {
   std::string text = R"({"1":{"rec":{"9":{"map":["i32","rec",100000,{)";
   for (int key = 1; key <= 100000; ++key) {
@@ -567,7 +578,7 @@ TEST_F(ConfigFile, HoldsAHundredThousandRecordsWithoutAField) {
   }
   fill(text + "}]}}}}");
   HeadendConfig config;
-  EXPECT_EQ(readConfigFile(path_, config), 0);
+  EXPECT_EQ(readConfigFile(path_, config), CONFIG_FILE_OK);
   EXPECT_EQ(config.lineupConfig.emptyInputServices.size(), 100000U);
 }
 

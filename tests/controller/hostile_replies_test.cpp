@@ -445,7 +445,7 @@ TEST_F(HostileReplies, AHundredThousandOfTheShortestRecordsThatAPeerWritesAreTak
   EXPECT_TRUE(fetched == status);
 }
 
-// A writer that leaves out what was never set, as Python's does, leaves nothing.
+// A writer that omits unset fields, as Python's does, writes such a record as empty.
 TEST_F(HostileReplies, AHundredThousandRecordsWithoutAFieldAreTaken) {
   std::string record("\x0c\0\x01\x0d\0\x09\x08\x0c\0\x01\x86\xa0", 12);  // .emptyInputServices
   for (int32_t key = 1; key <= 100000; ++key) {

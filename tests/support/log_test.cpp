@@ -19,42 +19,51 @@ std::string written(int level, int targets, Write write) {
   return errorsOf(write);
 }
 
+TEST(Log, TargetsAreTheNumbersThatCallersGive) {
+  EXPECT_EQ(LOG_TO_SYSLOG, 1);
+  EXPECT_EQ(LOG_TO_STDERR, 2);
+  EXPECT_EQ(LOG_TO_SYSLOG_AND_STDERR, 3);
+}
+
 TEST(Log, ConsoleTargetWritesARecordToStandardError) {
-  const std::string text = written(7, 3, [] { log_function(3, "db", "code %d", 5); });
+  const std::string text =
+      written(7, LOG_TO_SYSLOG_AND_STDERR, [] { log_function(3, "db", "code %d", 5); });
   EXPECT_EQ(text.compare(0, 15, "lineup-console["), 0) << text;
   EXPECT_TRUE(text.ends_with("]: [db] code 5\n")) << text;
 }
 
 TEST(Log, ARecordBeginsWithTheProgramThatIsGiven) {
-  log_setup(7, 3, "lineupctl");
+  log_setup(7, LOG_TO_SYSLOG_AND_STDERR, "lineupctl");
   const std::string text = errorsOf([] { log_function(3, "db", "late"); });
-  log_setup(7, 3);
+  log_setup(7, LOG_TO_SYSLOG_AND_STDERR);
   EXPECT_EQ(text.compare(0, 10, "lineupctl["), 0) << text;
 }
 
 TEST(Log, ModuleMayBeNull) {
-  const std::string text = written(7, 3, [] { log_function(7, nullptr, "%s: late", "operation"); });
+  const std::string text = written(7, LOG_TO_SYSLOG_AND_STDERR,
+                                   [] { log_function(7, nullptr, "%s: late", "operation"); });
   EXPECT_TRUE(text.ends_with("]: operation: late\n")) << text;
 }
 
 TEST(Log, RecordsAboveTheLevelAreDropped) {
-  EXPECT_EQ(written(3, 3, [] { log_function(4, "db", "no"); }), "");
-  EXPECT_NE(written(4, 3, [] { log_function(4, "db", "yes"); }), "");
+  EXPECT_EQ(written(3, LOG_TO_SYSLOG_AND_STDERR, [] { log_function(4, "db", "no"); }), "");
+  EXPECT_NE(written(4, LOG_TO_SYSLOG_AND_STDERR, [] { log_function(4, "db", "yes"); }), "");
 }
 
 TEST(Log, SyslogTargetAloneWritesNothingToStandardError) {
-  EXPECT_EQ(written(7, 1, [] { log_function(3, "db", "quiet"); }), "");
+  EXPECT_EQ(written(7, LOG_TO_SYSLOG, [] { log_function(3, "db", "quiet"); }), "");
 }
 
 TEST(Log, ALongRecordIsWhole) {
   const std::string longText(5000, 'x');
-  const std::string text = written(7, 3, [&] { log_function(3, "db", "%s", longText.c_str()); });
+  const std::string text =
+      written(7, LOG_TO_SYSLOG_AND_STDERR, [&] { log_function(3, "db", "%s", longText.c_str()); });
   EXPECT_TRUE(text.ends_with(longText + "\n"));
 }
 
 TEST(Log, AStandardErrorThatNobodyReadsIsNotWaitedFor) {
   const Pipe pipe;
-  log_setup(7, 3);
+  log_setup(7, LOG_TO_SYSLOG_AND_STDERR);
   {
     const StandardErrorIs blocked(pipe.writeEnd);
     for (int count = 0; count < 10'000; ++count) {
