@@ -244,7 +244,7 @@ TEST_F(Settings, StdpChangesThePolicy) {
   EXPECT_EQ(lineup.globalConfig.decryptPolicy, 1);
 }
 
-TEST_F(Settings, EachRefusesAMissingWordAndEveryOther) {
+TEST_F(Settings, EachRefusesAMissingOrUnknownWord) {
   struct {
     std::vector<const char*> lines;
     const char* message;

@@ -131,7 +131,8 @@ TEST_F(Select, NoMatchIsAnEmptyListWithoutAMessage) {
             Lines{});
 }
 
-TEST_F(Select, AListIsFreedAndSoIsNone) {
+// Leaks show under the sanitizer.
+TEST_F(Select, FreeListTakesAListOrNone) {
   CatalogueFile(path).insert(kSat, {{15, "17"}});
   tAvailableSatService::freeList(selected<tAvailableSatService>());
   tAvailableSatService::freeList(nullptr);

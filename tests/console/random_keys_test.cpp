@@ -43,7 +43,7 @@ struct Step {
   unsigned pause = 0;  ///< microseconds
 };
 
-struct Session {
+struct RandomSession {
   std::string terminal;
   Size size;
   std::vector<Step> steps;
@@ -120,10 +120,10 @@ std::string randomKeys(Random& random) {
   return keysAndMore()[below(random, keysAndMore().size())];
 }
 
-Session randomSession(unsigned seed) {
+RandomSession randomSession(unsigned seed) {
   static const std::vector<std::string> kTerminals = knownTerminals();
   Random random(seed);
-  Session session{kTerminals[below(random, kTerminals.size())], randomSize(random), {}};
+  RandomSession session{kTerminals[below(random, kTerminals.size())], randomSize(random), {}};
   session.steps.resize(1 + below(random, 80));
   for (Step& step : session.steps) {
     const std::size_t kind = below(random, 20);
@@ -140,7 +140,7 @@ Session randomSession(unsigned seed) {
 }
 
 /// Plays the session, and leaves the console; returns what went wrong, or nothing.
-std::string play(const Session& session) {
+std::string play(const RandomSession& session) {
   const FakeController controller;
   const CatalogueFile catalogue(kCataloguePath);  // without one, "adddvb" waits 24 s for it
   const TemporaryFolder folder;  // without folders in it, whose names would be completed with a '/'
@@ -175,10 +175,10 @@ std::string play(const Session& session) {
 }
 
 /// Leaves out whatever the fault does not need.
-void minimise(Session& session) {
+void minimise(RandomSession& session) {
   for (std::size_t size = session.steps.size() / 2; size > 0; size /= 2) {
     for (std::size_t begin = 0; begin + size <= session.steps.size();) {
-      Session shorter = session;
+      RandomSession shorter = session;
       const auto first = shorter.steps.begin() + static_cast<std::ptrdiff_t>(begin);
       shorter.steps.erase(first, first + static_cast<std::ptrdiff_t>(size));
       if (play(shorter).empty()) {
@@ -190,7 +190,7 @@ void minimise(Session& session) {
   }
 }
 
-std::string describe(const Session& session) {
+std::string describe(const RandomSession& session) {
   std::string text = session.terminal + " " + std::to_string(session.size.rows) + "x" +
                      std::to_string(session.size.columns) + "\n";
   for (const Step& step : session.steps) {
@@ -216,7 +216,7 @@ TEST(RandomKeys, DoNoHarm) {
   unsigned seed = first;
   std::cout << "sessions from " << first << " on" << std::endl;
   do {
-    Session session = randomSession(seed);
+    RandomSession session = randomSession(seed);
     const std::string wrong = play(session);
     if (!wrong.empty()) {
       minimise(session);

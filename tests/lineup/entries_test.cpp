@@ -58,7 +58,7 @@ class Lineup : public testing::Test {
 };
 
 using EncAddress = Lineup;
-using ServiceKeys = Lineup;
+using StoredServices = Lineup;
 using EntryServiceType = Lineup;
 using EntryName = Lineup;
 using Entries = Lineup;
@@ -125,7 +125,7 @@ TEST(EncService, HasTheFixedSettingsAndDefaultsOtherwise) {
 
 // ---- services and their keys
 
-TEST_F(ServiceKeys, DVBServicesGetTheSmallestFreeKey) {
+TEST_F(StoredServices, DVBServicesGetTheSmallestFreeKey) {
   EXPECT_EQ(editor.storeDVBService({}), 1);
   EXPECT_EQ(editor.storeDVBService({}), 2);
   lineup.dvbInputServices[4].service.name = "four";
@@ -134,7 +134,7 @@ TEST_F(ServiceKeys, DVBServicesGetTheSmallestFreeKey) {
   EXPECT_EQ(lineup.dvbInputServices.at(4).service.name, "four");
 }
 
-TEST_F(ServiceKeys, ADVBServiceIsStoredAsItIsBesideTheOthers) {
+TEST_F(StoredServices, ADVBServiceIsStoredAsItIsBesideTheOthers) {
   lineup.encInputServices[1].label = "encoder";
   lineup.emptyInputServices[1].service.serviceType = 2;
   hub_module::DVBInputServiceConfig service;
@@ -147,7 +147,7 @@ TEST_F(ServiceKeys, ADVBServiceIsStoredAsItIsBesideTheOthers) {
   EXPECT_EQ(lineup.emptyInputServices.size(), 1U);
 }
 
-TEST_F(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
+TEST_F(StoredServices, EncoderServicesGetTheSmallestFreeKey) {
   const auto enc = LineupEditor::makeEncService({"addenc", "5", "2"});
   EXPECT_EQ(editor.addEncService(enc), 1);
   EXPECT_TRUE(editor.pendingChanges);
@@ -161,7 +161,7 @@ TEST_F(ServiceKeys, EncoderServicesGetTheSmallestFreeKey) {
   EXPECT_EQ(lineup.encInputServices.at(2), other);
 }
 
-TEST_F(ServiceKeys, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
+TEST_F(StoredServices, ReservationsGetTheSmallestFreeKeyOfTheirOwnMap) {
   lineup.encInputServices[1];
   lineup.dvbInputServices[1];
   EXPECT_EQ(editor.addEmptyService(25), 1);

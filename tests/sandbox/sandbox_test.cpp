@@ -126,7 +126,7 @@ TEST(Sandbox, ExplainsItsUse) {
   }
 }
 
-TEST(Sandbox, IsOfThePortAndTheFolderThatTheConsoleUses) {
+TEST(Sandbox, HasThePortAndTheFolderThatTheConsoleUses) {
   EXPECT_NE(run(sandboxed({"--help"}))
                 .out.find("port " + kPort + " of " + kControllerAddress + " and the folder\n" +
                           kCatalogueFolder + " are its own"),
@@ -344,7 +344,7 @@ TEST_F(MachinesOwn, KilledSandboxTakesItsCommandWithItAndLeavesTheRestToTheNext)
   EXPECT_EQ(outcome.out, "");
 }
 
-TEST(SandboxedMain, ListsTestsWithoutASandbox) {
+TEST(SandboxedTestProgram, ListsTestsWithoutASandbox) {
   Start start{.program = SANDBOXED_TEST_PROGRAM, .environment = {{"HEADEND_SANDBOX", "other"}}};
   const Outcome refused = run(start);
   EXPECT_EQ(refused.err,

@@ -88,7 +88,7 @@ TEST_F(EndingSignals, WhatBlocksAfterASignalIsInterrupted) {
   }
 }
 
-TEST_F(EndingSignals, WhatBlocksDuringARemoteCallIsNot) {
+TEST_F(EndingSignals, WhatBlocksDuringARemoteCallIsNotInterrupted) {
   const RemoteCallUnderWay call(kLongestCall);
   std::raise(SIGTERM);
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
@@ -110,7 +110,7 @@ TEST_F(EndingSignals, NoRemoteCallBeginsAfterASignal) {
   EXPECT_EQ(endedBy([] { const RemoteCallUnderWay call(kLongestCall); }), SIGTERM);
 }
 
-TEST_F(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNot) {
+TEST_F(EndingSignals, WhatBlocksAfterAnInterruptWasForgottenIsNotInterrupted) {
   std::raise(SIGINT);
   forgetInterrupt();
   EXPECT_EQ(poll(nullptr, 0, 1'200), 0);
@@ -131,7 +131,7 @@ TEST_F(EndingSignals, AnInterruptOfACommandInterruptsWhatBlocksAndDoesNotEndTheP
   EXPECT_EQ(endedBy(throwIfSignalled), 0);
 }
 
-TEST_F(EndingSignals, AnImpatientInterruptOfACommandIsTheSameOne) {
+TEST_F(EndingSignals, ASecondInterruptAtOnceCountsAsTheFirst) {
   const InterruptibleCommand command(true);
   std::raise(SIGINT);
   std::raise(SIGINT);
@@ -236,7 +236,7 @@ std::vector<int> endingSignals() {
   return signals;
 }
 
-/// The signal that is caught when `signal` is raised in a process that `prepare` has set up.
+/// Expects that `signal` is caught when it is raised in a process that `prepare` has set up.
 template <class Prepare>
 void expectCaught(int signal, Prepare prepare) {
   const pid_t child = fork();
@@ -267,7 +267,7 @@ TEST_F(EndingSignalsAtTheStart, OneThatWasHeldBackAtTheStartIsCaught) {
   }
 }
 
-TEST_F(EndingSignalsAtTheStart, OnlyHupIntAndQuitStayIgnored) {
+TEST_F(EndingSignalsAtTheStart, OtherSignalsThatWereIgnoredAreCaught) {
   for (const int signal : endingSignals()) {
     if (signal != SIGHUP && signal != SIGINT && signal != SIGQUIT) {
       expectCaught(signal, [signal] { std::signal(signal, SIG_IGN); });

@@ -27,15 +27,29 @@ class LineScreenTest : public testing::Test {
   }
 
   /// What is seen when `text` is shown, its cursor at the '|' in it.
-  std::string see(std::wstring text, const std::wstring& note = {}) {
+  std::string see(const std::wstring& text, const std::wstring& note = {}) {
+    return see(terminal, screen, text, note);
+  }
+
+  /// Likewise on a screen that has shown nothing before.
+  static std::string seeAtOnce(std::size_t rows, std::size_t columns, const std::wstring& text) {
+    Screen newTerminal(rows, columns);
+    LineScreen newScreen{kXterm};
+    newScreen.begin(rows, columns);
+    return see(newTerminal, newScreen, text);
+  }
+
+  Screen terminal{5, 10};
+  LineScreen screen{kXterm};
+
+ private:
+  static std::string see(Screen& terminal, LineScreen& screen, std::wstring text,
+                         const std::wstring& note = {}) {
     const std::size_t cursor = text.find(L'|');
     text.erase(cursor, 1);
     terminal.show(screen.show(text, cursor, note));
     return terminal.text();
   }
-
-  Screen terminal{5, 10};
-  LineScreen screen{kXterm};
 };
 
 TEST_F(LineScreenTest, ShowsWhatDiffersOnly) {
@@ -62,7 +76,7 @@ TEST_F(LineScreenTest, ANoteStandsBelow) {
   EXPECT_EQ(see(L"> 34|567890abc"), "> 34|567890\nabc");
 }
 
-TEST_F(LineScreenTest, OfOneRowShowsThatOfTheCursor) {
+TEST_F(LineScreenTest, OfOneRowShowsTheRowOfTheCursor) {
   use(1, 5);
   EXPECT_EQ(see(L"> abcdefgh|"), "|");
   EXPECT_EQ(see(L"> abcde|fgh"), "de|fgh");
@@ -97,7 +111,7 @@ TEST_F(LineScreenTest, WhatCannotBePrintedIsAQuestionMark) {
   EXPECT_EQ(screen.show(L"a\x01\x9bz", 4), "a??z");
 }
 
-TEST_F(LineScreenTest, LeavesToTheRowBelow) {
+TEST_F(LineScreenTest, LeavingMovesTheCursorToTheRowBelow) {
   use(5, 10);
   see(L"|> 34567890abc");
   terminal.show(screen.leave());
@@ -127,7 +141,7 @@ TEST_F(LineScreenTest, ANewSizeThatALineFillsLeavesTheRowAbove) {
   }
 }
 
-TEST_F(LineScreenTest, ARowThatIsEmptiedStaysOfTheLine) {
+TEST_F(LineScreenTest, ARowThatIsEmptiedStillBelongsToTheLine) {
   use(5, 10);
   see(L"> 34567890a|");
   EXPECT_EQ(screen.show(L"> 34567890", 10), "\r \r");
@@ -145,6 +159,9 @@ TEST_F(LineScreenTest, IsAlwaysThatOfALineShownAtOnce) {
       }
       text.insert(random() % (text.size() + 1), 1, L'|');
       const std::string seen = see(text);
+      if (text.size() <= std::size_t{rows} * columns) {  // with room for the cursor after it
+        ASSERT_EQ(seen, seeAtOnce(rows, columns, text));
+      }
       const std::size_t cursor = seen.find('|');
       ASSERT_NE(cursor, std::string::npos);
       const std::size_t at = text.find(L'|');
