@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -51,7 +50,7 @@ TEST_F(ConsoleFiles, SaveThenRestoreSendsTheIdenticalConfigurationAtOnce) {
 }
 
 TEST_F(ConsoleFiles, RestoreModeSendsTheFileWithoutAFetch) {
-  std::ofstream(path_) << toJson(randomHeadendConfig(3));
+  writeFile(path_, toJson(randomHeadendConfig(3)));
   expectOutcome(runConsole({"--restore", path_}), restoredFrom(path_));
   EXPECT_EQ(controller_.methods(), std::vector<std::string>{"setHeadendConfig"});
   EXPECT_EQ(controller_.config(), randomHeadendConfig(3));
