@@ -226,12 +226,15 @@ void EditsCopy::writeAtTheEnd() noexcept {
       remove();
       return;
     }
+    if (lastIsInPlace_) {
+      return;  // the end was forced during its sync
+    }
     finishWriters(0);  // unless it blocks, and the end is overdue
     if (!atWork_ && isUpToDate()) {
       say(copy_, true);
       return;
     }
-    // Set if an earlier writeAtTheEnd() was interrupted.
+    // Set if the end was forced while it was written.
     EditsCopyFile unfinished = std::exchange(last_, EditsCopyFile());
     openFolders();
     for (const Folder& folder : folders_) {
@@ -267,8 +270,10 @@ bool EditsCopy::writeFinal(const Folder& folder) {
     last_ = EditsCopyFile();
     return false;
   }
+  lastIsInPlace_ = true;
   say(last_, true);
   if (fsync(last_.descriptor.number()) != 0) {
+    lastIsInPlace_ = false;
     last_.remove();
     return false;
   }

@@ -81,6 +81,7 @@ class EditsCopy {
   std::optional<Writer> waiting_;  ///< has newer edits, and waits for the end of the other
   std::vector<pid_t> killed_;      ///< writers that have yet to end
   EditsCopyFile last_;             ///< the one that is written at the end of the program
+  bool lastIsInPlace_ = false;     ///< only the disk has yet to take it
   uint64_t commitsSeen_ = 0;       ///< at the last call of removeEarlierCopy()
 };
 

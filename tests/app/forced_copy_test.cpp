@@ -6,8 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
+#include <string>
+#include <utility>
 
 #include "app/edits_copy.h"
 #include "controller/config_file.h"
@@ -15,16 +19,21 @@
 #include "model/lineup_editor.h"
 #include "tests/support/file_content.h"
 #include "tests/support/pipe.h"
+#include "tests/support/streams.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
 
-int syncs = -1;  // a pipe with a byte for each that the disk has done
+int syncs = -1;                    // a pipe with a byte for each that the disk has done
+std::function<void()> duringSync;  // done once
 
 }  // namespace
 
 /// Takes the place of the C library's.
 extern "C" int fsync(int /*file*/) {
+  if (const auto work = std::exchange(duringSync, nullptr)) {
+    work();
+  }
   char none = 0;
   return read(syncs, &none, 1) == 1 ? 0 : -1;
 }
@@ -32,33 +41,66 @@ extern "C" int fsync(int /*file*/) {
 namespace lineup::test {
 namespace {
 
-TEST(ForcedCopy, ThatCannotBeWrittenLeavesTheWriterAtWork) {
-  const TemporaryFolder folder;
-  setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
-  const Pipe disk;
-  syncs = disk.readEnd;
-  LineupEditor editor;
-  editor.config.headendGlobalConfig.headendId = 7;
-  editor.pendingChanges = true;
-  EditsCopy copy(editor, EditsCopy::When::WhileEditing);
-  ASSERT_TRUE(copy.update());
-  const pid_t forced = fork();
-  if (forced == 0) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{0, 0};
-    setrlimit(RLIMIT_FSIZE, &full);
-    copy.writeAtTheEnd();
-    _exit(EXIT_SUCCESS);
+class ForcedCopy : public testing::Test {
+ protected:
+  ForcedCopy() {
+    setenv("XDG_STATE_HOME", folder_.path().c_str(), 1);
+    syncs = disk_.readEnd;
+    editor_.config.headendGlobalConfig.headendId = 7;
+    editor_.pendingChanges = true;
   }
-  ASSERT_EQ(waitpid(forced, nullptr, 0), forced);
-  EXPECT_EQ(write(disk.writeEnd, "12", 2), 2);
+
+  /// As a forced end does, in a child process that is waited for.
+  static void writeInChild(EditsCopy& copy) {
+    const pid_t child = fork();
+    if (child == 0) {
+      copy.writeAtTheEnd();
+      _exit(EXIT_SUCCESS);
+    }
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+  }
+
+  void letTheDiskSync(const std::string& times) const {
+    EXPECT_EQ(write(disk_.writeEnd, times.data(), times.size()),
+              static_cast<ssize_t>(times.size()));
+  }
+
+  void expectOneCopy() const {
+    const auto files = pathsIn(folder_.file("lineup-console"));
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_EQ(files[0].extension(), ".json");
+    hub_module::HeadendConfig config;
+    EXPECT_EQ(readConfigFile(files[0], config), CONFIG_FILE_OK);
+    EXPECT_EQ(config, editor_.config);
+  }
+
+  const TemporaryFolder folder_;
+  const Pipe disk_;
+  LineupEditor editor_;
+};
+
+TEST_F(ForcedCopy, ThatCannotBeWrittenLeavesTheWriterAtWork) {
+  EditsCopy copy(editor_, EditsCopy::When::WhileEditing);
+  ASSERT_TRUE(copy.update());
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual{};
+  getrlimit(RLIMIT_FSIZE, &usual);
+  const rlimit full{0, usual.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &full);
+  writeInChild(copy);
+  setrlimit(RLIMIT_FSIZE, &usual);
+  letTheDiskSync("12");
   ASSERT_GT(wait(nullptr), 0);  // the writer
-  const auto files = pathsIn(folder.file("lineup-console"));
-  ASSERT_EQ(files.size(), 1U);
-  EXPECT_EQ(files[0].extension(), ".json");
-  hub_module::HeadendConfig config;
-  EXPECT_EQ(readConfigFile(files[0], config), CONFIG_FILE_OK);
-  EXPECT_EQ(config, editor.config);
+  expectOneCopy();
+}
+
+TEST_F(ForcedCopy, OfOneThatOnlyHasToBeSyncedIsNotMade) {
+  EditsCopy copy(editor_, EditsCopy::When::AtTheEnd);
+  letTheDiskSync("12345678");
+  duringSync = [&copy] { writeInChild(copy); };
+  const std::string said = errorsOf([&copy] { copy.writeAtTheEnd(); });
+  expectOneCopy();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
 
 }  // namespace
