@@ -385,8 +385,9 @@ TEST_F(EditsCopy, NothingElseIsAnnouncedOrRemoved) {
   writeFile(old, "{}");
   fs::last_write_time(old, fs::last_write_time(old) - std::chrono::hours(24 * 365));
   fs::create_symlink(old, folder.file("lineup-console/lineup-console-20260101-000000-1.json"));
+  writeFile(folder.file("lineup-console/lineup-console-2026011-00000-1.json"), "{}");
   expectNothingAnnounced();
-  EXPECT_EQ(copies().size(), 2U);
+  EXPECT_EQ(copies().size(), 3U);
 }
 
 TEST_F(EditsCopy, StaysInItsFolderWhateverCommitsBreakOff) {
