@@ -10,9 +10,9 @@
 namespace lineup {
 
 /// Prints on standard error the copies left by consoles that are no longer running, and how to
-/// restore them. Removes those announced for the first time more than 30 days ago, unfinished
-/// copies as old, and copies of `running`, which hold no edits; it is what the controller runs, or
-/// null if that is not known.
+/// restore them. Removes those first announced more than 30 days ago, unfinished ones last written
+/// more than 30 days ago, and those that hold just `running` and so no edits. `running` is what the
+/// controller runs, or null if that is not known.
 void announceEarlierCopies(const hub_module::HeadendConfig* running) noexcept;
 
 /// The command that restores the copy `path`, in quotes.

@@ -48,7 +48,7 @@ std::optional<EditsCopyFile> EditsCopy::beginFile(const Folder& folder) const {
 }
 
 /// Records whether the file was renamed into place. Two that fail in one folder are one failure.
-void EditsCopy::finishFile(EditsCopyFile& file) {
+void EditsCopy::recordOutcome(EditsCopyFile& file) {
   if (file.unlinkTemporary()) {
     if (file.folder == &folders_[firstFolder_]) {
       noteFailure();
@@ -80,7 +80,7 @@ void EditsCopy::writeNow(EditsCopyFile file) {
   } catch (...) {
     // No room, or no memory.
   }
-  finishFile(file);
+  recordOutcome(file);
 }
 
 /// Writes in a child process, whose memory holds the edits as they are now.
@@ -120,7 +120,7 @@ void EditsCopy::runWriter(EditsCopyFile file) {
     file.renameIntoPlace();
     fsync(file.folder->descriptor.number());
   } catch (...) {
-    // The temporary file is left: finishFile() sees it.
+    // The temporary file is left: recordOutcome() sees it.
   }
   _exit(EXIT_SUCCESS);
 }
@@ -131,7 +131,7 @@ bool EditsCopy::finishWriters(int options) {
     if (!hasEnded(atWork_->child, options)) {
       return true;
     }
-    finishFile(atWork_->file);
+    recordOutcome(atWork_->file);
     atWork_ = std::exchange(waiting_, std::nullopt);
   }
   return false;
@@ -145,7 +145,7 @@ void EditsCopy::dropWaiting() {
   // COVERAGE_EXCL_START: the one before has ended just now
   if (!dropped->file.unlinkTemporary()) {
     finishWriters(0);
-    finishFile(dropped->file);
+    recordOutcome(dropped->file);
   }
   // COVERAGE_EXCL_STOP
 }

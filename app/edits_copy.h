@@ -57,7 +57,7 @@ class EditsCopy {
 
   void openFolders();
   std::optional<EditsCopyFile> beginFile(const Folder& folder) const;
-  void finishFile(EditsCopyFile& file);
+  void recordOutcome(EditsCopyFile& file);
   void noteFailure();
   void beginWriting();
   void startWriter(EditsCopyFile file);

@@ -12,8 +12,8 @@
 
 namespace lineup {
 
-/// A file of a copy, readable by the user alone and locked (flock) as long as it is open here. The
-/// default is none.
+/// A file of a copy, readable by the user alone and locked (flock) as long as it is open here. A
+/// default-constructed one stands for no file.
 struct EditsCopyFile {
   const Folder* folder = nullptr;
   std::string name;
@@ -34,7 +34,7 @@ struct EditsCopyFile {
   /// Throws std::system_error.
   void renameIntoPlace() const;
 
-  /// Returns whether there was one: if not, it has been renamed.
+  /// Returns false if there is no such name any more, as after renameIntoPlace().
   bool unlinkTemporary() const;
 
   /// Whether the file still has a name: nobody has removed it.

@@ -28,7 +28,8 @@ void changeWithDrm(HeadendConfig& config, int32_t /*state*/) {
   config.lineupConfig.globalConfig.drmConfig.combinedFlag = false;  // no choice enables both
 }
 
-/// "skyit" implies Italy and COFDM; "standard" changes nothing else.
+/// "skyit" also sets the country, its time zone, the modulation and two flags; "standard" sets
+/// nothing else.
 void changeWithHeadendType(HeadendConfig& config, int32_t type) {
   if (type == kSkyitHeadend) {
     config.headendGlobalConfig.__set_countryCode(CountryCode::ITALY);

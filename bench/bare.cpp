@@ -1,6 +1,7 @@
 // bench-bare CALL [TIMES [ARGUMENT]]: does TIMES times what a command of the console does, in the
 // plainest way that the libraries allow: the generated client, protocols and sqlite3_get_table,
-// without any of the console's own code. The measure for what the console adds.
+// with nothing of the console's own but the controller's address and the size limits. The measure
+// for what the console adds.
 
 #include <fcntl.h>
 #include <sqlite3.h>

@@ -49,10 +49,10 @@ class tSqlite3db {
   bool inTransaction_ = false;
 };
 
-/// For its lifetime, a connection only reads: SQLite refuses to write rows (SQLITE_READONLY) and to
-/// compile what is neither that nor a select (SQLITE_AUTH), and interrupts a statement
-/// (SQLITE_INTERRUPT) when a signal is to end the program, or at the deadline. Sets the
-/// connection's authorizer, progress handler and "PRAGMA query_only".
+/// For its lifetime, a connection only reads: SQLite compiles selects, and statements that write
+/// rows, which then fail (SQLITE_READONLY); it refuses to compile any other (SQLITE_AUTH). It
+/// interrupts a statement (SQLITE_INTERRUPT) when a signal is to end the program, or at the
+/// deadline. Sets the connection's authorizer, progress handler and "PRAGMA query_only".
 class tReadingOnly {
  public:
   using Clock = std::chrono::steady_clock;
@@ -70,11 +70,12 @@ class tReadingOnly {
   Clock::time_point deadline_;
 };
 
-/// Calls `visit` with every row of `table`, as a statement that has come to it. Returns
-/// SQLITE_DONE, or the error, described in the connection, after which no more rows are read.
+/// Calls `visit` for every row of `table`, with the statement of which it is the current row.
+/// Returns SQLITE_DONE, or an error code, after which no more rows are read; sqlite3_errmsg() has
+/// its text.
 int visitRows(sqlite3* handle, const char* table, const std::function<void(sqlite3_stmt*)>& visit);
 
-/// The text in `column` of the row that `statement` has come to; empty for an SQL NULL and beyond
+/// The text in `column` of the current row of `statement`; empty for an SQL NULL and beyond
 /// the row's columns.
 std::string textOf(sqlite3_stmt* statement, std::size_t column);
 

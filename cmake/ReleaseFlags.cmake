@@ -1,5 +1,5 @@
 # How the programs are compiled for release: small, and hardened as far as the compiler and the
-# processor can. Every other build type is left as CMake has it.
+# processor can. Other build types are made position-independent and are otherwise left as CMake has them.
 
 include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)

@@ -101,8 +101,8 @@ class LineupEditor {
   // ---- catalogue/: finding available services and storing them
   //
   // `name` is a part of the service name, inserted into the select as typed. The catalogue is read
-  // only. A table that cannot be read counts as one without a match, after three attempts within
-  // six seconds, each of which says on standard error what failed.
+  // only. A table that cannot be read counts as one without a match, after three attempts with
+  // waits of six seconds in all; each failure is said on standard error.
 
   void findTdtServices(const std::string& name) const;
   void findSatServices(const std::string& name) const;
@@ -174,8 +174,9 @@ class LineupEditor {
   void getRFInputState();
 
   /// Switches the input, or the group, that `name` gives ("TDT1", "SAT3", "TDTALL", in upper or
-  /// lower case), waits 1.25 s and prints the table. An input that the status lacks throws
-  /// std::out_of_range, which ends the console; what was sent before it stays sent.
+  /// lower case), waits 1.25 s and prints the table. Any other name is answered by a line on
+  /// std::cout, and nothing is sent. An input that the status lacks throws std::out_of_range, which
+  /// ends the console; what was sent before it stays sent.
   void setRFInputState(bool enable, const std::string& name);
 
   // ---- lineup/: scan settings

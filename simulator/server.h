@@ -27,7 +27,8 @@ class Server {
   int port() const;
 
   /// SIGTERM, SIGINT, SIGHUP and SIGQUIT, but for those that are ignored, as in the background of a
-  /// script or below nohup: a signal that is blocked would be delivered all the same.
+  /// script or below nohup: sigwait() would accept a blocked signal even if its action is to be
+  /// ignored.
   static sigset_t endingSignals();
 
   /// Answers calls until one of these signals, which every thread must have blocked; calls that

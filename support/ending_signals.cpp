@@ -39,8 +39,8 @@ sigset_t endingSignals() {
   return signals;
 }
 
-// The handlers and what they share. They do not interrupt each other, and elsewhere the signals are
-// blocked where it is changed.
+// The handlers and what they share. They do not interrupt each other; elsewhere single flags are
+// set as they are, and the signals are blocked around all other changes.
 
 // The first signal caught, except that an interrupt, which may be forgotten, gives way to the
 // others; 0 for none.
@@ -112,7 +112,7 @@ void catchSignal(int signal, siginfo_t* info, void* /*context*/) {
   errno = error;
 }
 
-void deliver(int signal) {
+void unblock(int signal) {
   const sigset_t one = signalSet({signal});
   pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
 }
@@ -125,7 +125,7 @@ void forceTheEnd() {
   const pid_t child = forcedWork == nullptr ? -1 : _Fork();
   if (child == 0) {
     std::signal(SIGALRM, SIG_DFL);
-    deliver(SIGALRM);
+    unblock(SIGALRM);
     alarm(static_cast<unsigned>(kForForcedWorkInAll.count()));
     forcedWork();
     _exit(EXIT_SUCCESS);
@@ -138,7 +138,7 @@ void forceTheEnd() {
   endBySignal(caughtSignal);
 }
 
-void passTime() {
+void onTimer() {
   const int error = errno;
   if (caughtSignal != 0) {
     overdue = 1;
@@ -157,7 +157,7 @@ void catchAlarm(int signal, siginfo_t* info, void* context) {
   if (info->si_code <= 0) {
     catchSignal(signal, info, context);
   } else {
-    passTime();
+    onTimer();
   }
 }
 
@@ -327,7 +327,7 @@ void whenEndIsForced(void (*work)()) {
 
 void endBySignal(int signal) {
   std::signal(signal, SIG_DFL);
-  deliver(signal);
+  unblock(signal);
   std::raise(signal);
   // COVERAGE_EXCL_START: only the first process of a container survives its own signal
   constexpr int kStatusOfSignals = 128;

@@ -2,7 +2,7 @@
 // that nobody reads any more. They are caught so that what is under way ends in order; the program
 // then ends by the same signal. Except for an interrupt, which can be forgotten, the end is certain
 // from the first signal on, and comes within three seconds of it or of the end of a remote call,
-// whatever blocks:
+// whatever blocks, except a system call that no signal interrupts:
 //
 //   state          begins with                       what blocks then                 ends after
 //   running        the start                         continues                        -

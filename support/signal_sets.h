@@ -50,8 +50,9 @@ inline sigset_t terminalSignals() {
   return signalSet({SIGWINCH, SIGTSTP, SIGCONT});
 }
 
-/// The signals that do not end a program by default, or must be neither caught nor blocked: a fault
-/// that is caught returns into itself. SIGXFSZ is ignored, so that a write fails.
+/// The signals that do not end a program by default, that cannot be caught (SIGKILL, SIGSTOP), or
+/// that report a fault in the program, which would recur when a handler returns. SIGXFSZ is
+/// ignored, so that a write fails.
 inline constexpr int kNotEndingSignals[] = {SIGKILL, SIGSTOP, SIGCHLD,  SIGCONT, SIGTSTP, SIGTTIN,
                                             SIGTTOU, SIGURG,  SIGWINCH, SIGSEGV, SIGBUS,  SIGILL,
                                             SIGFPE,  SIGTRAP, SIGABRT,  SIGSYS,  SIGXFSZ};

@@ -9,7 +9,7 @@
 
 namespace lineup {
 
-std::wstring lettersOf(const std::string& text) {
+std::wstring charactersOf(const std::string& text) {
   std::wstring letters;
   std::mbstate_t state{};
   for (std::size_t begin = 0; begin < text.size();) {

@@ -1,4 +1,4 @@
-// The letters of a text, as the lines that are edited have them.
+// The characters of a text, as the lines that are edited have them.
 
 #pragma once
 
@@ -8,10 +8,10 @@ namespace lineup {
 
 // Both in the encoding of the locale.
 
-/// The letters of `text`; bytes that make none are left out.
-std::wstring lettersOf(const std::string& text);
+/// The characters of `text`; bytes that make none are left out.
+std::wstring charactersOf(const std::string& text);
 
-/// The bytes of `letters`; a letter that has none is left out.
-std::string bytesOf(const std::wstring& letters);
+/// The bytes of `characters`; one that has none is left out.
+std::string bytesOf(const std::wstring& characters);
 
 }  // namespace lineup

@@ -43,7 +43,7 @@ class LibeditLine {
   std::wstring text() const;
   std::size_t length() const;
 
-  /// How many letters are before the cursor.
+  /// How many characters are before the cursor.
   std::size_t cursor() const;
   EditedLine line() const { return {text(), cursor()}; }
 
@@ -51,7 +51,7 @@ class LibeditLine {
   void replace(const EditedLine& line);
   void moveTo(std::size_t place);
 
-  /// Erases `count` letters before the cursor.
+  /// Erases `count` characters before the cursor.
   void eraseBefore(std::size_t count);
 
   /// Makes libedit take over what the above have done.
@@ -68,8 +68,8 @@ class LibeditLine {
 
   ReadKey readKey_;
   editline* lib_ = nullptr;
-  std::size_t room_ = 0;     ///< for how many letters libedit's screen is large enough
-  std::size_t longest_ = 1;  ///< the most letters that a line has had
+  std::size_t room_ = 0;     ///< for how many characters libedit's screen is large enough
+  std::size_t longest_ = 1;  ///< the most characters that a line has had
 };
 
 }  // namespace lineup

@@ -47,8 +47,8 @@ std::vector<std::string> listOf(const std::vector<Candidate>& candidates,
 
 void replaceWord(const std::string& typed, const std::string& word, Completion& completion) {
   const bool goesOn = word.starts_with(typed);
-  completion.erased = goesOn ? 0 : lettersOf(typed).size();
-  completion.inserted = lettersOf(goesOn ? word.substr(typed.size()) : word);
+  completion.erased = goesOn ? 0 : charactersOf(typed).size();
+  completion.inserted = charactersOf(goesOn ? word.substr(typed.size()) : word);
 }
 
 }  // namespace

@@ -18,9 +18,9 @@ struct Completion {
 };
 
 /// Completes the last word of `begun`, a line up to its cursor, after which a blank may follow, to
-/// what `candidates`, one or more, have in common. They are listed where that is no more than what
-/// was typed, and one that has a note is. One alone gets a blank after it, unless there is one or
-/// it ends with '/'.
+/// what `candidates`, one or more, have in common. Several are listed where that is no more than
+/// what was typed; a single one is listed if it has a note. A single one gets a blank after it,
+/// unless a blank follows already or it ends with '/'.
 Completion completeWord(const std::string& begun, bool blankFollows,
                         const std::vector<Candidate>& candidates);
 

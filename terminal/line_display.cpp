@@ -53,7 +53,7 @@ bool LineDisplay::hasRoomFor(const std::string& text) const {
   const TerminalSize screen = size();
   std::size_t rows = rowsOf(prompt_ + line_.text() + L' ', screen.columns);  // and the cursor
   for (const std::string& line : splitWords(text, '\n')) {
-    rows += rowsOf(lettersOf(line), screen.columns);
+    rows += rowsOf(charactersOf(line), screen.columns);
   }
   return rows <= screen.rows;
 }

@@ -23,7 +23,7 @@ class LineDisplay {
   /// To be called once, before anything else.
   void start(const TerminalDescription& terminal);
 
-  void setPrompt(const std::string& prompt) { prompt_ = lettersOf(prompt); }
+  void setPrompt(const std::string& prompt) { prompt_ = charactersOf(prompt); }
 
   /// Sets what is shown below the line; may be empty.
   void setNote(const std::wstring& note) { note_ = note; }

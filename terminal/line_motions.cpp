@@ -31,7 +31,7 @@ constexpr LineMotion kMotions[] = {
     {key::kEndOfInput, Does::Erase, letterAfter},
     {key::kEraseWord, Does::EraseAndKeep, wordAfter},
     {key::kEraseWordBefore, Does::EraseAndKeep, wordBefore},
-    {key::kEraseToBlank, Does::EraseAndKeep, blankBefore},
+    {key::kEraseToBlank, Does::EraseAndKeep, blankDelimitedBefore},
     {key::kEraseToBeginning, Does::EraseAndKeep, lineBegin},
     {key::kEraseToEnd, Does::EraseAndKeep, lineEnd},
 };

@@ -65,7 +65,7 @@ std::size_t wordAfter(const std::wstring& line, std::size_t place) {
   return after(line, after(line, place, isOfWord, false), isOfWord, true);
 }
 
-std::size_t blankBefore(const std::wstring& line, std::size_t place) {
+std::size_t blankDelimitedBefore(const std::wstring& line, std::size_t place) {
   return before(line, before(line, place, isBlank, true), isBlank, false);
 }
 

@@ -30,6 +30,6 @@ std::size_t wordBefore(const std::wstring& line, std::size_t place);
 std::size_t wordAfter(const std::wstring& line, std::size_t place);
 
 /// Where the text between blanks before `place` begins.
-std::size_t blankBefore(const std::wstring& line, std::size_t place);
+std::size_t blankDelimitedBefore(const std::wstring& line, std::size_t place);
 
 }  // namespace lineup

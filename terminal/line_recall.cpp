@@ -11,7 +11,7 @@ namespace lineup {
 void LineRecall::readEarlierLines() {
   try {
     for (const std::string& line : readHistoryFile(LineHistory::kMost)) {
-      history_.add(lettersOf(line));
+      history_.add(charactersOf(line));
     }
   } catch (const std::bad_alloc&) {
     history_ = {};
@@ -19,7 +19,7 @@ void LineRecall::readEarlierLines() {
 }
 
 void LineRecall::remember(const std::string& line) {
-  const std::wstring letters = lettersOf(line);
+  const std::wstring letters = charactersOf(line);
   if (letters.empty() || (history_.size() > 0 && history_[history_.size() - 1] == letters)) {
     return;
   }

@@ -7,9 +7,9 @@
 
 namespace lineup {
 
-/// The bytes that a terminal has for its reader. In the terminal's usual mode a Return becomes a
-/// line feed as it comes, in the mode for editing the two are kept apart: whoever reads it later
-/// has to know which mode that was.
+/// The bytes in the terminal's input queue. In its usual mode, the one in which the console found
+/// it, canonical as a rule, ICRNL makes a Return a line feed as it is received; in the mode for
+/// editing the two are kept apart: whoever reads it later has to know which mode that was.
 class TypedAhead {
  public:
   /// There are `count` bytes now. What is new of them came in the usual mode, or in that for

@@ -24,8 +24,8 @@
 
 namespace {
 
-int syncs = -1;                    // a pipe with a byte for each that the disk has done
-std::function<void()> duringSync;  // done once
+int syncs = -1;                    // the read end of a pipe; each byte lets one fsync() return
+std::function<void()> duringSync;  // run by the next fsync()
 
 }  // namespace
 
@@ -94,7 +94,7 @@ TEST_F(ForcedCopy, ThatCannotBeWrittenLeavesTheWriterAtWork) {
   expectOneCopy();
 }
 
-TEST_F(ForcedCopy, OfOneThatOnlyHasToBeSyncedIsNotMade) {
+TEST_F(ForcedCopy, IsNotMadeWhereTheUsualCopyOnlyHasToBeSynced) {
   EditsCopy copy(editor_, EditsCopy::When::AtTheEnd);
   letTheDiskSync("12345678");
   duringSync = [&copy] { writeInChild(copy); };

@@ -100,7 +100,7 @@ TEST_F(Transactions, BeginAndEndOnceEach) {
   expectSteps(db, {{kRollback, false, kNotBegun}});
 }
 
-TEST_F(Transactions, ThatFailBeginAndEndAllTheSame) {
+TEST_F(Transactions, ThatFailCountAsBegunOrEnded) {
   tSqlite3db db(folder.file("nowhere/missing.sqlite"));
   const Step begin{kBegin, false, "[db] Query could not be executed (21): BEGIN TRANSACTION"};
   const Step commit{kCommit, false, "[db] Query could not be executed (21): COMMIT"};
@@ -175,7 +175,7 @@ TEST_F(Connection, StatementsAndTransactionsWorkOnADatabaseOfItsOwn) {
       "CREATE TABLE expected(x CHECK(x = 3)); INSERT INTO expected SELECT sum(x) FROM numbers");
 }
 
-TEST_F(Connection, ReadsOnlyAsLongAsItIsToldTo) {
+TEST_F(Connection, IsQueryOnlyWhileAReadingOnlyLives) {
   tSqlite3db db(path);
   {
     const tReadingOnly reading(db.getHandle());

@@ -292,7 +292,7 @@ TEST_F(Select, ViewsOnViewsAndCompoundSelectsAreRead) {
   EXPECT_EQ(selected<tAvailableTdtService>()->rows.size(), 1U);
 }
 
-TEST_F(Select, WhatFollowsASelectMayWrite) {
+TEST_F(Select, TheConnectionMayWriteAfterASelect) {
   const CatalogueFile file(path);
   tSqlite3db db(path);
   EXPECT_TRUE(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.empty());
@@ -300,7 +300,7 @@ TEST_F(Select, WhatFollowsASelectMayWrite) {
   EXPECT_EQ(tAvailableSatService::doSelect(db.getHandle(), nullptr)->rows.size(), 1U);
 }
 
-TEST_F(Select, RowsInTheLogBesideASmallFileAreRead) {
+TEST_F(Select, RowsInTheWriteAheadLogAreRead) {
   constexpr int kRows = 22'000;
   CatalogueFile file(path);
   file.execute("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; VACUUM");
@@ -333,7 +333,7 @@ TEST_F(Select, AViewMayTakeHundredsOfMillionsOfSteps) {
             Lines{});
 }
 
-TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
+TEST_F(Select, ACatalogueInWalModeIsReadAndLeftAsItWas) {
   {
     CatalogueFile file(path);
     file.execute("PRAGMA journal_mode=WAL");
@@ -346,7 +346,7 @@ TEST_F(Select, ACatalogueInWriteAheadModeIsReadAndLeftAsItWas) {
   EXPECT_EQ(filesIn(folder.path()), before);
 }
 
-TEST_F(Select, AWriteThatItsWriterDidNotSurviveIsNotSeen) {
+TEST_F(Select, AHotJournalIsRolledBack) {
   const TemporaryFolder crashed;
   CatalogueFile file(path);
   file.insert(kSat, {{15, "17"}, {16, "Channel One"}});

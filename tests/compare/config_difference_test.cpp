@@ -227,7 +227,7 @@ TEST(ConfigDifference, SaysWhatElseANewServiceHas) {
             "/configFlag false\n");
 }
 
-// The words for it take the mux for one of its input type.
+// In words a mux is named by the service's input type, of whichever kind it is.
 TEST(ConfigDifference, SaysTheMuxOfANewServiceWhoseInputTypeIsOfAnotherKind) {
   HeadendConfig to = smallHeadend();
   addService(to, 4, "Kids", 4104);

@@ -123,7 +123,7 @@ class EditsCopy : public EditsOnDisk {
     return names;
   }
 
-  /// When a file was changed and read last.
+  /// Sets when a file was last read and changed.
   static void setTimes(const std::string& path, std::time_t time) {
     const timespec when[2] = {{time, 0}, {time, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), when, 0), 0);

@@ -84,7 +84,7 @@ Outcome runRedirected(const std::string& redirections, const std::string& input)
   return run(inShell("exec " + kConsoleProgram + " -c -l 7 " + redirections), input);
 }
 
-TEST(Start, AnOutputThatTakesNothingKeepsNothingFromBeingCommitted) {
+TEST(Start, CommitsWhereNothingCanBePrinted) {
   for (const char* redirections : {">/dev/full", ">&-", ">&- 2>&-"}) {
     SCOPED_TRACE(redirections);
     const FakeController controller;
@@ -99,8 +99,9 @@ TEST(Start, AClosedInputIsOneThatHasEnded) {
   expectOutcome(runRedirected("<&-", ""), 0, kGreeting + "> \n", "");
 }
 
-// The connection that fails must not get its place: the log would be written to it, with SIGPIPE.
-TEST(Start, AClosedStandardErrorTakesTheLog) {
+// Descriptor 2 must not go to the connection that fails: the log would be written to it and raise
+// SIGPIPE.
+TEST(Start, WithStandardErrorClosedTheLogIsDiscarded) {
   expectOutcome(runRedirected("2>&-", "commit\n"), 0,
                 kFetchFailed + kGreeting + "> " + kCommitFailed + "> \n", "");
 }

@@ -22,7 +22,7 @@
 
 namespace {
 
-/// How many seconds this thread was about to wait each time, while that is noted.
+/// Where the time-outs of this thread's polls are recorded, in seconds; null for nowhere.
 thread_local std::vector<int>* waits = nullptr;
 
 }  // namespace

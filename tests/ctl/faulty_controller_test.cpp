@@ -224,8 +224,8 @@ TEST_F(CtlWithFaultyController, SaysThatWhatWasSentCouldNotBeReadBack) {
                 " was sent, but could not be read back");
 }
 
-// The time-out of a call is 20 seconds, which only this test waits for: once, as all that hangs
-// hangs at the same time.
+// Each wait of a call has a time-out of 20 seconds. No other test here lets it run out, and the
+// processes wait side by side.
 TEST_F(CtlWithFaultyController, ThatHangsIsGivenUp) {
   std::vector<std::string> faults = {"--in-memory", "--no-catalogue",
                                      "--delay",     "getHeadendStatus=600",

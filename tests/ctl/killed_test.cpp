@@ -1,5 +1,5 @@
-// lineupctl killed at every one of its system calls: a file is the old one or the new one, and what
-// was sent is whole or not at all.
+// lineupctl killed where it enters or leaves a system call, from its first connect() on: a file is
+// the old one or the new one, and what was sent is whole or nothing.
 
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
@@ -82,7 +82,8 @@ class CtlKilled : public testing::Test {
  protected:
   CtlKilled() { writeFile(file_, toJson(wanted_)); }
 
-  /// Kills the command at each of its system calls; `prepare` comes before each run, `check` after.
+  /// Kills the command at each of these places, with sanitizers at every seventh; `prepare` comes
+  /// before each run, `check` after.
   template <class Prepare, class Check>
   void killEverywhere(const std::vector<std::string>& words, Prepare prepare, Check check) {
     int stops = 0;

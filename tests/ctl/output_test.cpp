@@ -139,7 +139,7 @@ TEST_F(CtlWithController, ASignalLetsACallThatHasBegunToSendFinish) {
     ProgramProcess applying(ctl({"apply", file}));
     controller_.waitForCalls(calls += 2);
     applying.signal(signal);
-    applying.waitUntilHeldBack(signal);
+    applying.waitUntilPending(signal);
     controller_.release();
     const Outcome outcome = applying.finish();
     EXPECT_EQ(outcome.signal, signal);
@@ -158,7 +158,7 @@ TEST_F(CtlWithController, ASignalThatWasBlockedBeforeIsNoEnd) {
             .arguments = {"--block-signal=TERM", kCtlProgram, "apply", fileWith(withId(7))}});
   controller_.waitForCalls(2);
   applying.signal(SIGTERM);
-  applying.waitUntilHeldBack(SIGTERM);
+  applying.waitUntilPending(SIGTERM);
   controller_.release();
   const Outcome outcome = applying.finish();
   EXPECT_EQ(outcome.status, 0) << outcome.err;

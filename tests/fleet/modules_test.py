@@ -20,7 +20,7 @@ def running_id():
 
 
 def leftovers():
-    """Files for a while on the headend that are still there."""
+    """Ansible's temporary files that are left on the headend."""
     return headend(1, "find", "/root", "/tmp", "-type", "f", "-path", "*ansible*").split()
 
 
@@ -286,7 +286,7 @@ class LineupConfig(OnAHeadend):
 
 
 class Power(OnAHeadend):
-    def test_is_not_given_with_options_to_a_headend_that_has_it(self):
+    def test_on_with_options_is_refused_if_the_headend_is_on(self):
         again = run("headend", "1", "on", "--refuse", "setHeadendConfig")
         self.assertEqual((again.returncode, again.stdout), (1, "headend 1 is on already\n"))
         self.assertEqual(headend(1, "on"), "")

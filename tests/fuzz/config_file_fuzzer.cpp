@@ -24,8 +24,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   }
   lineup::fuzz::require(result == lineup::CONFIG_FILE_OK, "a file that is there can be opened");
 
-  // What came of it stays in the editor, and is shown, saved and sent, which takes far longer than
-  // reading a file that breaks off: what that leaves, a whole one that is as short leaves, too.
   lineup::configDebugString(config);
   lineup::fuzz::requireRoundTrip(config);
   lineup::fuzz::requireFileRoundTrip(config);

@@ -125,8 +125,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
               pieceSize),
           received);
 
-  // What came of it stays in the editor, and is shown, saved and sent, which takes far longer than
-  // reading a reply that breaks off: what that leaves, a whole one that is as short leaves, too.
   if (received.complete && call == kGetConfig) {
     lineup::configDebugString(received.config);
     lineup::fuzz::requireRoundTrip(received.config);

@@ -1,4 +1,6 @@
-// A record that was read is one that can be written: nothing of it is lost on the way.
+// A record that was read is one that can be written: nothing of it is lost on the way. Only records
+// that were read completely are shown, saved and sent: that takes far longer than reading, and one
+// that broke off leaves nothing that a short complete one does not.
 
 #pragma once
 

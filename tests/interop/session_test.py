@@ -1,4 +1,4 @@
-"""A controller built by others is called by the console: every record is whole on both ways."""
+"""A controller built by others is called by the console: every record is whole in both directions."""
 
 import copy
 import unittest

@@ -230,13 +230,13 @@ TEST_F(OwnNamespaces, KeepTheUser) {
   EXPECT_EQ(run(sandboxed({"id", "-u"})).out, std::to_string(geteuid()) + "\n");
 }
 
-TEST_F(OwnNamespaces, NeedNoPowerOverTheMachine) {
+TEST_F(OwnNamespaces, NeedNoCapSysAdmin) {
   const std::string power = "-sys_admin";
-  if (run(withoutPowers(power, {.program = "unshare", .arguments = {"--user", "true"}})).status !=
-      0) {
+  if (run(withoutCapabilities(power, {.program = "unshare", .arguments = {"--user", "true"}}))
+          .status != 0) {
     GTEST_SKIP() << "namespaces are forbidden to other users here";
   }
-  const Outcome outcome = run(withoutPowers(
+  const Outcome outcome = run(withoutCapabilities(
       power, sandboxedShell("readlink /proc/self/ns/user; id -u; echo data >$CATALOGUE")));
   const std::string machines = std::filesystem::read_symlink("/proc/self/ns/user").string();
   EXPECT_NE(outcome.out.substr(0, machines.size()), machines);

@@ -509,7 +509,7 @@ TEST(SimulatorState, ThatMayNotBeReadIsRefused) {
   chmod(path.c_str(), 0);
   const Start start{.program = kSimulatorProgram,
                     .arguments = {"--port", "0", "--no-catalogue", "--state", path}};
-  expectRefusal(run(withoutPowers("-dac_override,-dac_read_search", start)),
+  expectRefusal(run(withoutCapabilities("-dac_override,-dac_read_search", start)),
                 "cannot open " + path + ": Permission denied");
 }
 

@@ -257,7 +257,7 @@ TEST_F(EndingSignalsAtTheStart, EverySignalThatEndsAProgramIsCaught) {
   }
 }
 
-TEST_F(EndingSignalsAtTheStart, OneThatWasHeldBackAtTheStartIsCaught) {
+TEST_F(EndingSignalsAtTheStart, OneThatWasBlockedAtTheStartIsCaught) {
   for (const int signal : endingSignals()) {
     expectCaught(signal, [] {
       sigset_t all;

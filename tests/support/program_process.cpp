@@ -121,7 +121,7 @@ void setSize(int terminal, unsigned short rows, unsigned short columns) {
   check(ioctl(terminal, TIOCSWINSZ, &size), "set the terminal's size");
 }
 
-void refuseToBlock(int file) {
+void setNonblocking(int file) {
   check(fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK), "fcntl");
 }
 
@@ -172,7 +172,7 @@ void ProgramProcess::startOnPipes(const Start& start) {
   input_ = std::exchange(input.writeEnd, -1);
   out_.file = std::exchange(output.readEnd, -1);
   err_.file = std::exchange(errors.readEnd, -1);
-  refuseToBlock(input_);
+  setNonblocking(input_);
 }
 
 void ProgramProcess::startOnTerminal(const Start& start) {
@@ -196,7 +196,7 @@ void ProgramProcess::startOnTerminal(const Start& start) {
     throw;
   }
   closeFile(otherEnd);
-  refuseToBlock(terminal);
+  setNonblocking(terminal);
   out_.file = terminal;
   input_ = check(fcntl(terminal, F_DUPFD_CLOEXEC, 0), "duplicate the terminal");
 }
@@ -328,7 +328,7 @@ void ProgramProcess::waitUntilBlocked() {
   }
 }
 
-void ProgramProcess::waitUntilHeldBack(int signal) {
+void ProgramProcess::waitUntilPending(int signal) {
   const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
   while (((pendingSignals(pid_) >> (signal - 1)) & 1) == 0) {
     waitALittle(deadline, "the signal to be pending");
@@ -410,7 +410,7 @@ Outcome run(const Start& start, std::string_view input) {
   return process.finish();
 }
 
-Start withoutPowers(const std::string& capabilities, Start start) {
+Start withoutCapabilities(const std::string& capabilities, Start start) {
   if (geteuid() == 0) {
     start.arguments.insert(start.arguments.begin(),
                            {"--bounding-set", capabilities, start.program});

@@ -86,7 +86,7 @@ class ProgramProcess {
   void waitUntilBlocked();
 
   /// Waits until `signal`, which was sent to it, is pending.
-  void waitUntilHeldBack(int signal);
+  void waitUntilPending(int signal);
   /// Waits until the program has taken `signal`, which was sent to it.
   void waitUntilTaken(int signal);
 
@@ -148,7 +148,7 @@ Outcome run(const Start& start, std::string_view input = "");
 
 /// `start` with root's program lacking powers that set root apart from other users: `capabilities`
 /// is a list such as "-sys_admin" for setpriv(1).
-Start withoutPowers(const std::string& capabilities, Start start);
+Start withoutCapabilities(const std::string& capabilities, Start start);
 
 /// `start` with a shell that runs `script` in place of the program.
 Start inShell(const std::string& script, Start start = {});

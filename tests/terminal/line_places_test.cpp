@@ -54,7 +54,7 @@ TEST_F(LinePlaces, OfWordsAreNotBetweenALetterAndItsMarks) {
 
 TEST_F(LinePlaces, AfterBlanksAreBeforeWhateverIsNone) {
   const std::wstring line = L"a \u0301b  http://x?y ";
-  EXPECT_EQ(places(line, line.size(), blankBefore), (Places{17, 6, 3, 0}));
+  EXPECT_EQ(places(line, line.size(), blankDelimitedBefore), (Places{17, 6, 3, 0}));
 }
 
 }  // namespace

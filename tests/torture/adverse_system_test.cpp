@@ -1,4 +1,4 @@
-// What the system may do to the console without anything being wrong.
+// System calls that fail or are interrupted and that the console can do without.
 
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ TEST_F(AdverseSystem, WithoutADescriptorForSignalsLinesAreNotEdited) {
   EXPECT_EQ(calls(), 1);
 }
 
-// Whether the first lines can then be edited is not the point.
+// A line may then be read without editing; it only has to be read.
 TEST_F(AdverseSystem, ATerminalThatFailsOnceLeavesTheConsoleToReadLines) {
   const auto session = [&](long place) {
     ProgramProcess console(withFault("terminal", true, count, place));

@@ -18,8 +18,8 @@ namespace lineup::test {
 namespace {
 
 constexpr int kDone = 0;
-constexpr int kRefused = 3;       // by lineupctl itself, before anything is sent
-constexpr int kOfController = 4;  // or sent, as the line says
+constexpr int kRefused = 3;           // by lineupctl itself, before anything is sent
+constexpr int kControllerFailed = 4;  // standard error says what is known
 
 class ApplyWithoutMemory : public CtlWithController {
  protected:
@@ -36,7 +36,8 @@ class ApplyWithoutMemory : public CtlWithController {
   const std::string file_ = fileWith(wanted_);
 };
 
-// Those of the last 250 allocations: about when it is sent, and after.
+// Each of the last allocations, which are made about when the configuration is sent and after that,
+// fails in turn.
 TEST_F(ApplyWithoutMemory, SaysWhetherTheConfigurationWasSent) {
   ASSERT_EQ(applyWithFaultAt(0).status, kDone);
   const long all = FaultCounts(folder_.file("counts")).calls;
@@ -50,7 +51,7 @@ TEST_F(ApplyWithoutMemory, SaysWhetherTheConfigurationWasSent) {
     ++(isSent ? sent : notSent);
     if (outcome.status == kDone) {
       EXPECT_TRUE(isSent);
-    } else if (outcome.status == kOfController) {
+    } else if (outcome.status == kControllerFailed) {
       EXPECT_TRUE(!isSent || outcome.err.find("not known") != std::string::npos ||
                   outcome.err.find("was sent") != std::string::npos);
     } else {

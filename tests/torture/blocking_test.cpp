@@ -201,7 +201,7 @@ korvel::thrift::hub_module::HeadendConfig largeConfig() {
 
 class SlowPeer : public Blocking {};
 
-// The commit would take a quarter of an hour. Without a terminal the copy is yet to be written
+// The commit would take more than twenty minutes. Without a terminal the copy is yet to be written
 // then, and an end that is forced ten times as fast, after 0.3 s, would be too soon for that.
 TEST_P(SlowPeer, DoesNotKeepTheConsoleFromEndingWithACopy) {
   const TemporaryFolder folder;

@@ -9,14 +9,15 @@
 //                disk that does not answer; "late" it and all later ones take a third of a second
 //                in child processes; "kill" it and all processes of its group are killed
 //   FAULT_ERROR  the errno of a call that fails, in place of one that it may have
-//   FAULT_HASTE  a number: timers, waits and the clock of the program are so many times as fast
+//   FAULT_HASTE  a number: interval timers, time-outs of poll() and CLOCK_MONOTONIC are so many
+//                times as fast
 //   FAULT_LOG    the abstract name of a socket that takes the place of /dev/log
 //   FAULT_COUNT  a file that holds, as longs in memory, the number of calls made so far and that of
-//                those that failed, blocked or were killed
+//                those at which the fault happened
 //
-// The console has one thread, with which these counts reckon; of the children that write the copy
-// of the edits only the calls of the kinds "copy" and "system" count. Besides, what would take time
-// or differ from run to run does not: waits and syncs.
+// The counts rely on the console having one thread. Of the children that write the copy of the
+// edits, only the calls of the kinds "copy" and "system" count. Pure waits and syncs return at
+// once.
 
 #include <dlfcn.h>
 #include <fcntl.h>

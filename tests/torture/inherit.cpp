@@ -12,7 +12,7 @@
 
 namespace {
 
-void holdBack(int signal) {
+void blockSignal(int signal) {
   sigset_t signals;
   sigemptyset(&signals);
   signal == 0 ? sigfillset(&signals) : sigaddset(&signals, signal);
@@ -32,20 +32,20 @@ void limit(__rlimit_resource_t resource, rlim_t most) {
   setrlimit(resource, &limits);
 }
 
-void refuseToBlock(int file) {
+void setNonblocking(int file) {
   fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK);
 }
 
 const std::map<std::string, void (*)()> kStates = {
-    {"mask=all", [] { holdBack(0); }},
-    {"mask=alarm", [] { holdBack(SIGALRM); }},
+    {"mask=all", [] { blockSignal(0); }},
+    {"mask=alarm", [] { blockSignal(SIGALRM); }},
     {"ignored=all", [] { ignore(0); }},
     {"ignored=pipe", [] { ignore(SIGPIPE); }},
     {"ignored=child", [] { ignore(SIGCHLD); }},
-    {"input=nonblocking", [] { refuseToBlock(STDIN_FILENO); }},
-    {"output=nonblocking", [] { refuseToBlock(STDOUT_FILENO); }},
+    {"input=nonblocking", [] { setNonblocking(STDIN_FILENO); }},
+    {"output=nonblocking", [] { setNonblocking(STDOUT_FILENO); }},
     {"output=closed", [] { close(STDOUT_FILENO); }},
-    {"errors=nonblocking", [] { refuseToBlock(STDERR_FILENO); }},
+    {"errors=nonblocking", [] { setNonblocking(STDERR_FILENO); }},
     {"errors=closed", [] { close(STDERR_FILENO); }},
     {"umask=none", [] { umask(0); }},
     {"umask=all", [] { umask(0777); }},

@@ -1,5 +1,5 @@
-// What a console inherits from whoever starts it, each pair of such states once: it edits, ends
-// when asked to, and leaves the edits.
+// What a console inherits from whoever starts it, each pair of such states at least once: it edits,
+// ends when asked to, and leaves the edits.
 
 #include <gtest/gtest.h>
 #include <unistd.h>

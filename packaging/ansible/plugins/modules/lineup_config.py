@@ -160,7 +160,8 @@ rc:
   type: int
   sample: 4
 stdout:
-  description: What C(lineupctl) printed, which is the difference; twice, both ways, for the reason C(other).
+  description: What C(lineupctl) printed; the difference, where what ran was kept, and for the reason C(other) what runs instead of
+    what was sent.
   returned: failure of C(lineupctl)
   type: str
   sample: ""
