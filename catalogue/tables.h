@@ -17,8 +17,8 @@ namespace korveldb {
 class tRow;
 struct tRowList;
 
-/// All that the console knows of one table. Columns are positions from 0; it knows no column by
-/// name, but users may write service_id and service_name in a filter.
+/// All that the console knows of one table. Columns are positions from 0; by their names the finds
+/// and look-ups know service_name and service_id alone.
 struct tTable {
   const char* name;
   std::string_view columnTypes;  ///< of the columns that are read: I integer, S text

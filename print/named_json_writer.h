@@ -13,6 +13,8 @@ namespace lineup {
 /// has no member. Lists are arrays; maps are objects, whose members are named by the keys,
 /// numbers in decimal. Enumerators are numbers. A double that JSON has no number for is the text
 /// "NaN", "Infinity" or "-Infinity". Texts hold the bytes that the record holds, UTF-8 or not.
+/// Throws TProtocolException for a field of a type that no configuration has: a set, binary, a
+/// byte, an integer of 16 or 64 bits.
 nlohmann::json namedJson(const apache::thrift::TBase& record);
 
 /// The same as text, indented by two blanks, the members in the order of the fields. Bytes that are

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <thrift/protocol/TProtocol.h>
 
 #include <cstdint>
 #include <limits>
@@ -37,6 +38,11 @@ TEST(NamedJson, LeavesOutWhatIsNotSet) {
   EXPECT_FALSE(namedJson(config)["headendGlobalConfig"].contains("countryCode"));
   config.headendGlobalConfig.__set_countryCode(korvel::thrift::general::CountryCode::ITALY);
   EXPECT_EQ(namedJson(config)["headendGlobalConfig"]["countryCode"], 5);
+}
+
+TEST(NamedJson, RefusesFieldsOfTypesThatNoConfigurationHas) {
+  const korvel::thrift::hub_module::BaseStatus withIntegerOf64BitsAndSet{};
+  EXPECT_THROW(namedJson(withIntegerOf64BitsAndSet), apache::thrift::protocol::TProtocolException);
 }
 
 TEST(NamedJson, HasWordsForWhatIsNoNumber) {
